@@ -1,0 +1,48 @@
+# The two commands the README names are `make run` and `make test`.
+# Tests always run in a build with AddressSanitizer and UndefinedBehaviorSanitizer;
+# `make run` and the benchmarks use an optimised build.
+
+JOBS      ?= $(shell nproc)
+TEST_DIR  := build/test
+REL_DIR   := build/release
+FUZZ_DIR  := build/fuzz
+CMAKE_GEN := -G Ninja
+
+.PHONY: all deps test run build bench fuzz format clean
+
+all: build
+
+deps:
+	@bash scripts/install-deps.sh
+
+$(TEST_DIR)/build.ninja: | deps
+	@cmake -S . -B $(TEST_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DZELVANE_SANITIZE=ON \
+	  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" >/dev/null
+
+$(REL_DIR)/build.ninja: | deps
+	@cmake -S . -B $(REL_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DZELVANE_BENCH=ON >/dev/null
+
+test: deps $(TEST_DIR)/build.ninja
+	@cmake --build $(TEST_DIR) -j $(JOBS)
+	@cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+
+build: deps $(REL_DIR)/build.ninja
+	@cmake --build $(REL_DIR) -j $(JOBS)
+
+run: build
+	@bash scripts/run.sh $(REL_DIR)
+
+bench: build
+	@bash scripts/bench.sh $(REL_DIR)
+
+fuzz: deps
+	@cmake -S . -B $(FUZZ_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DZELVANE_FUZZ=ON -DZELVANE_TESTS=OFF \
+	  -DCMAKE_CXX_COMPILER=clang++ >/dev/null
+	@cmake --build $(FUZZ_DIR) -j $(JOBS)
+	@bash scripts/fuzz.sh $(FUZZ_DIR)
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf build
