@@ -1,0 +1,114 @@
+#include "rtl/Variants.h"
+
+#include "rtl/CodePage.h"
+#include "rtl/SysUtils.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
+namespace rtl {
+
+namespace {
+[[noreturn]] void CannotConvert(TVarType from, const char* to) {
+    throw EVariantError("Could not convert variant of type (" + std::to_string(from) +
+                        ") into type (" + to + ")");
+}
+
+// Parses a whole decimal number with '.' as the separator; false when the text isn't one.
+bool ParseNumber(const std::string& s, long double& out) {
+    if (s.empty()) return false;
+    char* end = nullptr;
+    out = std::strtold(s.c_str(), &end);
+    while (end && *end == ' ') ++end;
+    return end && *end == 0;
+}
+} // namespace
+
+Variant Variant::Null() {
+    Variant v;
+    v.type_ = varNull;
+    return v;
+}
+
+Variant Variant::OfType(TVarType type, int64_t value) {
+    Variant v(value);
+    v.type_ = type;
+    return v;
+}
+
+Variant Variant::OfType(TVarType type, long double value) {
+    Variant v(value);
+    v.type_ = type;
+    return v;
+}
+
+bool Variant::IsIntegral() const { return std::holds_alternative<int64_t>(value_); }
+bool Variant::IsReal() const { return std::holds_alternative<long double>(value_); }
+
+int64_t Variant::AsInt64() const {
+    switch (value_.index()) {
+    case 0:
+        if (type_ == varNull) CannotConvert(type_, "Int64");
+        return 0;
+    case 1: return std::get<bool>(value_) ? -1 : 0;
+    case 2: return std::get<int64_t>(value_);
+    case 3: return static_cast<int64_t>(std::llround(std::get<long double>(value_)));
+    default: {
+        long double d;
+        if (!ParseNumber(AsString(), d)) CannotConvert(type_, "Int64");
+        return static_cast<int64_t>(std::llround(d));
+    }
+    }
+}
+
+long double Variant::AsReal() const {
+    switch (value_.index()) {
+    case 0:
+        if (type_ == varNull) CannotConvert(type_, "Double");
+        return 0;
+    case 1: return std::get<bool>(value_) ? -1 : 0;
+    case 2: return static_cast<long double>(std::get<int64_t>(value_));
+    case 3: return std::get<long double>(value_);
+    default: {
+        long double d;
+        if (!ParseNumber(AsString(), d)) CannotConvert(type_, "Double");
+        return d;
+    }
+    }
+}
+
+bool Variant::AsBoolean() const {
+    if (auto* b = std::get_if<bool>(&value_)) return *b;
+    if (IsString()) {
+        std::string s = AsString();
+        for (auto& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        if (s == "TRUE") return true;
+        if (s == "FALSE") return false;
+    }
+    return AsReal() != 0;
+}
+
+std::string Variant::AsString() const {
+    switch (value_.index()) {
+    case 0:
+        if (type_ == varNull) CannotConvert(type_, "String");
+        return {};
+    case 1: return std::get<bool>(value_) ? "True" : "False";
+    case 2: return std::to_string(std::get<int64_t>(value_));
+    case 3: {
+        char buf[64];
+        std::snprintf(buf, sizeof buf, "%.15Lg", std::get<long double>(value_));
+        return buf;
+    }
+    case 4: return std::get<std::string>(value_);
+    default: return Utf16ToCp1251(std::get<std::u16string>(value_));
+    }
+}
+
+std::u16string Variant::AsWideString() const {
+    if (auto* w = std::get_if<std::u16string>(&value_)) return *w;
+    return Cp1251ToUtf16(AsString());
+}
+
+} // namespace rtl
