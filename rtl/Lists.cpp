@@ -1,6 +1,6 @@
 #include "rtl/Lists.h"
 
-#include "rtl/Streams.h"
+#include "rtl/FileStreams.h"
 
 #include <algorithm>
 #include <cstring>
@@ -469,15 +469,13 @@ void TStrings::SaveToStream(TStream* stream) const {
 }
 
 void TStrings::LoadFromFile(const std::string& fileName) {
-    TMemoryStream stream;
-    stream.LoadFromFile(fileName);
+    TFileStream stream(fileName, fmOpenRead | fmShareDenyWrite);
     LoadFromStream(&stream);
 }
 
 void TStrings::SaveToFile(const std::string& fileName) const {
-    TMemoryStream stream;
+    TFileStream stream(fileName, fmCreate);
     SaveToStream(&stream);
-    stream.SaveToFile(fileName);
 }
 
 // ---------------------------------------------------------------------------------------------
