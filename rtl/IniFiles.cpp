@@ -231,9 +231,11 @@ void LoadFile(const std::string& fileName, IniData& data) {
     data.Parse(text);
 }
 
-// Replaces the file atomically with the text: a temporary file beside it, written and flushed,
-// then renamed over it, and the directory flushed so that the rename lasts.
-void SaveFile(const std::string& fileName, const std::string& text) {
+} // namespace
+
+// A temporary file beside the target, written and flushed, then renamed over it, and the
+// directory flushed so that the rename lasts.
+void ReplaceFileAtomically(const std::string& fileName, const std::string& text) {
     auto fail = [&]() { throw EIniFileException(SIniFileWriteError, {fileName}); };
     if (fileName.empty()) fail();
     // Write through a symbolic link to the file it names.
@@ -285,6 +287,10 @@ void SaveFile(const std::string& fileName, const std::string& text) {
     }
 }
 
+namespace {
+void SaveFile(const std::string& fileName, const std::string& text) {
+    ReplaceFileAtomically(fileName, text);
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------------

@@ -266,6 +266,17 @@ TEST_F(IniTest, FailedWriteLeavesTheOldFileAndNoTemporary) {
     EXPECT_EQ(ini.ReadString("Main", "Name", ""), "ok");
 }
 
+TEST_F(IniTest, ReplaceFileAtomically) {
+    Put("old");
+    ReplaceFileAtomically(file, "new contents");
+    EXPECT_EQ(Get(), "new contents");
+    ReplaceFileAtomically(file, "");
+    EXPECT_EQ(Get(), "");
+    EXPECT_EQ(DirEntries(), (V{"settings.ini"}));
+    EXPECT_THROW(ReplaceFileAtomically(dir, "x"), EIniFileException); // a directory
+    EXPECT_THROW(ReplaceFileAtomically("", "x"), EIniFileException);
+}
+
 TEST_F(IniTest, ReadOnlyDirectoryMakesTheWriteFail) {
     if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only directories";
     Put(kSample);
