@@ -245,6 +245,11 @@ TEST(StringListSorted, DupAcceptKeepsAllAndFindAnswersTheFirst) {
     for (const char* s : {"b", "a", "B", "c", "b", "A"})
         l.Add(s);
     EXPECT_EQ(l.Count(), 6);
+    // A new duplicate goes before the equal strings already there.
+    TObject marker;
+    EXPECT_EQ(l.AddObject("B", &marker), 2);
+    EXPECT_EQ(l.Objects(2), &marker);
+    l.Delete(2);
     int index = -1;
     EXPECT_TRUE(l.Find("b", index));
     EXPECT_EQ(index, 2);

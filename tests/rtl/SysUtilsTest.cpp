@@ -78,6 +78,10 @@ TEST(Format, IntegerDirectives) {
     EXPECT_EQ(Format("%x", {-1}), "FFFFFFFF");
     EXPECT_EQ(Format("%x", {int64_t(-1)}), "FFFFFFFFFFFFFFFF");
     EXPECT_EQ(Format("%X", {0xABCDEF}), "ABCDEF");
+    EXPECT_EQ(Format("%u", {UINT64_MAX}), "18446744073709551615");
+    EXPECT_EQ(Format("%d", {UINT64_MAX}), "18446744073709551615");
+    EXPECT_EQ(Format("%x", {0xFFFFFFFFu}), "FFFFFFFF");
+    EXPECT_EQ(Format("%d", {INT64_MIN}), "-9223372036854775808");
 }
 
 TEST(Format, StringsAndCharacters) {
@@ -131,6 +135,10 @@ TEST(Format, BadDirectivesRaiseConvertError) {
               "Format '%s' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("%f", {5}); }),
               "Format '%f' invalid or incompatible with argument");
+    EXPECT_EQ(ConvertMessage([] { Format("%d", {true}); }),
+              "Format '%d' invalid or incompatible with argument");
+    EXPECT_EQ(ConvertMessage([] { Format("%d", {'7'}); }),
+              "Format '%d' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("%p", {5}); }),
               "Format '%p' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("value %k", {5}); }),
@@ -400,6 +408,10 @@ TEST(DateTime, ToTextAndBack) {
     EXPECT_DOUBLE_EQ(StrToTime("12:05 AM").Value, EncodeTime(0, 5, 0, 0).Value);
     EXPECT_DOUBLE_EQ(StrToTime("1:02:03.5").Value, EncodeTime(1, 2, 3, 5).Value);
     EXPECT_DOUBLE_EQ(StrToDateTime("14:07").Value, EncodeTime(14, 7, 0, 0).Value);
+    // Without a year, the current one.
+    uint16_t cy, cm, cd;
+    DecodeDate(Date(), cy, cm, cd);
+    EXPECT_DOUBLE_EQ(StrToDate("3/5").Value, EncodeDate(cy, 3, 5).Value);
     // Two-digit years fall in the window around the current year.
     uint16_t y, m, d;
     DecodeDate(StrToDate("1/2/05"), y, m, d);
