@@ -244,8 +244,8 @@ void ReplaceFileAtomically(const std::string& fileName, const std::string& text)
         target = real;
         std::free(real);
     }
-    std::string dir = ExtractFileDir(target);
-    if (dir.empty()) dir = ".";
+    std::string dir = target.find(PathDelim) == std::string::npos ? std::string(1, '.')
+                                                                  : ExtractFileDir(target);
     std::string tmpl =
         IncludeTrailingPathDelimiter(dir) + "." + ExtractFileName(target) + ".XXXXXX";
     std::vector<char> tmpName(tmpl.begin(), tmpl.end());
