@@ -426,7 +426,11 @@ namespace detail {
 template <class V> struct Carrier;
 template <OrdinalValue V> struct Carrier<V> {
     using type = int64_t;
-    static int64_t To(const V& v) { return static_cast<int64_t>(v); }
+    static int64_t To(const V& v) {
+        // The platform's Char is unsigned: bytes 128..255 (Cyrillic letters) read as themselves.
+        if constexpr (std::is_same_v<V, char>) return static_cast<unsigned char>(v);
+        else return static_cast<int64_t>(v);
+    }
     static V From(int64_t c) { return static_cast<V>(c); }
 };
 template <SetValue V> struct Carrier<V> {
