@@ -613,6 +613,10 @@ public:
     using Self = T;
 
     explicit TClassBuilder(std::string name) : info_(std::make_unique<TClassInfo>()) {
+        // RTL_BEGIN_CLASS(ns::TFoo) names the class TFoo: class names go into object streams
+        // and the registry as the platform spells them, without the C++ namespace.
+        if (size_t colons = name.rfind("::"); colons != std::string::npos)
+            name.erase(0, colons + 2);
         info_->Name = std::move(name);
     }
 
