@@ -320,7 +320,6 @@ TCollectionItem* TCollection::Add() {
         throw EInvalidCast("Class " + itemClass_->Name + " is not a collection item class");
     }
     if (item->collection_ != this) item->SetCollection(this);
-    Changed();
     return item;
 }
 
