@@ -369,6 +369,11 @@ void TPicture::ReadData(TStream* stream) {
     auto len = stream->ReadValue<uint8_t>();
     std::string name(len, '\0');
     stream->ReadBuffer(name.data(), len);
+    // An empty picture writes an empty class name and nothing after it.
+    if (name.empty()) {
+        graphic_.reset();
+        return;
+    }
     TClass cls = GraphicClassByName(name);
     if (!cls) throw EInvalidGraphic("Unknown picture format " + name);
     std::unique_ptr<TGraphic> g(static_cast<TGraphic*>(CreateInstance(cls)));
