@@ -15,6 +15,14 @@ namespace {
                         ") into type (" + to + ")");
 }
 
+// The platform's Round: to the nearest integer, a half to the even neighbour.
+long double RoundHalfEven(long double d) {
+    long double whole = std::floor(d);
+    long double fraction = d - whole;
+    if (fraction > 0.5L || (fraction == 0.5L && std::fmod(whole, 2.0L) != 0)) whole += 1;
+    return whole;
+}
+
 // Parses a whole decimal number with '.' as the separator; false when the text isn't one.
 bool ParseNumber(const std::string& s, long double& out) {
     if (s.empty()) return false;
@@ -53,11 +61,11 @@ int64_t Variant::AsInt64() const {
         return 0;
     case 1: return std::get<bool>(value_) ? -1 : 0;
     case 2: return std::get<int64_t>(value_);
-    case 3: return static_cast<int64_t>(std::llround(std::get<long double>(value_)));
+    case 3: return static_cast<int64_t>(RoundHalfEven(std::get<long double>(value_)));
     default: {
         long double d;
         if (!ParseNumber(AsString(), d)) CannotConvert(type_, "Int64");
-        return static_cast<int64_t>(std::llround(d));
+        return static_cast<int64_t>(RoundHalfEven(d));
     }
     }
 }
