@@ -23,6 +23,15 @@ long double RoundHalfEven(long double d) {
     return whole;
 }
 
+// A rounded real as Int64; beyond its range (or NaN) the conversion fails instead of being an
+// undefined cast.
+int64_t RealToInt64(long double d, TVarType from) {
+    long double r = RoundHalfEven(d);
+    if (!(r >= -9223372036854775808.0L && r < 9223372036854775808.0L))
+        CannotConvert(from, "Int64");
+    return static_cast<int64_t>(r);
+}
+
 // Parses a whole decimal number with '.' as the separator; false when the text isn't one.
 bool ParseNumber(const std::string& s, long double& out) {
     if (s.empty()) return false;
@@ -61,11 +70,11 @@ int64_t Variant::AsInt64() const {
         return 0;
     case 1: return std::get<bool>(value_) ? -1 : 0;
     case 2: return std::get<int64_t>(value_);
-    case 3: return static_cast<int64_t>(RoundHalfEven(std::get<long double>(value_)));
+    case 3: return RealToInt64(std::get<long double>(value_), type_);
     default: {
         long double d;
         if (!ParseNumber(AsString(), d)) CannotConvert(type_, "Int64");
-        return static_cast<int64_t>(RoundHalfEven(d));
+        return RealToInt64(d, type_);
     }
     }
 }
