@@ -160,6 +160,8 @@ TEST(Colors, StringToColorTakesNamesAndNumbers) {
     EXPECT_EQ(StringToColor("255"), clRed);
     EXPECT_EQ(StringToColor("-1"), TColor(-1));
     EXPECT_EQ(StringToColor("$80000008"), clWindowText);
+    EXPECT_EQ(StringToColor("-$10"), TColor(-16));
+    EXPECT_EQ(StringToColor(" 255"), clRed);
     // ColorToString and StringToColor are inverse.
     for (int32_t v : {0x000000, 0x123456, 0x7FFFFFFF, int32_t(0x80000005u), int32_t(0x80000030u)})
         EXPECT_EQ(StringToColor(ColorToString(TColor(v))), TColor(v)) << v;
@@ -168,7 +170,8 @@ TEST(Colors, StringToColorTakesNamesAndNumbers) {
 TEST(Colors, StringToColorRefusesOtherText) {
     EXPECT_EQ(MessageOf<EConvertError>([] { StringToColor("clPink"); }),
               "'clPink' is not a valid integer value");
-    for (const char* bad : {"", "$", "12abc", "$GG", "red", "1.5", "$1FFFFFFFF"})
+    for (const char* bad : {"", "$", "12abc", "$GG", "red", "1.5", "$1FFFFFFFF", "--5", "-+5",
+                            "$-5", "$ 5", "- 5", "255 "})
         EXPECT_THROW(StringToColor(bad), EConvertError) << bad;
 }
 
