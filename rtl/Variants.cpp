@@ -3,6 +3,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <string>
@@ -116,7 +117,14 @@ std::string Variant::AsString() const {
     case 3: {
         char buf[64];
         std::snprintf(buf, sizeof buf, "%.15Lg", std::get<long double>(value_));
-        return buf;
+        // The platform's FloatToStr writes the exponent as "E20" and "E-5", not "e+20", "e-05".
+        std::string text = buf;
+        if (size_t e = text.find('e'); e != std::string::npos) {
+            std::string digits = text.substr(e + 2);
+            digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
+            text = text.substr(0, e) + (text[e + 1] == '-' ? "E-" : "E") + digits;
+        }
+        return text;
     }
     case 4: return std::get<std::string>(value_);
     default: return Utf16ToCp1251(std::get<std::u16string>(value_));
