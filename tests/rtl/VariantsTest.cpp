@@ -102,6 +102,14 @@ TEST(Variants, RealsToTextAndBack) {
     EXPECT_EQ(Variant("2.5").AsReal(), 2.5L);
     EXPECT_EQ(Variant("-0.125").AsReal(), -0.125L);
     EXPECT_EQ(Variant(0.1).AsString(), "0.1");
+    EXPECT_EQ(Variant(0.0001).AsString(), "0.0001");
+    EXPECT_EQ(Variant(123456789012345.0).AsString(), "123456789012345");
+    // Exponents as the platform's FloatToStr writes them.
+    EXPECT_EQ(Variant(1e20).AsString(), "1E20");
+    EXPECT_EQ(Variant(1e15).AsString(), "1E15");
+    EXPECT_EQ(Variant(0.00001).AsString(), "1E-5");
+    EXPECT_EQ(Variant(-2.5e-100).AsString(), "-2.5E-100");
+    EXPECT_EQ(Variant("1E20").AsReal(), 1e20L);
 }
 
 TEST(Variants, Booleans) {
