@@ -182,6 +182,19 @@ TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
     EXPECT_EQ(other.FindComponent("CHILD"), child);
 }
 
+TEST(Components, DestroyComponentsFreesTheOwnedOnly) {
+    DestroyLog log;
+    TComponent owner;
+    owner.SetName("Owner");
+    Named(&owner, "A", &log);
+    Named(&owner, "B", &log);
+    owner.DestroyComponents();
+    EXPECT_EQ(owner.ComponentCount(), 0);
+    EXPECT_EQ(log.names, (std::vector<std::string>{"B", "A"}));
+    EXPECT_EQ(owner.Name(), "Owner");
+    Named(&owner, "A"); // the names are free again
+}
+
 TEST(Components, ComponentsByIndex) {
     TComponent owner;
     auto* a = Named(&owner, "A");
@@ -246,6 +259,27 @@ TEST(Components, NamesAreUniqueAmongSiblingsIgnoringCase) {
     // And the freed name can be taken again.
     delete first;
     EXPECT_NO_THROW(second->SetName("Button1"));
+}
+
+TEST(Components, NameAndTagArePublished) {
+    std::vector<std::string> names;
+    for (PPropInfo p : GetPropInfos(TComponent::StaticClass())) names.push_back(p->Name);
+    EXPECT_EQ(names, (std::vector<std::string>{"Name", "Tag"}));
+    TComponent owner;
+    auto* c = new TComponent(&owner);
+    // Name is written by the filer apart from the properties: not stored.
+    EXPECT_FALSE(IsStoredProp(c, "Name"));
+    EXPECT_EQ(GetPropInfo(c->ClassType(), "Tag")->Default, 0);
+    SetStrProp(c, "Name", "Timer1");
+    EXPECT_EQ(c->Name(), "Timer1");
+    EXPECT_EQ(owner.FindComponent("timer1"), c);
+    // Renaming through the property is validated too.
+    EXPECT_THROW(SetStrProp(c, "Name", "not valid"), EComponentError);
+    Named(&owner, "Timer2");
+    EXPECT_THROW(SetStrProp(c, "Name", "TIMER2"), EComponentError);
+    EXPECT_EQ(GetStrProp(c, "Name"), "Timer1");
+    SetOrdProp(c, "Tag", -7);
+    EXPECT_EQ(c->Tag, -7);
 }
 
 TEST(Components, NamePathIsTheName) {
