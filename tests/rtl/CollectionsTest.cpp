@@ -89,13 +89,15 @@ namespace {
 
 std::vector<std::string> Titles(const TBooks& books) {
     std::vector<std::string> t;
-    for (int i = 0; i < books.Count(); ++i) t.push_back(books.Book(i)->Title);
+    for (int i = 0; i < books.Count(); ++i)
+        t.push_back(books.Book(i)->Title);
     return t;
 }
 
 std::vector<int32_t> Ids(const TCollection& c) {
     std::vector<int32_t> ids;
-    for (int i = 0; i < c.Count(); ++i) ids.push_back(c[i]->ID());
+    for (int i = 0; i < c.Count(); ++i)
+        ids.push_back(c[i]->ID());
     return ids;
 }
 
@@ -135,7 +137,8 @@ TEST(Collections, InsertDeleteAndClear) {
     EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "b", "c", "d"}));
     books.Delete(1);
     EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "c", "d"}));
-    for (int i = 0; i < books.Count(); ++i) EXPECT_EQ(books[i]->Index(), i);
+    for (int i = 0; i < books.Count(); ++i)
+        EXPECT_EQ(books[i]->Index(), i);
     EXPECT_THROW(books.Delete(3), EListError);
     EXPECT_THROW(books.Delete(-1), EListError);
     EXPECT_THROW(books.GetItem(3), EListError);
@@ -201,7 +204,8 @@ TEST(Collections, FindItemIdFollowsTheItem) {
 
 TEST(Collections, SettingIndexMovesTheItem) {
     TBooks books(nullptr);
-    for (const char* t : {"a", "b", "c", "d"}) books.AddBook(t);
+    for (const char* t : {"a", "b", "c", "d"})
+        books.AddBook(t);
     books.Book(3)->SetIndex(1);
     EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "d", "b", "c"}));
     books.Book(0)->SetIndex(3);
@@ -256,7 +260,8 @@ TEST(Collections, NamePathsGoThroughTheOwnersProperty) {
     TShelf shelf;
     shelf.SetName("Shelf1");
     TBooks* books = shelf.Books();
-    for (const char* t : {"a", "b", "c"}) books->AddBook(t);
+    for (const char* t : {"a", "b", "c"})
+        books->AddBook(t);
     EXPECT_EQ(books->PropName(), "Books");
     EXPECT_EQ(books->GetNamePath(), "Shelf1.Books");
     EXPECT_EQ(books->Book(2)->GetNamePath(), "Shelf1.Books[2]");
@@ -288,7 +293,8 @@ TEST(Collections, NamePathsWithoutANamedOwner) {
 
 TEST(Collections, AssignCopiesTheItems) {
     TBooks source(nullptr), dest(nullptr);
-    for (const char* t : {"a", "b", "c"}) source.AddBook(t);
+    for (const char* t : {"a", "b", "c"})
+        source.AddBook(t);
     dest.AddBook("old");
     dest.updates.clear();
     dest.Assign(&source);

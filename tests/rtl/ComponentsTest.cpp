@@ -263,7 +263,8 @@ TEST(Components, NamesAreUniqueAmongSiblingsIgnoringCase) {
 
 TEST(Components, NameAndTagArePublished) {
     std::vector<std::string> names;
-    for (PPropInfo p : GetPropInfos(TComponent::StaticClass())) names.push_back(p->Name);
+    for (PPropInfo p : GetPropInfos(TComponent::StaticClass()))
+        names.push_back(p->Name);
     EXPECT_EQ(names, (std::vector<std::string>{"Name", "Tag"}));
     TComponent owner;
     auto* c = new TComponent(&owner);

@@ -24,7 +24,8 @@ template <class E, class F> std::string MessageOf(F&& f) {
 }
 
 void PutLE(std::string& s, size_t at, uint32_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i) s[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
+    for (int i = 0; i < bytes; ++i)
+        s[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
 }
 void PutBE(std::string& s, size_t at, uint32_t v, int bytes) {
     for (int i = 0; i < bytes; ++i)
@@ -45,7 +46,8 @@ std::string MakeBmp(int32_t width, int32_t height) {
     PutLE(s, 22, static_cast<uint32_t>(height), 4);
     PutLE(s, 26, 1, 2);
     PutLE(s, 28, 24, 2);
-    for (size_t i = 54; i < s.size(); ++i) s[i] = static_cast<char>(i * 7);
+    for (size_t i = 54; i < s.size(); ++i)
+        s[i] = static_cast<char>(i * 7);
     return s;
 }
 
@@ -58,7 +60,8 @@ std::string MakeIco(int width, int height) {
     s[7] = static_cast<char>(height & 0xFF);
     PutLE(s, 14, 40, 4);
     PutLE(s, 18, 22, 4);
-    for (size_t i = 22; i < s.size(); ++i) s[i] = static_cast<char>(0x80 + i);
+    for (size_t i = 22; i < s.size(); ++i)
+        s[i] = static_cast<char>(0x80 + i);
     return s;
 }
 
@@ -126,11 +129,12 @@ TEST(Colors, NamesBothWays) {
 
 TEST(Colors, TheTableStartsWithTheSixteenBasicColoursAndRoundTrips) {
     auto names = ColorNames();
-    const char* basic[] = {"clBlack", "clMaroon", "clGreen",   "clOlive", "clNavy",   "clPurple",
-                           "clTeal",  "clGray",   "clSilver",  "clRed",   "clLime",   "clYellow",
+    const char* basic[] = {"clBlack", "clMaroon",  "clGreen",  "clOlive", "clNavy", "clPurple",
+                           "clTeal",  "clGray",    "clSilver", "clRed",   "clLime", "clYellow",
                            "clBlue",  "clFuchsia", "clAqua",   "clWhite"};
     ASSERT_GE(names.size(), 16u);
-    for (size_t i = 0; i < 16; ++i) EXPECT_STREQ(names[i].Name, basic[i]);
+    for (size_t i = 0; i < 16; ++i)
+        EXPECT_STREQ(names[i].Name, basic[i]);
     std::set<int32_t> values;
     for (const auto& e : names) {
         EXPECT_TRUE(values.insert(e.Value).second) << "two names for one value: " << e.Name;
@@ -225,7 +229,8 @@ TEST(Fonts, Defaults) {
 
 TEST(Fonts, PublishedPropertiesInThePlatformsOrder) {
     std::vector<std::string> names;
-    for (PPropInfo p : GetPropInfos(TFont::StaticClass())) names.push_back(p->Name);
+    for (PPropInfo p : GetPropInfos(TFont::StaticClass()))
+        names.push_back(p->Name);
     EXPECT_EQ(names, (std::vector<std::string>{"Charset", "Color", "Height", "Name", "Pitch",
                                                "Size", "Style"}));
     EXPECT_EQ(GetPropInfo(TFont::StaticClass(), "Charset")->PropType->Name, "TFontCharset");
@@ -342,8 +347,8 @@ TEST(Graphics, UnknownOrTruncatedImagesHaveNoSize) {
     EXPECT_TRUE(g.Empty());
     EXPECT_EQ(g.Width(), 0);
     // Every prefix of each header: no size or the right one, and never a read past the end.
-    for (const std::string& full : {MakeBmp(3, 2), MakePng(9, 9), MakeGif(9, 9), MakeJpeg(9, 9),
-                                    MakeIco(9, 9)}) {
+    for (const std::string& full :
+         {MakeBmp(3, 2), MakePng(9, 9), MakeGif(9, 9), MakeJpeg(9, 9), MakeIco(9, 9)}) {
         for (size_t n = 0; n < full.size(); ++n) {
             g.SetBytes(full.substr(0, n));
             int32_t w = g.Width();

@@ -188,11 +188,11 @@ TEST(ObjectModel, GuidTextRoundTrips) {
 }
 
 TEST(ObjectModel, MalformedGuidsRaiseConvertError) {
-    for (const char* bad : {"", "{}", "{70E42159-AD26-479D-B0FD-A67ED16897A}",
-                            "{70E42159-AD26-479D-B0FD-A67ED16897A8", "70E42159AD26479DB0FDA67ED16897A8",
-                            "{70E42159-AD26-479D-B0FDA-67ED16897A8}",
-                            "{70E4215G-AD26-479D-B0FD-A67ED16897A8}",
-                            "{70E42159-AD26-479D-B0FD-A67ED16897A8}x"})
+    for (const char* bad :
+         {"", "{}", "{70E42159-AD26-479D-B0FD-A67ED16897A}",
+          "{70E42159-AD26-479D-B0FD-A67ED16897A8", "70E42159AD26479DB0FDA67ED16897A8",
+          "{70E42159-AD26-479D-B0FDA-67ED16897A8}", "{70E4215G-AD26-479D-B0FD-A67ED16897A8}",
+          "{70E42159-AD26-479D-B0FD-A67ED16897A8}x"})
         EXPECT_THROW(TGUID::FromString(bad), EConvertError) << bad;
 }
 

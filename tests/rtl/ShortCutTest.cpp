@@ -57,8 +57,8 @@ TEST(ShortCuts, TextIsReadIgnoringCaseAndModifierOrder) {
 }
 
 TEST(ShortCuts, UnknownTextGivesZero) {
-    for (const char* text : {"", "Ctrl+", "Ctrl+Shift+", "Foo", "Ctrl+Foo", "F25", "F0",
-                             "Ctrl+QQ", "Ctrl + Q", "Q+Ctrl", "Meta+Q", "Ctrl+Num"})
+    for (const char* text : {"", "Ctrl+", "Ctrl+Shift+", "Foo", "Ctrl+Foo", "F25", "F0", "Ctrl+QQ",
+                             "Ctrl + Q", "Q+Ctrl", "Meta+Q", "Ctrl+Num"})
         EXPECT_EQ(static_cast<uint16_t>(TextToShortCut(text)), 0) << text;
 }
 

@@ -1,6 +1,6 @@
 // Type information: declaring published classes and reaching their properties by name.
-#include "rtl/SysUtils.h"
 #include "rtl/TypInfo.h"
+#include "rtl/SysUtils.h"
 
 #include <gtest/gtest.h>
 
@@ -14,8 +14,7 @@ RTL_ENUM(TShape, stRectangle, stCircle, stTriangle)
 RTL_SET(TShapes, TShape)
 RTL_EVENT(TNotify, void(TObject*), "Sender: TObject")
 RTL_EVENT(TKeyEvent, void(TObject*, uint16_t&), "Sender: TObject; var Key: Word")
-RTL_EVENT(TPairEvent, bool(const std::string&, const std::string&),
-          "const Left, Right: string")
+RTL_EVENT(TPairEvent, bool(const std::string&, const std::string&), "const Left, Right: string")
 
 class TBase : public TObject {
     RTL_CLASS(TBase, TObject)
@@ -116,7 +115,8 @@ namespace {
 
 std::vector<std::string> Names(const std::vector<PPropInfo>& list) {
     std::vector<std::string> names;
-    for (PPropInfo p : list) names.push_back(p->Name);
+    for (PPropInfo p : list)
+        names.push_back(p->Name);
     return names;
 }
 
@@ -137,16 +137,18 @@ template <class E, class F> std::string MessageOf(F&& f) {
 
 TEST(TypInfo, PropertiesComeInDeclarationOrderAncestorsFirst) {
     std::vector<std::string> names;
-    for (PPropInfo p : GetPropInfos(TDerived::StaticClass())) names.push_back(p->Name);
-    std::vector<std::string> expected{"Width", "Caption", "ReadOnly", "WriteOnly", "Shape",
-                                      "Shapes", "Visible", "Letter", "Ratio", "Big",
-                                      "OnClick", "Child", "Data"};
+    for (PPropInfo p : GetPropInfos(TDerived::StaticClass()))
+        names.push_back(p->Name);
+    std::vector<std::string> expected{"Width",   "Caption", "ReadOnly", "WriteOnly", "Shape",
+                                      "Shapes",  "Visible", "Letter",   "Ratio",     "Big",
+                                      "OnClick", "Child",   "Data"};
     EXPECT_EQ(names, expected);
     EXPECT_EQ(GetTypeData(&TDerived::StaticClass()->TypeInfo)->PropCount, 13);
     EXPECT_EQ(GetTypeData(&TBase::StaticClass()->TypeInfo)->PropCount, 4);
     // NameIndex is the slot in that order.
     auto all = GetPropInfos(TDerived::StaticClass());
-    for (size_t i = 0; i < all.size(); ++i) EXPECT_EQ(all[i]->NameIndex, int(i)) << all[i]->Name;
+    for (size_t i = 0; i < all.size(); ++i)
+        EXPECT_EQ(all[i]->NameIndex, int(i)) << all[i]->Name;
 }
 
 TEST(TypInfo, AnAncestorSharesItsPropertyRecordsWithDescendants) {
@@ -154,7 +156,8 @@ TEST(TypInfo, AnAncestorSharesItsPropertyRecordsWithDescendants) {
     auto base = GetPropInfos(TBase::StaticClass());
     auto leaf = GetPropInfos(TLeaf::StaticClass());
     ASSERT_GE(leaf.size(), base.size());
-    for (size_t i = 0; i < base.size(); ++i) EXPECT_EQ(leaf[i], base[i]);
+    for (size_t i = 0; i < base.size(); ++i)
+        EXPECT_EQ(leaf[i], base[i]);
     EXPECT_EQ(leaf.size(), 13u + 7u);
     EXPECT_EQ(GetPropInfo(TLeaf::StaticClass(), "Title")->NameIndex, 13);
 }
@@ -188,14 +191,14 @@ TEST(TypInfo, EachCppTypeGetsThePlatformKindAndName) {
         const char* typeName;
     };
     const Expect table[] = {
-        {"Width", tkInteger, "Integer"},     {"Caption", tkLString, "AnsiString"},
-        {"Shape", tkEnumeration, "TShape"},  {"Shapes", tkSet, "TShapes"},
+        {"Width", tkInteger, "Integer"},       {"Caption", tkLString, "AnsiString"},
+        {"Shape", tkEnumeration, "TShape"},    {"Shapes", tkSet, "TShapes"},
         {"Visible", tkEnumeration, "Boolean"}, {"Letter", tkChar, "Char"},
-        {"Ratio", tkFloat, "Double"},        {"Big", tkInt64, "Int64"},
-        {"OnClick", tkMethod, "TNotify"},    {"Child", tkClass, "TBase"},
-        {"Data", tkVariant, "Variant"},      {"Title", tkWString, "WideString"},
-        {"Stamp", tkFloat, "TDateTime"},     {"Level", tkInteger, "Byte"},
-        {"Offset", tkInteger, "ShortInt"},   {"Glyph", tkWChar, "WideChar"},
+        {"Ratio", tkFloat, "Double"},          {"Big", tkInt64, "Int64"},
+        {"OnClick", tkMethod, "TNotify"},      {"Child", tkClass, "TBase"},
+        {"Data", tkVariant, "Variant"},        {"Title", tkWString, "WideString"},
+        {"Stamp", tkFloat, "TDateTime"},       {"Level", tkInteger, "Byte"},
+        {"Offset", tkInteger, "ShortInt"},     {"Glyph", tkWChar, "WideChar"},
         {"OnKey", tkMethod, "TKeyEvent"},
     };
     for (const auto& e : table) {
@@ -332,7 +335,8 @@ TEST(TypInfo, PropListFiltersByKind) {
               (std::vector<std::string>{"Caption", "Title", "Hidden"}));
     auto props = GetPropList(cls, tkProperties, false);
     EXPECT_EQ(props.size(), 18u);
-    for (PPropInfo p : props) EXPECT_NE(p->PropType->Kind, tkMethod) << p->Name;
+    for (PPropInfo p : props)
+        EXPECT_NE(p->PropType->Kind, tkMethod) << p->Name;
     EXPECT_EQ(GetPropList(cls, tkAny, false).size(), 20u);
     EXPECT_TRUE(GetPropList(cls, TTypeKinds{tkInterface}).empty());
     EXPECT_TRUE(GetPropList(static_cast<TClass>(nullptr), tkAny).empty());
@@ -341,8 +345,8 @@ TEST(TypInfo, PropListFiltersByKind) {
 TEST(TypInfo, PropListSortsByName) {
     auto sorted = Names(GetPropList(TDerived::StaticClass(), tkAny, true));
     EXPECT_EQ(sorted, (std::vector<std::string>{"Big", "Caption", "Child", "Data", "Letter",
-                                                "OnClick", "Ratio", "ReadOnly", "Shape",
-                                                "Shapes", "Visible", "Width", "WriteOnly"}));
+                                                "OnClick", "Ratio", "ReadOnly", "Shape", "Shapes",
+                                                "Visible", "Width", "WriteOnly"}));
     // The same list through the class's type information, filtered.
     EXPECT_EQ(Names(GetPropList(&TDerived::StaticClass()->TypeInfo,
                                 TTypeKinds{tkInteger, tkEnumeration}, true)),

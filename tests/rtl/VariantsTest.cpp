@@ -1,8 +1,8 @@
 // Variants and the Windows-1251 code page: type codes, conversions as the platform performs
 // them, Null and Empty, and round trips of wide text through single-byte strings.
+#include "rtl/Variants.h"
 #include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
-#include "rtl/Variants.h"
 
 #include <gtest/gtest.h>
 
@@ -209,11 +209,11 @@ TEST(CodePage, KnownLetters) {
 }
 
 TEST(CodePage, MalformedUtf8BecomesQuestionMarks) {
-    EXPECT_EQ(Utf8ToCp1251("a\x80z"), "a?z");             // stray continuation byte
-    EXPECT_EQ(Utf8ToCp1251("a\xD0"), "a?");               // cut short at the end
-    EXPECT_EQ(Utf8ToCp1251("\xE2\x82"), "?");             // cut short
-    EXPECT_EQ(Utf8ToCp1251("\xD0z"), "?z");               // continuation missing
-    EXPECT_EQ(Utf8ToCp1251("\xF0\x9F\x98\x80!"), "?!");   // beyond the BMP
+    EXPECT_EQ(Utf8ToCp1251("a\x80z"), "a?z");           // stray continuation byte
+    EXPECT_EQ(Utf8ToCp1251("a\xD0"), "a?");             // cut short at the end
+    EXPECT_EQ(Utf8ToCp1251("\xE2\x82"), "?");           // cut short
+    EXPECT_EQ(Utf8ToCp1251("\xD0z"), "?z");             // continuation missing
+    EXPECT_EQ(Utf8ToCp1251("\xF0\x9F\x98\x80!"), "?!"); // beyond the BMP
     EXPECT_EQ(Utf8ToCp1251("\xFF\xFE"), "??");
-    EXPECT_EQ(Utf8ToCp1251("\xE2\x82\xAC"), "\x88");      // the euro sign
+    EXPECT_EQ(Utf8ToCp1251("\xE2\x82\xAC"), "\x88"); // the euro sign
 }
