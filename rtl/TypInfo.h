@@ -671,7 +671,10 @@ public:
                 using A = typename T::TConstructorArg;
                 if constexpr (std::is_constructible_v<T, A*>)
                     info_->CreateWith = [](TObject* arg) {
-                        return static_cast<TObject*>(new T(static_cast<A*>(arg)));
+                        // Only an object of the argument's class (or nil) may pass for one.
+                        A* typed = dynamic_cast<A*>(arg);
+                        if (arg && !typed) detail::RaiseInvalidPropertyCast(arg, A::StaticClass());
+                        return static_cast<TObject*>(new T(typed));
                     };
             }
         }
