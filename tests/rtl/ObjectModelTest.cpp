@@ -409,6 +409,23 @@ TEST_F(Registry, CreateInstanceOfAComponentTakesItsOwner) {
     EXPECT_EQ(owner.ComponentCount(), 2);
 }
 
+TEST_F(Registry, AnArgumentOfTheWrongClassIsRefused) {
+    // A component's constructor takes an owner: anything else must not pass for one.
+    TNote note;
+    EXPECT_THROW(CreateInstance(TRegWidget::StaticClass(), &note), EInvalidCast);
+    TCollection items(TCollectionItem::StaticClass());
+    EXPECT_THROW(CreateInstance(TRegWidget::StaticClass(), &items), EInvalidCast);
+    EXPECT_EQ(items.Count(), 0);
+    // And a collection item's takes a collection.
+    TComponent owner;
+    EXPECT_THROW(CreateInstance(TCollectionItem::StaticClass(), &owner), EInvalidCast);
+    EXPECT_EQ(owner.ComponentCount(), 0);
+    // A collection whose item class is a component can't make its items.
+    TCollection wrong(TRegWidget::StaticClass());
+    EXPECT_THROW(wrong.Add(), EInvalidCast);
+    EXPECT_EQ(wrong.Count(), 0);
+}
+
 TEST_F(Registry, AnAbstractClassCannotBeCreated) {
     EXPECT_THROW(CreateInstance(TRegAbstract::StaticClass()), Exception);
     EXPECT_THROW(CreateInstance(TRegAbstract::StaticClass(), nullptr), Exception);
