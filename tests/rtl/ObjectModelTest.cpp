@@ -426,6 +426,14 @@ TEST_F(Registry, AnArgumentOfTheWrongClassIsRefused) {
     EXPECT_EQ(wrong.Count(), 0);
 }
 
+TEST_F(Registry, ANilClassIsAnErrorNotACrash) {
+    // As in CreateInstance(GetClass(name)) with a name that isn't registered.
+    EXPECT_THROW(CreateInstance(GetClass("TNotRegisteredAnywhere")), Exception);
+    EXPECT_THROW(CreateInstance(nullptr, nullptr), Exception);
+    EXPECT_NO_THROW(RegisterClass(nullptr));
+    EXPECT_NO_THROW(UnRegisterClass(nullptr));
+}
+
 TEST_F(Registry, AnAbstractClassCannotBeCreated) {
     EXPECT_THROW(CreateInstance(TRegAbstract::StaticClass()), Exception);
     EXPECT_THROW(CreateInstance(TRegAbstract::StaticClass(), nullptr), Exception);
