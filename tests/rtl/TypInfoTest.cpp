@@ -70,6 +70,17 @@ public:
     std::string Extra;
 };
 
+// Accessors of every form: a field published under a named type, callables, a setter method.
+class TAccessors : public TObject {
+    RTL_CLASS(TAccessors, TObject)
+public:
+    uint16_t Key = 0;
+    int32_t Half = 5;
+    std::string Text;
+    void SetText(const std::string& value) { Text = "<" + value + ">"; }
+    const std::string& GetText() const { return Text; }
+};
+
 } // namespace tinfo
 
 using namespace tinfo;
@@ -109,6 +120,14 @@ RTL_END_CLASS
 RTL_BEGIN_CLASS(tinfo::TRepublisher)
     Property("Caption", &TRepublisher::UpperCaption, nullptr).Default(3);
     Property("Extra", &TRepublisher::Extra);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(tinfo::TAccessors)
+    Property<TShortCut>("Key", &TAccessors::Key);
+    Property(
+        "Double", [](const TAccessors& o) { return o.Half * 2; },
+        [](TAccessors& o, int32_t v) { o.Half = v / 2; });
+    Property("Text", &TAccessors::GetText, &TAccessors::SetText);
 RTL_END_CLASS
 
 namespace {
@@ -605,4 +624,24 @@ TEST(TypInfo, EventStoredInAPropertyIsCalled) {
     leaf.OnKey(&leaf, key);
     EXPECT_EQ(key, 0);
     EXPECT_EQ(GetMethodProp(&leaf, "OnKey").Code, leaf.MethodAddress("KeyPressed"));
+}
+
+TEST(TypInfo, AccessorsOfEveryForm) {
+    TAccessors a;
+    PPropInfo key = GetPropInfo(a.ClassType(), "Key");
+    EXPECT_EQ(key->PropType->Name, "TShortCut");
+    EXPECT_EQ(key->PropType->Kind, tkInteger);
+    SetOrdProp(&a, key, 0x4044);
+    EXPECT_EQ(a.Key, 0x4044);
+    EXPECT_EQ(GetOrdProp(&a, key), 0x4044);
+
+    PPropInfo twice = GetPropInfo(a.ClassType(), "Double");
+    EXPECT_EQ(twice->PropType->Name, "Integer");
+    EXPECT_EQ(GetOrdProp(&a, twice), 10);
+    SetOrdProp(&a, twice, 42);
+    EXPECT_EQ(a.Half, 21);
+
+    SetStrProp(&a, "Text", "x");
+    EXPECT_EQ(a.Text, "<x>");
+    EXPECT_EQ(GetStrProp(&a, "Text"), "<x>");
 }
