@@ -1,0 +1,268 @@
+// The foundation's classes: a look-ahead reader and a delimited-string reader over any stream,
+// a stream over a memory-mapped file or named shared region, memory streams with their own
+// allocation, and lists of objects and interfaces kept sorted and unique by identifier.
+#pragma once
+
+#include "foundation/AppUtils.h"
+#include "rtl/Streams.h"
+#include "rtl/SysUtils.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace zelvane {
+
+using rtl::Exception;
+
+// ---------------------------------------------------------------------------------------------
+// Readers
+
+// A look-ahead buffer over a stream. It starts at the stream's position; Position is the
+// logical position in the source, which runs ahead of it by what the buffer holds unread.
+class TSimpleReader : public rtl::TObject {
+    RTL_CLASS(TSimpleReader, rtl::TObject)
+public:
+    TSimpleReader(rtl::TStream* stream, int bufSize);
+
+    // Copies up to count bytes; a read across the end of the source gives what there was, and
+    // at most a buffer's worth is given at once.
+    int Read(void* buffer, int count);
+    // Keeps the last `keep` unread bytes, moved to the start of the buffer, and fills the rest
+    // from the source. Returns the number of bytes in the buffer.
+    int ReadBuffer(int keep);
+    // Moves within the buffer when the target lies in it, else seeks the source.
+    void SetPosition(int64_t position);
+    // Sets the source to the logical position and empties the buffer.
+    void FlushBuffer();
+
+    int64_t Position() const { return position_; }
+    int BufSize() const { return bufSize_; }
+    rtl::TStream* Stream() const { return stream_; }
+
+private:
+    rtl::TStream* stream_;
+    int bufSize_;
+    int bufPos_ = 0;
+    int bufEnd_ = 0;
+    int64_t position_ = 0;
+    std::unique_ptr<char[]> buffer_;
+};
+
+class TMappedFileStream;
+
+// Reads strings ended by a delimiter (CR LF by default) from a stream or a mapped file.
+class TStringReader : public rtl::TObject {
+    RTL_CLASS(TStringReader, rtl::TObject)
+public:
+    TStringReader() = default;
+    explicit TStringReader(rtl::TStream* target) { SetTargetStream(target); }
+    explicit TStringReader(const std::string& fileName) { SetTargetFile(fileName); }
+    ~TStringReader() override;
+
+    // The next string without its delimiter. False at the end of the source; a last string
+    // without a delimiter is given first.
+    bool ReadString(std::string& s);
+    // Reads from this stream through the look-ahead buffer (a new one for this stream).
+    void SetReader(rtl::TStream* stream);
+    void SetStringDelimiter(const std::string& delimiter);
+    // Maps the file read-only, owns it, and reads it without the buffer.
+    void SetTargetFile(const std::string& fileName);
+    // Takes the stream without owning it; with UseBuffer a new look-ahead buffer is made.
+    void SetTargetStream(rtl::TStream* stream);
+    // Sets the source to the logical position, so that it can be read from directly.
+    void Synchronize();
+
+    const std::string& Delimiter() const { return delimiter_; }
+    const std::string& TargetFile() const { return targetFile_; }
+    rtl::TStream* Target() const { return target_; }
+    bool UseBuffer = true;
+    int ChunkSize = 100;
+    int BufSize = 4096;
+
+private:
+    void FreeTarget();
+    int ReadChunk(char* dest, int count);
+
+    std::unique_ptr<TSimpleReader> reader_;
+    bool ownsTarget_ = false;
+    std::string delimiter_ = "\r\n";
+    std::string targetFile_;
+    rtl::TStream* target_ = nullptr;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Streams
+
+RTL_EXCEPTION(EMFStreamError, Exception)
+
+// A stream over a memory-mapped view of a file, or of a named region of shared memory. Reads
+// and writes are plain copies from and to the view; the stream never grows.
+class TMappedFileStream : public rtl::TStream {
+    RTL_CLASS(TMappedFileStream, rtl::TStream)
+public:
+    // Over an open file (a descriptor), which the stream doesn't own. newSize is the size of
+    // the mapping: 0 maps the whole file, more grows the file to it.
+    TMappedFileStream(int fileHandle, bool mapped, int64_t newSize, bool readOnly);
+    // Opens the file, or creates it when it is missing (not read-only, newSize above 0).
+    TMappedFileStream(const std::string& fileName, bool mapped, int64_t newSize, bool readOnly);
+    // A region of shared memory named mapName (an empty name makes a private one), of size
+    // bytes, without a file.
+    static std::unique_ptr<TMappedFileStream> CreateSys(const std::string& mapName, bool mapped,
+                                                        int64_t size, bool readOnly);
+    ~TMappedFileStream() override;
+
+    void SetMapped(bool value);
+    bool Mapped() const { return mapped_; }
+    int64_t Read(void* buffer, int64_t count) override;
+    int64_t Write(const void* buffer, int64_t count) override;
+    int64_t Seek(int64_t offset, rtl::TSeekOrigin origin) override;
+    int64_t GetSize() override { return size_; }
+    void SaveToStream(rtl::TStream* stream);
+    void SaveToFile(const std::string& fileName);
+    void FlushView();
+
+    void* Memory() const { return memory_; }
+    const std::string& MapName() const { return mapName_; }
+    bool ReadOnly() const { return readOnly_; }
+    int64_t MapSize() const { return mapSize_; }
+    int FileHandle() const { return fileHandle_; }
+
+private:
+    TMappedFileStream() = default;
+    void Init(int fileHandle, bool mapped, int64_t newSize, bool readOnly);
+
+    int fileHandle_ = -1;
+    int mapHandle_ = -1; // the shared-memory object of a named region
+    std::string mapName_;
+    bool mapped_ = false;
+    char* memory_ = nullptr;
+    int64_t position_ = 0;
+    bool readOnly_ = false;
+    bool ownsFile_ = false;
+    bool ownsRegionName_ = false; // made the named region, and removes its name at the end
+    int64_t size_ = 0;
+    int64_t mapSize_ = 0;
+};
+
+class THeap;
+
+// Heap flags of the platform, kept in THeapStream::Flags.
+constexpr uint32_t HEAP_GENERATE_EXCEPTIONS = 0x04;
+constexpr uint32_t HEAP_ZERO_MEMORY = 0x08;
+
+// A memory stream whose block comes from a heap: the process's, or a private one of its own.
+// Capacities are whole multiples of 4096.
+class THeapStream : public rtl::TMemoryStream {
+    RTL_CLASS(THeapStream, rtl::TMemoryStream)
+public:
+    // On the process's heap.
+    explicit THeapStream(bool zeroMemory = false);
+    // On a private heap of initialSize bytes that may grow to maximumSize (0: no limit).
+    THeapStream(int64_t initialSize, int64_t maximumSize, bool zeroMemory);
+    ~THeapStream() override;
+
+    // Gives free memory of a private heap back to the system; raises the system's error when
+    // nothing is left to give.
+    int64_t Compact();
+
+    bool SharedHeap() const { return !heap_; }
+    uint32_t Flags() const { return flags_; }
+    THeap* Heap() const { return heap_.get(); }
+
+protected:
+    void* Realloc(int64_t& newCapacity) override;
+
+private:
+    std::unique_ptr<THeap> heap_;
+    uint32_t flags_;
+};
+
+// A memory stream whose capacities are whole multiples of 4096.
+class TMemStream : public rtl::TMemoryStream {
+    RTL_CLASS(TMemStream, rtl::TMemoryStream)
+public:
+    TMemStream() = default;
+    ~TMemStream() override;
+
+protected:
+    void* Realloc(int64_t& newCapacity) override;
+};
+
+// A saved view of a memory stream.
+struct TBufInfo {
+    void* Memory = nullptr;
+    int64_t Size = 0;
+    int64_t Position = 0;
+};
+
+// Saves the memory, size and position of a stream.
+void MemStreamToBuf(rtl::TCustomMemoryStream* stream, TBufInfo& info);
+// Sets them on another stream, without copying: the stream then reads the same memory, and
+// doesn't own it. A TMemoryStream target must be a TMemStream or THeapStream, which copy the
+// memory into a block of their own before they first grow it.
+void BufToMemStream(const TBufInfo& info, rtl::TCustomMemoryStream* stream);
+
+// ---------------------------------------------------------------------------------------------
+// Identifier lists
+
+// An item that names itself.
+class IIdentIntf : public rtl::IInterface {
+public:
+    static const rtl::TGUID IID; // {53251D11-A916-11D4-B1D7-000000000000}
+    virtual std::string GetIdent() = 0;
+    virtual void SetIdent(const std::string& ident) = 0;
+
+protected:
+    ~IIdentIntf() = default;
+};
+
+RTL_EXCEPTION(EIdentListError, Exception)
+
+// Objects kept sorted by their identifier (CompareText), none sharing one. The list doesn't own
+// them.
+class TIdentList : public rtl::TObject {
+    RTL_CLASS(TIdentList, rtl::TObject)
+public:
+    TIdentList() = default;
+
+    int Add(rtl::TObject* item);
+    void Clear() { items_.clear(); }
+    void Delete(int index);
+    // A binary search; index is the item's place, or where it would go.
+    virtual bool Find(const std::string& ident, int& index);
+    int GetCount() const { return static_cast<int>(items_.size()); }
+    rtl::TObject* GetItem(int index) const;
+    // The index of the item of the same identifier, or -1.
+    int IndexOf(rtl::TObject* item);
+    int Remove(rtl::TObject* item);
+
+private:
+    static IIdentIntf* IdentOf(rtl::TObject* item);
+    std::vector<rtl::TObject*> items_;
+};
+
+// Interfaces kept sorted by their identifier, each counted by the list while it holds it.
+class TIdentIntfList : public rtl::TObject {
+    RTL_CLASS(TIdentIntfList, rtl::TObject)
+public:
+    TIdentIntfList() = default;
+    ~TIdentIntfList() override;
+
+    int Add(IIdentIntf* item);
+    void Clear();
+    void Delete(int index);
+    bool Find(const std::string& ident, int& index);
+    int GetCount() const { return static_cast<int>(items_.size()); }
+    IIdentIntf* GetItem(int index) const;
+    int IndexOf(IIdentIntf* item);
+    int Remove(IIdentIntf* item);
+
+private:
+    std::vector<IIdentIntf*> items_;
+    std::mutex lock_;
+};
+
+} // namespace zelvane
