@@ -26,19 +26,19 @@ EIdentError::EIdentError(std::string message, int ident)
     : rtl::Exception(std::move(message)), Ident(ident) {}
 
 EIdentError::EIdentError(std::string_view fmt, TVarRecs args, int ident)
-    : rtl::Exception(compat::Format(fmt, args)), Ident(ident) {}
+    : rtl::Exception(rtl::Format(fmt, args)), Ident(ident) {}
 
 EIdentError::EIdentError(const TErrorInfo& info)
     : rtl::Exception(info.Message), Ident(info.Ident) {}
 
 EIdentError::EIdentError(const TErrorInfo& info, TVarRecs args)
-    : rtl::Exception(compat::Format(info.Message, args)), Ident(info.Ident) {}
+    : rtl::Exception(rtl::Format(info.Message, args)), Ident(info.Ident) {}
 
 EIdentError::EIdentError(const TResErrorInfo& info)
     : rtl::Exception(ResStr(info.Message)), Ident(info.Ident) {}
 
 EIdentError::EIdentError(const TResErrorInfo& info, TVarRecs args)
-    : rtl::Exception(compat::Format(ResStr(info.Message), args)), Ident(info.Ident) {}
+    : rtl::Exception(rtl::Format(ResStr(info.Message), args)), Ident(info.Ident) {}
 
 namespace {
 
@@ -86,7 +86,7 @@ std::string GetFullExceptionStr() {
     return s;
 }
 
-std::string ReadLastError() { return std::strerror(errno); }
+std::string ReadLastError() { return rtl::SysErrorMessage(rtl::GetLastError()); }
 
 // ---------------------------------------------------------------------------------------------
 // The window system
@@ -116,7 +116,7 @@ bool AllocHWnd(HWND& wnd, TWndProc proc) {
 HWND SafeAllocHWnd(TWndProc proc) {
     HWND wnd = nullptr;
     // Without a window system there is no system error to tell: ENOSYS says why.
-    if (!AllocHWnd(wnd, std::move(proc))) compat::RaiseLastOSError(ENOSYS);
+    if (!AllocHWnd(wnd, std::move(proc))) rtl::RaiseLastOSError(ENOSYS);
     return wnd;
 }
 
@@ -172,18 +172,18 @@ std::string GetTitle() {
 
 int64_t GetFileSizeEx(int handle) {
     struct stat st {};
-    if (fstat(handle, &st) != 0) compat::RaiseLastOSError(errno);
+    if (fstat(handle, &st) != 0) rtl::RaiseLastOSError(errno);
     return static_cast<int64_t>(st.st_size);
 }
 
 int64_t GetFileSizeEx(const std::string& fileName) {
     int fd = open(fileName.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) compat::RaiseLastOSError(errno);
+    if (fd < 0) rtl::RaiseLastOSError(errno);
     struct stat st {};
     int rc = fstat(fd, &st);
     int err = errno;
     close(fd);
-    if (rc != 0) compat::RaiseLastOSError(err);
+    if (rc != 0) rtl::RaiseLastOSError(err);
     return static_cast<int64_t>(st.st_size);
 }
 
@@ -253,8 +253,8 @@ std::string CreateTempPath() {
     const char* dir = std::getenv("TMPDIR");
     std::string path = dir && *dir ? dir : "/tmp";
     struct stat st {};
-    if (stat(path.c_str(), &st) != 0) compat::RaiseLastOSError(errno);
-    if (!S_ISDIR(st.st_mode)) compat::RaiseLastOSError(ENOTDIR);
+    if (stat(path.c_str(), &st) != 0) rtl::RaiseLastOSError(errno);
+    if (!S_ISDIR(st.st_mode)) rtl::RaiseLastOSError(ENOTDIR);
     if (!IsDelimiter(path.back())) path += '/';
     return path;
 }
@@ -263,7 +263,7 @@ std::string CreateTempFile(const std::string& prefix) {
     // The platform keeps the first three characters of the prefix.
     std::string name = CreateTempPath() + prefix.substr(0, 3) + "XXXXXX";
     int fd = mkstemp(name.data());
-    if (fd < 0) compat::RaiseLastOSError(errno);
+    if (fd < 0) rtl::RaiseLastOSError(errno);
     close(fd);
     return name;
 }
@@ -326,7 +326,7 @@ bool LooksLikeObject(const void* p) {
 void* ObjGetInterface(rtl::TObject* obj, const rtl::TGUID& iid) {
     void* intf = nullptr;
     if (!obj || !obj->GetInterface(iid, &intf))
-        throw rtl::Exception(compat::Format("Object[%s] does not support given interface.",
+        throw rtl::Exception(rtl::Format("Object[%s] does not support given interface.",
                                             {obj ? obj->ClassName() : std::string("nil")}));
     return intf;
 }
@@ -340,7 +340,7 @@ void AddLogData(const std::string& fileName, const std::string& text, int64_t ma
     if (stat(fileName.c_str(), &st) != 0) mode = "wb";
     else if (maxSize != 0 && static_cast<int64_t>(st.st_size) >= maxSize) mode = "wb";
     std::FILE* f = std::fopen(fileName.c_str(), mode);
-    if (!f) compat::RaiseInOutError(errno);
+    if (!f) throw rtl::EInOutError(rtl::SysErrorMessage(errno), errno);
     std::string line = text + "\r\n";
     bool ok = std::fwrite(line.data(), 1, line.size(), f) == line.size();
     int err = errno;
@@ -348,11 +348,11 @@ void AddLogData(const std::string& fileName, const std::string& text, int64_t ma
         ok = false;
         err = errno;
     }
-    if (!ok) compat::RaiseInOutError(err);
+    if (!ok) throw rtl::EInOutError(rtl::SysErrorMessage(err), err);
 }
 
 std::string WinPlacementToString(const TWindowPlacement& w) {
-    return compat::Format("%d,%d,%d,%d,%d,%d,%d,%d,%d,%d",
+    return rtl::Format("%d,%d,%d,%d,%d,%d,%d,%d,%d,%d",
                           {static_cast<int32_t>(w.Flags), static_cast<int32_t>(w.ShowCmd),
                            w.MinPosition.X, w.MinPosition.Y, w.MaxPosition.X, w.MaxPosition.Y,
                            w.NormalPosition.Left, w.NormalPosition.Top, w.NormalPosition.Right,
@@ -366,7 +366,7 @@ void StringToWinPlacement(const std::string& text, TWindowPlacement& w) {
         std::string_view field = std::string_view(text).substr(
             std::min(pos, text.size()), comma == std::string::npos ? std::string::npos : comma - pos);
         pos = comma == std::string::npos ? text.size() : comma + 1;
-        return compat::StrToInt(field);
+        return rtl::StrToInt(field);
     };
     w.Flags = static_cast<uint32_t>(next());
     w.ShowCmd = static_cast<uint32_t>(next());

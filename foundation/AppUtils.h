@@ -8,7 +8,6 @@
 #pragma once
 
 #include "foundation/ResStrings.h"
-#include "foundation/RtlCompat.h"
 #include "rtl/SysUtils.h"
 
 #include <cstddef>
@@ -25,7 +24,7 @@ class TStrings;
 
 namespace zelvane {
 
-using compat::TVarRecs;
+using rtl::TVarRecs;
 
 // ---------------------------------------------------------------------------------------------
 // Exceptions
@@ -59,7 +58,7 @@ public:
 template <class E> [[noreturn]] void CreateException(int resId) { throw E(ResStr(resId)); }
 // ... with that text formatted with the arguments.
 template <class E> [[noreturn]] void CreateException(int resId, TVarRecs args) {
-    throw E(compat::Format(ResStr(resId), args));
+    throw E(rtl::Format(ResStr(resId), args));
 }
 // Raises an exception of class E with the text.
 template <class E> [[noreturn]] void CreateException(const std::string& text) { throw E(text); }
@@ -68,7 +67,7 @@ template <class E> [[noreturn]] void CreateException(const char* text) {
 }
 // ... with the text formatted with the arguments.
 template <class E> [[noreturn]] void CreateException(std::string_view fmt, TVarRecs args) {
-    throw E(compat::Format(fmt, args));
+    throw E(rtl::Format(fmt, args));
 }
 
 // The error text of the exception being handled, as the platform's ExceptionErrorMessage gives

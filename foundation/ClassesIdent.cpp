@@ -14,12 +14,12 @@ const rtl::TGUID IIdentIntf::IID = rtl::TGUID::FromString("{53251D11-A916-11D4-B
 namespace {
 
 [[noreturn]] void RaiseIndexError(int index) {
-    throw rtl::EListError(compat::Format("List index out of bounds (%d)", {index}));
+    throw rtl::EListError(rtl::Format("List index out of bounds (%d)", {index}));
 }
 
 // Checks the identifier an item gives before it may join a list.
 void CheckNewIdent(const std::string& ident) {
-    if (!compat::IsValidIdent(ident))
+    if (!rtl::IsValidIdent(ident))
         CreateException<EIdentListError>(SIdentNotAcceptable, {ident});
 }
 
@@ -31,7 +31,7 @@ bool FindIdent(const Items& items, const std::string& ident, int& index, IdentOf
     bool found = false;
     while (l <= h) {
         int i = (l + h) / 2;
-        int c = compat::CompareText(identOf(items[static_cast<size_t>(i)]), ident);
+        int c = rtl::CompareText(identOf(items[static_cast<size_t>(i)]), ident);
         if (c < 0) {
             l = i + 1;
         } else {

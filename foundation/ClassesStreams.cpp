@@ -25,7 +25,7 @@ namespace {
 
 int64_t FileSizeOf(int fd) {
     struct stat st {};
-    if (fstat(fd, &st) != 0) compat::RaiseLastOSError(errno);
+    if (fstat(fd, &st) != 0) rtl::RaiseLastOSError(errno);
     return static_cast<int64_t>(st.st_size);
 }
 
@@ -59,7 +59,7 @@ TMappedFileStream::TMappedFileStream(const std::string& fileName, bool mapped, i
         if (newSize <= 0) CreateException<EMFStreamError>(SZeroFileSize);
         fd = open(fileName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     }
-    if (fd < 0) compat::RaiseLastOSError(errno);
+    if (fd < 0) rtl::RaiseLastOSError(errno);
     try {
         Init(fd, mapped, newSize, readOnly);
     } catch (...) {
@@ -116,7 +116,7 @@ void TMappedFileStream::SetMapped(bool value) {
         // Mapping grows the file to the size asked for.
         if (!readOnly_ && mapSize_ > FileSizeOf(fileHandle_) &&
             ftruncate(fileHandle_, static_cast<off_t>(mapSize_)) != 0)
-            compat::RaiseLastOSError(errno);
+            rtl::RaiseLastOSError(errno);
         size = FileSizeOf(fileHandle_);
     } else if (!mapName_.empty()) {
         std::string name = ShmName(mapName_);
@@ -127,12 +127,12 @@ void TMappedFileStream::SetMapped(bool value) {
             if (fd >= 0) ownsRegionName_ = true;
             else if (errno == EEXIST) fd = shm_open(name.c_str(), O_RDWR, 0);
         }
-        if (fd < 0) compat::RaiseLastOSError(errno);
+        if (fd < 0) rtl::RaiseLastOSError(errno);
         mapHandle_ = fd;
         try {
             int64_t have = FileSizeOf(fd);
             if (!readOnly_ && have < mapSize_ && ftruncate(fd, static_cast<off_t>(mapSize_)) != 0)
-                compat::RaiseLastOSError(errno);
+                rtl::RaiseLastOSError(errno);
             // A read-only view can't reach beyond what the region holds.
             size = readOnly_ ? std::min(mapSize_, have) : mapSize_;
         } catch (...) {
@@ -152,7 +152,7 @@ void TMappedFileStream::SetMapped(bool value) {
             int err = errno;
             mapped_ = true;
             SetMapped(false);
-            compat::RaiseLastOSError(err);
+            rtl::RaiseLastOSError(err);
         }
     }
     memory_ = static_cast<char*>(p);
@@ -200,7 +200,7 @@ void TMappedFileStream::SaveToFile(const std::string& fileName) {
 
 void TMappedFileStream::FlushView() {
     if (mapped_ && memory_ && msync(memory_, static_cast<size_t>(size_), MS_SYNC) != 0)
-        compat::RaiseLastOSError(errno);
+        rtl::RaiseLastOSError(errno);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -250,7 +250,7 @@ THeap::THeap(int64_t initialSize, int64_t maximumSize, uint32_t flags) : flags_(
                    : kGrowableReserve;
     void* p = mmap(nullptr, reserve_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1,
                    0);
-    if (p == MAP_FAILED) compat::RaiseLastOSError(errno);
+    if (p == MAP_FAILED) rtl::RaiseLastOSError(errno);
     base_ = static_cast<char*>(p);
     free_[0] = reserve_;
     Commit(static_cast<size_t>(initialSize));
@@ -394,7 +394,7 @@ void* THeapStream::Realloc(int64_t& newCapacity) {
 
 int64_t THeapStream::Compact() {
     size_t largest = heap_ ? heap_->Compact() : 0;
-    if (largest == 0) compat::RaiseLastOSError(heap_ ? ENOMEM : ENOSYS);
+    if (largest == 0) rtl::RaiseLastOSError(heap_ ? ENOMEM : ENOSYS);
     return static_cast<int64_t>(largest);
 }
 

@@ -23,27 +23,27 @@ int Box(const std::string& text, uint32_t style) {
 } // namespace
 
 void ShowError(const std::string& text) { Box(text, kErrorStyle); }
-void ShowError(std::string_view fmt, TVarRecs args) { ShowError(compat::Format(fmt, args)); }
+void ShowError(std::string_view fmt, TVarRecs args) { ShowError(rtl::Format(fmt, args)); }
 void ShowInfo(const std::string& text) { Box(text, kInfoStyle); }
-void ShowInfo(std::string_view fmt, TVarRecs args) { ShowInfo(compat::Format(fmt, args)); }
+void ShowInfo(std::string_view fmt, TVarRecs args) { ShowInfo(rtl::Format(fmt, args)); }
 void ShowWarning(const std::string& text) { Box(text, kWarningStyle); }
-void ShowWarning(std::string_view fmt, TVarRecs args) { ShowWarning(compat::Format(fmt, args)); }
+void ShowWarning(std::string_view fmt, TVarRecs args) { ShowWarning(rtl::Format(fmt, args)); }
 
 bool QueryDialog(const std::string& text) { return Box(text, kQueryStyle) == IDYES; }
 bool QueryDialog(std::string_view fmt, TVarRecs args) {
-    return QueryDialog(compat::Format(fmt, args));
+    return QueryDialog(rtl::Format(fmt, args));
 }
 int QueryDialogEx(const std::string& text) { return Box(text, kQueryExStyle); }
 int QueryDialogEx(std::string_view fmt, TVarRecs args) {
-    return QueryDialogEx(compat::Format(fmt, args));
+    return QueryDialogEx(rtl::Format(fmt, args));
 }
 bool WarningDialog(const std::string& text) { return Box(text, kWarningQueryStyle) == IDYES; }
 bool WarningDialog(std::string_view fmt, TVarRecs args) {
-    return WarningDialog(compat::Format(fmt, args));
+    return WarningDialog(rtl::Format(fmt, args));
 }
 int WarningDialogEx(const std::string& text) { return Box(text, kQueryExStyle); }
 int WarningDialogEx(std::string_view fmt, TVarRecs args) {
-    return WarningDialogEx(compat::Format(fmt, args));
+    return WarningDialogEx(rtl::Format(fmt, args));
 }
 
 } // namespace zelvane

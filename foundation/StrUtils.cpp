@@ -1,6 +1,6 @@
 #include "foundation/StrUtils.h"
 
-#include "foundation/RtlCompat.h"
+#include "rtl/SysUtils.h"
 
 #include <array>
 
@@ -122,7 +122,7 @@ bool CopyToChar(std::string_view s, char c, std::string& result, bool ignoreCase
                 int start) {
     pos = ignoreCase ? CharPosI(s, c, start) : CharPos(s, c, start);
     if (pos == 0) return false;
-    result = compat::Copy(s, start, pos - start);
+    result = rtl::Copy(s, start, pos - start);
     return true;
 }
 
@@ -131,7 +131,7 @@ bool CopyToCharR(std::string_view s, char c, std::string& result, bool ignoreCas
     if (start == -1) start = Len(s);
     pos = ignoreCase ? CharPosRI(s, c, start) : CharPosR(s, c, start);
     if (pos == 0) return false;
-    result = compat::Copy(s, pos + 1, start - pos);
+    result = rtl::Copy(s, pos + 1, start - pos);
     return true;
 }
 
@@ -155,7 +155,7 @@ bool CopyToChars(std::string_view s, const TCharScores& chars, std::string& resu
                  int start) {
     pos = CharsPos(s, chars, start);
     if (pos == 0) return false;
-    result = compat::Copy(s, start, pos - start);
+    result = rtl::Copy(s, start, pos - start);
     return true;
 }
 bool CopyToCharsR(std::string_view s, const TCharScores& chars, std::string& result, int& pos,
@@ -163,7 +163,7 @@ bool CopyToCharsR(std::string_view s, const TCharScores& chars, std::string& res
     if (start == -1) start = Len(s);
     pos = CharsPosR(s, chars, start);
     if (pos == 0) return false;
-    result = compat::Copy(s, pos + 1, start - pos);
+    result = rtl::Copy(s, pos + 1, start - pos);
     return true;
 }
 
@@ -225,7 +225,7 @@ bool CopyToStr(std::string_view s, std::string_view sub, std::string& result, bo
                int& pos, int start) {
     pos = ignoreCase ? StringPosI(s, sub, start) : StringPos(s, sub, start);
     if (pos == 0) return false;
-    result = compat::Copy(s, start, pos - start);
+    result = rtl::Copy(s, start, pos - start);
     return true;
 }
 
@@ -235,18 +235,18 @@ bool CopyToStrR(std::string_view s, std::string_view sub, std::string& result, b
     pos = ignoreCase ? StringPosRI(s, sub, start) : StringPosR(s, sub, start);
     if (pos == 0) return false;
     int after = pos + Len(sub);
-    result = compat::Copy(s, after, start - after + 1);
+    result = rtl::Copy(s, after, start - after + 1);
     return true;
 }
 
 bool FindStrPosEx(std::string_view s, std::string_view sub, int& pos) {
-    pos = compat::Pos(sub, s);
+    pos = rtl::Pos(sub, s);
     return pos != 0;
 }
 
 bool CopyToStrEx(std::string_view s, std::string_view sub, std::string& result, int& pos) {
     if (!FindStrPosEx(s, sub, pos)) return false;
-    result = compat::Copy(s, 1, pos - 1);
+    result = rtl::Copy(s, 1, pos - 1);
     return true;
 }
 
@@ -261,7 +261,7 @@ std::string StrReplace(std::string_view s, std::string_view oldText, std::string
         start = pos + Len(oldText);
         if (!params.ReplaceAll) break;
     }
-    result += compat::Copy(s, start, Len(s) - start + 1);
+    result += rtl::Copy(s, start, Len(s) - start + 1);
     return result;
 }
 
@@ -276,14 +276,14 @@ std::string StrReplaceR(std::string_view s, std::string_view oldText, std::strin
         start = pos - 1;
         if (!params.ReplaceAll) break;
     }
-    return compat::Copy(s, 1, start) + result;
+    return rtl::Copy(s, 1, start) + result;
 }
 
 // --- words -----------------------------------------------------------------------------------
 
 std::string Cut(std::string& s, int index, int count) {
-    std::string result = compat::Copy(s, index, count);
-    compat::Delete(s, index, count);
+    std::string result = rtl::Copy(s, index, count);
+    rtl::Delete(s, index, count);
     return result;
 }
 
@@ -306,7 +306,7 @@ std::string ReadWord(std::string_view s, int& next, int start) {
         p = space;
     } else {
         p = Len(s) + 1;
-        word = compat::Copy(s, start, p - start);
+        word = rtl::Copy(s, start, p - start);
     }
     next = p;
     return word;
