@@ -1,5 +1,6 @@
 #include "foundation/AppUtils.h"
 
+#include "rtl/Lists.h"
 #include "rtl/TypInfo.h"
 
 #include <cerrno>
@@ -396,6 +397,41 @@ void SetWinPlacement(HWND wnd, const std::string& text, bool showNormal) {
     w.Length = kWindowPlacementLength;
     const TWindowSystem& ws = WindowSystem();
     if (ws.SetWindowPlacement) ws.SetWindowPlacement(wnd, w);
+}
+
+namespace {
+// The "=" of a "name=value" line, at position 2 or later; npos for a line without a name.
+size_t NameEnd(const std::string& line) {
+    size_t p = line.find('=');
+    return p == 0 ? std::string::npos : p;
+}
+} // namespace
+
+void TransformParams(rtl::TStrings* lines, std::vector<TParamPair>& params) {
+    const int count = lines->Count();
+    params.assign(static_cast<size_t>(count), TParamPair());
+    size_t bare = 0;
+    for (int i = 0; i < count; ++i) {
+        std::string line = lines->Strings(i);
+        size_t p = NameEnd(line);
+        if (p == std::string::npos) {
+            ++bare;
+            continue;
+        }
+        params[static_cast<size_t>(i)] = {line.substr(0, p), line.substr(p + 1)};
+    }
+    // The array loses as many slots at its end as there were lines without a name, whatever
+    // those slots hold.
+    params.resize(params.size() - bare);
+}
+
+void TransformParamsEx(rtl::TStrings* lines, const TParamProc& proc, void* data) {
+    if (!proc) return;
+    for (int i = 0; i < lines->Count(); ++i) {
+        std::string line = lines->Strings(i);
+        size_t p = NameEnd(line);
+        if (p != std::string::npos) proc(line.substr(0, p), line.substr(p + 1), data);
+    }
 }
 
 void EncodeData(void* buffer, size_t size, char key) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "foundation/AppUtils.h"
+#include "rtl/Lists.h"
 #include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
 
@@ -16,6 +17,76 @@
 namespace zelvane {
 
 using rtl::Exception;
+
+// ---------------------------------------------------------------------------------------------
+// Search table and named strings
+
+// A string list that compares either by the locale's rules (AnsiComparing, the default) or by
+// plain ASCII rules without regard to case (CompareText); sorting and finding follow.
+class TSearchTable : public rtl::TStringList {
+    RTL_CLASS(TSearchTable, rtl::TStringList)
+public:
+    TSearchTable() = default;
+
+    bool AnsiComparing() const { return ansiComparing_; }
+    // On a change, sorts again if the list is sorted.
+    void SetAnsiComparing(bool value);
+
+protected:
+    int CompareStrings(const std::string& s1, const std::string& s2) const override;
+
+private:
+    bool ansiComparing_ = true;
+};
+
+// A list of "name=value" lines that can switch into a quick-search mode, in which a sorted
+// table maps names to line numbers. The name of a line is the text before its first "=", which
+// must stand at position 2 or later.
+//
+// In quick-search mode the table follows Add and Insert, but not every other change: Delete,
+// Exchange and Move touch the table only where a line's whole text equals a name, and a value
+// set for a new name is not found until the table is prepared anew. So the mode is meant for a
+// list that is built first and then read.
+class TNamedStrings : public rtl::TStringList {
+    RTL_CLASS(TNamedStrings, rtl::TStringList)
+public:
+    TNamedStrings();
+
+    // The line of the name; false for an empty or unknown name.
+    bool FindByName(const std::string& name, int& line);
+    std::string GetNamedValue(const std::string& name);
+    void SetNamedValue(const std::string& name, const std::string& value);
+    bool GetQuickSearch() const { return searchTable_->Sorted(); }
+    void SetQuickSearch(bool value);
+    void EnterQuickSearchMode() { SetQuickSearch(true); }
+    void LeaveQuickSearchMode() { SetQuickSearch(false); }
+    // Builds the table from the lines and sorts it, which turns quick-search mode on.
+    void PrepareSearchTable();
+    // Empties the table and turns quick-search mode off.
+    void UnPrepareSearchTable();
+    bool GetNamesAnsiComparing() const { return searchTable_->AnsiComparing(); }
+    void SetNamesAnsiComparing(bool value) { searchTable_->SetAnsiComparing(value); }
+    // A dump of the table: for each entry CR LF and "name[line]".
+    std::string GetSearchText() const;
+    TSearchTable* SearchTable() const { return searchTable_.get(); }
+
+    void Assign(rtl::TPersistent* source) override;
+    int Add(const std::string& s) override;
+    int AddObject(const std::string& s, rtl::TObject* obj) override;
+    void Insert(int index, const std::string& s) override;
+    void Delete(int index) override;
+    void Clear() override;
+    void Exchange(int index1, int index2) override;
+    void Move(int curIndex, int newIndex) override;
+
+private:
+    void AddToTable(const std::string& line, int index);
+    void RenumberLine(int index);
+    std::unique_ptr<TSearchTable> searchTable_;
+    // Set while an inherited operation works through Delete and Insert, which must not touch
+    // the table then.
+    bool inMove_ = false;
+};
 
 // ---------------------------------------------------------------------------------------------
 // Readers
