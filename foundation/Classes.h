@@ -4,6 +4,7 @@
 #pragma once
 
 #include "foundation/AppUtils.h"
+#include "rtl/IniFiles.h"
 #include "rtl/Lists.h"
 #include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
@@ -86,6 +87,102 @@ private:
     // Set while an inherited operation works through Delete and Insert, which must not touch
     // the table then.
     bool inMove_ = false;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Ini strings
+
+// An INI document in memory, fed from a string list or a file. Lines are taken as they stand,
+// without trimming:
+// - empty lines, and lines whose first character is ";", are ignored;
+// - "[name]" opens a section named by what stands between the brackets, blanks included; a
+//   name may occur twice, and lookups reach only the first such section;
+// - lines before the first section are ignored;
+// - any other line belongs to the current section: with "=" at position 2 or later, the text
+//   before the first "=" is the key and the rest the value; otherwise the whole line is a key
+//   with an empty value (dropped when SkipBareLines is set).
+// Written back, a key with an empty value is a bare line, and each section ends with an empty
+// line; comments are not kept. Lookups are case-insensitive, and binary where a list is sorted.
+//
+// The sections list holds a key list per section as its object; a key list holds each value in
+// a cell, its object. Both own what they hold. Writing never touches the file: UpdateFile does.
+class TIniStrings : public rtl::TCustomIniFile {
+    RTL_CLASS(TIniStrings, rtl::TCustomIniFile)
+public:
+    // A document in memory.
+    TIniStrings();
+    // A document of the file, loaded at once.
+    explicit TIniStrings(const std::string& fileName);
+    ~TIniStrings() override;
+
+    // Re-reads the file; an empty name or a missing file clears the document.
+    void LoadValues();
+    // Writes the document to the file.
+    void UpdateFile() override;
+    // Adds the document's lines to the list, without clearing it.
+    void GetStrings(rtl::TStrings* list);
+    // Replaces the document by the lines.
+    void SetStrings(rtl::TStrings* list);
+    void Clear();
+
+    // A new key list for the name, without a check for duplicates.
+    rtl::TStringList* AddSection(const std::string& name);
+    // The key list of the section, or nullptr.
+    rtl::TStringList* GetSection(const std::string& name) const;
+    bool HasSection(const std::string& name) const;
+    bool HasKey(const std::string& section, const std::string& key) const;
+
+    // The value; the default when the section or the key is missing. A key with an empty value
+    // gives the empty value.
+    std::string ReadString(const std::string& section, const std::string& key,
+                           const std::string& def) override;
+    void WriteString(const std::string& section, const std::string& key,
+                     const std::string& value) override;
+    // Adds the line to an existing section by the line rules, even if its key exists.
+    void AddString(const std::string& section, const std::string& line);
+    // Changes the key's text in place; the value stays.
+    void ReplaceString(const std::string& section, const std::string& key,
+                       const std::string& newKey);
+    void DeleteKey(const std::string& section, const std::string& key) override;
+    void EraseSection(const std::string& section) override;
+    // Clears the list and assigns the section's key list to it: the list then shares the value
+    // cells, which stay the document's.
+    void ReadSection(const std::string& section, rtl::TStrings* list) override;
+    // Assigns the sections list to the list.
+    void ReadSections(rtl::TStrings* list) override;
+    // Clears the list and fills it with the section's lines as GetStrings writes them.
+    void ReadSectionValues(const std::string& section, rtl::TStrings* list) override;
+    bool ValueExists(const std::string& section, const std::string& key) override {
+        return HasKey(section, key);
+    }
+
+    bool GetSectionSorted() const { return sections_->Sorted(); }
+    void SetSectionSorted(bool value) { sections_->SetSorted(value); }
+    bool KeySorted() const { return keySorted_; }
+    // On a change, sets the sorted flag of every key list, and keeps the mode for sections that
+    // WriteString makes.
+    void SetKeySorted(bool value);
+    // Both modes on, or both off.
+    void Sort();
+    void UnSort();
+    // Adds the line to the key list by the line rules.
+    void DoAddString(rtl::TStringList* keys, const std::string& line);
+
+    rtl::TStringList* Sections() const { return sections_.get(); }
+    bool SkipBareLines = false;
+
+    // The cell that holds a value, the object of its key's line.
+    class TValueCell : public rtl::TObject {
+    public:
+        explicit TValueCell(std::string value) : Value(std::move(value)) {}
+        std::string Value;
+    };
+    // The value of a key list's line.
+    static const std::string& ValueAt(const rtl::TStringList* keys, int index);
+
+private:
+    std::unique_ptr<rtl::TStringList> sections_;
+    bool keySorted_ = false;
 };
 
 // ---------------------------------------------------------------------------------------------
