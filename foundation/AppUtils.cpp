@@ -52,9 +52,8 @@ std::string PointerText(const void* p) {
 
 std::string Demangled(const char* name) {
     int status = 0;
-    std::unique_ptr<char, decltype(&std::free)> d(abi::__cxa_demangle(name, nullptr, nullptr,
-                                                                       &status),
-                                                  &std::free);
+    std::unique_ptr<char, decltype(&std::free)> d(
+        abi::__cxa_demangle(name, nullptr, nullptr, &status), &std::free);
     return status == 0 && d ? std::string(d.get()) : std::string(name);
 }
 
@@ -87,7 +86,9 @@ std::string GetFullExceptionStr() {
     return s;
 }
 
-std::string ReadLastError() { return rtl::SysErrorMessage(rtl::GetLastError()); }
+std::string ReadLastError() {
+    return rtl::SysErrorMessage(rtl::GetLastError());
+}
 
 // ---------------------------------------------------------------------------------------------
 // The window system
@@ -104,7 +105,9 @@ TWindowSystem SetWindowSystem(TWindowSystem system) {
     return system;
 }
 
-const TWindowSystem& WindowSystem() { return TheWindowSystem(); }
+const TWindowSystem& WindowSystem() {
+    return TheWindowSystem();
+}
 
 bool AllocHWnd(HWND& wnd, TWndProc proc) {
     wnd = nullptr;
@@ -136,7 +139,9 @@ bool ServiceKeyPressed(int virtualKey) {
 
 namespace {
 
-bool IsDelimiter(char c) { return c == '\\' || c == '/'; }
+bool IsDelimiter(char c) {
+    return c == '\\' || c == '/';
+}
 
 std::string ExePath() {
     std::string buf(4096, '\0');
@@ -149,7 +154,8 @@ std::string ExePath() {
 // The platform's ChangeFileExt: the extension starts at the last "." after the last delimiter.
 std::string ChangeExt(std::string_view path, std::string_view ext) {
     size_t i = path.size();
-    while (i > 0 && path[i - 1] != '.' && !IsDelimiter(path[i - 1]) && path[i - 1] != ':') --i;
+    while (i > 0 && path[i - 1] != '.' && !IsDelimiter(path[i - 1]) && path[i - 1] != ':')
+        --i;
     if (i > 0 && path[i - 1] == '.') return std::string(path.substr(0, i - 1)) + std::string(ext);
     return std::string(path) + std::string(ext);
 }
@@ -162,7 +168,9 @@ std::string GetAppDir() {
     return p == std::string::npos ? std::string() : exe.substr(0, p + 1);
 }
 
-std::string GetAppIniFileName() { return ChangeExt(GetAppDir(), ".ini"); }
+std::string GetAppIniFileName() {
+    return ChangeExt(GetAppDir(), ".ini");
+}
 
 std::string GetTitle() {
     std::string name = ExtractFileNameEx(ExePath());
@@ -194,7 +202,8 @@ void ReadFileEx(const std::string& fileName, std::string& data) {
     if (!f) return;
     char buf[65536];
     size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) data.append(buf, n);
+    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0)
+        data.append(buf, n);
     bool failed = std::ferror(f) != 0;
     std::fclose(f);
     if (failed) throw rtl::EReadError("Stream read error");
@@ -239,9 +248,11 @@ std::string ChangeFileName(std::string_view path, std::string_view newName) {
 
 std::string TravelUpDir(std::string_view path) {
     size_t end = path.size();
-    while (end > 0 && path[end - 1] == ' ') --end;
+    while (end > 0 && path[end - 1] == ' ')
+        --end;
     if (end > 0 && IsDelimiter(path[end - 1])) --end;
-    while (end > 0 && !IsDelimiter(path[end - 1])) --end;
+    while (end > 0 && !IsDelimiter(path[end - 1]))
+        --end;
     return std::string(path.substr(0, end));
 }
 
@@ -320,15 +331,14 @@ bool LooksLikeObject(const void* p) {
     // Now the class is known to be a real class: ask whether TObject is among its bases.
     const auto* ti = static_cast<const std::type_info*>(slots[1]);
     void* obj = const_cast<void*>(p);
-    return ti->__do_upcast(
-        static_cast<const abi::__class_type_info*>(&typeid(rtl::TObject)), &obj);
+    return ti->__do_upcast(static_cast<const abi::__class_type_info*>(&typeid(rtl::TObject)), &obj);
 }
 
 void* ObjGetInterface(rtl::TObject* obj, const rtl::TGUID& iid) {
     void* intf = nullptr;
     if (!obj || !obj->GetInterface(iid, &intf))
         throw rtl::Exception(rtl::Format("Object[%s] does not support given interface.",
-                                            {obj ? obj->ClassName() : std::string("nil")}));
+                                         {obj ? obj->ClassName() : std::string("nil")}));
     return intf;
 }
 
@@ -338,8 +348,10 @@ void* ObjGetInterface(rtl::TObject* obj, const rtl::TGUID& iid) {
 void AddLogData(const std::string& fileName, const std::string& text, int64_t maxSize) {
     const char* mode = "ab";
     struct stat st {};
-    if (stat(fileName.c_str(), &st) != 0) mode = "wb";
-    else if (maxSize != 0 && static_cast<int64_t>(st.st_size) >= maxSize) mode = "wb";
+    if (stat(fileName.c_str(), &st) != 0)
+        mode = "wb";
+    else if (maxSize != 0 && static_cast<int64_t>(st.st_size) >= maxSize)
+        mode = "wb";
     std::FILE* f = std::fopen(fileName.c_str(), mode);
     if (!f) throw rtl::EInOutError(rtl::SysErrorMessage(errno), errno);
     std::string line = text + "\r\n";
@@ -354,10 +366,10 @@ void AddLogData(const std::string& fileName, const std::string& text, int64_t ma
 
 std::string WinPlacementToString(const TWindowPlacement& w) {
     return rtl::Format("%d,%d,%d,%d,%d,%d,%d,%d,%d,%d",
-                          {static_cast<int32_t>(w.Flags), static_cast<int32_t>(w.ShowCmd),
-                           w.MinPosition.X, w.MinPosition.Y, w.MaxPosition.X, w.MaxPosition.Y,
-                           w.NormalPosition.Left, w.NormalPosition.Top, w.NormalPosition.Right,
-                           w.NormalPosition.Bottom});
+                       {static_cast<int32_t>(w.Flags), static_cast<int32_t>(w.ShowCmd),
+                        w.MinPosition.X, w.MinPosition.Y, w.MaxPosition.X, w.MaxPosition.Y,
+                        w.NormalPosition.Left, w.NormalPosition.Top, w.NormalPosition.Right,
+                        w.NormalPosition.Bottom});
 }
 
 void StringToWinPlacement(const std::string& text, TWindowPlacement& w) {
@@ -365,7 +377,8 @@ void StringToWinPlacement(const std::string& text, TWindowPlacement& w) {
     auto next = [&]() -> int32_t {
         size_t comma = text.find(',', pos);
         std::string_view field = std::string_view(text).substr(
-            std::min(pos, text.size()), comma == std::string::npos ? std::string::npos : comma - pos);
+            std::min(pos, text.size()),
+            comma == std::string::npos ? std::string::npos : comma - pos);
         pos = comma == std::string::npos ? text.size() : comma + 1;
         return rtl::StrToInt(field);
     };
@@ -436,12 +449,14 @@ void TransformParamsEx(rtl::TStrings* lines, const TParamProc& proc, void* data)
 
 void EncodeData(void* buffer, size_t size, char key) {
     auto* p = static_cast<unsigned char*>(buffer);
-    for (size_t i = 0; i < size; ++i) p[i] = static_cast<unsigned char>(p[i] + key);
+    for (size_t i = 0; i < size; ++i)
+        p[i] = static_cast<unsigned char>(p[i] + key);
 }
 
 void DecodeData(void* buffer, size_t size, char key) {
     auto* p = static_cast<unsigned char*>(buffer);
-    for (size_t i = 0; i < size; ++i) p[i] = static_cast<unsigned char>(p[i] - key);
+    for (size_t i = 0; i < size; ++i)
+        p[i] = static_cast<unsigned char>(p[i] - key);
 }
 
 } // namespace zelvane

@@ -55,13 +55,17 @@ public:
 };
 
 // Raises an exception of class E with the text of a number from the string table.
-template <class E> [[noreturn]] void CreateException(int resId) { throw E(ResStr(resId)); }
+template <class E> [[noreturn]] void CreateException(int resId) {
+    throw E(ResStr(resId));
+}
 // ... with that text formatted with the arguments.
 template <class E> [[noreturn]] void CreateException(int resId, TVarRecs args) {
     throw E(rtl::Format(ResStr(resId), args));
 }
 // Raises an exception of class E with the text.
-template <class E> [[noreturn]] void CreateException(const std::string& text) { throw E(text); }
+template <class E> [[noreturn]] void CreateException(const std::string& text) {
+    throw E(text);
+}
 template <class E> [[noreturn]] void CreateException(const char* text) {
     throw E(std::string(text));
 }
@@ -194,8 +198,8 @@ std::string GetWinPlacement(HWND wnd);
 void SetWinPlacement(HWND wnd, const std::string& text, bool showNormal);
 
 using TParamPair = std::pair<std::string, std::string>;
-using TParamProc = std::function<void(const std::string& name, const std::string& value,
-                                      void* data)>;
+using TParamProc =
+    std::function<void(const std::string& name, const std::string& value, void* data)>;
 // One slot per line; a line with "=" at position 2 or later fills its own slot with the name
 // and value by the first "=". Then as many slots as there were lines without such an "=" are
 // cut from the end.

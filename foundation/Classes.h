@@ -397,11 +397,11 @@ public:
     TIdentList() = default;
 
     int Add(rtl::TObject* item);
-    void Clear() { items_.clear(); }
-    void Delete(int index);
+    void Clear() { items_.Clear(); }
+    void Delete(int index) { items_.Delete(index); }
     // A binary search; index is the item's place, or where it would go.
     virtual bool Find(const std::string& ident, int& index);
-    int GetCount() const { return static_cast<int>(items_.size()); }
+    int GetCount() const { return items_.Count(); }
     rtl::TObject* GetItem(int index) const;
     // The index of the item of the same identifier, or -1.
     int IndexOf(rtl::TObject* item);
@@ -409,7 +409,7 @@ public:
 
 private:
     static IIdentIntf* IdentOf(rtl::TObject* item);
-    std::vector<rtl::TObject*> items_;
+    rtl::TList items_;
 };
 
 // Interfaces kept sorted by their identifier, each counted by the list while it holds it.

@@ -14,24 +14,23 @@ const rtl::TGUID IIdentIntf::IID = rtl::TGUID::FromString("{53251D11-A916-11D4-B
 namespace {
 
 [[noreturn]] void RaiseIndexError(int index) {
-    throw rtl::EListError(rtl::Format("List index out of bounds (%d)", {index}));
+    rtl::TList::Error(rtl::SListIndexError, index);
 }
 
 // Checks the identifier an item gives before it may join a list.
 void CheckNewIdent(const std::string& ident) {
-    if (!rtl::IsValidIdent(ident))
-        CreateException<EIdentListError>(SIdentNotAcceptable, {ident});
+    if (!rtl::IsValidIdent(ident)) CreateException<EIdentListError>(SIdentNotAcceptable, {ident});
 }
 
 // The binary search of both lists: the index of the item of that identifier, or where it would
 // go.
-template <class Items, class IdentOf>
-bool FindIdent(const Items& items, const std::string& ident, int& index, IdentOf identOf) {
-    int l = 0, h = static_cast<int>(items.size()) - 1;
+template <class IdentAt>
+bool FindIdent(int count, const std::string& ident, int& index, IdentAt identAt) {
+    int l = 0, h = count - 1;
     bool found = false;
     while (l <= h) {
         int i = (l + h) / 2;
-        int c = rtl::CompareText(identOf(items[static_cast<size_t>(i)]), ident);
+        int c = rtl::CompareText(identAt(i), ident);
         if (c < 0) {
             l = i + 1;
         } else {
@@ -63,23 +62,17 @@ int TIdentList::Add(rtl::TObject* item) {
     CheckNewIdent(ident);
     int index = 0;
     if (Find(ident, index)) CreateException<EIdentListError>(SIdentNotUnique, {ident});
-    items_.insert(items_.begin() + index, item);
+    items_.Insert(index, item);
     return index;
 }
 
-void TIdentList::Delete(int index) {
-    if (index < 0 || index >= GetCount()) RaiseIndexError(index);
-    items_.erase(items_.begin() + index);
-}
-
 bool TIdentList::Find(const std::string& ident, int& index) {
-    return FindIdent(items_, ident, index,
-                     [](rtl::TObject* item) { return IdentOf(item)->GetIdent(); });
+    return FindIdent(GetCount(), ident, index,
+                     [this](int i) { return IdentOf(GetItem(i))->GetIdent(); });
 }
 
 rtl::TObject* TIdentList::GetItem(int index) const {
-    if (index < 0 || index >= GetCount()) RaiseIndexError(index);
-    return items_[static_cast<size_t>(index)];
+    return static_cast<rtl::TObject*>(items_.Get(index));
 }
 
 int TIdentList::IndexOf(rtl::TObject* item) {
@@ -96,7 +89,9 @@ int TIdentList::Remove(rtl::TObject* item) {
 // ---------------------------------------------------------------------------------------------
 // TIdentIntfList
 
-TIdentIntfList::~TIdentIntfList() { Clear(); }
+TIdentIntfList::~TIdentIntfList() {
+    Clear();
+}
 
 int TIdentIntfList::Add(IIdentIntf* item) {
     if (!item) CreateException<EIdentListError>(SNoIdentIntf);
@@ -112,7 +107,8 @@ int TIdentIntfList::Add(IIdentIntf* item) {
 void TIdentIntfList::Clear() {
     std::vector<IIdentIntf*> items;
     items.swap(items_);
-    for (IIdentIntf* item : items) item->_Release();
+    for (IIdentIntf* item : items)
+        item->_Release();
 }
 
 void TIdentIntfList::Delete(int index) {
@@ -123,7 +119,8 @@ void TIdentIntfList::Delete(int index) {
 }
 
 bool TIdentIntfList::Find(const std::string& ident, int& index) {
-    return FindIdent(items_, ident, index, [](IIdentIntf* item) { return item->GetIdent(); });
+    return FindIdent(GetCount(), ident, index,
+                     [this](int i) { return items_[static_cast<size_t>(i)]->GetIdent(); });
 }
 
 IIdentIntf* TIdentIntfList::GetItem(int index) const {

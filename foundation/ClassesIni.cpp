@@ -14,9 +14,13 @@ TIniStrings::TIniStrings(const std::string& fileName)
     if (!fileName.empty()) LoadValues();
 }
 
-TIniStrings::~TIniStrings() { Clear(); }
+TIniStrings::~TIniStrings() {
+    Clear();
+}
 
-void TIniStrings::Clear() { sections_->Clear(); }
+void TIniStrings::Clear() {
+    sections_->Clear();
+}
 
 void TIniStrings::LoadValues() {
     if (FileName().empty() || !rtl::FileExists(FileName())) {
@@ -92,7 +96,9 @@ rtl::TStringList* TIniStrings::GetSection(const std::string& name) const {
     return index < 0 ? nullptr : static_cast<rtl::TStringList*>(sections_->Objects(index));
 }
 
-bool TIniStrings::HasSection(const std::string& name) const { return GetSection(name); }
+bool TIniStrings::HasSection(const std::string& name) const {
+    return GetSection(name);
+}
 
 bool TIniStrings::HasKey(const std::string& section, const std::string& key) const {
     rtl::TStringList* keys = GetSection(section);
@@ -131,8 +137,10 @@ void TIniStrings::WriteString(const std::string& section, const std::string& key
         keys->SetSorted(keySorted_);
     }
     int index = keys->IndexOf(key);
-    if (index >= 0) static_cast<TValueCell*>(keys->Objects(index))->Value = value;
-    else DoAddString(keys, key + "=" + value);
+    if (index >= 0)
+        static_cast<TValueCell*>(keys->Objects(index))->Value = value;
+    else
+        DoAddString(keys, key + "=" + value);
 }
 
 void TIniStrings::AddString(const std::string& section, const std::string& line) {
@@ -168,7 +176,9 @@ void TIniStrings::ReadSection(const std::string& section, rtl::TStrings* list) {
     if (rtl::TStringList* keys = GetSection(section)) list->Assign(keys);
 }
 
-void TIniStrings::ReadSections(rtl::TStrings* list) { list->Assign(sections_.get()); }
+void TIniStrings::ReadSections(rtl::TStrings* list) {
+    list->Assign(sections_.get());
+}
 
 void TIniStrings::ReadSectionValues(const std::string& section, rtl::TStrings* list) {
     list->Clear();

@@ -66,8 +66,10 @@ void TNamedStrings::UnPrepareSearchTable() {
 }
 
 void TNamedStrings::SetQuickSearch(bool value) {
-    if (value) PrepareSearchTable();
-    else UnPrepareSearchTable();
+    if (value)
+        PrepareSearchTable();
+    else
+        UnPrepareSearchTable();
 }
 
 bool TNamedStrings::FindByName(const std::string& name, int& line) {
@@ -118,7 +120,8 @@ void TNamedStrings::AddToTable(const std::string& line, int index) {
 // Where the whole text of a line is a name in the table, that entry takes the line's number.
 void TNamedStrings::RenumberLine(int index) {
     int entry = 0;
-    if (searchTable_->Find(Strings(index), entry)) searchTable_->SetObjects(entry, NumberObject(index));
+    if (searchTable_->Find(Strings(index), entry))
+        searchTable_->SetObjects(entry, NumberObject(index));
 }
 
 void TNamedStrings::Assign(rtl::TPersistent* source) {
@@ -128,7 +131,9 @@ void TNamedStrings::Assign(rtl::TPersistent* source) {
     if (quick) PrepareSearchTable();
 }
 
-int TNamedStrings::Add(const std::string& s) { return AddObject(s, nullptr); }
+int TNamedStrings::Add(const std::string& s) {
+    return AddObject(s, nullptr);
+}
 
 int TNamedStrings::AddObject(const std::string& s, rtl::TObject* obj) {
     int index = inherited::AddObject(s, obj);

@@ -36,7 +36,8 @@ int TSimpleReader::Read(void* buffer, int count) {
 
 int TSimpleReader::ReadBuffer(int keep) {
     keep = std::clamp(keep, 0, bufEnd_);
-    if (keep > 0) std::memmove(buffer_.get(), buffer_.get() + bufEnd_ - keep, static_cast<size_t>(keep));
+    if (keep > 0)
+        std::memmove(buffer_.get(), buffer_.get() + bufEnd_ - keep, static_cast<size_t>(keep));
     int64_t n = stream_->Read(buffer_.get() + keep, bufSize_ - keep);
     bufEnd_ = keep + static_cast<int>(std::max<int64_t>(n, 0));
     bufPos_ = 0;
@@ -63,7 +64,9 @@ void TSimpleReader::FlushBuffer() {
 // ---------------------------------------------------------------------------------------------
 // TStringReader
 
-TStringReader::~TStringReader() { FreeTarget(); }
+TStringReader::~TStringReader() {
+    FreeTarget();
+}
 
 void TStringReader::FreeTarget() {
     reader_.reset();
@@ -104,8 +107,10 @@ bool TStringReader::ReadString(std::string& s) {
         }
         int64_t unread = static_cast<int64_t>(len - (p + delimLen));
         if (unread > 0) {
-            if (UseBuffer && reader_) reader_->SetPosition(reader_->Position() - unread);
-            else target_->Seek(-unread, rtl::soCurrent);
+            if (UseBuffer && reader_)
+                reader_->SetPosition(reader_->Position() - unread);
+            else
+                target_->Seek(-unread, rtl::soCurrent);
         }
         s.resize(p);
         return true;

@@ -32,20 +32,22 @@ int64_t FileSizeOf(int fd) {
 // The name of a shared-memory object for a region name: one leading "/", and no other.
 std::string ShmName(const std::string& mapName) {
     std::string name = "/";
-    for (char c : mapName) name += (c == '/' || c == '\\') ? '_' : c;
+    for (char c : mapName)
+        name += (c == '/' || c == '\\') ? '_' : c;
     return name;
 }
 
 constexpr int64_t kBlock = 4096;
-int64_t RoundToBlock(int64_t n) { return (n + kBlock - 1) / kBlock * kBlock; }
+int64_t RoundToBlock(int64_t n) {
+    return (n + kBlock - 1) / kBlock * kBlock;
+}
 
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
 // TMappedFileStream
 
-TMappedFileStream::TMappedFileStream(int fileHandle, bool mapped, int64_t newSize,
-                                     bool readOnly) {
+TMappedFileStream::TMappedFileStream(int fileHandle, bool mapped, int64_t newSize, bool readOnly) {
     Init(fileHandle, mapped, newSize, readOnly);
 }
 
@@ -80,9 +82,8 @@ void TMappedFileStream::Init(int fileHandle, bool mapped, int64_t newSize, bool 
     if (mapped) SetMapped(true);
 }
 
-std::unique_ptr<TMappedFileStream> TMappedFileStream::CreateSys(const std::string& mapName,
-                                                                bool mapped, int64_t size,
-                                                                bool readOnly) {
+std::unique_ptr<TMappedFileStream>
+TMappedFileStream::CreateSys(const std::string& mapName, bool mapped, int64_t size, bool readOnly) {
     if (size < 1) CreateException<EMFStreamError>(SZeroProjectedSize);
     std::unique_ptr<TMappedFileStream> s(new TMappedFileStream());
     s->mapName_ = mapName;
@@ -124,8 +125,10 @@ void TMappedFileStream::SetMapped(bool value) {
             fd = shm_open(name.c_str(), O_RDONLY, 0);
         } else {
             fd = shm_open(name.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
-            if (fd >= 0) ownsRegionName_ = true;
-            else if (errno == EEXIST) fd = shm_open(name.c_str(), O_RDWR, 0);
+            if (fd >= 0)
+                ownsRegionName_ = true;
+            else if (errno == EEXIST)
+                fd = shm_open(name.c_str(), O_RDWR, 0);
         }
         if (fd < 0) rtl::RaiseLastOSError(errno);
         mapHandle_ = fd;
@@ -145,9 +148,9 @@ void TMappedFileStream::SetMapped(bool value) {
     }
     void* p = nullptr;
     if (size > 0) {
-        p = fd >= 0 ? mmap(nullptr, static_cast<size_t>(size), prot, MAP_SHARED, fd, 0)
-                    : mmap(nullptr, static_cast<size_t>(size), prot, MAP_SHARED | MAP_ANONYMOUS,
-                           -1, 0);
+        p = fd >= 0
+                ? mmap(nullptr, static_cast<size_t>(size), prot, MAP_SHARED, fd, 0)
+                : mmap(nullptr, static_cast<size_t>(size), prot, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (p == MAP_FAILED) {
             int err = errno;
             mapped_ = true;
@@ -178,9 +181,15 @@ int64_t TMappedFileStream::Write(const void* buffer, int64_t count) {
 
 int64_t TMappedFileStream::Seek(int64_t offset, rtl::TSeekOrigin origin) {
     switch (origin) {
-    case rtl::soBeginning: position_ = offset; break;
-    case rtl::soCurrent: position_ += offset; break;
-    default: position_ = size_ + offset; break;
+    case rtl::soBeginning:
+        position_ = offset;
+        break;
+    case rtl::soCurrent:
+        position_ += offset;
+        break;
+    default:
+        position_ = size_ + offset;
+        break;
     }
     return position_;
 }
@@ -237,8 +246,12 @@ private:
 };
 
 namespace {
-size_t PageSize() { return static_cast<size_t>(sysconf(_SC_PAGESIZE)); }
-size_t RoundToPage(size_t n) { return (n + PageSize() - 1) / PageSize() * PageSize(); }
+size_t PageSize() {
+    return static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+size_t RoundToPage(size_t n) {
+    return (n + PageSize() - 1) / PageSize() * PageSize();
+}
 // A heap without a maximum may grow to this much.
 constexpr size_t kGrowableReserve = size_t(4) << 30;
 } // namespace
@@ -248,17 +261,21 @@ THeap::THeap(int64_t initialSize, int64_t maximumSize, uint32_t flags) : flags_(
     reserve_ = maximumSize > 0
                    ? RoundToPage(static_cast<size_t>(std::max(maximumSize, initialSize)))
                    : kGrowableReserve;
-    void* p = mmap(nullptr, reserve_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1,
-                   0);
+    void* p =
+        mmap(nullptr, reserve_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     if (p == MAP_FAILED) rtl::RaiseLastOSError(errno);
     base_ = static_cast<char*>(p);
     free_[0] = reserve_;
     Commit(static_cast<size_t>(initialSize));
 }
 
-THeap::~THeap() { munmap(base_, reserve_); }
+THeap::~THeap() {
+    munmap(base_, reserve_);
+}
 
-void THeap::OutOfMemory() { throw rtl::EOutOfMemory("Out of memory"); }
+void THeap::OutOfMemory() {
+    throw rtl::EOutOfMemory("Out of memory");
+}
 
 void THeap::Commit(size_t end) {
     if (end <= committed_) return;
@@ -384,9 +401,12 @@ void* THeapStream::Realloc(int64_t& newCapacity) {
                             static_cast<size_t>(newCapacity - Capacity()));
         }
     } else {
-        if (heap_) p = heap_->Alloc(n);
-        else p = (flags_ & HEAP_ZERO_MEMORY) ? std::calloc(1, n) : std::malloc(n);
-        if (p && memory_) std::memcpy(p, memory_, static_cast<size_t>(std::min(size_, newCapacity)));
+        if (heap_)
+            p = heap_->Alloc(n);
+        else
+            p = (flags_ & HEAP_ZERO_MEMORY) ? std::calloc(1, n) : std::malloc(n);
+        if (p && memory_)
+            std::memcpy(p, memory_, static_cast<size_t>(std::min(size_, newCapacity)));
     }
     if (!p) throw rtl::EOutOfMemory("Out of memory");
     return p;
@@ -401,7 +421,9 @@ int64_t THeapStream::Compact() {
 // ---------------------------------------------------------------------------------------------
 // TMemStream
 
-TMemStream::~TMemStream() { Clear(); }
+TMemStream::~TMemStream() {
+    Clear();
+}
 
 void* TMemStream::Realloc(int64_t& newCapacity) {
     if (newCapacity > 0) newCapacity = RoundToBlock(newCapacity);
@@ -416,7 +438,8 @@ void* TMemStream::Realloc(int64_t& newCapacity) {
         p = std::realloc(memory_, static_cast<size_t>(newCapacity));
     } else {
         p = std::malloc(static_cast<size_t>(newCapacity));
-        if (p && memory_) std::memcpy(p, memory_, static_cast<size_t>(std::min(size_, newCapacity)));
+        if (p && memory_)
+            std::memcpy(p, memory_, static_cast<size_t>(std::min(size_, newCapacity)));
     }
     if (!p) throw rtl::EStreamError("Out of memory while expanding memory stream");
     return p;

@@ -24,7 +24,8 @@ struct Table {
     TResStrLookup lookup;
 
     Table() {
-        for (const auto& e : kFoundationTexts) texts[e.Id] = e.Text;
+        for (const auto& e : kFoundationTexts)
+            texts[e.Id] = e.Text;
     }
 };
 
@@ -40,7 +41,8 @@ Table& TheTable() {
 void RegisterResStrings(std::span<const TResStringEntry> block) {
     Table& t = TheTable();
     std::lock_guard guard(t.lock);
-    for (const auto& e : block) t.texts[e.Id] = e.Text ? e.Text : "";
+    for (const auto& e : block)
+        t.texts[e.Id] = e.Text ? e.Text : "";
 }
 
 TResStrLookup SetResStrLookup(TResStrLookup lookup) {

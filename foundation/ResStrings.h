@@ -27,9 +27,7 @@ void RegisterResStrings(std::span<const TResStringEntry> block);
 
 // Registers its block when constructed; meant for a static object of a layer.
 struct TResStringBlock {
-    explicit TResStringBlock(std::span<const TResStringEntry> block) {
-        RegisterResStrings(block);
-    }
+    explicit TResStringBlock(std::span<const TResStringEntry> block) { RegisterResStrings(block); }
 };
 
 // The lookup of a localisation layer: the text of a number, or an empty string when it has

@@ -12,10 +12,14 @@ constexpr std::array<unsigned char, 256> MakeCaseTable() {
     std::array<unsigned char, 256> t{};
     for (int i = 0; i < 256; ++i) {
         int c = i;
-        if ((i >= 97 && i <= 122) || i >= 224) c = i - 32;
-        else if ((i >= 65 && i <= 90) || (i >= 192 && i <= 223)) c = i + 32;
-        else if (i == 184) c = 168;
-        else if (i == 168) c = 184;
+        if ((i >= 97 && i <= 122) || i >= 224)
+            c = i - 32;
+        else if ((i >= 65 && i <= 90) || (i >= 192 && i <= 223))
+            c = i + 32;
+        else if (i == 184)
+            c = 168;
+        else if (i == 168)
+            c = 184;
         t[static_cast<size_t>(i)] = static_cast<unsigned char>(c);
     }
     return t;
@@ -23,10 +27,16 @@ constexpr std::array<unsigned char, 256> MakeCaseTable() {
 
 constexpr std::array<unsigned char, 256> kCaseTable = MakeCaseTable();
 
-inline unsigned char U(char c) { return static_cast<unsigned char>(c); }
-inline int Len(std::string_view s) { return static_cast<int>(s.size()); }
+inline unsigned char U(char c) {
+    return static_cast<unsigned char>(c);
+}
+inline int Len(std::string_view s) {
+    return static_cast<int>(s.size());
+}
 // The byte at a 1-based position.
-inline unsigned char At(std::string_view s, int pos) { return U(s[static_cast<size_t>(pos - 1)]); }
+inline unsigned char At(std::string_view s, int pos) {
+    return U(s[static_cast<size_t>(pos - 1)]);
+}
 
 inline bool SameChar(unsigned char x, unsigned char sought) {
     return x == sought || x == kCaseTable[sought];
@@ -40,8 +50,10 @@ template <class Match> int ForwardScan(std::string_view s, int start, Match matc
 }
 
 template <class Match> int ReverseScan(std::string_view s, int start, Match match) {
-    if (start == -1) start = Len(s);
-    else if (start < 1 || start > Len(s)) return 0;
+    if (start == -1)
+        start = Len(s);
+    else if (start < 1 || start > Len(s))
+        return 0;
     for (int p = start; p >= 1; --p)
         if (match(At(s, p))) return p;
     return 0;
@@ -82,7 +94,8 @@ const unsigned char CaseTable[256] = {
 
 TCharScores CharScores(std::string_view chars) {
     TCharScores r;
-    for (char c : chars) r.set(U(c));
+    for (char c : chars)
+        r.set(U(c));
     return r;
 }
 

@@ -23,7 +23,8 @@ struct TReplaceParams {
     bool IgnoreCase = false;
     TReplaceParams() = default;
     TReplaceParams(std::initializer_list<TReplaceParam> params) {
-        for (TReplaceParam p : params) (p == rpReplaceAll ? ReplaceAll : IgnoreCase) = true;
+        for (TReplaceParam p : params)
+            (p == rpReplaceAll ? ReplaceAll : IgnoreCase) = true;
     }
 };
 

@@ -20,12 +20,14 @@ bool IsBlankLine(const std::string& s) {
 } // namespace
 
 bool SkipBlankLines(rtl::TStrings* lines, int& index) {
-    while (index < lines->Count() && IsBlankLine(lines->Strings(index))) ++index;
+    while (index < lines->Count() && IsBlankLine(lines->Strings(index)))
+        ++index;
     return index < lines->Count();
 }
 
 bool DeleteBlankLines(rtl::TStrings* lines, int& index) {
-    while (index < lines->Count() && IsBlankLine(lines->Strings(index))) lines->Delete(index);
+    while (index < lines->Count() && IsBlankLine(lines->Strings(index)))
+        lines->Delete(index);
     return index < lines->Count();
 }
 
@@ -112,7 +114,8 @@ bool FindDeclarationEnd(rtl::TStrings* l, int index, int p, int& endIndex) {
 bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
     // The work goes on a copy: the lines change only on success.
     rtl::TStringList l;
-    for (int i = 0; i < lines->Count(); ++i) l.Add(lines->Strings(i));
+    for (int i = 0; i < lines->Count(); ++i)
+        l.Add(lines->Strings(i));
     std::vector<std::unique_ptr<TLayout>> layouts;
 
     // From lines to items: each declaration becomes one line that begins with the declared
@@ -132,8 +135,10 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
             return false;
         }
         auto layout = std::make_unique<TLayout>();
-        for (int k = i + 1; k <= endIndex; ++k) layout->Append(line, l.Strings(k));
-        for (int k = endIndex; k > i; --k) l.Delete(k);
+        for (int k = i + 1; k <= endIndex; ++k)
+            layout->Append(line, l.Strings(k));
+        for (int k = endIndex; k > i; --k)
+            l.Delete(k);
         layout->Append(line, prefix);
         l.SetStrings(i, line);
         l.SetObjects(i, layout.get());

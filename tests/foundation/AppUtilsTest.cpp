@@ -250,7 +250,8 @@ TEST(AddLogData, FileOfExactlyTheMaximumStartsAnew) {
 TEST(AddLogData, MaximumZeroNeverRestarts) {
     std::string name = TempDir() + "endless.log";
     fs::remove(name);
-    for (int i = 0; i < 50; ++i) AddLogData(name, "0123456789", 0);
+    for (int i = 0; i < 50; ++i)
+        AddLogData(name, "0123456789", 0);
     EXPECT_EQ(fs::file_size(name), 600u);
 }
 
@@ -402,7 +403,8 @@ TEST(ObjGetInterface, FailsWithTheClassName) {
 
 TEST(EncodeData, DecodeRestoresForEveryKey) {
     std::string original;
-    for (int i = 0; i < 256; ++i) original += static_cast<char>(i);
+    for (int i = 0; i < 256; ++i)
+        original += static_cast<char>(i);
     for (int key = 0; key < 256; ++key) {
         std::string s = original;
         EncodeData(s.data(), s.size(), static_cast<char>(key));

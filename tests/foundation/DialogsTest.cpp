@@ -53,7 +53,8 @@ TEST_F(DialogsTest, StylesOfTheBoxes) {
     WarningDialogEx("wdx");
     ASSERT_EQ(calls.size(), 7u);
     std::vector<uint32_t> styles;
-    for (const Call& c : calls) styles.push_back(c.Style);
+    for (const Call& c : calls)
+        styles.push_back(c.Style);
     EXPECT_EQ(styles, (std::vector<uint32_t>{16, 64, 48, 36, 35, 52, 35}));
     for (const Call& c : calls) {
         EXPECT_EQ(c.Owner, reinterpret_cast<HWND>(0x77));

@@ -29,7 +29,7 @@ public:
 using identtest::TNamed;
 
 RTL_BEGIN_CLASS(identtest::TNamed)
-    Implements<IIdentIntf>();
+Implements<IIdentIntf>();
 RTL_END_CLASS
 
 namespace {
@@ -43,7 +43,8 @@ std::vector<std::string> Idents(TIdentList& l) {
 
 std::vector<std::string> Idents(TIdentIntfList& l) {
     std::vector<std::string> r;
-    for (int i = 0; i < l.GetCount(); ++i) r.push_back(l.GetItem(i)->GetIdent());
+    for (int i = 0; i < l.GetCount(); ++i)
+        r.push_back(l.GetItem(i)->GetIdent());
     return r;
 }
 

@@ -13,7 +13,8 @@ namespace {
 
 void SetText(TIniStrings& ini, const std::vector<std::string>& lines) {
     rtl::TStringList l;
-    for (const auto& s : lines) l.Add(s);
+    for (const auto& s : lines)
+        l.Add(s);
     ini.SetStrings(&l);
 }
 
@@ -21,13 +22,15 @@ std::vector<std::string> GetText(TIniStrings& ini) {
     rtl::TStringList l;
     ini.GetStrings(&l);
     std::vector<std::string> r;
-    for (int i = 0; i < l.Count(); ++i) r.push_back(l.Strings(i));
+    for (int i = 0; i < l.Count(); ++i)
+        r.push_back(l.Strings(i));
     return r;
 }
 
 std::vector<std::string> Lines(rtl::TStrings* l) {
     std::vector<std::string> r;
-    for (int i = 0; i < l->Count(); ++i) r.push_back(l->Strings(i));
+    for (int i = 0; i < l->Count(); ++i)
+        r.push_back(l->Strings(i));
     return r;
 }
 

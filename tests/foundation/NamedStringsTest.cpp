@@ -9,7 +9,8 @@ using namespace zelvane;
 namespace {
 std::vector<std::string> Lines(rtl::TStrings* l) {
     std::vector<std::string> r;
-    for (int i = 0; i < l->Count(); ++i) r.push_back(l->Strings(i));
+    for (int i = 0; i < l->Count(); ++i)
+        r.push_back(l->Strings(i));
     return r;
 }
 } // namespace

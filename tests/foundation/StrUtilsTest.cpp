@@ -21,7 +21,8 @@ TEST(CaseTable, Windows1251Letters) {
     EXPECT_EQ(CaseTable[223], 255);
     for (int c : {0, 9, 32, 48, 57, 64, 91, 96, 123, 127, 128, 167, 169, 183, 185, 191})
         EXPECT_EQ(CaseTable[c], c) << c;
-    for (int c = 0; c < 256; ++c) EXPECT_EQ(CaseTable[CaseTable[c]], c) << c;
+    for (int c = 0; c < 256; ++c)
+        EXPECT_EQ(CaseTable[CaseTable[c]], c) << c;
 }
 
 // --- bytes -----------------------------------------------------------------------------------
@@ -192,7 +193,7 @@ TEST(StringPos, ReverseClampsTheStart) {
     EXPECT_EQ(StringPosR("one two one", "one", 8), 1);
     EXPECT_EQ(StringPosR("one two one", "one", 11), 9);
     EXPECT_EQ(StringPosR("one two one", "one", 12), 0); // beyond the length
-    EXPECT_EQ(StringPosR("ab", "abc"), 0); // clamped below 1
+    EXPECT_EQ(StringPosR("ab", "abc"), 0);              // clamped below 1
     EXPECT_EQ(StringPosR("abc", "a", 0), 0);
     // The start bounds where a match begins; the match itself may reach beyond it.
     EXPECT_EQ(StringPosR("aaa", "aa", 1), 1);

@@ -32,7 +32,8 @@ std::string ReadFile(const std::string& name) {
 std::vector<std::string> ReadAll(TStringReader& r) {
     std::vector<std::string> out;
     std::string s = "junk";
-    while (r.ReadString(s)) out.push_back(s);
+    while (r.ReadString(s))
+        out.push_back(s);
     EXPECT_EQ(s, "");
     return out;
 }
@@ -385,17 +386,17 @@ TEST(MappedFileStream, NamedRegionIsSharedBetweenStreams) {
 }
 
 TEST(MappedFileStream, ReadOnlyRegionMustExist) {
-    EXPECT_THROW(TMappedFileStream::CreateSys("zelv_absent_" + std::to_string(getpid()), true, 10,
-                                              true),
-                 rtl::EOSError);
+    EXPECT_THROW(
+        TMappedFileStream::CreateSys("zelv_absent_" + std::to_string(getpid()), true, 10, true),
+        rtl::EOSError);
 }
 
 // --- THeapStream and TMemStream --------------------------------------------------------------
 
 TEST(HeapStream, CapacityIsAMultipleOf4096) {
     for (bool privateHeap : {false, true}) {
-        std::unique_ptr<THeapStream> s =
-            privateHeap ? std::make_unique<THeapStream>(0, 0, false) : std::make_unique<THeapStream>();
+        std::unique_ptr<THeapStream> s = privateHeap ? std::make_unique<THeapStream>(0, 0, false)
+                                                     : std::make_unique<THeapStream>();
         EXPECT_EQ(s->SharedHeap(), !privateHeap);
         EXPECT_EQ(s->Flags(), HEAP_GENERATE_EXCEPTIONS);
         s->Write("x", 1);
@@ -418,13 +419,15 @@ TEST(HeapStream, ZeroMemoryFlag) {
     shared.SetSize(100);
     shared.SetSize(6000);
     const char* p = static_cast<const char*>(shared.Memory());
-    for (int i = 0; i < 6000; ++i) ASSERT_EQ(p[i], 0) << i;
+    for (int i = 0; i < 6000; ++i)
+        ASSERT_EQ(p[i], 0) << i;
     THeapStream own(4096, 65536, true);
     own.Write("abc", 3);
     own.SetSize(20000);
     p = static_cast<const char*>(own.Memory());
     EXPECT_EQ(std::string(p, 3), "abc");
-    for (int i = 3; i < 20000; ++i) ASSERT_EQ(p[i], 0) << i;
+    for (int i = 3; i < 20000; ++i)
+        ASSERT_EQ(p[i], 0) << i;
 }
 
 TEST(HeapStream, PrivateHeapKeepsItsMaximum) {
@@ -442,7 +445,8 @@ TEST(HeapStream, PrivateHeapKeepsItsMaximum) {
 TEST(HeapStream, ContentsSurviveGrowth) {
     THeapStream s(4096, 0, false);
     std::string data;
-    for (int i = 0; i < 50000; ++i) data += static_cast<char>('a' + i % 26);
+    for (int i = 0; i < 50000; ++i)
+        data += static_cast<char>('a' + i % 26);
     for (size_t i = 0; i < data.size(); i += 777)
         s.Write(data.data() + i, static_cast<int64_t>(std::min<size_t>(777, data.size() - i)));
     EXPECT_EQ(s.GetSize(), 50000);

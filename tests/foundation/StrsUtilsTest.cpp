@@ -12,13 +12,15 @@ namespace {
 
 std::vector<std::string> ToVector(rtl::TStrings* l) {
     std::vector<std::string> r;
-    for (int i = 0; i < l->Count(); ++i) r.push_back(l->Strings(i));
+    for (int i = 0; i < l->Count(); ++i)
+        r.push_back(l->Strings(i));
     return r;
 }
 
 void Fill(rtl::TStrings* l, const std::vector<std::string>& lines) {
     l->Clear();
-    for (const auto& s : lines) l->Add(s);
+    for (const auto& s : lines)
+        l->Add(s);
 }
 
 // Sorts the lines; the result and the lines afterwards.
@@ -35,7 +37,9 @@ SortResult Sort(const std::vector<std::string>& lines) {
     return {ok, errorLine, ToVector(&l)};
 }
 
-std::filesystem::path DataDir() { return std::filesystem::path(__FILE__).parent_path() / "data"; }
+std::filesystem::path DataDir() {
+    return std::filesystem::path(__FILE__).parent_path() / "data";
+}
 
 std::vector<std::string> LoadData(const std::string& name) {
     rtl::TStringList l;
@@ -122,7 +126,8 @@ TEST(LineLists, FindWordInLinesMovesTheIndexOnlyOnAMatch) {
 TEST(SortDeclarations, ByTheNameNotTheKeyword) {
     auto r = Sort({"  procedure Zed;", "  function Alpha: Integer;"});
     ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  function Alpha: Integer;", "  procedure Zed;"}));
+    EXPECT_EQ(r.Lines,
+              (std::vector<std::string>{"  function Alpha: Integer;", "  procedure Zed;"}));
     EXPECT_EQ(r.ErrorLine, 2);
 }
 
@@ -151,8 +156,7 @@ TEST(SortDeclarations, MultiLineHeadingMovesAsOneUnit) {
     auto r = Sort({"  procedure Zed;", "  function Make(A: Integer;", "      B: string;",
                    "      C: Char): Boolean;", "  procedure Beta;"});
     ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  procedure Beta;",
-                                                 "  function Make(A: Integer;",
+    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  procedure Beta;", "  function Make(A: Integer;",
                                                  "      B: string;", "      C: Char): Boolean;",
                                                  "  procedure Zed;"}));
 }
@@ -226,8 +230,8 @@ TEST(SortDeclarations, KeywordAloneOnAContinuationLineGoesInFront) {
 }
 
 TEST(SortDeclarations, BlockCommentTakesTheRestOfItsLastLine) {
-    auto r = Sort({"  procedure Zed;", "  { note", "    more } procedure Alpha;",
-                   "  procedure Beta;"});
+    auto r =
+        Sort({"  procedure Zed;", "  { note", "    more } procedure Alpha;", "  procedure Beta;"});
     ASSERT_TRUE(r.Ok);
     EXPECT_EQ(r.Lines, (std::vector<std::string>{"  { note", "    more } procedure Alpha;",
                                                  "  procedure Beta;", "  procedure Zed;"}));
@@ -242,10 +246,12 @@ TEST(SortDeclarations, LineCommentIsAnItemOfItsOwn) {
 
 TEST(SortDeclarations, CyrillicNamesFoldAndFollowLatin) {
     // Windows-1251: "\xC1\xE5\xF2\xE0" is Beta in Cyrillic, "\xE0\xEB\xFC\xF4\xE0" alpha.
-    auto r = Sort({"procedure \xC1\xE5\xF2\xE0;", "procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;"});
+    auto r =
+        Sort({"procedure \xC1\xE5\xF2\xE0;", "procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;"});
     ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;",
-                                                 "procedure \xC1\xE5\xF2\xE0;"}));
+    EXPECT_EQ(r.Lines,
+              (std::vector<std::string>{"procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;",
+                                        "procedure \xC1\xE5\xF2\xE0;"}));
 }
 
 TEST(SortDeclarations, SortingTwiceChangesNothing) {
