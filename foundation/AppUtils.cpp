@@ -174,8 +174,7 @@ std::string GetAppIniFileName() {
 
 std::string GetTitle() {
     std::string name = ExtractFileNameEx(ExePath());
-    for (size_t i = 1; i < name.size(); ++i)
-        if (name[i] >= 'A' && name[i] <= 'Z') name[i] = static_cast<char>(name[i] + 32);
+    if (name.size() > 1) name = name.substr(0, 1) + rtl::AnsiLowerCase(name.substr(1));
     return name;
 }
 
