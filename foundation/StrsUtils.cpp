@@ -55,41 +55,42 @@ bool FindWordInLines(const std::string& word, rtl::TStrings* lines, int& index) 
 }
 
 namespace {
+int Len(const std::string& s) {
+    return static_cast<int>(s.size());
+}
 
-// The layout of a sorted item: "1," and then end positions, each followed by a comma. The
-// numbers, taken in pairs, are the start and end (exclusive) of the item's segments in its
-// joined text.
+bool ReadLayoutNumber(const std::string& layout, size_t& readPos, int& n) {
+    size_t comma = layout.find(',', readPos);
+    if (comma == std::string::npos) return false;
+    n = rtl::StrToInt(std::string_view(layout).substr(readPos, comma - readPos));
+    readPos = comma + 1;
+    return true;
+}
+} // namespace
+
+void AppendWithLayout(std::string& line, std::string& layout, const std::string& text) {
+    if (layout.empty()) layout = "1," + rtl::IntToStr(Len(line) + 1) + ",";
+    layout += rtl::IntToStr(Len(line) + 1) + ",";
+    line += text;
+    layout += rtl::IntToStr(Len(line) + 1) + ",";
+}
+
+bool ReadLayoutSegment(const std::string& line, const std::string& layout, size_t& readPos,
+                       std::string& segment) {
+    int a = 0, b = 0;
+    if (!ReadLayoutNumber(layout, readPos, a) || !ReadLayoutNumber(layout, readPos, b))
+        return false;
+    segment = rtl::Copy(line, a, b - a);
+    return true;
+}
+
+namespace {
+
+// A layout string attached to a line of the work list.
 class TLayout : public rtl::TObject {
 public:
-    // Appends text to line, recording the segment it fills.
-    void Append(std::string& line, const std::string& text) {
-        if (text_.empty()) text_ = "1," + rtl::IntToStr(Len(line) + 1) + ",";
-        text_ += rtl::IntToStr(Len(line) + 1) + ",";
-        line += text;
-        text_ += rtl::IntToStr(Len(line) + 1) + ",";
-    }
-
-    // The next segment of the line; false when the layout has no more.
-    bool ReadSegment(const std::string& line, std::string& segment) {
-        int a = 0, b = 0;
-        if (!ReadNumber(a) || !ReadNumber(b)) return false;
-        segment = rtl::Copy(line, a, b - a);
-        return true;
-    }
-
-private:
-    static int Len(const std::string& s) { return static_cast<int>(s.size()); }
-
-    bool ReadNumber(int& n) {
-        size_t comma = text_.find(',', read_);
-        if (comma == std::string::npos) return false;
-        n = rtl::StrToInt(std::string_view(text_).substr(read_, comma - read_));
-        read_ = comma + 1;
-        return true;
-    }
-
-    std::string text_;
-    size_t read_ = 0;
+    std::string Text;
+    size_t ReadPos = 0;
 };
 
 // Finds the last line of the declaration that starts at index; false when it has no end.
@@ -136,10 +137,10 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
         }
         auto layout = std::make_unique<TLayout>();
         for (int k = i + 1; k <= endIndex; ++k)
-            layout->Append(line, l.Strings(k));
+            AppendWithLayout(line, layout->Text, l.Strings(k));
         for (int k = endIndex; k > i; --k)
             l.Delete(k);
-        layout->Append(line, prefix);
+        AppendWithLayout(line, layout->Text, prefix);
         l.SetStrings(i, line);
         l.SetObjects(i, layout.get());
         layouts.push_back(std::move(layout));
@@ -161,12 +162,12 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
         l.SetObjects(i, nullptr);
         const std::string line = l.Strings(i);
         std::string head, seg;
-        if (!layout->ReadSegment(line, head)) {
+        if (!ReadLayoutSegment(line, layout->Text, layout->ReadPos, head)) {
             errorLine = i;
             return false;
         }
         int count = 1;
-        while (layout->ReadSegment(line, seg)) {
+        while (ReadLayoutSegment(line, layout->Text, layout->ReadPos, seg)) {
             if (seg.empty()) continue;
             std::string trimmed = rtl::Trim(seg);
             if (!trimmed.empty() && !IsInitialWord(trimmed)) {

@@ -29,6 +29,18 @@ bool FindLineEx(rtl::TStrings* lines, const std::string& sub, int& index, int& p
 // moves only on a match.
 bool FindWordInLines(const std::string& word, rtl::TStrings* lines, int& index);
 
+// The layout of a sorted item: "1," and then end positions, each followed by a comma. Taken in
+// pairs, the numbers are the start and the end (exclusive) of the segments of the item's joined
+// text: its first line, its further lines, then its indentation and keyword.
+//
+// Appends text to line, recording the segment it fills in the layout (which is started with
+// "1," and the end of the line's text when it is empty).
+void AppendWithLayout(std::string& line, std::string& layout, const std::string& text);
+// Reads the next segment of the line from the layout, after the comma at readPos, and moves
+// readPos on; false when the layout holds no further pair.
+bool ReadLayoutSegment(const std::string& line, const std::string& layout, size_t& readPos,
+                       std::string& segment);
+
 // Sorts the declarations of the lines by the names they declare. True when sorted; the lines
 // change only then. On failure errorLine is the index of the line whose declaration has no end
 // (blank lines not counted before it).

@@ -121,6 +121,60 @@ TEST(LineLists, FindWordInLinesMovesTheIndexOnlyOnAMatch) {
     EXPECT_EQ(index, 0);
 }
 
+// --- layout strings --------------------------------------------------------------------------
+
+TEST(Layout, OneLineWithItsPrefix) {
+    // "  procedure Foo;" becomes "Foo;" with the prefix "  procedure " appended.
+    std::string line = "Foo;", layout;
+    AppendWithLayout(line, layout, "  procedure ");
+    EXPECT_EQ(line, "Foo;  procedure ");
+    EXPECT_EQ(layout, "1,5,5,17,");
+    size_t read = 0;
+    std::string seg;
+    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
+    EXPECT_EQ(seg, "Foo;");
+    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
+    EXPECT_EQ(seg, "  procedure ");
+    EXPECT_FALSE(ReadLayoutSegment(line, layout, read, seg));
+}
+
+TEST(Layout, MultiLineDeclaration) {
+    std::string line = "Make(A: Integer;", layout;
+    AppendWithLayout(line, layout, "    B: string;");
+    AppendWithLayout(line, layout, "    C: Char): Boolean;");
+    AppendWithLayout(line, layout, "  function ");
+    EXPECT_EQ(line, "Make(A: Integer;    B: string;    C: Char): Boolean;  function ");
+    EXPECT_EQ(layout, "1,17,17,31,31,53,53,64,");
+    size_t read = 0;
+    std::string seg;
+    std::vector<std::string> segs;
+    while (ReadLayoutSegment(line, layout, read, seg))
+        segs.push_back(seg);
+    EXPECT_EQ(segs, (std::vector<std::string>{"Make(A: Integer;", "    B: string;",
+                                              "    C: Char): Boolean;", "  function "}));
+}
+
+TEST(Layout, EmptyPrefixGivesAnEmptySegment) {
+    std::string line = "// note", layout;
+    AppendWithLayout(line, layout, "");
+    EXPECT_EQ(layout, "1,8,8,8,");
+    size_t read = 0;
+    std::string seg;
+    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
+    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
+    EXPECT_EQ(seg, "");
+}
+
+TEST(Layout, ReadingStopsWithoutAFullPair) {
+    size_t read = 0;
+    std::string seg = "kept";
+    EXPECT_FALSE(ReadLayoutSegment("abc", "", read, seg));
+    EXPECT_FALSE(ReadLayoutSegment("abc", "1,", read, seg));
+    EXPECT_EQ(seg, "kept");
+    read = 0;
+    EXPECT_THROW(ReadLayoutSegment("abc", "x,2,", read, seg), rtl::EConvertError);
+}
+
 // --- the declaration sort --------------------------------------------------------------------
 
 TEST(SortDeclarations, ByTheNameNotTheKeyword) {
