@@ -26,7 +26,8 @@ int64_t THandleStream::Read(void* buffer, int64_t count) {
     auto* p = static_cast<char*>(buffer);
     int64_t done = 0;
     while (done < count) {
-        ssize_t n = ::read(handle_, p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
+        ssize_t n =
+            ::read(handle_, p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
         if (n < 0) {
             if (errno == EINTR) continue;
             break;
@@ -42,7 +43,8 @@ int64_t THandleStream::Write(const void* buffer, int64_t count) {
     const auto* p = static_cast<const char*>(buffer);
     int64_t done = 0;
     while (done < count) {
-        ssize_t n = ::write(handle_, p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
+        ssize_t n =
+            ::write(handle_, p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
         if (n < 0) {
             if (errno == EINTR) continue;
             break;
@@ -60,7 +62,7 @@ int64_t THandleStream::Seek(int64_t offset, TSeekOrigin origin) {
 }
 
 int64_t THandleStream::GetSize() {
-    struct stat st{};
+    struct stat st {};
     if (::fstat(handle_, &st) == 0 && S_ISREG(st.st_mode)) return static_cast<int64_t>(st.st_size);
     return TStream::GetSize();
 }
@@ -94,7 +96,7 @@ TFileStream::TFileStream(const std::string& fileName, uint16_t mode, uint32_t ri
         fd = ::open(fileName.c_str(), flags, static_cast<mode_t>(rights));
     } while (fd < 0 && errno == EINTR);
     if (fd < 0) RaiseFileOpenError(create, fileName, errno);
-    struct stat st{};
+    struct stat st {};
     if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
         int err = S_ISDIR(st.st_mode) ? EISDIR : errno;
         ::close(fd);

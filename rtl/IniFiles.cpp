@@ -43,7 +43,8 @@ struct IniData {
         size_t i = 0;
         while (i < text.size()) {
             size_t start = i;
-            while (i < text.size() && text[i] != '\r' && text[i] != '\n') ++i;
+            while (i < text.size() && text[i] != '\r' && text[i] != '\n')
+                ++i;
             AddLine(text.substr(start, i - start));
             if (i < text.size() && text[i] == '\r') ++i;
             if (i < text.size() && text[i] == '\n') ++i;
@@ -61,10 +62,12 @@ struct IniData {
 
     std::string Text() const {
         std::string r;
-        for (auto& l : Preamble) r += l + "\r\n";
+        for (auto& l : Preamble)
+            r += l + "\r\n";
         for (auto& s : Sections) {
             r += "[" + s.Name + "]\r\n";
-            for (auto& l : s.Lines) r += l + "\r\n";
+            for (auto& l : s.Lines)
+                r += l + "\r\n";
         }
         return r;
     }
@@ -126,7 +129,8 @@ struct IniData {
         }
         // After the last non-blank line of the section.
         size_t at = s->Lines.size();
-        while (at > 0 && Trim(s->Lines[at - 1]).empty()) --at;
+        while (at > 0 && Trim(s->Lines[at - 1]).empty())
+            --at;
         s->Lines.insert(s->Lines.begin() + static_cast<std::ptrdiff_t>(at), line);
         return true;
     }
@@ -155,7 +159,8 @@ struct IniData {
                 if (!AnsiSameText(s.Name, section)) continue;
                 std::string name, value;
                 for (auto& l : s.Lines)
-                    if (SplitKey(l, name, value)) strings->Add(withValues ? name + "=" + value : name);
+                    if (SplitKey(l, name, value))
+                        strings->Add(withValues ? name + "=" + value : name);
             }
         } catch (...) {
             strings->EndUpdate();
@@ -189,7 +194,9 @@ namespace {
 using detail::IniData;
 
 void CheckWritable(const std::string& section, const std::string& ident, const std::string& value) {
-    auto hasBreak = [](const std::string& s) { return s.find_first_of("\r\n") != std::string::npos; };
+    auto hasBreak = [](const std::string& s) {
+        return s.find_first_of("\r\n") != std::string::npos;
+    };
     if (hasBreak(section) || section.find(']') != std::string::npos || Trim(section) != section)
         throw EIniFileException(Format("Invalid ini section name '%s'", {section}));
     std::string t = Trim(ident);
@@ -224,9 +231,11 @@ void LoadFile(const std::string& fileName, IniData& data) {
     data.Parse(text);
 }
 
-// Replaces the file atomically with the text: a temporary file beside it, written and flushed,
-// then renamed over it, and the directory flushed so that the rename lasts.
-void SaveFile(const std::string& fileName, const std::string& text) {
+} // namespace
+
+// A temporary file beside the target, written and flushed, then renamed over it, and the
+// directory flushed so that the rename lasts.
+void ReplaceFileAtomically(const std::string& fileName, const std::string& text) {
     auto fail = [&]() { throw EIniFileException(SIniFileWriteError, {fileName}); };
     if (fileName.empty()) fail();
     // Write through a symbolic link to the file it names.
@@ -235,16 +244,17 @@ void SaveFile(const std::string& fileName, const std::string& text) {
         target = real;
         std::free(real);
     }
-    std::string dir = ExtractFileDir(target);
-    if (dir.empty()) dir = ".";
-    std::string tmpl = IncludeTrailingPathDelimiter(dir) + "." + ExtractFileName(target) + ".XXXXXX";
+    std::string dir = target.find(PathDelim) == std::string::npos ? std::string(1, '.')
+                                                                  : ExtractFileDir(target);
+    std::string tmpl =
+        IncludeTrailingPathDelimiter(dir) + "." + ExtractFileName(target) + ".XXXXXX";
     std::vector<char> tmpName(tmpl.begin(), tmpl.end());
     tmpName.push_back('\0');
     int fd = ::mkostemp(tmpName.data(), O_CLOEXEC);
     if (fd < 0) fail();
     bool ok = true;
     // Keep the old file's permissions; a new file gets the usual ones.
-    struct stat st{};
+    struct stat st {};
     mode_t mode;
     if (::stat(target.c_str(), &st) == 0) {
         mode = st.st_mode & 07777;
@@ -258,8 +268,10 @@ void SaveFile(const std::string& fileName, const std::string& text) {
     while (ok && done < text.size()) {
         ssize_t n = ::write(fd, text.data() + done, text.size() - done);
         if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) ok = false;
-        else done += static_cast<size_t>(n);
+        if (n <= 0)
+            ok = false;
+        else
+            done += static_cast<size_t>(n);
     }
     if (ok && ::fsync(fd) != 0) ok = false;
     if (::close(fd) != 0) ok = false;
@@ -275,6 +287,10 @@ void SaveFile(const std::string& fileName, const std::string& text) {
     }
 }
 
+namespace {
+void SaveFile(const std::string& fileName, const std::string& text) {
+    ReplaceFileAtomically(fileName, text);
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -298,8 +314,7 @@ void TCustomIniFile::WriteBool(const std::string& section, const std::string& id
     WriteString(section, ident, value ? "1" : "0");
 }
 
-double TCustomIniFile::ReadFloat(const std::string& section, const std::string& ident,
-                                 double def) {
+double TCustomIniFile::ReadFloat(const std::string& section, const std::string& ident, double def) {
     double v;
     return TryStrToFloat(ReadString(section, ident, ""), v) ? v : def;
 }
@@ -370,7 +385,8 @@ void TIniFile::WriteString(const std::string& section, const std::string& ident,
     CheckWritable(section, ident, value);
     IniData data;
     LoadFile(fileName_, data);
-    if (data.Write(section, ident, value) || !FileExists(fileName_)) SaveFile(fileName_, data.Text());
+    if (data.Write(section, ident, value) || !FileExists(fileName_))
+        SaveFile(fileName_, data.Text());
 }
 
 void TIniFile::ReadSection(const std::string& section, TStrings* strings) {
@@ -429,25 +445,37 @@ void TMemIniFile::ReadSection(const std::string& section, TStrings* strings) {
     data_->Keys(section, strings, false);
 }
 
-void TMemIniFile::ReadSections(TStrings* strings) { data_->SectionNames(strings); }
+void TMemIniFile::ReadSections(TStrings* strings) {
+    data_->SectionNames(strings);
+}
 
 void TMemIniFile::ReadSectionValues(const std::string& section, TStrings* strings) {
     data_->Keys(section, strings, true);
 }
 
-void TMemIniFile::EraseSection(const std::string& section) { data_->Erase(section); }
+void TMemIniFile::EraseSection(const std::string& section) {
+    data_->Erase(section);
+}
 
 void TMemIniFile::DeleteKey(const std::string& section, const std::string& ident) {
     data_->DeleteKey(section, ident);
 }
 
-void TMemIniFile::UpdateFile() { SaveFile(fileName_, data_->Text()); }
+void TMemIniFile::UpdateFile() {
+    SaveFile(fileName_, data_->Text());
+}
 
-void TMemIniFile::Clear() { data_->Clear(); }
+void TMemIniFile::Clear() {
+    data_->Clear();
+}
 
-void TMemIniFile::GetStrings(TStrings* list) { list->SetText(data_->Text()); }
+void TMemIniFile::GetStrings(TStrings* list) {
+    list->SetText(data_->Text());
+}
 
-void TMemIniFile::SetStrings(TStrings* list) { data_->Parse(list->GetText()); }
+void TMemIniFile::SetStrings(TStrings* list) {
+    data_->Parse(list->GetText());
+}
 
 void TMemIniFile::Rename(const std::string& fileName, bool reload) {
     if (reload) {

@@ -30,6 +30,12 @@ namespace detail {
 struct IniData;
 }
 
+// Replaces the file with the contents atomically, as the ini files write theirs (a temporary file
+// in the same directory, flushed, renamed over the old one; permissions kept; a symbolic link is
+// written through). On failure raises EIniFileException SIniFileWriteError and leaves the old
+// file as it was. For descendants of TCustomIniFile that write their own text.
+void ReplaceFileAtomically(const std::string& fileName, const std::string& contents);
+
 // The typed reads and writes, built on ReadString and WriteString.
 class TCustomIniFile : public TObject {
     RTL_CLASS(TCustomIniFile, TObject)

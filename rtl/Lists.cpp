@@ -24,11 +24,15 @@ template <class T, class RightFirst> void MergeSort(std::vector<T>& v, RightFirs
             size_t mid = std::min(lo + width, n), hi = std::min(lo + 2 * width, n);
             size_t i = lo, j = mid, k = lo;
             while (i < mid && j < hi) {
-                if (rightFirst(v[j], v[i])) buf[k++] = std::move(v[j++]);
-                else buf[k++] = std::move(v[i++]);
+                if (rightFirst(v[j], v[i]))
+                    buf[k++] = std::move(v[j++]);
+                else
+                    buf[k++] = std::move(v[i++]);
             }
-            while (i < mid) buf[k++] = std::move(v[i++]);
-            while (j < hi) buf[k++] = std::move(v[j++]);
+            while (i < mid)
+                buf[k++] = std::move(v[i++]);
+            while (j < hi)
+                buf[k++] = std::move(v[j++]);
         }
         v.swap(buf);
     }
@@ -39,9 +43,13 @@ template <class T, class RightFirst> void MergeSort(std::vector<T>& v, RightFirs
 // ---------------------------------------------------------------------------------------------
 // TList
 
-TList::~TList() { Clear(); }
+TList::~TList() {
+    Clear();
+}
 
-void TList::Error(const char* msg, int data) { throw EListError(msg, {data}); }
+void TList::Error(const char* msg, int data) {
+    throw EListError(msg, {data});
+}
 
 void TList::CheckIndex(int index) const {
     if (index < 0 || index >= Count()) Error(SListIndexError, index);
@@ -134,13 +142,13 @@ void TList::SetCount(int newCount) {
     if (newCount > Count()) {
         items_.resize(static_cast<size_t>(newCount), nullptr);
     } else {
-        for (int i = Count() - 1; i >= newCount; --i) Delete(i);
+        for (int i = Count() - 1; i >= newCount; --i)
+            Delete(i);
     }
 }
 
 void TList::SetCapacity(int newCapacity) {
-    if (newCapacity < Count() || newCapacity > MaxListSize)
-        Error(SListCapacityError, newCapacity);
+    if (newCapacity < Count() || newCapacity > MaxListSize) Error(SListCapacityError, newCapacity);
     if (newCapacity == capacity_) return;
     if (newCapacity == 0) {
         std::vector<void*>().swap(items_);
@@ -168,13 +176,16 @@ void TList::Assign(const TList* source) {
     if (!source || source == this) return;
     Clear();
     SetCapacity(source->Capacity() < source->Count() ? source->Count() : source->Capacity());
-    for (void* item : source->items_) Add(item);
+    for (void* item : source->items_)
+        Add(item);
 }
 
 // ---------------------------------------------------------------------------------------------
 // TStrings
 
-void TStrings::Error(const char* msg, int data) const { throw EStringListError(msg, {data}); }
+void TStrings::Error(const char* msg, int data) const {
+    throw EStringListError(msg, {data});
+}
 
 int TStrings::Add(const std::string& s) {
     int index = GetCount();
@@ -193,7 +204,8 @@ void TStrings::AddStrings(TStrings* strings) {
     BeginUpdate();
     try {
         int n = strings->GetCount();
-        for (int i = 0; i < n; ++i) AddObject(strings->Get(i), strings->GetObject(i));
+        for (int i = 0; i < n; ++i)
+            AddObject(strings->Get(i), strings->GetObject(i));
     } catch (...) {
         EndUpdate();
         throw;
@@ -327,8 +339,10 @@ void TStrings::SetValue(const std::string& name, const std::string& value) {
     int i = IndexOfName(name);
     if (!value.empty()) {
         std::string line = name + NameValueSeparator + value;
-        if (i < 0) Add(line);
-        else Put(i, line);
+        if (i < 0)
+            Add(line);
+        else
+            Put(i, line);
     } else if (i >= 0) {
         Delete(i);
     }
@@ -369,7 +383,8 @@ void TStrings::SetText(const std::string& text) {
         size_t i = 0;
         while (i < text.size()) {
             size_t start = i;
-            while (i < text.size() && text[i] != '\r' && text[i] != '\n') ++i;
+            while (i < text.size() && text[i] != '\r' && text[i] != '\n')
+                ++i;
             Add(text.substr(start, i - start));
             if (i < text.size() && text[i] == '\r') ++i;
             if (i < text.size() && text[i] == '\n') ++i;
@@ -408,7 +423,8 @@ void TStrings::SplitDelimited(const std::string& value, char delimiter, char quo
         Clear();
         size_t i = 0;
         const size_t n = text.size();
-        while (i < n && blank(text[i])) ++i;
+        while (i < n && blank(text[i]))
+            ++i;
         while (i < n) {
             std::string s;
             if (text[i] == quoteChar) {
@@ -427,16 +443,18 @@ void TStrings::SplitDelimited(const std::string& value, char delimiter, char quo
                 }
             } else {
                 size_t start = i;
-                while (i < n && static_cast<unsigned char>(text[i]) > ' ' && text[i] != delimiter)
+                while (i<n&& static_cast<unsigned char>(text[i])> ' ' && text[i] != delimiter)
                     ++i;
                 s = text.substr(start, i - start);
             }
             Add(s);
-            while (i < n && blank(text[i])) ++i;
+            while (i < n && blank(text[i]))
+                ++i;
             if (i < n && text[i] == delimiter) {
                 if (i + 1 == n) Add("");
                 ++i;
-                while (i < n && blank(text[i])) ++i;
+                while (i < n && blank(text[i]))
+                    ++i;
             }
         }
     } catch (...) {
@@ -446,12 +464,18 @@ void TStrings::SplitDelimited(const std::string& value, char delimiter, char quo
     EndUpdate();
 }
 
-std::string TStrings::GetDelimitedText() const { return JoinDelimited(Delimiter, QuoteChar); }
+std::string TStrings::GetDelimitedText() const {
+    return JoinDelimited(Delimiter, QuoteChar);
+}
 void TStrings::SetDelimitedText(const std::string& text) {
     SplitDelimited(text, Delimiter, QuoteChar);
 }
-std::string TStrings::GetCommaText() const { return JoinDelimited(',', '"'); }
-void TStrings::SetCommaText(const std::string& text) { SplitDelimited(text, ',', '"'); }
+std::string TStrings::GetCommaText() const {
+    return JoinDelimited(',', '"');
+}
+void TStrings::SetCommaText(const std::string& text) {
+    SplitDelimited(text, ',', '"');
+}
 
 void TStrings::LoadFromStream(TStream* stream) {
     int64_t size = stream->GetSize() - stream->GetPosition();
@@ -485,7 +509,8 @@ TStringList::~TStringList() {
     OnChange = nullptr;
     OnChanging = nullptr;
     if (OwnsObjects)
-        for (auto& item : list_) delete item.Obj;
+        for (auto& item : list_)
+            delete item.Obj;
 }
 
 void TStringList::CheckIndex(int index) const {
@@ -501,11 +526,15 @@ void TStringList::Changing() {
 }
 
 void TStringList::SetUpdateState(bool updating) {
-    if (updating) Changing();
-    else Changed();
+    if (updating)
+        Changing();
+    else
+        Changed();
 }
 
-int TStringList::Add(const std::string& s) { return AddObject(s, nullptr); }
+int TStringList::Add(const std::string& s) {
+    return AddObject(s, nullptr);
+}
 
 int TStringList::AddObject(const std::string& s, TObject* obj) {
     int index;
@@ -513,10 +542,12 @@ int TStringList::AddObject(const std::string& s, TObject* obj) {
         index = GetCount();
     } else if (Find(s, index)) {
         switch (Duplicates) {
-        case dupIgnore: return index;
-        case dupError: Error(SDuplicateString, 0);
-        default: break; // before the equal strings, where Find points
-
+        case dupIgnore:
+            return index;
+        case dupError:
+            Error(SDuplicateString, 0);
+        default:
+            break; // before the equal strings, where Find points
         }
     }
     InsertItem(index, s, obj);
@@ -542,7 +573,8 @@ void TStringList::Clear() {
     std::vector<Item> old;
     old.swap(list_);
     if (OwnsObjects)
-        for (auto& item : old) delete item.Obj;
+        for (auto& item : old)
+            delete item.Obj;
     Changed();
 }
 
@@ -637,7 +669,8 @@ void TStringList::CustomSort(const TStringListSortCompare& compare) {
     // Sort a permutation while the list stays as it is, so that the compare sees the indexes of
     // the unsorted list, then apply it.
     std::vector<int> order(list_.size());
-    for (size_t i = 0; i < order.size(); ++i) order[i] = static_cast<int>(i);
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = static_cast<int>(i);
     try {
         MergeSort(order, [&](int right, int left) { return compare(this, right, left) < 0; });
     } catch (...) {
@@ -646,7 +679,8 @@ void TStringList::CustomSort(const TStringListSortCompare& compare) {
     }
     std::vector<Item> sorted;
     sorted.reserve(list_.size());
-    for (int i : order) sorted.push_back(std::move(list_[static_cast<size_t>(i)]));
+    for (int i : order)
+        sorted.push_back(std::move(list_[static_cast<size_t>(i)]));
     list_.swap(sorted);
     Changed();
 }

@@ -177,8 +177,8 @@ RTL_ENUM(TDuplicates, dupIgnore, dupAccept, dupError)
 
 // A list of strings in memory. When Sorted, Add and AddObject insert in order and treat equal
 // strings by Duplicates (dupIgnore: keep the existing one and answer its index, dupAccept: add
-// it before the equal ones, where Find points, dupError: raise SDuplicateString); Insert, Put and Move raise
-// SSortedListError. With OwnsObjects the list frees the objects of the lines it deletes.
+// it before the equal ones, where Find points, dupError: raise SDuplicateString); Insert, Put and
+// Move raise SSortedListError. With OwnsObjects the list frees the objects of the lines it deletes.
 // OnChanging and OnChange fire around every change, once around a BeginUpdate..EndUpdate block.
 class TStringList : public TStrings {
     RTL_CLASS(TStringList, TStrings)

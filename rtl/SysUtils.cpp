@@ -51,7 +51,9 @@ RTL_IMPLEMENT_CLASS(EInOutError)
 
 Exception::Exception(std::string_view fmt, TVarRecs args) : message_(Format(fmt, args)) {}
 
-void Abort() { throw EAbort(SOperationAborted); }
+void Abort() {
+    throw EAbort(SOperationAborted);
+}
 
 namespace {
 
@@ -61,9 +63,15 @@ namespace {
 
 std::string Hex(uint64_t u, int digits);
 
-inline unsigned char U(char c) { return static_cast<unsigned char>(c); }
-inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-inline bool IsBlank(char c) { return U(c) <= ' '; }
+inline unsigned char U(char c) {
+    return static_cast<unsigned char>(c);
+}
+inline bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+inline bool IsBlank(char c) {
+    return U(c) <= ' ';
+}
 
 // ---------------------------------------------------------------------------------------------
 // Decimal form of a float: value = 0.Digits * 10^Exponent, as the platform's TFloatRec.
@@ -77,7 +85,8 @@ struct FloatRec {
 };
 
 void TrimZeros(FloatRec& r) {
-    while (!r.Digits.empty() && r.Digits.back() == '0') r.Digits.pop_back();
+    while (!r.Digits.empty() && r.Digits.back() == '0')
+        r.Digits.pop_back();
     if (r.Digits.empty()) r.Exponent = 0;
 }
 
@@ -121,7 +130,8 @@ FloatRec FloatToDecimal(long double value, int precision, int decimals) {
         r.Digits = all.substr(0, static_cast<size_t>(keep));
         if (up) {
             int i = keep - 1;
-            while (i >= 0 && r.Digits[static_cast<size_t>(i)] == '9') r.Digits[static_cast<size_t>(i--)] = '0';
+            while (i >= 0 && r.Digits[static_cast<size_t>(i)] == '9')
+                r.Digits[static_cast<size_t>(i--)] = '0';
             if (i >= 0) {
                 ++r.Digits[static_cast<size_t>(i)];
             } else {
@@ -135,7 +145,9 @@ FloatRec FloatToDecimal(long double value, int precision, int decimals) {
     return r;
 }
 
-std::string Zeros(int n) { return std::string(static_cast<size_t>(std::max(0, n)), '0'); }
+std::string Zeros(int n) {
+    return std::string(static_cast<size_t>(std::max(0, n)), '0');
+}
 
 std::string InsertThousands(const std::string& intPart) {
     if (ThousandSeparator == '\0') return intPart;
@@ -189,7 +201,8 @@ void SplitFixed(const FloatRec& r, int decimals, std::string& intPart, std::stri
             frac = d.substr(ip);
         }
     }
-    if (static_cast<int>(frac.size()) < decimals) frac += Zeros(decimals - static_cast<int>(frac.size()));
+    if (static_cast<int>(frac.size()) < decimals)
+        frac += Zeros(decimals - static_cast<int>(frac.size()));
     frac.resize(static_cast<size_t>(decimals));
 }
 
@@ -197,29 +210,49 @@ std::string CurrencyText(bool negative, const std::string& number) {
     const std::string& c = CurrencyString;
     if (!negative) {
         switch (CurrencyFormat) {
-        case 1: return number + c;
-        case 2: return c + " " + number;
-        case 3: return number + " " + c;
-        default: return c + number;
+        case 1:
+            return number + c;
+        case 2:
+            return c + " " + number;
+        case 3:
+            return number + " " + c;
+        default:
+            return c + number;
         }
     }
     switch (NegCurrFormat) {
-    case 1: return "-" + c + number;
-    case 2: return c + "-" + number;
-    case 3: return c + number + "-";
-    case 4: return "(" + number + c + ")";
-    case 5: return "-" + number + c;
-    case 6: return number + "-" + c;
-    case 7: return number + c + "-";
-    case 8: return "-" + number + " " + c;
-    case 9: return "-" + c + " " + number;
-    case 10: return number + " " + c + "-";
-    case 11: return c + " " + number + "-";
-    case 12: return c + " -" + number;
-    case 13: return number + "- " + c;
-    case 14: return "(" + c + " " + number + ")";
-    case 15: return "(" + number + " " + c + ")";
-    default: return "(" + c + number + ")";
+    case 1:
+        return "-" + c + number;
+    case 2:
+        return c + "-" + number;
+    case 3:
+        return c + number + "-";
+    case 4:
+        return "(" + number + c + ")";
+    case 5:
+        return "-" + number + c;
+    case 6:
+        return number + "-" + c;
+    case 7:
+        return number + c + "-";
+    case 8:
+        return "-" + number + " " + c;
+    case 9:
+        return "-" + c + " " + number;
+    case 10:
+        return number + " " + c + "-";
+    case 11:
+        return c + " " + number + "-";
+    case 12:
+        return c + " -" + number;
+    case 13:
+        return number + "- " + c;
+    case 14:
+        return "(" + c + " " + number + ")";
+    case 15:
+        return "(" + number + " " + c + ")";
+    default:
+        return "(" + c + number + ")";
     }
 }
 
@@ -244,7 +277,8 @@ std::string FloatToStrF(long double value, TFloatFormat format, int precision, i
         s += e < 0 ? "E-" : "E+";
         std::string ed = std::to_string(std::abs(e));
         int minDigits = std::clamp(digits, 0, 4);
-        if (static_cast<int>(ed.size()) < minDigits) ed = Zeros(minDigits - static_cast<int>(ed.size())) + ed;
+        if (static_cast<int>(ed.size()) < minDigits)
+            ed = Zeros(minDigits - static_cast<int>(ed.size())) + ed;
         return s + ed;
     }
     case ffFixed:
@@ -266,7 +300,9 @@ std::string FloatToStrF(long double value, TFloatFormat format, int precision, i
     return {};
 }
 
-std::string FloatToStr(long double value) { return FloatToStrF(value, ffGeneral, 15, 0); }
+std::string FloatToStr(long double value) {
+    return FloatToStrF(value, ffGeneral, 15, 0);
+}
 
 // ---------------------------------------------------------------------------------------------
 // FormatFloat
@@ -275,10 +311,10 @@ namespace {
 
 struct PictureSection {
     std::string_view text;
-    int intPlaces = 0;   // digit placeholders before the decimal point
-    int minInt = 0;      // of which from the first '0' on
-    int fracPlaces = 0;  // digit placeholders after the decimal point
-    int minFrac = 0;     // up to the last '0'
+    int intPlaces = 0;  // digit placeholders before the decimal point
+    int minInt = 0;     // of which from the first '0' on
+    int fracPlaces = 0; // digit placeholders after the decimal point
+    int minFrac = 0;    // up to the last '0'
     bool thousands = false;
     bool scientific = false;
     int expDigits = 0;
@@ -319,7 +355,9 @@ PictureSection ScanSection(std::string_view text) {
         }
         switch (c) {
         case '"':
-        case '\'': quote = c; break;
+        case '\'':
+            quote = c;
+            break;
         case '0':
         case '#':
             if (afterPoint) {
@@ -334,19 +372,23 @@ PictureSection ScanSection(std::string_view text) {
         case '.':
             afterPoint = true;
             break;
-        case ',': p.thousands = true; break;
+        case ',':
+            p.thousands = true;
+            break;
         case 'E':
         case 'e':
             if (i + 1 < text.size() && (text[i + 1] == '+' || text[i + 1] == '-') &&
                 !p.scientific) {
                 p.scientific = true;
                 size_t j = i + 2;
-                while (j < text.size() && text[j] == '0') ++j;
+                while (j < text.size() && text[j] == '0')
+                    ++j;
                 p.expDigits = std::min<int>(static_cast<int>(j - i - 2), 4);
                 i = j - 1;
             }
             break;
-        default: break;
+        default:
+            break;
         }
     }
     return p;
@@ -368,10 +410,12 @@ std::string RenderPicture(const PictureSection& p, long double absValue, bool ne
             frac = d;
         } else {
             intDigits = d.substr(0, std::min<size_t>(d.size(), static_cast<size_t>(shown)));
-            frac = d.size() > static_cast<size_t>(shown) ? d.substr(static_cast<size_t>(shown)) : "";
+            frac =
+                d.size() > static_cast<size_t>(shown) ? d.substr(static_cast<size_t>(shown)) : "";
         }
         size_t lead = 0;
-        while (lead + 1 < intDigits.size() && intDigits[lead] == '0') ++lead;
+        while (lead + 1 < intDigits.size() && intDigits[lead] == '0')
+            ++lead;
         intDigits = intDigits.substr(lead);
         if (intDigits == "0") intDigits.clear();
     } else {
@@ -385,15 +429,16 @@ std::string RenderPicture(const PictureSection& p, long double absValue, bool ne
         if (intDigits == "0") intDigits.clear();
     }
     // Drop optional trailing fraction digits, keep the zeros the picture asks for.
-    while (static_cast<int>(frac.size()) > p.minFrac && frac.back() == '0') frac.pop_back();
+    while (static_cast<int>(frac.size()) > p.minFrac && frac.back() == '0')
+        frac.pop_back();
     if (static_cast<int>(intDigits.size()) < p.minInt)
         intDigits = Zeros(p.minInt - static_cast<int>(intDigits.size())) + intDigits;
 
     std::string out;
     if (negative && !roundedToZero) out += '-';
     const int nInt = static_cast<int>(intDigits.size());
-    int intPlace = 0;   // placeholders before the point seen so far
-    int emitted = 0;    // integer digits emitted so far
+    int intPlace = 0; // placeholders before the point seen so far
+    int emitted = 0;  // integer digits emitted so far
     int fracPlace = 0;
     bool afterPoint = false;
     char quote = 0;
@@ -409,7 +454,8 @@ std::string RenderPicture(const PictureSection& p, long double absValue, bool ne
             afterPoint = true;
             // Integer digits with no placeholder to go to stand before the point.
             if (p.intPlaces == 0)
-                for (char d : intDigits) emitIntDigit(d);
+                for (char d : intDigits)
+                    emitIntDigit(d);
             if (!frac.empty()) out += DecimalSeparator;
         }
     };
@@ -417,13 +463,17 @@ std::string RenderPicture(const PictureSection& p, long double absValue, bool ne
     for (size_t i = 0; i < t.size(); ++i) {
         char c = t[i];
         if (quote) {
-            if (c == quote) quote = 0;
-            else out += c;
+            if (c == quote)
+                quote = 0;
+            else
+                out += c;
             continue;
         }
         switch (c) {
         case '"':
-        case '\'': quote = c; break;
+        case '\'':
+            quote = c;
+            break;
         case '0':
         case '#':
             if (!afterPoint) {
@@ -431,29 +481,37 @@ std::string RenderPicture(const PictureSection& p, long double absValue, bool ne
                 int room = p.intPlaces - intPlace;
                 ++intPlace;
                 if (intPlace == 1)
-                    while (nInt - emitted > room) emitIntDigit(intDigits[static_cast<size_t>(emitted)]);
+                    while (nInt - emitted > room)
+                        emitIntDigit(intDigits[static_cast<size_t>(emitted)]);
                 if (nInt - emitted == room && emitted < nInt)
                     emitIntDigit(intDigits[static_cast<size_t>(emitted)]);
             } else {
-                if (fracPlace < static_cast<int>(frac.size())) out += frac[static_cast<size_t>(fracPlace)];
+                if (fracPlace < static_cast<int>(frac.size()))
+                    out += frac[static_cast<size_t>(fracPlace)];
                 ++fracPlace;
             }
             break;
-        case '.': emitPoint(); break;
-        case ',': break;
+        case '.':
+            emitPoint();
+            break;
+        case ',':
+            break;
         case 'E':
         case 'e':
             if (p.scientific && i + 1 < t.size() && (t[i + 1] == '+' || t[i + 1] == '-')) {
                 if (!afterPoint && p.intPlaces == 0) emitPoint();
                 out += c;
-                if (exponent < 0) out += '-';
-                else if (t[i + 1] == '+') out += '+';
+                if (exponent < 0)
+                    out += '-';
+                else if (t[i + 1] == '+')
+                    out += '+';
                 std::string ed = std::to_string(std::abs(exponent));
                 if (static_cast<int>(ed.size()) < p.expDigits)
                     ed = Zeros(p.expDigits - static_cast<int>(ed.size())) + ed;
                 out += ed;
                 size_t j = i + 2;
-                while (j < t.size() && t[j] == '0') ++j;
+                while (j < t.size() && t[j] == '0')
+                    ++j;
                 i = j - 1;
                 // The fraction is done once the exponent is written.
                 afterPoint = true;
@@ -462,7 +520,9 @@ std::string RenderPicture(const PictureSection& p, long double absValue, bool ne
                 out += c;
             }
             break;
-        default: out += c; break;
+        default:
+            out += c;
+            break;
         }
     }
     return out;
@@ -600,10 +660,12 @@ private:
             std::string digits;
             bool neg = false;
             // A negative value of a 32-bit type shows its 32-bit pattern in %u and %x.
-            uint64_t u = a.IsNarrow() && v < 0 ? static_cast<uint32_t>(v) : static_cast<uint64_t>(v);
+            uint64_t u =
+                a.IsNarrow() && v < 0 ? static_cast<uint32_t>(v) : static_cast<uint64_t>(v);
             if (type == 'D' && !a.IsUnsigned64()) {
                 neg = v < 0;
-                digits = std::to_string(neg ? 0 - static_cast<uint64_t>(v) : static_cast<uint64_t>(v));
+                digits =
+                    std::to_string(neg ? 0 - static_cast<uint64_t>(v) : static_cast<uint64_t>(v));
             } else if (type == 'X') {
                 digits = Hex(u, 0);
             } else {
@@ -622,33 +684,49 @@ private:
             if (a.Kind() != vtExtended) Invalid();
             long double v = a.AsExtended();
             switch (type) {
-            case 'E': return FloatToStrF(v, ffExponent, prec < 0 ? 15 : static_cast<int>(std::min<int64_t>(prec, 18)), 3);
-            case 'F': return FloatToStrF(v, ffFixed, 18, prec < 0 ? 2 : static_cast<int>(std::min<int64_t>(prec, 18)));
-            case 'G': return FloatToStrF(v, ffGeneral, prec < 0 ? 15 : static_cast<int>(std::min<int64_t>(prec, 18)), 3);
-            case 'N': return FloatToStrF(v, ffNumber, 18, prec < 0 ? 2 : static_cast<int>(std::min<int64_t>(prec, 18)));
+            case 'E':
+                return FloatToStrF(v, ffExponent,
+                                   prec < 0 ? 15 : static_cast<int>(std::min<int64_t>(prec, 18)),
+                                   3);
+            case 'F':
+                return FloatToStrF(v, ffFixed, 18,
+                                   prec < 0 ? 2 : static_cast<int>(std::min<int64_t>(prec, 18)));
+            case 'G':
+                return FloatToStrF(
+                    v, ffGeneral, prec < 0 ? 15 : static_cast<int>(std::min<int64_t>(prec, 18)), 3);
+            case 'N':
+                return FloatToStrF(v, ffNumber, 18,
+                                   prec < 0 ? 2 : static_cast<int>(std::min<int64_t>(prec, 18)));
             default:
                 return FloatToStrF(v, ffCurrency, 18,
-                                   prec < 0 ? CurrencyDecimals : static_cast<int>(std::min<int64_t>(prec, 18)));
+                                   prec < 0 ? CurrencyDecimals
+                                            : static_cast<int>(std::min<int64_t>(prec, 18)));
             }
         }
         case 'P': {
             const TVarRec& a = NextArg();
             if (a.Kind() != vtPointer) Invalid();
             char buf[32];
-            std::snprintf(buf, sizeof buf, "%0*llX", static_cast<int>(sizeof(void*) * 2),
-                          static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(a.AsPointer())));
+            std::snprintf(
+                buf, sizeof buf, "%0*llX", static_cast<int>(sizeof(void*) * 2),
+                static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(a.AsPointer())));
             return buf;
         }
         case 'S': {
             const TVarRec& a = NextArg();
             std::string s;
-            if (a.Kind() == vtString) s = a.AsString();
-            else if (a.Kind() == vtChar) s = std::string(1, static_cast<char>(a.AsInteger()));
-            else Invalid();
-            if (prec >= 0 && static_cast<int64_t>(s.size()) > prec) s.resize(static_cast<size_t>(prec));
+            if (a.Kind() == vtString)
+                s = a.AsString();
+            else if (a.Kind() == vtChar)
+                s = std::string(1, static_cast<char>(a.AsInteger()));
+            else
+                Invalid();
+            if (prec >= 0 && static_cast<int64_t>(s.size()) > prec)
+                s.resize(static_cast<size_t>(prec));
             return s;
         }
-        default: Invalid();
+        default:
+            Invalid();
         }
     }
 
@@ -671,7 +749,9 @@ std::string Format(std::string_view fmt, TVarRecs args) {
 // ---------------------------------------------------------------------------------------------
 // Integers
 
-std::string IntToStr(int64_t value) { return std::to_string(value); }
+std::string IntToStr(int64_t value) {
+    return std::to_string(value);
+}
 
 namespace {
 std::string Hex(uint64_t u, int digits) {
@@ -682,7 +762,8 @@ std::string Hex(uint64_t u, int digits) {
         u >>= 4;
     } while (u);
     digits = std::min(digits, 32);
-    if (static_cast<int>(s.size()) < digits) s.insert(0, static_cast<size_t>(digits) - s.size(), '0');
+    if (static_cast<int>(s.size()) < digits)
+        s.insert(0, static_cast<size_t>(digits) - s.size(), '0');
     return s;
 }
 
@@ -690,7 +771,8 @@ std::string Hex(uint64_t u, int digits) {
 // Hexadecimal values are bit patterns of `bits` bits.
 bool ParseInt(std::string_view s, int64_t& out, int bits) {
     size_t i = 0;
-    while (i < s.size() && IsBlank(s[i])) ++i;
+    while (i < s.size() && IsBlank(s[i]))
+        ++i;
     bool neg = false;
     if (i < s.size() && (s[i] == '-' || s[i] == '+')) {
         neg = s[i] == '-';
@@ -712,18 +794,24 @@ bool ParseInt(std::string_view s, int64_t& out, int bits) {
     for (; i < s.size(); ++i) {
         char c = s[i];
         unsigned d;
-        if (IsDigit(c)) d = static_cast<unsigned>(c - '0');
-        else if (hex && c >= 'a' && c <= 'f') d = static_cast<unsigned>(c - 'a' + 10);
-        else if (hex && c >= 'A' && c <= 'F') d = static_cast<unsigned>(c - 'A' + 10);
-        else return false;
+        if (IsDigit(c))
+            d = static_cast<unsigned>(c - '0');
+        else if (hex && c >= 'a' && c <= 'f')
+            d = static_cast<unsigned>(c - 'a' + 10);
+        else if (hex && c >= 'A' && c <= 'F')
+            d = static_cast<unsigned>(c - 'A' + 10);
+        else
+            return false;
         unsigned base = hex ? 16 : 10;
         if (v > (limit - d) / base) return false;
         v = v * base + d;
     }
     if (hex) {
-        int64_t r = bits == 64 ? static_cast<int64_t>(v) : static_cast<int32_t>(static_cast<uint32_t>(v));
+        int64_t r =
+            bits == 64 ? static_cast<int64_t>(v) : static_cast<int32_t>(static_cast<uint32_t>(v));
         out = neg ? static_cast<int64_t>(0 - static_cast<uint64_t>(r)) : r;
-        if (bits == 32) out = static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(out)));
+        if (bits == 32)
+            out = static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(out)));
     } else {
         out = neg ? static_cast<int64_t>(0 - v) : static_cast<int64_t>(v);
     }
@@ -734,7 +822,9 @@ bool ParseInt(std::string_view s, int64_t& out, int bits) {
 std::string IntToHex(int32_t value, int digits) {
     return Hex(static_cast<uint32_t>(value), digits);
 }
-std::string IntToHex(int64_t value, int digits) { return Hex(static_cast<uint64_t>(value), digits); }
+std::string IntToHex(int64_t value, int digits) {
+    return Hex(static_cast<uint64_t>(value), digits);
+}
 
 bool TryStrToInt(std::string_view s, int32_t& value) {
     int64_t v;
@@ -754,7 +844,9 @@ int32_t StrToIntDef(std::string_view s, int32_t def) {
     return TryStrToInt(s, v) ? v : def;
 }
 
-bool TryStrToInt64(std::string_view s, int64_t& value) { return ParseInt(s, value, 64); }
+bool TryStrToInt64(std::string_view s, int64_t& value) {
+    return ParseInt(s, value, 64);
+}
 
 int64_t StrToInt64(std::string_view s) {
     int64_t v;
@@ -772,8 +864,10 @@ int64_t StrToInt64Def(std::string_view s, int64_t def) {
 
 bool TryStrToFloat(std::string_view s, long double& value) {
     size_t b = 0, e = s.size();
-    while (b < e && IsBlank(s[b])) ++b;
-    while (e > b && IsBlank(s[e - 1])) --e;
+    while (b < e && IsBlank(s[b]))
+        ++b;
+    while (e > b && IsBlank(s[e - 1]))
+        --e;
     // Rewrite into the C locale's form, accepting only: sign, digits, one decimal separator,
     // and an exponent with an optional sign.
     std::string c;
@@ -865,13 +959,16 @@ bool SplitDateTime(double dt, int64_t& days, int64_t& msOfDay) {
 }
 } // namespace
 
-bool IsLeapYear(int year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+bool IsLeapYear(int year) {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
 
 bool TryEncodeDate(int year, int month, int day, TDateTime& date) {
     if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1) return false;
     if (day > kDaysInMonth[IsLeapYear(year)][month - 1]) return false;
     int64_t d = day;
-    for (int i = 0; i < month - 1; ++i) d += kDaysInMonth[IsLeapYear(year)][i];
+    for (int i = 0; i < month - 1; ++i)
+        d += kDaysInMonth[IsLeapYear(year)][i];
     int64_t y = year - 1;
     d += y * 365 + y / 4 - y / 100 + y / 400;
     // d counts from 0001-01-01 as day 1; 1899-12-30 is day 693594.
@@ -942,7 +1039,9 @@ TDateTime Now() {
                          .Value);
 }
 
-TDateTime Date() { return TDateTime(std::trunc(Now().Value)); }
+TDateTime Date() {
+    return TDateTime(std::trunc(Now().Value));
+}
 
 TDateTime Time() {
     double n = Now().Value;
@@ -972,7 +1071,8 @@ bool HasAmPm(std::string_view f) {
             if (f[i] == quote) quote = 0;
             continue;
         }
-        if (f[i] == '"' || f[i] == '\'') quote = f[i];
+        if (f[i] == '"' || f[i] == '\'')
+            quote = f[i];
         else if (StartsWithText(f, i, "am/pm") || StartsWithText(f, i, "a/p") ||
                  StartsWithText(f, i, "ampm"))
             return true;
@@ -992,7 +1092,8 @@ void FormatDT(std::string& out, std::string_view f, double dt, int depth) {
         char c = f[i];
         char uc = static_cast<char>(std::toupper(U(c)));
         size_t run = 1;
-        while (i + run < f.size() && std::toupper(U(f[i + run])) == uc) ++run;
+        while (i + run < f.size() && std::toupper(U(f[i + run])) == uc)
+            ++run;
         switch (uc) {
         case '"':
         case '\'': {
@@ -1015,12 +1116,24 @@ void FormatDT(std::string& out, std::string_view f, double dt, int depth) {
             size_t n = std::min<size_t>(run, 6);
             int dow = DayOfWeek(TDateTime(dt));
             switch (n) {
-            case 1: out += std::to_string(d); break;
-            case 2: out += Pad2(d); break;
-            case 3: if (dow) out += ShortDayNames[dow - 1]; break;
-            case 4: if (dow) out += LongDayNames[dow - 1]; break;
-            case 5: FormatDT(out, ShortDateFormat, dt, depth + 1); break;
-            default: FormatDT(out, LongDateFormat, dt, depth + 1); break;
+            case 1:
+                out += std::to_string(d);
+                break;
+            case 2:
+                out += Pad2(d);
+                break;
+            case 3:
+                if (dow) out += ShortDayNames[dow - 1];
+                break;
+            case 4:
+                if (dow) out += LongDayNames[dow - 1];
+                break;
+            case 5:
+                FormatDT(out, ShortDateFormat, dt, depth + 1);
+                break;
+            default:
+                FormatDT(out, LongDateFormat, dt, depth + 1);
+                break;
             }
             i += n;
             lastWasHour = false;
@@ -1032,10 +1145,18 @@ void FormatDT(std::string& out, std::string_view f, double dt, int depth) {
                 out += n == 1 ? std::to_string(mi) : Pad2(mi);
             } else {
                 switch (n) {
-                case 1: out += std::to_string(mo); break;
-                case 2: out += Pad2(mo); break;
-                case 3: if (mo) out += ShortMonthNames[mo - 1]; break;
-                default: if (mo) out += LongMonthNames[mo - 1]; break;
+                case 1:
+                    out += std::to_string(mo);
+                    break;
+                case 2:
+                    out += Pad2(mo);
+                    break;
+                case 3:
+                    if (mo) out += ShortMonthNames[mo - 1];
+                    break;
+                default:
+                    if (mo) out += LongMonthNames[mo - 1];
+                    break;
                 }
             }
             i += n;
@@ -1139,13 +1260,15 @@ struct Scanner {
     std::string_view s;
     size_t i = 0;
     void SkipBlanks() {
-        while (i < s.size() && s[i] == ' ') ++i;
+        while (i < s.size() && s[i] == ' ')
+            ++i;
     }
     bool Number(int& value, int& length) {
         SkipBlanks();
         size_t start = i;
         int64_t v = 0;
-        while (i < s.size() && IsDigit(s[i]) && i - start < 9) v = v * 10 + (s[i++] - '0');
+        while (i < s.size() && IsDigit(s[i]) && i - start < 9)
+            v = v * 10 + (s[i++] - '0');
         length = static_cast<int>(i - start);
         if (length == 0 || (i < s.size() && IsDigit(s[i]))) return false;
         value = static_cast<int>(v);
@@ -1199,14 +1322,22 @@ bool ScanDate(Scanner& sc, double& date) {
     if (sc.Char(DateSeparator)) {
         if (!sc.Number(n3, l3)) return false;
         switch (order) {
-        case doMDY: m = n1, d = n2, y = n3, yl = l3; break;
-        case doDMY: d = n1, m = n2, y = n3, yl = l3; break;
-        default: y = n1, m = n2, d = n3, yl = l1; break;
+        case doMDY:
+            m = n1, d = n2, y = n3, yl = l3;
+            break;
+        case doDMY:
+            d = n1, m = n2, y = n3, yl = l3;
+            break;
+        default:
+            y = n1, m = n2, d = n3, yl = l1;
+            break;
         }
     } else {
         y = CurrentYear();
-        if (order == doDMY) d = n1, m = n2;
-        else m = n1, d = n2;
+        if (order == doDMY)
+            d = n1, m = n2;
+        else
+            m = n1, d = n2;
     }
     if (yl <= 2) {
         int cy = CurrentYear() - TwoDigitYearCenturyWindow;
@@ -1234,8 +1365,10 @@ bool ScanTime(Scanner& sc, double& time) {
         }
     }
     int base = -1;
-    if (sc.Text(TimeAMString) || sc.Text("AM")) base = 0;
-    else if (sc.Text(TimePMString) || sc.Text("PM")) base = 12;
+    if (sc.Text(TimeAMString) || sc.Text("AM"))
+        base = 0;
+    else if (sc.Text(TimePMString) || sc.Text("PM"))
+        base = 12;
     if (!hasMinutes && base < 0) return false;
     if (base >= 0) {
         if (h < 1 || h > 12) return false;
@@ -1255,9 +1388,15 @@ std::string FormatDateTime(std::string_view format, TDateTime dateTime) {
     return out;
 }
 
-std::string DateTimeToStr(TDateTime dateTime) { return FormatDateTime("c", dateTime); }
-std::string DateToStr(TDateTime date) { return FormatDateTime("ddddd", date); }
-std::string TimeToStr(TDateTime time) { return FormatDateTime("tt", time); }
+std::string DateTimeToStr(TDateTime dateTime) {
+    return FormatDateTime("c", dateTime);
+}
+std::string DateToStr(TDateTime date) {
+    return FormatDateTime("ddddd", date);
+}
+std::string TimeToStr(TDateTime time) {
+    return FormatDateTime("tt", time);
+}
 
 bool TryStrToDate(std::string_view s, TDateTime& value) {
     Scanner sc{s};
@@ -1308,20 +1447,24 @@ TDateTime StrToDateTime(std::string_view s) {
 
 std::string Trim(std::string_view s) {
     size_t b = 0, e = s.size();
-    while (b < e && IsBlank(s[b])) ++b;
-    while (e > b && IsBlank(s[e - 1])) --e;
+    while (b < e && IsBlank(s[b]))
+        ++b;
+    while (e > b && IsBlank(s[e - 1]))
+        --e;
     return std::string(s.substr(b, e - b));
 }
 
 std::string TrimLeft(std::string_view s) {
     size_t b = 0;
-    while (b < s.size() && IsBlank(s[b])) ++b;
+    while (b < s.size() && IsBlank(s[b]))
+        ++b;
     return std::string(s.substr(b));
 }
 
 std::string TrimRight(std::string_view s) {
     size_t e = s.size();
-    while (e > 0 && IsBlank(s[e - 1])) --e;
+    while (e > 0 && IsBlank(s[e - 1]))
+        --e;
     return std::string(s.substr(0, e));
 }
 
@@ -1356,13 +1499,16 @@ struct Cp1251Tables {
             upper[low] = static_cast<unsigned char>(up);
             lower[up] = static_cast<unsigned char>(low);
         };
-        for (int c = 'A'; c <= 'Z'; ++c) pair(c, c + 32);
-        for (int c = 0xC0; c <= 0xDF; ++c) pair(c, c + 32);
+        for (int c = 'A'; c <= 'Z'; ++c)
+            pair(c, c + 32);
+        for (int c = 0xC0; c <= 0xDF; ++c)
+            pair(c, c + 32);
         const int pairs[][2] = {{0x80, 0x90}, {0x81, 0x83}, {0x8A, 0x9A}, {0x8C, 0x9C},
                                 {0x8D, 0x9D}, {0x8E, 0x9E}, {0x8F, 0x9F}, {0xA1, 0xA2},
                                 {0xA3, 0xBC}, {0xA5, 0xB4}, {0xA8, 0xB8}, {0xAA, 0xBA},
                                 {0xAF, 0xBF}, {0xB2, 0xB3}, {0xBD, 0xBE}};
-        for (auto& p : pairs) pair(p[0], p[1]);
+        for (auto& p : pairs)
+            pair(p[0], p[1]);
         uint16_t next = 256;
         for (int c = 'A'; c <= 'Z'; ++c) {
             key[c] = key[c + 32] = next++;
@@ -1397,18 +1543,24 @@ int CollateKeys(std::string_view a, std::string_view b) {
 
 } // namespace
 
-char AnsiUpperChar(char c) { return static_cast<char>(Tables().upper[U(c)]); }
-char AnsiLowerChar(char c) { return static_cast<char>(Tables().lower[U(c)]); }
+char AnsiUpperChar(char c) {
+    return static_cast<char>(Tables().upper[U(c)]);
+}
+char AnsiLowerChar(char c) {
+    return static_cast<char>(Tables().lower[U(c)]);
+}
 
 std::string AnsiUpperCase(std::string_view s) {
     std::string r(s);
-    for (char& c : r) c = AnsiUpperChar(c);
+    for (char& c : r)
+        c = AnsiUpperChar(c);
     return r;
 }
 
 std::string AnsiLowerCase(std::string_view s) {
     std::string r(s);
-    for (char& c : r) c = AnsiLowerChar(c);
+    for (char& c : r)
+        c = AnsiLowerChar(c);
     return r;
 }
 
@@ -1434,7 +1586,9 @@ bool SameText(std::string_view a, std::string_view b) {
     return a.size() == b.size() && CompareText(a, b) == 0;
 }
 
-int AnsiCompareText(std::string_view a, std::string_view b) { return CollateKeys(a, b); }
+int AnsiCompareText(std::string_view a, std::string_view b) {
+    return CollateKeys(a, b);
+}
 
 int AnsiCompareStr(std::string_view a, std::string_view b) {
     int r = CollateKeys(a, b);
@@ -1451,8 +1605,12 @@ int AnsiCompareStr(std::string_view a, std::string_view b) {
     return 0;
 }
 
-bool AnsiSameText(std::string_view a, std::string_view b) { return AnsiCompareText(a, b) == 0; }
-bool AnsiSameStr(std::string_view a, std::string_view b) { return a == b; }
+bool AnsiSameText(std::string_view a, std::string_view b) {
+    return AnsiCompareText(a, b) == 0;
+}
+bool AnsiSameStr(std::string_view a, std::string_view b) {
+    return a == b;
+}
 
 std::string AnsiQuotedStr(std::string_view s, char quote) {
     std::string r(1, quote);
@@ -1464,7 +1622,9 @@ std::string AnsiQuotedStr(std::string_view s, char quote) {
     return r;
 }
 
-std::string QuotedStr(std::string_view s) { return AnsiQuotedStr(s, '\''); }
+std::string QuotedStr(std::string_view s) {
+    return AnsiQuotedStr(s, '\'');
+}
 
 std::string AnsiDequotedStr(std::string_view s, char quote) {
     if (s.empty() || s[0] != quote) return std::string(s);
@@ -1487,7 +1647,9 @@ std::string AnsiDequotedStr(std::string_view s, char quote) {
 
 bool IsValidIdent(std::string_view s) {
     if (s.empty()) return false;
-    auto alpha = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; };
+    auto alpha = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    };
     if (!alpha(s[0])) return false;
     for (char c : s.substr(1))
         if (!alpha(c) && !IsDigit(c)) return false;
@@ -1500,7 +1662,9 @@ int Pos(std::string_view substr, std::string_view s) {
     return p == std::string_view::npos ? 0 : static_cast<int>(p) + 1;
 }
 
-int AnsiPos(std::string_view substr, std::string_view s) { return Pos(substr, s); }
+int AnsiPos(std::string_view substr, std::string_view s) {
+    return Pos(substr, s);
+}
 
 std::string Copy(std::string_view s, int64_t index, int64_t count) {
     int64_t len = static_cast<int64_t>(s.size());
@@ -1606,11 +1770,13 @@ std::string WrapText(std::string_view line, std::string_view breakStr, std::stri
             size_t cut = lastBreak + 1;
             std::string piece(line.substr(lineStart, cut - lineStart));
             // A blank at the break goes away; a hyphen stays.
-            while (!piece.empty() && piece.back() == ' ') piece.pop_back();
+            while (!piece.empty() && piece.back() == ' ')
+                piece.pop_back();
             out += piece;
             out.append(breakStr);
             lineStart = cut;
-            while (lineStart < line.size() && line[lineStart] == ' ') ++lineStart;
+            while (lineStart < line.size() && line[lineStart] == ' ')
+                ++lineStart;
             lastBreak = std::string_view::npos;
             i = std::max(i, lineStart);
             if (i == lineStart) continue;
@@ -1650,7 +1816,7 @@ std::string ExtractFileExt(std::string_view fileName) {
 std::string ChangeFileExt(std::string_view fileName, std::string_view extension) {
     size_t p = fileName.find_last_of("./");
     std::string base(p == std::string_view::npos || fileName[p] != '.' ? fileName
-                                                                        : fileName.substr(0, p));
+                                                                       : fileName.substr(0, p));
     return base + std::string(extension);
 }
 
@@ -1690,25 +1856,30 @@ std::string ExpandFileName(std::string_view fileName) {
         i = j + 1;
     }
     std::string r;
-    for (auto& p : parts) r += PathDelim + p;
+    for (auto& p : parts)
+        r += PathDelim + p;
     if (r.empty()) return "/";
     if (trailing) r += PathDelim;
     return r;
 }
 
 bool FileExists(const std::string& fileName) {
-    struct stat st{};
+    struct stat st {};
     return !fileName.empty() && ::stat(fileName.c_str(), &st) == 0 && !S_ISDIR(st.st_mode);
 }
 
 bool DirectoryExists(const std::string& dir) {
-    struct stat st{};
+    struct stat st {};
     return !dir.empty() && ::stat(dir.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-bool CreateDir(const std::string& dir) { return !dir.empty() && ::mkdir(dir.c_str(), 0777) == 0; }
+bool CreateDir(const std::string& dir) {
+    return !dir.empty() && ::mkdir(dir.c_str(), 0777) == 0;
+}
 
-bool RemoveDir(const std::string& dir) { return !dir.empty() && ::rmdir(dir.c_str()) == 0; }
+bool RemoveDir(const std::string& dir) {
+    return !dir.empty() && ::rmdir(dir.c_str()) == 0;
+}
 
 bool ForceDirectories(const std::string& dir) {
     std::string d = ExcludeTrailingPathDelimiter(dir);
@@ -1728,8 +1899,7 @@ bool DeleteFile(const std::string& fileName) {
 }
 
 bool RenameFile(const std::string& oldName, const std::string& newName) {
-    return !oldName.empty() && !newName.empty() &&
-           ::rename(oldName.c_str(), newName.c_str()) == 0;
+    return !oldName.empty() && !newName.empty() && ::rename(oldName.c_str(), newName.c_str()) == 0;
 }
 
 std::string GetCurrentDir() {
@@ -1741,7 +1911,9 @@ std::string GetCurrentDir() {
     return buf.data();
 }
 
-bool SetCurrentDir(const std::string& dir) { return !dir.empty() && ::chdir(dir.c_str()) == 0; }
+bool SetCurrentDir(const std::string& dir) {
+    return !dir.empty() && ::chdir(dir.c_str()) == 0;
+}
 
 namespace {
 int32_t UnixToFileDate(time_t t) {
@@ -1749,23 +1921,23 @@ int32_t UnixToFileDate(time_t t) {
     if (!localtime_r(&t, &tm)) return -1;
     int year = tm.tm_year + 1900;
     if (year < 1980 || year > 2107) return -1;
-    uint32_t v = (static_cast<uint32_t>(year - 1980) << 25) |
-                 (static_cast<uint32_t>(tm.tm_mon + 1) << 21) |
-                 (static_cast<uint32_t>(tm.tm_mday) << 16) |
-                 (static_cast<uint32_t>(tm.tm_hour) << 11) |
-                 (static_cast<uint32_t>(tm.tm_min) << 5) | static_cast<uint32_t>(std::min(tm.tm_sec, 59) / 2);
+    uint32_t v =
+        (static_cast<uint32_t>(year - 1980) << 25) | (static_cast<uint32_t>(tm.tm_mon + 1) << 21) |
+        (static_cast<uint32_t>(tm.tm_mday) << 16) | (static_cast<uint32_t>(tm.tm_hour) << 11) |
+        (static_cast<uint32_t>(tm.tm_min) << 5) |
+        static_cast<uint32_t>(std::min(tm.tm_sec, 59) / 2);
     return static_cast<int32_t>(v);
 }
 } // namespace
 
 int32_t FileAge(const std::string& fileName) {
-    struct stat st{};
+    struct stat st {};
     if (fileName.empty() || ::stat(fileName.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) return -1;
     return UnixToFileDate(st.st_mtime);
 }
 
 bool FileAge(const std::string& fileName, TDateTime& fileDateTime) {
-    struct stat st{};
+    struct stat st {};
     if (fileName.empty() || ::stat(fileName.c_str(), &st) != 0 || S_ISDIR(st.st_mode)) return false;
     std::tm tm{};
     time_t t = st.st_mtime;
@@ -1779,7 +1951,7 @@ bool FileAge(const std::string& fileName, TDateTime& fileDateTime) {
 }
 
 int32_t FileGetDate(int handle) {
-    struct stat st{};
+    struct stat st {};
     if (::fstat(handle, &st) != 0) return -1;
     return UnixToFileDate(st.st_mtime);
 }
@@ -1837,9 +2009,13 @@ std::string SysErrorMessage(int errorCode) {
     return msg ? msg : "";
 }
 
-int GetLastError() { return errno; }
+int GetLastError() {
+    return errno;
+}
 
-void RaiseLastOSError() { RaiseLastOSError(errno); }
+void RaiseLastOSError() {
+    RaiseLastOSError(errno);
+}
 
 void RaiseLastOSError(int errorCode) {
     if (errorCode == 0) throw EOSError(SUnkOSError);

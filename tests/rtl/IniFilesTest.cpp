@@ -21,7 +21,8 @@ using V = std::vector<std::string>;
 
 V Lines(const TStrings& s) {
     V r;
-    for (int i = 0; i < s.Count(); ++i) r.push_back(s[i]);
+    for (int i = 0; i < s.Count(); ++i)
+        r.push_back(s[i]);
     return r;
 }
 
@@ -151,7 +152,7 @@ TEST_F(IniTest, WritesCreateTheFile) {
     }
     umask(old);
     EXPECT_EQ(Get(), "[Main]\r\nName=Zelvane\r\nCount=-5\r\nFlag=1\r\n\r\n[Second]\r\nKey=\r\n");
-    struct stat st{};
+    struct stat st {};
     ASSERT_EQ(stat(file.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0644u);
 }
@@ -265,6 +266,17 @@ TEST_F(IniTest, FailedWriteLeavesTheOldFileAndNoTemporary) {
     EXPECT_EQ(ini.ReadString("Main", "Name", ""), "ok");
 }
 
+TEST_F(IniTest, ReplaceFileAtomically) {
+    Put("old");
+    ReplaceFileAtomically(file, "new contents");
+    EXPECT_EQ(Get(), "new contents");
+    ReplaceFileAtomically(file, "");
+    EXPECT_EQ(Get(), "");
+    EXPECT_EQ(DirEntries(), (V{"settings.ini"}));
+    EXPECT_THROW(ReplaceFileAtomically(dir, "x"), EIniFileException); // a directory
+    EXPECT_THROW(ReplaceFileAtomically("", "x"), EIniFileException);
+}
+
 TEST_F(IniTest, ReadOnlyDirectoryMakesTheWriteFail) {
     if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only directories";
     Put(kSample);
@@ -291,7 +303,7 @@ TEST_F(IniTest, ReplacingKeepsPermissionsAndSymbolicLinks) {
     ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
     TIniFile ini(link);
     ini.WriteString("Main", "Name", "viaLink");
-    struct stat st{};
+    struct stat st {};
     ASSERT_EQ(lstat(link.c_str(), &st), 0);
     EXPECT_TRUE(S_ISLNK(st.st_mode));
     ASSERT_EQ(stat(file.c_str(), &st), 0);

@@ -1,7 +1,7 @@
 // TList and TStringList: bounds and their errors, sorted lists with each duplicates mode,
 // Find on duplicates, names and values, the text and delimited forms, events, owned objects.
-#include "rtl/CodePage.h"
 #include "rtl/Lists.h"
+#include "rtl/CodePage.h"
 #include "rtl/Streams.h"
 
 #include <gtest/gtest.h>
@@ -14,11 +14,14 @@ using namespace rtl;
 
 namespace {
 
-std::string W(const char* utf8) { return Utf8ToCp1251(utf8); }
+std::string W(const char* utf8) {
+    return Utf8ToCp1251(utf8);
+}
 
 std::vector<std::string> Lines(const TStrings& s) {
     std::vector<std::string> r;
-    for (int i = 0; i < s.Count(); ++i) r.push_back(s[i]);
+    for (int i = 0; i < s.Count(); ++i)
+        r.push_back(s[i]);
     return r;
 }
 
@@ -120,7 +123,8 @@ TEST(List, CapacityAndCount) {
     EXPECT_EQ(l.Capacity(), 0);
     l.Add(nullptr);
     EXPECT_GE(l.Capacity(), 1);
-    for (int i = 0; i < 100; ++i) l.Add(nullptr);
+    for (int i = 0; i < 100; ++i)
+        l.Add(nullptr);
     EXPECT_GE(l.Capacity(), l.Count());
     EXPECT_EQ(ErrorOf<EListError>([&] { l.SetCapacity(5); }), "List capacity out of bounds (5)");
     EXPECT_THROW(l.SetCapacity(MaxListSize + 1), EListError);
@@ -141,13 +145,15 @@ TEST(List, CapacityAndCount) {
 TEST(List, SortAndPack) {
     int v[5] = {3, 1, 4, 1, 5};
     TList l;
-    for (int& x : v) l.Add(&x);
+    for (int& x : v)
+        l.Add(&x);
     l.Add(nullptr);
     l.Pack();
     EXPECT_EQ(l.Count(), 5);
     l.Sort([](void* a, void* b) { return *static_cast<int*>(a) - *static_cast<int*>(b); });
     std::vector<int> got;
-    for (int i = 0; i < l.Count(); ++i) got.push_back(*static_cast<int*>(l[i]));
+    for (int i = 0; i < l.Count(); ++i)
+        got.push_back(*static_cast<int*>(l[i]));
     EXPECT_EQ(got, (std::vector<int>{1, 1, 3, 4, 5}));
     // Equal items keep their order.
     EXPECT_EQ(l[0], &v[1]);
@@ -155,7 +161,8 @@ TEST(List, SortAndPack) {
     // A compare that is no order at all leaves the items a permutation of themselves.
     l.Sort([](void*, void*) { return std::rand() % 3 - 1; });
     EXPECT_EQ(l.Count(), 5);
-    for (int& x : v) EXPECT_GE(l.IndexOf(&x), 0);
+    for (int& x : v)
+        EXPECT_GE(l.IndexOf(&x), 0);
 }
 
 TEST(List, NotifyLetsDescendantsOwnItems) {
@@ -235,12 +242,19 @@ TEST(StringListSorted, DupAcceptKeepsAllAndFindAnswersTheFirst) {
     TStringList l;
     l.Duplicates = dupAccept;
     l.SetSorted(true);
-    for (const char* s : {"b", "a", "B", "c", "b", "A"}) l.Add(s);
+    for (const char* s : {"b", "a", "B", "c", "b", "A"})
+        l.Add(s);
     EXPECT_EQ(l.Count(), 6);
+    // A new duplicate goes before the equal strings already there.
+    TObject marker;
+    EXPECT_EQ(l.AddObject("B", &marker), 2);
+    EXPECT_EQ(l.Objects(2), &marker);
+    l.Delete(2);
     int index = -1;
     EXPECT_TRUE(l.Find("b", index));
     EXPECT_EQ(index, 2);
-    for (int i = 2; i < 5; ++i) EXPECT_TRUE(SameText(l[i], "b"));
+    for (int i = 2; i < 5; ++i)
+        EXPECT_TRUE(SameText(l[i], "b"));
     EXPECT_TRUE(l.Find("A", index));
     EXPECT_EQ(index, 0);
     EXPECT_EQ(l.IndexOf("c"), 5);
@@ -255,7 +269,8 @@ TEST(StringListSorted, DupAcceptKeepsAllAndFindAnswersTheFirst) {
     many.Duplicates = dupAccept;
     many.SetSorted(true);
     many.Add("a");
-    for (int i = 0; i < 100; ++i) many.Add("m");
+    for (int i = 0; i < 100; ++i)
+        many.Add("m");
     many.Add("z");
     EXPECT_TRUE(many.Find("M", index));
     EXPECT_EQ(index, 1);
@@ -282,7 +297,8 @@ TEST(StringListSorted, CaseSensitiveOrdersLowerBeforeUpper) {
     TStringList l;
     l.SetCaseSensitive(true);
     l.SetSorted(true);
-    for (const char* s : {"b", "A", "a", "B"}) l.Add(s);
+    for (const char* s : {"b", "A", "a", "B"})
+        l.Add(s);
     EXPECT_EQ(Lines(l), (V{"a", "A", "b", "B"}));
     EXPECT_EQ(l.IndexOf("A"), 1);
     EXPECT_EQ(l.IndexOf("c"), -1);
@@ -296,7 +312,8 @@ TEST(StringListSorted, CaseSensitiveOrdersLowerBeforeUpper) {
 TEST(StringListSorted, CyrillicSortsAfterLatinInAlphabeticalOrder) {
     TStringList l;
     l.SetSorted(true);
-    for (const char* s : {"жук", "ёж", "ель", "zebra", "Яблоко", "арбуз"}) l.Add(W(s));
+    for (const char* s : {"жук", "ёж", "ель", "zebra", "Яблоко", "арбуз"})
+        l.Add(W(s));
     EXPECT_EQ(Lines(l), (V{"zebra", W("арбуз"), W("ель"), W("ёж"), W("жук"), W("Яблоко")}));
     EXPECT_EQ(l.IndexOf(W("ЁЖ")), 3);
 }
@@ -319,12 +336,14 @@ TEST(StringListSorted, RejectsPositionalEdits) {
 
 TEST(StringList, SortAndCustomSort) {
     TStringList l;
-    for (const char* s : {"ccc", "a", "BB", "dddd", "b"}) l.Add(s);
+    for (const char* s : {"ccc", "a", "BB", "dddd", "b"})
+        l.Add(s);
     l.Sort();
     EXPECT_EQ(Lines(l), (V{"a", "b", "BB", "ccc", "dddd"}));
     EXPECT_FALSE(l.Sorted());
     l.CustomSort([](TStringList* list, int i1, int i2) {
-        return static_cast<int>(list->Strings(i2).size()) - static_cast<int>(list->Strings(i1).size());
+        return static_cast<int>(list->Strings(i2).size()) -
+               static_cast<int>(list->Strings(i1).size());
     });
     EXPECT_EQ(Lines(l), (V{"dddd", "ccc", "BB", "a", "b"}));
 }
@@ -410,7 +429,8 @@ TEST(StringListText, WritesCrLfAndReadsEveryBreak) {
 
 TEST(StringListText, RoundTrips) {
     TStringList a, b;
-    for (const char* s : {"first", "", "  indented", "tab\tinside", "", "last"}) a.Add(s);
+    for (const char* s : {"first", "", "  indented", "tab\tinside", "", "last"})
+        a.Add(s);
     b.SetText(a.GetText());
     EXPECT_TRUE(a.Equals(&b));
     b.SetCommaText(a.GetCommaText());
@@ -425,7 +445,8 @@ TEST(StringListText, RoundTrips) {
 
 TEST(StringListText, CommaText) {
     TStringList l;
-    for (const char* s : {"a", "b c", "d\"e", "", "f,g"}) l.Add(s);
+    for (const char* s : {"a", "b c", "d\"e", "", "f,g"})
+        l.Add(s);
     EXPECT_EQ(l.GetCommaText(), "a,\"b c\",\"d\"\"e\",,\"f,g\"");
     l.Clear();
     l.Add("");

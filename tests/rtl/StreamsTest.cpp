@@ -1,7 +1,7 @@
 // Streams: memory and string streams (bounds, seek origins, growth, reading past the end, the
 // buffer errors, CopyFrom), handle and file streams with their open modes and share flags.
-#include "rtl/FileStreams.h"
 #include "rtl/Streams.h"
+#include "rtl/FileStreams.h"
 #include "rtl/SysUtils.h"
 
 #include <gtest/gtest.h>
@@ -167,7 +167,8 @@ TEST(MemoryStream, CopyFrom) {
     EXPECT_EQ(dst.CopyFrom(&src, -4), 0);
     // Larger than one copy buffer.
     std::string big(200000, '\0');
-    for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<char>(i * 7);
+    for (size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<char>(i * 7);
     TStringStream bigSrc(big);
     TMemoryStream bigDst;
     EXPECT_EQ(bigDst.CopyFrom(&bigSrc, 0), 200000);

@@ -1,7 +1,7 @@
 // SysUtils: Format and its errors, number and date conversions under the locale globals,
 // Windows-1251 case folding and collation, the 1-based string helpers, paths and files.
-#include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
+#include "rtl/CodePage.h"
 
 #include <gtest/gtest.h>
 
@@ -17,15 +17,17 @@ using namespace rtl;
 namespace {
 
 // Windows-1251 text from UTF-8 source.
-std::string W(const char* utf8) { return Utf8ToCp1251(utf8); }
+std::string W(const char* utf8) {
+    return Utf8ToCp1251(utf8);
+}
 
 // Restores the locale globals a test changes.
 class LocaleGuard {
 public:
     LocaleGuard()
         : dec_(DecimalSeparator), thou_(ThousandSeparator), date_(DateSeparator),
-          time_(TimeSeparator), sdf_(ShortDateFormat), ldf_(LongDateFormat),
-          stf_(ShortTimeFormat), ltf_(LongTimeFormat) {}
+          time_(TimeSeparator), sdf_(ShortDateFormat), ldf_(LongDateFormat), stf_(ShortTimeFormat),
+          ltf_(LongTimeFormat) {}
     ~LocaleGuard() {
         DecimalSeparator = dec_;
         ThousandSeparator = thou_;
@@ -76,6 +78,10 @@ TEST(Format, IntegerDirectives) {
     EXPECT_EQ(Format("%x", {-1}), "FFFFFFFF");
     EXPECT_EQ(Format("%x", {int64_t(-1)}), "FFFFFFFFFFFFFFFF");
     EXPECT_EQ(Format("%X", {0xABCDEF}), "ABCDEF");
+    EXPECT_EQ(Format("%u", {UINT64_MAX}), "18446744073709551615");
+    EXPECT_EQ(Format("%d", {UINT64_MAX}), "18446744073709551615");
+    EXPECT_EQ(Format("%x", {0xFFFFFFFFu}), "FFFFFFFF");
+    EXPECT_EQ(Format("%d", {INT64_MIN}), "-9223372036854775808");
 }
 
 TEST(Format, StringsAndCharacters) {
@@ -129,13 +135,19 @@ TEST(Format, BadDirectivesRaiseConvertError) {
               "Format '%s' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("%f", {5}); }),
               "Format '%f' invalid or incompatible with argument");
+    EXPECT_EQ(ConvertMessage([] { Format("%d", {true}); }),
+              "Format '%d' invalid or incompatible with argument");
+    EXPECT_EQ(ConvertMessage([] { Format("%d", {'7'}); }),
+              "Format '%d' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("%p", {5}); }),
               "Format '%p' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("value %k", {5}); }),
               "Format 'value %k' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("ends with %", {5}); }),
               "Format 'ends with %' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%*d", {"x", 5}); }),
+    EXPECT_EQ(ConvertMessage([] {
+                  Format("%*d", {"x", 5});
+              }),
               "Format '%*d' invalid or incompatible with argument");
     EXPECT_EQ(ConvertMessage([] { Format("%d %d", {1}); }), "No argument for format '%d %d'");
     EXPECT_EQ(ConvertMessage([] { Format("%5:d", {1}); }), "No argument for format '%5:d'");
@@ -327,8 +339,12 @@ TEST(DateTime, EncodeRejectsInvalidArguments) {
 }
 
 TEST(DateTime, DecodeRoundTrips) {
-    for (auto [y, m, d] : {std::tuple{1, 1, 1}, {1899, 12, 30}, {1900, 3, 1}, {2000, 2, 29},
-                           {2024, 12, 31}, {9999, 12, 31}}) {
+    for (auto [y, m, d] : {std::tuple{1, 1, 1},
+                           {1899, 12, 30},
+                           {1900, 3, 1},
+                           {2000, 2, 29},
+                           {2024, 12, 31},
+                           {9999, 12, 31}}) {
         uint16_t yy, mm, dd;
         DecodeDate(EncodeDate(y, m, d), yy, mm, dd);
         EXPECT_EQ(yy, y);
@@ -392,6 +408,10 @@ TEST(DateTime, ToTextAndBack) {
     EXPECT_DOUBLE_EQ(StrToTime("12:05 AM").Value, EncodeTime(0, 5, 0, 0).Value);
     EXPECT_DOUBLE_EQ(StrToTime("1:02:03.5").Value, EncodeTime(1, 2, 3, 5).Value);
     EXPECT_DOUBLE_EQ(StrToDateTime("14:07").Value, EncodeTime(14, 7, 0, 0).Value);
+    // Without a year, the current one.
+    uint16_t cy, cm, cd;
+    DecodeDate(Date(), cy, cm, cd);
+    EXPECT_DOUBLE_EQ(StrToDate("3/5").Value, EncodeDate(cy, 3, 5).Value);
     // Two-digit years fall in the window around the current year.
     uint16_t y, m, d;
     DecodeDate(StrToDate("1/2/05"), y, m, d);
@@ -609,7 +629,8 @@ TEST(Paths, ExpandFileName) {
     EXPECT_EQ(ExpandFileName("/a/./b/../c"), "/a/c");
     EXPECT_EQ(ExpandFileName("/../x"), "/x");
     EXPECT_EQ(ExpandFileName("/a//b/"), "/a/b/");
-    EXPECT_EQ(ExpandFileName("rel/f.txt"), IncludeTrailingPathDelimiter(GetCurrentDir()) + "rel/f.txt");
+    EXPECT_EQ(ExpandFileName("rel/f.txt"),
+              IncludeTrailingPathDelimiter(GetCurrentDir()) + "rel/f.txt");
 }
 
 TEST(Files, CreateRenameDelete) {
@@ -632,7 +653,8 @@ TEST(Files, CreateRenameDelete) {
     EXPECT_LT(std::fabs(age.Value - Now().Value), 1.0 / 24);
     // The packed date survives the conversion to and from TDateTime.
     EXPECT_EQ(DateTimeToFileDate(FileDateToDateTime(FileAge(f))), FileAge(f));
-    int32_t stamp = DateTimeToFileDate(EncodeDate(2001, 6, 15).Value + EncodeTime(10, 20, 30, 0).Value);
+    int32_t stamp =
+        DateTimeToFileDate(EncodeDate(2001, 6, 15).Value + EncodeTime(10, 20, 30, 0).Value);
     EXPECT_EQ(FileSetDate(f, stamp), 0);
     EXPECT_EQ(FileAge(f), stamp);
 
