@@ -117,7 +117,8 @@ public:
 
     // Re-reads the file; an empty name or a missing file clears the document.
     void LoadValues();
-    // Writes the document to the file.
+    // Writes the document to the file, replacing it atomically; a failure raises
+    // EIniFileException and leaves the old file.
     void UpdateFile() override;
     // Adds the document's lines to the list, without clearing it.
     void GetStrings(rtl::TStrings* list);

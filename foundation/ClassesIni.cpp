@@ -35,7 +35,8 @@ void TIniStrings::LoadValues() {
 void TIniStrings::UpdateFile() {
     rtl::TStringList lines;
     GetStrings(&lines);
-    lines.SaveToFile(FileName());
+    // As the runtime's ini files write theirs: a crash leaves the old file or the new one.
+    rtl::ReplaceFileAtomically(FileName(), lines.GetText());
 }
 
 const std::string& TIniStrings::ValueAt(const rtl::TStringList* keys, int index) {

@@ -273,6 +273,21 @@ TEST(IniStrings, LoadsUpdatesAndReloadsTheFile) {
     EXPECT_FALSE(memory.HasSection("S"));
 }
 
+TEST(IniStrings, UpdateFileWritesCrLfLinesAndReportsFailures) {
+    std::string name = ::testing::TempDir() + "zelv_ini_w_" + std::to_string(getpid()) + ".ini";
+    TIniStrings ini(name);
+    ini.WriteString("A", "k", "v");
+    ini.WriteString("A", "bare", "");
+    ini.UpdateFile();
+    std::ifstream f(name, std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(f)), {});
+    EXPECT_EQ(text, "[A]\r\nk=v\r\nbare\r\n\r\n");
+    std::filesystem::remove(name);
+    TIniStrings nowhere(::testing::TempDir() + "no_such_dir/x.ini");
+    nowhere.WriteString("A", "k", "v");
+    EXPECT_THROW(nowhere.UpdateFile(), rtl::EIniFileException);
+}
+
 TEST(IniStrings, ClearEmptiesTheDocument) {
     TIniStrings ini;
     SetText(ini, {"[S]", "k=v"});
