@@ -472,20 +472,18 @@ template <EventValue V> struct Carrier<V> {
     static TMethod To(const V& v) { return v.Method(); }
     static V From(const TMethod& c) { return V(c); }
 };
+[[noreturn]] void RaiseInvalidPropertyCast(TObject* value, TClass expected);
+
 template <ObjectPointer V> struct Carrier<V> {
     using type = TObject*;
     static TObject* To(V v) { return v; }
-    static V From(TObject* c);
+    static V From(TObject* c) {
+        if (!c) return nullptr;
+        auto* p = dynamic_cast<V>(c);
+        if (!p) RaiseInvalidPropertyCast(c, std::remove_pointer_t<V>::StaticClass());
+        return p;
+    }
 };
-
-[[noreturn]] void RaiseInvalidPropertyCast(TObject* value, TClass expected);
-
-template <ObjectPointer V> V Carrier<V>::From(TObject* c) {
-    if (!c) return nullptr;
-    auto* p = dynamic_cast<V>(c);
-    if (!p) RaiseInvalidPropertyCast(c, std::remove_pointer_t<V>::StaticClass());
-    return p;
-}
 
 // The value type a getter yields or a setter takes.
 template <class T, class G> struct GetterValue;
