@@ -33,6 +33,7 @@ struct TDesignProperty {
     int64_t Int = 0;
     std::string Str;
     std::string Text; // the value as a text form file writes it
+    std::string Raw;  // the value as the binary stream stores it, tag first
 };
 
 class TDesignComponent {
