@@ -42,10 +42,52 @@ void TFormEditor::Show() {
 
 _di_IOTAModule TFormEditor::GetModule() { return _di_IOTAModule(module_); }
 
+// The parent of a class: the component library's, else what the module's own unit declares,
+// else what another unit of a project holding the module declares.
+std::string TFormEditor::ClassParent(const std::string& className) {
+    std::string parent = LibraryClassParent(className);
+    if (!parent.empty() || !module_) return parent;
+    std::string unit = module_->GetFileName();
+    bool cpp = SameText(ExtractFileExt(unit), ".cpp");
+    std::string declaring = cpp ? FindCompanionFile(unit, ".h") : unit;
+    if (!declaring.empty()) {
+        if (TSourceEditor* s = module_->SourceEditor(); s && SameText(s->GetFileName(), declaring))
+            parent = FindParentClass(s->Text(), className, cpp);
+        else if (FileExists(declaring))
+            parent = FindParentClass(ReadFileBytes(declaring), className, cpp);
+    }
+    if (parent.empty() && model_)
+        for (TProjectModule* p : model_->Projects())
+            if (p->HoldsFile(unit) && !(parent = p->FindUnitClassParent(className)).empty()) break;
+    return parent;
+}
+
+void TFormEditor::CompleteAncestry(TDesignComponent* component) {
+    component->Ancestors.clear();
+    std::string cls = component->ClassName;
+    for (int depth = 0; depth < 64; ++depth) { // a cycle in damaged sources ends here
+        std::string parent = ClassParent(cls);
+        if (parent.empty() || SameText(parent, cls)) break;
+        component->Ancestors.push_back(parent);
+        cls = parent;
+    }
+    for (int i = 0; i < component->ChildCount(); ++i) CompleteAncestry(component->Child(i));
+}
+
 void TFormEditor::LoadFromFile() {
     form_ = LoadFormFile(fileName_);
     selection_.clear();
     modified_ = false;
+    CompleteAncestry(form_.Root.get());
+    // A data module is shown in a designer window of its own, which owns it.
+    designWindow_.reset();
+    if (form_.Root->InheritsFrom("TDataModule")) {
+        designWindow_ = std::make_unique<TDesignComponent>();
+        designWindow_->ClassName = "TDataModuleForm";
+        designWindow_->Ancestors = {"TForm", "TCustomForm", "TScrollingWinControl", "TWinControl",
+                                    "TControl", "TComponent", "TPersistent", "TObject"};
+        form_.Root->Owner = designWindow_.get();
+    }
 }
 
 void TFormEditor::SaveToFile() {

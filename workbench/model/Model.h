@@ -338,11 +338,14 @@ public:
 
 private:
     template <class F> void ForEachFormNotifier(F f);
+    std::string ClassParent(const std::string& className);
+    void CompleteAncestry(TDesignComponent* component);
 
     TIDEModel* model_;
     TModelModule* module_;
     std::string fileName_;
     TFormFile form_;
+    std::unique_ptr<TDesignComponent> designWindow_;
     bool modified_ = false;
     std::vector<TDesignComponent*> selection_;
     std::map<int, _di_IOTANotifier> notifiers_;

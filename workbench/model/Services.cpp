@@ -215,6 +215,14 @@ DelphiInterface<TModelModule> TIDEModel::OpenModuleFile(const std::string& fileN
         if (mode == TOpenMode::Show) open->Show();
         return DelphiInterface<TModelModule>(open);
     }
+    // A project's resource file belongs to its project module; compiled packages and object
+    // files have no module to open.
+    if (ext == ".res") {
+        for (TProjectModule* p : Projects())
+            if (SameText(p->Description().ResFile, path)) return DelphiInterface<TModelModule>(p);
+        return nullptr;
+    }
+    if (ext == ".dcp" || ext == ".bpi" || ext == ".obj" || ext == ".lib") return nullptr;
     if (ext == ".dpr" || ext == ".dpk" || ext == ".bpr" || ext == ".bpk" || ext == ".bpg")
         return DelphiInterface<TModelModule>(
             dynamic_cast<TModelModule*>(Query<IOTAModule>(OpenProjectFile(path)).get()));
