@@ -276,9 +276,9 @@ TModuleNames GetProjectModuleNames() {
 
 void ShowModule(const _di_IOTAModuleInfo& info, TModuleNameKind kind, bool formOnly,
                 bool displacingView) {
-    if (!info || kind == mnkDesignClass) return;
+    if (!info) return;
     _di_IOTAModule module = info->OpenModule();
-    if (!module) return;
+    if (!module || kind == mnkDesignClass) return; // a design class names nothing to show
     // The editors first: showing one may change the module's list.
     std::vector<_di_IOTAEditor> editors;
     for (int i = 0; i < module->GetModuleFileCount(); ++i)

@@ -212,7 +212,15 @@ DelphiInterface<TModelModule> TIDEModel::OpenModuleFile(const std::string& fileN
         if (!unit.empty()) path = unit;
     }
     if (TModelModule* open = FindOpenModule(path)) {
-        if (mode == TOpenMode::Show) open->Show();
+        if (mode == TOpenMode::Show) {
+            // The editor of the file asked for comes up, else the module's current one.
+            _di_IOTAEditor shown;
+            for (int i = 0; i < open->GetModuleFileCount() && !shown; ++i)
+                if (SameText(open->GetModuleFileEditor(i)->GetFileName(), path))
+                    shown = open->GetModuleFileEditor(i);
+            if (shown) shown->Show();
+            else open->Show();
+        }
         return DelphiInterface<TModelModule>(open);
     }
     // A project's resource file belongs to its project module; compiled packages and object
