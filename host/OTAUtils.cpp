@@ -15,7 +15,9 @@ std::string LowerCase(std::string s) {
     return s;
 }
 
-bool SameText(const std::string& a, const std::string& b) { return LowerCase(a) == LowerCase(b); }
+bool SameText(const std::string& a, const std::string& b) {
+    return LowerCase(a) == LowerCase(b);
+}
 
 std::string ExtractFileExt(const std::string& fileName) {
     size_t slash = fileName.find_last_of("/\\");
@@ -70,24 +72,32 @@ std::vector<_di_IOTAModule> OpenModules(bool projectOnly) {
 
 std::string NameOfKind(const _di_IOTAModuleInfo& info, TModuleNameKind kind) {
     switch (kind) {
-    case mnkFile: return info->GetFileName();
-    case mnkUnit: return info->GetName();
-    case mnkForm: return info->GetFormName();
-    case mnkDesignClass: return info->GetDesignClass();
+    case mnkFile:
+        return info->GetFileName();
+    case mnkUnit:
+        return info->GetName();
+    case mnkForm:
+        return info->GetFormName();
+    case mnkDesignClass:
+        return info->GetDesignClass();
     }
     return {};
 }
 
 } // namespace
 
-_di_IOTAKeyboardServices OTAKeyboardServices() { return IDEService<IOTAKeyboardServices>(); }
+_di_IOTAKeyboardServices OTAKeyboardServices() {
+    return IDEService<IOTAKeyboardServices>();
+}
 
 std::string GetProjectFormType() {
     _di_IOTAServices services = IDEService<IOTAServices>();
     return services ? services->GetActiveDesignerType() : std::string();
 }
 
-std::string GetProjectFormExt() { return "." + GetProjectFormType(); }
+std::string GetProjectFormExt() {
+    return "." + GetProjectFormType();
+}
 
 _di_IOTAModule GetActiveModule() {
     _di_IOTAModuleServices services = IDEService<IOTAModuleServices>();
@@ -105,8 +115,10 @@ _di_IOTAProject GetActiveProject() {
         if (Supports(module, group)) return group->GetActiveProject();
         _di_IOTAProject project;
         if (Supports(module, project)) {
-            if (!found) found = project;
-            else several = true;
+            if (!found)
+                found = project;
+            else
+                several = true;
         }
     }
     return several ? nullptr : found;
@@ -121,7 +133,9 @@ _di_IOTAFormEditor GetActiveFormEditor() {
     return FirstEditorAnswering<IOTAFormEditor>(GetActiveModule());
 }
 
-_di_IOTASourceEditor GetActiveSourceEditor() { return GetSourceEditorFromModule(GetActiveModule()); }
+_di_IOTASourceEditor GetActiveSourceEditor() {
+    return GetSourceEditorFromModule(GetActiveModule());
+}
 
 QWidget* FindEditorForm() {
     if (!qApp) return nullptr;
@@ -217,8 +231,7 @@ void GetOpenedFormEditors(std::vector<_di_IOTAFormEditor>& list, TProjectFormTyp
     }
 }
 
-void GetOpenedEditors(std::vector<_di_IOTAEditor>& list, TModuleType moduleType,
-                      bool projectOnly) {
+void GetOpenedEditors(std::vector<_di_IOTAEditor>& list, TModuleType moduleType, bool projectOnly) {
     list.clear();
     for (const _di_IOTAModule& module : OpenModules(projectOnly)) {
         if (moduleType == mtForm) {
@@ -269,8 +282,8 @@ TModuleNames GetProjectModuleNames() {
     std::vector<_di_IOTAModuleInfo> modules;
     GetProjectModules(modules);
     for (const auto& info : modules)
-        result.push_back({info->GetFileName(), info->GetName(), info->GetFormName(),
-                          info->GetDesignClass()});
+        result.push_back(
+            {info->GetFileName(), info->GetName(), info->GetFormName(), info->GetDesignClass()});
     return result;
 }
 

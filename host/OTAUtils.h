@@ -68,8 +68,8 @@ void GetProjectForms(std::vector<TDesignComponent*>& list, TProjectFormTypes typ
 // The roots of the open modules; with projectOnly only those of the active project's modules.
 void GetProjectForms(std::vector<TDesignComponent*>& list, TProjectFormTypes types,
                      bool projectOnly);
-void GetOpenedFormEditors(std::vector<ToolsAPI::_di_IOTAFormEditor>& list,
-                          TProjectFormTypes types, bool projectOnly);
+void GetOpenedFormEditors(std::vector<ToolsAPI::_di_IOTAFormEditor>& list, TProjectFormTypes types,
+                          bool projectOnly);
 // mtForm: the form editors with a root; mtUnit: every editor that is a source editor.
 void GetOpenedEditors(std::vector<ToolsAPI::_di_IOTAEditor>& list, TModuleType moduleType,
                       bool projectOnly);

@@ -8,8 +8,7 @@ namespace ToolsAPI {
 
 namespace {
 bool SameName(std::string_view a, std::string_view b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
                auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; };
                return lower(x) == lower(y);
            });
@@ -65,7 +64,8 @@ void TDesignComponent::SetProperty(TDesignProperty property) {
 
 TDesignComponent* TDesignComponent::Root() {
     TDesignComponent* c = this;
-    while (c->parent_) c = c->parent_;
+    while (c->parent_)
+        c = c->parent_;
     return c;
 }
 

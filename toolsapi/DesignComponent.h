@@ -16,14 +16,14 @@ namespace ToolsAPI {
 // The kind of a stored property value.
 enum class TDesignValueKind : uint8_t {
     Null,
-    Integer,  // also Int64; Int holds it
-    Float,    // extended, single, currency and date; Text holds it as written
-    String,   // Str holds the bytes
-    Ident,    // an identifier (an enumeration value, a colour name, a reference); Str holds it
-    Boolean,  // Int is 0 or 1
-    Set,      // Text is "[a, b]"
-    Binary,   // Str holds the bytes
-    List,     // Text is "( ... )" with the items as written in text form
+    Integer,   // also Int64; Int holds it
+    Float,     // extended, single, currency and date; Text holds it as written
+    String,    // Str holds the bytes
+    Ident,     // an identifier (an enumeration value, a colour name, a reference); Str holds it
+    Boolean,   // Int is 0 or 1
+    Set,       // Text is "[a, b]"
+    Binary,    // Str holds the bytes
+    List,      // Text is "( ... )" with the items as written in text form
     Collection // Text is "< ... >" with the items as written in text form
 };
 

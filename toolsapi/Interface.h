@@ -30,7 +30,8 @@ constexpr uint32_t HexDigit(char c) {
 }
 constexpr uint32_t HexField(const char* s, int digits) {
     uint32_t v = 0;
-    for (int i = 0; i < digits; ++i) v = v * 16 + HexDigit(s[i]);
+    for (int i = 0; i < digits; ++i)
+        v = v * 16 + HexDigit(s[i]);
     return v;
 }
 } // namespace detail
@@ -44,7 +45,8 @@ template <std::size_t N> constexpr TGUID Guid(const char (&s)[N]) {
     g.D3 = static_cast<uint16_t>(detail::HexField(s + 15, 4));
     g.D4[0] = static_cast<uint8_t>(detail::HexField(s + 20, 2));
     g.D4[1] = static_cast<uint8_t>(detail::HexField(s + 22, 2));
-    for (int i = 0; i < 6; ++i) g.D4[2 + i] = static_cast<uint8_t>(detail::HexField(s + 25 + 2 * i, 2));
+    for (int i = 0; i < 6; ++i)
+        g.D4[2 + i] = static_cast<uint8_t>(detail::HexField(s + 25 + 2 * i, 2));
     return g;
 }
 
@@ -110,7 +112,9 @@ template <class A, class B>
 bool operator==(const DelphiInterface<A>& a, const DelphiInterface<B>& b) {
     return Identity(a.get()) == Identity(b.get());
 }
-template <class A> bool operator==(const DelphiInterface<A>& a, std::nullptr_t) { return !a; }
+template <class A> bool operator==(const DelphiInterface<A>& a, std::nullptr_t) {
+    return !a;
+}
 
 // Asks an interface for another one; an empty source gives false.
 template <class I, class T> bool Supports(const DelphiInterface<T>& src, DelphiInterface<I>& out) {
@@ -145,7 +149,8 @@ template <class I, class Self> bool QueryChain(Self* self, const TGUID& iid, voi
         return QueryChain<typename I::ParentInterface>(self, iid, obj);
     return false;
 }
-template <class... Is, class Self> HRESULT QueryInterfaces(Self* self, const TGUID& iid, void** obj) {
+template <class... Is, class Self>
+HRESULT QueryInterfaces(Self* self, const TGUID& iid, void** obj) {
     if (!obj) return E_NOINTERFACE;
     *obj = nullptr;
     if (iid == IID_IInterface) {

@@ -25,7 +25,9 @@ TRegisterWizardProc& WizardProc() {
 }
 } // namespace
 
-void SetRegisterWizardProc(TRegisterWizardProc proc) { WizardProc() = std::move(proc); }
+void SetRegisterWizardProc(TRegisterWizardProc proc) {
+    WizardProc() = std::move(proc);
+}
 
 bool RegisterPackageWizard(const _di_IOTAWizard& wizard) {
     if (!wizard || !WizardProc()) return false;

@@ -66,7 +66,9 @@ enum TOTAModuleType : uint8_t {
 enum TWizardStateItem : uint8_t { wsEnabled, wsChecked };
 // A set of TWizardStateItem, one bit per item.
 using TWizardState = uint8_t;
-constexpr TWizardState WizardState(TWizardStateItem item) { return TWizardState(1u << item); }
+constexpr TWizardState WizardState(TWizardStateItem item) {
+    return TWizardState(1u << item);
+}
 
 enum TBindingType : uint8_t { btComplete, btPartial };
 enum TKeyBindingResult : uint8_t { krUnhandled, krHandled, krNextProc };
@@ -392,9 +394,9 @@ class IOTAModule : public virtual IOTANotifier {
 class IOTAModuleInfo : public virtual rtl::IInterface {
     OTA_INTERFACE(rtl::IInterface, "{DE958FCF-B542-458F-A1AB-6C7F90B5CDB7}")
     virtual TOTAModuleType GetModuleType() = 0;
-    virtual std::string GetName() = 0;     // the unit name
-    virtual std::string GetFileName() = 0; // the source file, with its path
-    virtual std::string GetFormName() = 0; // the form's component name, empty without a form
+    virtual std::string GetName() = 0;        // the unit name
+    virtual std::string GetFileName() = 0;    // the source file, with its path
+    virtual std::string GetFormName() = 0;    // the form's component name, empty without a form
     virtual std::string GetDesignClass() = 0; // the form's base class for custom modules
     // Opens the module, or gives it if it is open.
     virtual _di_IOTAModule OpenModule() = 0;
@@ -522,7 +524,9 @@ public:
 extern _di_IBorlandIDEServices BorlandIDEServices;
 
 // The service I of BorlandIDEServices, or empty.
-template <class I> DelphiInterface<I> IDEService() { return Query<I>(BorlandIDEServices); }
+template <class I> DelphiInterface<I> IDEService() {
+    return Query<I>(BorlandIDEServices);
+}
 
 // Hands the add-in's wizard to the host, which keeps it until it unloads the add-in. False when
 // no host takes wizards.

@@ -54,9 +54,11 @@ protected:
     // A second project in a directory of its own.
     std::string WriteSecondProject() {
         std::filesystem::create_directories(copy.Path() / "second");
-        testfiles::WriteFile(File("second/Second.dpr"),
-                             "program Second;\r\nuses\r\n  Tool in 'Tool.pas';\r\nbegin\r\nend.\r\n");
-        testfiles::WriteFile(File("second/Tool.pas"), "unit Tool;\r\ninterface\r\nimplementation\r\nend.\r\n");
+        testfiles::WriteFile(
+            File("second/Second.dpr"),
+            "program Second;\r\nuses\r\n  Tool in 'Tool.pas';\r\nbegin\r\nend.\r\n");
+        testfiles::WriteFile(File("second/Tool.pas"),
+                             "unit Tool;\r\ninterface\r\nimplementation\r\nend.\r\n");
         return File("second/Second.dpr");
     }
 
@@ -66,7 +68,8 @@ protected:
 
 std::vector<std::string> Names(const std::vector<TDesignComponent*>& roots) {
     std::vector<std::string> names;
-    for (auto* r : roots) names.push_back(r->Name);
+    for (auto* r : roots)
+        names.push_back(r->Name);
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -120,14 +123,16 @@ TEST_F(OTAUtilsTest, TwoLooseProjectsAndNoGroupGiveNone) {
 
 TEST_F(OTAUtilsTest, AGroupSettlesTheActiveProjectWhateverElseIsOpen) {
     model->OpenProjectFile(WriteSecondProject()); // loose, and before the group
-    _di_IOTAProjectGroup group = Query<IOTAProjectGroup>(model->OpenProjectFile(File("Example.bpg")));
+    _di_IOTAProjectGroup group =
+        Query<IOTAProjectGroup>(model->OpenProjectFile(File("Example.bpg")));
     ASSERT_TRUE(group);
     EXPECT_TRUE(GetActiveProject() == group->GetActiveProject());
     EXPECT_EQ(GetActiveProject()->GetFileName(), File("Example.dpr"));
 }
 
 TEST_F(OTAUtilsTest, AnEmptyGroupGivesNoProject) {
-    testfiles::WriteFile(File("Empty.bpg"), "VERSION = BWS.01\r\nPROJECTS =\r\ndefault: $(PROJECTS)\r\n");
+    testfiles::WriteFile(File("Empty.bpg"),
+                         "VERSION = BWS.01\r\nPROJECTS =\r\ndefault: $(PROJECTS)\r\n");
     OpenExample(); // a loose project does not count once a group is open
     model->OpenProjectFile(File("Empty.bpg"));
     EXPECT_FALSE(GetActiveProject());
@@ -185,8 +190,8 @@ TEST_F(OTAUtilsTest, TheDesignerGivesTheRootOfAFormEditorOnly) {
 TEST_F(OTAUtilsTest, TheKindFilterTellsFormsDataModulesFramesAndReports) {
     OpenExample();
     auto root = [&](const std::string& unit, TProjectFormTypes types) {
-        return GetFormFromEditor(_di_IOTAEditor(GetFormEditorFromModule(Open(unit, TOpenMode::Hidden))),
-                                 types);
+        return GetFormFromEditor(
+            _di_IOTAEditor(GetFormEditorFromModule(Open(unit, TOpenMode::Hidden))), types);
     };
     EXPECT_NE(root("Main.pas", {pfkForm}), nullptr);
     EXPECT_EQ(root("Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}), nullptr);
@@ -201,12 +206,16 @@ TEST_F(OTAUtilsTest, AReportCountsOnlyWhenItsDirectParentIsTQuickRep) {
                                              "  TSalesReport = class(TQuickRep)\r\n  end;\r\n"
                                              "  TYearReport = class(TSalesReport)\r\n  end;\r\n"
                                              "implementation\r\nend.\r\n");
-    testfiles::WriteFile(File("Report.dfm"), "object SalesReport: TSalesReport\r\n  Left = 0\r\nend\r\n");
-    testfiles::WriteFile(File("Year.pas"), "unit Year;\r\ninterface\r\nuses Report;\r\nimplementation\r\nend.\r\n");
-    testfiles::WriteFile(File("Year.dfm"), "object YearReport: TYearReport\r\n  Left = 0\r\nend\r\n");
-    testfiles::WriteFile(File("Reports.dpr"), "program Reports;\r\nuses\r\n"
-                                              "  Report in 'Report.pas' {SalesReport},\r\n"
-                                              "  Year in 'Year.pas' {YearReport};\r\nbegin\r\nend.\r\n");
+    testfiles::WriteFile(File("Report.dfm"),
+                         "object SalesReport: TSalesReport\r\n  Left = 0\r\nend\r\n");
+    testfiles::WriteFile(File("Year.pas"),
+                         "unit Year;\r\ninterface\r\nuses Report;\r\nimplementation\r\nend.\r\n");
+    testfiles::WriteFile(File("Year.dfm"),
+                         "object YearReport: TYearReport\r\n  Left = 0\r\nend\r\n");
+    testfiles::WriteFile(File("Reports.dpr"),
+                         "program Reports;\r\nuses\r\n"
+                         "  Report in 'Report.pas' {SalesReport},\r\n"
+                         "  Year in 'Year.pas' {YearReport};\r\nbegin\r\nend.\r\n");
     model->OpenProjectFile(File("Reports.dpr"));
     auto sales = _di_IOTAEditor(GetFormEditorFromModule(Open("Report.pas", TOpenMode::Hidden)));
     auto year = _di_IOTAEditor(GetFormEditorFromModule(Open("Year.pas", TOpenMode::Hidden)));
@@ -273,7 +282,8 @@ TEST_F(OTAUtilsTest, OpenedEditorsOfUnitsAreTheSourceEditors) {
     std::vector<_di_IOTAEditor> editors;
     GetOpenedEditors(editors, mtUnit, false);
     std::vector<std::string> files;
-    for (auto& e : editors) files.push_back(workbench::ExtractFileName(e->GetFileName()));
+    for (auto& e : editors)
+        files.push_back(workbench::ExtractFileName(e->GetFileName()));
     // The project's own source is an open module's source editor too.
     EXPECT_EQ(files, (std::vector<std::string>{"Example.dpr", "Main.pas", "Utils.pas"}));
     GetOpenedEditors(editors, mtForm, false);
@@ -297,8 +307,8 @@ TEST_F(OTAUtilsTest, TheProjectsModulesAndTheirNames) {
 
     std::vector<std::string> names = {"kept"};
     GetProjectModuleNames(names, mnkForm);
-    EXPECT_EQ(names, (std::vector<std::string>{"kept", "MainForm", "SettingsForm",
-                                               "DataModuleMain", "InfoFrame"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"kept", "MainForm", "SettingsForm", "DataModuleMain",
+                                               "InfoFrame"}));
     names.clear();
     GetProjectModuleNames(names, mnkDesignClass);
     EXPECT_TRUE(names.empty());
@@ -374,7 +384,8 @@ namespace {
 // A module of editors with file names of any kind, and a services object whose action services
 // record what they are asked to open.
 struct TFakeEditor : TNotifierObject, virtual IOTASourceEditor {
-    explicit TFakeEditor(std::string f, std::vector<std::string>* log) : file(std::move(f)), log(log) {}
+    explicit TFakeEditor(std::string f, std::vector<std::string>* log)
+        : file(std::move(f)), log(log) {}
     HRESULT QueryInterface(const TGUID& iid, void** obj) override {
         return QueryInterfaces<IOTASourceEditor>(this, iid, obj);
     }

@@ -65,19 +65,23 @@ TEST(InterfaceIds, TheIDEsPublishedIdsAreKept) {
 }
 
 TEST(InterfaceIds, EveryInterfaceHasItsOwnId) {
-    std::vector<TGUID> ids = {
-        IBorlandIDEServices::IID, IOTANotifier::IID,     IOTAWizard::IID,
-        IOTAMenuWizard::IID,      IOTAIDENotifier::IID,  IOTAFormNotifier::IID,
-        IOTAEditor::IID,          IOTASourceEditor::IID, IOTAEditBuffer::IID,
-        IOTABufferOptions::IID,   IOTAEditView::IID,     IOTAEditBlock::IID,
-        IOTAEditPosition::IID,    IOTAEditActions::IID,  INTAEditWindow::IID,
-        IOTAFormEditor::IID,      INTAFormEditor::IID,   IDesigner::IID,
-        IOTAComponent::IID,       IOTAModule::IID,       IOTAModuleInfo::IID,
-        IOTAProject::IID,         IOTAProjectGroup::IID, IOTAProjectResource::IID,
-        IOTAModuleServices::IID,  IOTAEditorServices::IID, IOTAServices::IID,
-        IOTAActionServices::IID,  INTAServices::IID,     IOTAKeyboardServices::IID,
-        IOTAKeyboardBinding::IID, IOTAKeyBindingServices::IID, IOTAKeyContext::IID,
-        IID_IInterface};
+    std::vector<TGUID> ids = {IBorlandIDEServices::IID, IOTANotifier::IID,
+                              IOTAWizard::IID,          IOTAMenuWizard::IID,
+                              IOTAIDENotifier::IID,     IOTAFormNotifier::IID,
+                              IOTAEditor::IID,          IOTASourceEditor::IID,
+                              IOTAEditBuffer::IID,      IOTABufferOptions::IID,
+                              IOTAEditView::IID,        IOTAEditBlock::IID,
+                              IOTAEditPosition::IID,    IOTAEditActions::IID,
+                              INTAEditWindow::IID,      IOTAFormEditor::IID,
+                              INTAFormEditor::IID,      IDesigner::IID,
+                              IOTAComponent::IID,       IOTAModule::IID,
+                              IOTAModuleInfo::IID,      IOTAProject::IID,
+                              IOTAProjectGroup::IID,    IOTAProjectResource::IID,
+                              IOTAModuleServices::IID,  IOTAEditorServices::IID,
+                              IOTAServices::IID,        IOTAActionServices::IID,
+                              INTAServices::IID,        IOTAKeyboardServices::IID,
+                              IOTAKeyboardBinding::IID, IOTAKeyBindingServices::IID,
+                              IOTAKeyContext::IID,      IID_IInterface};
     for (size_t i = 0; i < ids.size(); ++i)
         for (size_t k = i + 1; k < ids.size(); ++k)
             EXPECT_FALSE(ids[i] == ids[k]) << ids[i].ToString() << " is used twice";

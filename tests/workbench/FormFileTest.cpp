@@ -1,7 +1,7 @@
 // Form files read into design trees: the example forms in text and binary form, values of every
 // kind, writing back, and damaged files.
-#include "tests/workbench/TestFiles.h"
 #include "workbench/model/FormFile.h"
+#include "tests/workbench/TestFiles.h"
 
 #include "rtl/CodePage.h"
 
@@ -12,8 +12,12 @@ using ToolsAPI::TDesignComponent;
 using ToolsAPI::TDesignValueKind;
 
 namespace {
-std::string Example(const std::string& name) { return (testfiles::ExamplesDir() / name).string(); }
-std::string Utf8(const std::string& cp1251) { return rtl::Cp1251ToUtf8(cp1251); }
+std::string Example(const std::string& name) {
+    return (testfiles::ExamplesDir() / name).string();
+}
+std::string Utf8(const std::string& cp1251) {
+    return rtl::Cp1251ToUtf8(cp1251);
+}
 } // namespace
 
 TEST(FormFiles, TheTextFormOfMainLoadsWithItsComponentsInFileOrder) {
@@ -147,7 +151,8 @@ TEST(DamagedFormFiles, EveryCutOfABinaryFormRaisesAClearError) {
 
 TEST(DamagedFormFiles, AnUnknownValueTagIsNamed) {
     std::string bytes = "TPF0";
-    bytes += "\x06TForm1\x05" "Form1";
+    bytes += "\x06TForm1\x05"
+             "Form1";
     bytes += "\x04Left\x7F"; // 0x7F is no value tag
     try {
         ReadFormFile(bytes, "Bad.dfm");
@@ -159,14 +164,17 @@ TEST(DamagedFormFiles, AnUnknownValueTagIsNamed) {
 
 TEST(DamagedFormFiles, ABinaryValueLongerThanTheFileIsRefused) {
     std::string bytes = "TPF0";
-    bytes += "\x06TForm1\x05" "Form1";
-    bytes += "\x04" "Data" "\x0A\xFF\xFF\xFF\x7F" "abc";
+    bytes += "\x06TForm1\x05"
+             "Form1";
+    bytes += "\x04"
+             "Data"
+             "\x0A\xFF\xFF\xFF\x7F"
+             "abc";
     EXPECT_THROW(ReadFormFile(bytes, "Huge.dfm"), EFormFileError);
 }
 
 TEST(DamagedFormFiles, TextErrorsAndForeignFilesRaise) {
-    EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = \r\nend", "a.dfm"),
-                 EFormFileError);
+    EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = \r\nend", "a.dfm"), EFormFileError);
     EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = 1\r\n", "b.dfm"), EFormFileError);
     EXPECT_THROW(ReadFormFile("unit Main;", "c.dfm"), EFormFileError);
     EXPECT_THROW(ReadFormFile("", "d.dfm"), EFormFileError);
@@ -175,9 +183,12 @@ TEST(DamagedFormFiles, TextErrorsAndForeignFilesRaise) {
 
 TEST(DamagedFormFiles, NestingBeyondTheLimitIsRefusedWithoutExhaustingTheStack) {
     std::string bytes = "TPF0";
-    for (int i = 0; i < 100000; ++i) bytes += "\x02TA\x01" "a\x00";
+    for (int i = 0; i < 100000; ++i)
+        bytes += "\x02TA\x01"
+                 "a\x00";
     EXPECT_THROW(ReadFormFile(bytes, "deep.dfm"), EFormFileError);
-    std::string list = "TPF0\x02TA\x01" "a\x01L";
+    std::string list = "TPF0\x02TA\x01"
+                       "a\x01L";
     list += std::string(100000, '\x01');
     EXPECT_THROW(ReadFormFile(list, "deeplist.dfm"), EFormFileError);
 }

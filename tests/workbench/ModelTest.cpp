@@ -1,7 +1,7 @@
 // The headless model: the example project through the IDE's interfaces.
+#include "workbench/model/Model.h"
 #include "tests/workbench/TestFiles.h"
 #include "workbench/model/Files.h"
-#include "workbench/model/Model.h"
 
 #include "rtl/CodePage.h"
 
@@ -112,7 +112,8 @@ TEST_F(ModelTest, TheProjectModuleHasItsSourceAndItsResource) {
 }
 
 TEST_F(ModelTest, AGroupOpensItsProjectsAndMakesTheFirstActive) {
-    _di_IOTAProjectGroup group = Query<IOTAProjectGroup>(model->OpenProjectFile(File("Example.bpg")));
+    _di_IOTAProjectGroup group =
+        Query<IOTAProjectGroup>(model->OpenProjectFile(File("Example.bpg")));
     ASSERT_TRUE(group);
     ASSERT_EQ(group->GetProjectCount(), 1);
     EXPECT_TRUE(group->GetActiveProject() == group->GetProject(0));
@@ -620,4 +621,72 @@ TEST_F(ModelTest, TheServicesAnswerEachServiceInterface) {
     _di_INTAServices nta = Query<INTAServices>(services);
     EXPECT_EQ(nta->GetMainMenu(), nullptr);
     EXPECT_EQ(nta->GetToolBar("ViewToolBar"), nullptr);
+}
+
+// ---------------------------------------------------------------------------------------------
+// C++Builder projects, cross-platform forms, damaged resources
+
+TEST_F(ModelTest, ACppBuilderModuleHasItsSourceHeaderAndForm) {
+    testfiles::WriteFile(
+        File("Demo.bpr"),
+        "<PROJECT>\r\n  <FILELIST>\r\n"
+        "    <FILE FILENAME=\"Demo.cpp\" FORMNAME=\"\" UNITNAME=\"Demo\"/>\r\n"
+        "    <FILE FILENAME=\"Unit1.cpp\" FORMNAME=\"Form1\" UNITNAME=\"Unit1\"/>\r\n"
+        "  </FILELIST>\r\n</PROJECT>\r\n");
+    testfiles::WriteFile(
+        File("Demo.cpp"),
+        "#include <vcl.h>\r\nWINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int) {}\r\n");
+    testfiles::WriteFile(File("Unit1.cpp"), "#include \"Unit1.h\"\r\nTForm1 *Form1;\r\n");
+    testfiles::WriteFile(File("Unit1.h"),
+                         "class TForm1 : public TForm\r\n{\r\n__published:\r\n};\r\n");
+    testfiles::WriteFile(File("Unit1.dfm"), "object Form1: TForm1\r\n  Caption = 'C++'\r\nend\r\n");
+    _di_IOTAProject project = Query<IOTAProject>(model->OpenProjectFile(File("Demo.bpr")));
+    ASSERT_TRUE(project);
+    // The project module: its source and its options file.
+    ASSERT_EQ(project->GetModuleFileCount(), 2);
+    EXPECT_EQ(project->GetModuleFileEditor(0)->GetFileName(), File("Demo.cpp"));
+    EXPECT_EQ(project->GetModuleFileEditor(1)->GetFileName(), File("Demo.bpr"));
+    ASSERT_EQ(project->GetModuleCount(), 1);
+    _di_IOTAModuleInfo info = project->GetModule(0);
+    EXPECT_EQ(info->GetDesignClass(), "TForm"); // from the header
+    _di_IOTAModule unit = info->OpenModule();
+    ASSERT_EQ(unit->GetModuleFileCount(), 3);
+    EXPECT_EQ(unit->GetModuleFileEditor(1)->GetFileName(), File("Unit1.h"));
+    EXPECT_TRUE(Supports<IOTASourceEditor>(unit->GetModuleFileEditor(1)));
+    _di_IOTAFormEditor form = Query<IOTAFormEditor>(unit->GetModuleFileEditor(2));
+    ASSERT_TRUE(form);
+    EXPECT_TRUE(Query<INTAFormEditor>(form)->GetFormDesigner()->GetRoot()->InheritsFrom("TForm"));
+}
+
+TEST_F(ModelTest, ACrossPlatformFormMakesTheDesignerTypeXfm) {
+    testfiles::WriteFile(File("Clx.pas"), "unit Clx;\r\ninterface\r\ntype\r\n  TClxForm = "
+                                          "class(TForm)\r\n  end;\r\nimplementation\r\nend.\r\n");
+    testfiles::WriteFile(File("Clx.xfm"), "object ClxForm: TClxForm\r\nend\r\n");
+    auto module = model->OpenModuleFile(File("Clx.pas"), TOpenMode::Show);
+    EXPECT_EQ(model->GetActiveDesignerType(), "xfm");
+    OpenUnit("Utils.pas");
+    EXPECT_EQ(model->GetActiveDesignerType(), "dfm");
+}
+
+TEST_F(ModelTest, ADamagedResourceFileKeepsTheProjectClosed) {
+    testfiles::WriteFile(File("Example.res"), std::string("\0\0\0\0\x20\0\0\0\xFF\xFF", 10));
+    try {
+        OpenExample();
+        FAIL() << "the project opened";
+    } catch (const EModelError& e) {
+        EXPECT_NE(e.Message().find("Example.res"), std::string::npos) << e.Message();
+    }
+    EXPECT_EQ(model->GetModuleCount(), 0);
+}
+
+TEST_F(ModelTest, SettingTheWholeTextIsOneUndoStep) {
+    _di_IOTAEditView view = OpenUnit("Utils.pas");
+    auto* source = model->FindOpenModule(File("Utils.pas"))->SourceEditor();
+    std::string before = source->Text();
+    source->SetText("unit Utils;\r\nend.\r\n");
+    EXPECT_EQ(source->GetLinesInBuffer(), 3);
+    EXPECT_TRUE(source->Undo());
+    EXPECT_EQ(source->Text(), before);
+    EXPECT_TRUE(source->Redo());
+    EXPECT_EQ(source->Text(), "unit Utils;\r\nend.\r\n");
 }

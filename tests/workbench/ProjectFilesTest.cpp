@@ -1,8 +1,8 @@
 // Project files: Delphi project and package sources, C++Builder project files, project groups,
 // and the class declarations of units.
+#include "workbench/model/ProjectFiles.h"
 #include "tests/workbench/TestFiles.h"
 #include "workbench/model/Files.h"
-#include "workbench/model/ProjectFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -27,17 +27,16 @@ TEST(DelphiProjects, TheExampleListsItsUnitsWithFormsAndResource) {
 
 TEST(DelphiProjects, CommentsPathsAndUnitsWithoutFilesAreHandled) {
     testfiles::TTempDir dir;
-    std::string text =
-        "{ A project with comments }\r\n"
-        "program Tricky; // uses Fake in 'Fake.pas'\r\n"
-        "uses\r\n"
-        "  Forms, (* Skipped in 'Skipped.pas', *)\r\n"
-        "  Units.Main in 'src\\Main.pas' {MainForm},\r\n"
-        "  Other in 'Sub\\Dir\\other.PAS',\r\n"
-        "  Quoted in 'It''s.pas';\r\n"
-        "begin\r\n"
-        "  Application.Run;\r\n"
-        "end.\r\n";
+    std::string text = "{ A project with comments }\r\n"
+                       "program Tricky; // uses Fake in 'Fake.pas'\r\n"
+                       "uses\r\n"
+                       "  Forms, (* Skipped in 'Skipped.pas', *)\r\n"
+                       "  Units.Main in 'src\\Main.pas' {MainForm},\r\n"
+                       "  Other in 'Sub\\Dir\\other.PAS',\r\n"
+                       "  Quoted in 'It''s.pas';\r\n"
+                       "begin\r\n"
+                       "  Application.Run;\r\n"
+                       "end.\r\n";
     TProjectDescription d = ParseDelphiProject(dir.File("Tricky.dpr"), text);
     ASSERT_EQ(d.Entries.size(), 3u);
     EXPECT_EQ(d.Entries[0].UnitName, "Units.Main");

@@ -15,7 +15,9 @@ inline std::filesystem::path SourceDir() {
     return dir ? std::filesystem::path(dir) : std::filesystem::current_path();
 }
 
-inline std::filesystem::path ExamplesDir() { return SourceDir() / "examples"; }
+inline std::filesystem::path ExamplesDir() {
+    return SourceDir() / "examples";
+}
 
 // A fresh directory that removes itself.
 class TTempDir {

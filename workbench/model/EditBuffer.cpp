@@ -14,7 +14,8 @@ TSourceEditor::TSourceEditor(TIDEModel* model, TModelModule* module, std::string
       options_(MakeInterfaced<TBufferOptions>()) {}
 
 TSourceEditor::~TSourceEditor() {
-    for (auto& v : views_) v->Detach();
+    for (auto& v : views_)
+        v->Detach();
 }
 
 int TSourceEditor::AddNotifier(const _di_IOTANotifier& notifier) {
@@ -23,7 +24,9 @@ int TSourceEditor::AddNotifier(const _di_IOTANotifier& notifier) {
     return nextNotifier_++;
 }
 
-void TSourceEditor::RemoveNotifier(int index) { notifiers_.erase(index); }
+void TSourceEditor::RemoveNotifier(int index) {
+    notifiers_.erase(index);
+}
 
 void TSourceEditor::MarkModified() {
     text_.MarkModified();
@@ -34,7 +37,9 @@ void TSourceEditor::Show() {
     if (model_ && module_) model_->ShowSourceEditor(this);
 }
 
-_di_IOTAModule TSourceEditor::GetModule() { return _di_IOTAModule(module_); }
+_di_IOTAModule TSourceEditor::GetModule() {
+    return _di_IOTAModule(module_);
+}
 
 _di_IOTAEditView TSourceEditor::GetEditView(int index) {
     if (index < 0 || index >= GetEditViewCount()) return nullptr;
@@ -67,13 +72,17 @@ _di_IOTAEditPosition TSourceEditor::GetEditPosition() {
     return v ? v->GetPosition() : nullptr;
 }
 
-void TSourceEditor::LoadFromFile() { text_.SetText(ReadFileBytes(fileName_)); }
+void TSourceEditor::LoadFromFile() {
+    text_.SetText(ReadFileBytes(fileName_));
+}
 
 void TSourceEditor::SaveToFile() {
-    for (auto& [i, n] : notifiers_) n->BeforeSave();
+    for (auto& [i, n] : notifiers_)
+        n->BeforeSave();
     WriteFileBytes(fileName_, text_.Text());
     text_.MarkSaved();
-    for (auto& [i, n] : notifiers_) n->AfterSave();
+    for (auto& [i, n] : notifiers_)
+        n->AfterSave();
     Changed();
 }
 
@@ -84,7 +93,8 @@ void TSourceEditor::SetText(std::string_view text) {
     text_.Replace({1, 1}, end, text);
     block_.Visible = false;
     EndEdit();
-    for (auto& v : views_) v->SetCursor(text_.Clamp(v->Cursor()));
+    for (auto& v : views_)
+        v->SetCursor(text_.Clamp(v->Cursor()));
 }
 
 TEditView* TSourceEditor::AddView(TEditWindow* window) {
@@ -93,8 +103,8 @@ TEditView* TSourceEditor::AddView(TEditWindow* window) {
 }
 
 void TSourceEditor::RemoveView(TEditView* view) {
-    auto it = std::find_if(views_.begin(), views_.end(),
-                           [&](const auto& v) { return v.get() == view; });
+    auto it =
+        std::find_if(views_.begin(), views_.end(), [&](const auto& v) { return v.get() == view; });
     if (it == views_.end()) return;
     DelphiInterface<TEditView> keep = *it; // alive until the model has let go of it
     views_.erase(it);
@@ -109,18 +119,20 @@ TEditView* TSourceEditor::View(int index) const {
 }
 
 void TSourceEditor::Detach() {
-    while (!views_.empty()) RemoveView(views_.back().get());
+    while (!views_.empty())
+        RemoveView(views_.back().get());
     module_ = nullptr;
     model_ = nullptr;
 }
 
 void TSourceEditor::CheckWritable() const {
-    if (readOnly_) throw EReadOnlyBuffer("The buffer of \"" + ExtractFileName(fileName_) +
-                                         "\" is read-only");
+    if (readOnly_)
+        throw EReadOnlyBuffer("The buffer of \"" + ExtractFileName(fileName_) + "\" is read-only");
 }
 
 void TSourceEditor::Changed() {
-    for (auto& [i, n] : notifiers_) n->Modified();
+    for (auto& [i, n] : notifiers_)
+        n->Modified();
     if (model_ && model_->Events.BufferChanged) model_->Events.BufferChanged(this);
 }
 
@@ -157,7 +169,8 @@ bool TSourceEditor::Redo() {
     CheckWritable();
     if (text_.Redo() < 0) return false;
     block_.Visible = false;
-    for (auto& v : views_) v->SetCursor(text_.Clamp(v->Cursor()));
+    for (auto& v : views_)
+        v->SetCursor(text_.Clamp(v->Cursor()));
     Changed();
     return true;
 }
@@ -179,10 +192,14 @@ bool TSourceEditor::BlockValid() const {
     TTextPos s = BlockStart(), e = BlockEnd();
     switch (block_.Style) {
     case btLine:
-    case btInclusive: return true;
-    case btColumn: return s.Col < e.Col;
-    case btNonInclusive: return s < e;
-    default: return false;
+    case btInclusive:
+        return true;
+    case btColumn:
+        return s.Col < e.Col;
+    case btNonInclusive:
+        return s < e;
+    default:
+        return false;
     }
 }
 
@@ -192,7 +209,8 @@ std::string TSourceEditor::BlockText() const {
     switch (block_.Style) {
     case btLine: {
         std::string r;
-        for (int row = s.Row; row <= e.Row; ++row) r += text_.Line(row) + "\r\n";
+        for (int row = s.Row; row <= e.Row; ++row)
+            r += text_.Line(row) + "\r\n";
         return r;
     }
     case btColumn: {
@@ -203,8 +221,10 @@ std::string TSourceEditor::BlockText() const {
         }
         return r;
     }
-    case btInclusive: return text_.GetRange(s, {e.Row, e.Col + 1});
-    default: return text_.GetRange(s, e);
+    case btInclusive:
+        return text_.GetRange(s, {e.Row, e.Col + 1});
+    default:
+        return text_.GetRange(s, e);
     }
 }
 
@@ -214,15 +234,22 @@ TTextPos TSourceEditor::DeleteBlockText() {
     case btLine:
         // Whole lines go with their line ends; the last line of the buffer keeps its place as
         // an empty line.
-        if (e.Row < text_.LineCount()) text_.Replace({s.Row, 1}, {e.Row + 1, 1}, "");
-        else text_.Replace({s.Row, 1}, {e.Row, text_.LineLength(e.Row) + 1}, "");
+        if (e.Row < text_.LineCount())
+            text_.Replace({s.Row, 1}, {e.Row + 1, 1}, "");
+        else
+            text_.Replace({s.Row, 1}, {e.Row, text_.LineLength(e.Row) + 1}, "");
         s = {s.Row, 1};
         break;
     case btColumn:
-        for (int row = s.Row; row <= e.Row; ++row) text_.Replace({row, s.Col}, {row, e.Col}, "");
+        for (int row = s.Row; row <= e.Row; ++row)
+            text_.Replace({row, s.Col}, {row, e.Col}, "");
         break;
-    case btInclusive: text_.Replace(s, {e.Row, e.Col + 1}, ""); break;
-    default: text_.Replace(s, e, ""); break;
+    case btInclusive:
+        text_.Replace(s, {e.Row, e.Col + 1}, "");
+        break;
+    default:
+        text_.Replace(s, e, "");
+        break;
     }
     block_.Visible = false;
     return s;
@@ -238,18 +265,21 @@ void TSourceEditor::InsertText(TEditView* view, const std::string& text) {
         if (options_->GetAutoIndent()) {
             // Each new line starts where the line before it starts, as typing Enter does.
             std::string result;
-            std::string previous = text_.Line(text_.Clamp(pos).Row).substr(
-                0, std::min<size_t>(text_.LineLength(text_.Clamp(pos).Row),
-                                    static_cast<size_t>(pos.Col - 1)));
+            std::string previous =
+                text_.Line(text_.Clamp(pos).Row)
+                    .substr(0, std::min<size_t>(text_.LineLength(text_.Clamp(pos).Row),
+                                                static_cast<size_t>(pos.Col - 1)));
             std::string line;
             for (size_t i = 0; i < text.size(); ++i) {
                 char c = text[i];
                 if (c == '\r' || c == '\n') {
                     result += c;
-                    if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n') result += text[++i];
+                    if (c == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
+                        result += text[++i];
                     previous += line;
                     size_t indent = previous.find_first_not_of(" \t");
-                    std::string lead = previous.substr(0, indent == std::string::npos ? previous.size() : indent);
+                    std::string lead =
+                        previous.substr(0, indent == std::string::npos ? previous.size() : indent);
                     result += lead;
                     previous = lead;
                     line.clear();
@@ -286,11 +316,15 @@ void TSourceEditor::DeleteChars(TEditView* view, int count, bool backwards) {
     // A line end counts as one character.
     for (int i = 0; i < count; ++i) {
         if (backwards) {
-            if (to.Col > 1) --to.Col;
-            else if (to.Row > 1) to = {to.Row - 1, text_.LineLength(to.Row - 1) + 1};
+            if (to.Col > 1)
+                --to.Col;
+            else if (to.Row > 1)
+                to = {to.Row - 1, text_.LineLength(to.Row - 1) + 1};
         } else {
-            if (to.Col <= text_.LineLength(to.Row)) ++to.Col;
-            else if (to.Row < text_.LineCount()) to = {to.Row + 1, 1};
+            if (to.Col <= text_.LineLength(to.Row))
+                ++to.Col;
+            else if (to.Row < text_.LineCount())
+                to = {to.Row + 1, 1};
         }
     }
     if (to == from) return;
@@ -311,9 +345,15 @@ TSourceEditor& TEditView::Buffer() const {
     return *buffer_;
 }
 
-_di_IOTAEditBlock TEditView::GetBlock() { return MakeInterfaced<TEditBlock>(this); }
-_di_IOTAEditPosition TEditView::GetPosition() { return MakeInterfaced<TEditPosition>(this); }
-_di_IOTAEditBuffer TEditView::GetBuffer() { return _di_IOTAEditBuffer(buffer_); }
+_di_IOTAEditBlock TEditView::GetBlock() {
+    return MakeInterfaced<TEditBlock>(this);
+}
+_di_IOTAEditPosition TEditView::GetPosition() {
+    return MakeInterfaced<TEditPosition>(this);
+}
+_di_IOTAEditBuffer TEditView::GetBuffer() {
+    return _di_IOTAEditBuffer(buffer_);
+}
 
 void TEditView::SetTopLeft(int topRow, int leftColumn) {
     int last = buffer_ ? buffer_->Buffer().LineCount() : 1;
@@ -321,11 +361,15 @@ void TEditView::SetTopLeft(int topRow, int leftColumn) {
     left_ = std::max(1, leftColumn);
 }
 
-void TEditView::Scroll(int deltaRow, int deltaCol) { SetTopLeft(top_ + deltaRow, left_ + deltaCol); }
+void TEditView::Scroll(int deltaRow, int deltaCol) {
+    SetTopLeft(top_ + deltaRow, left_ + deltaCol);
+}
 
 void TEditView::MoveViewToCursor() {
-    if (cursor_.Row < top_) top_ = cursor_.Row;
-    else if (cursor_.Row > GetBottomRow()) top_ = cursor_.Row - height_ + 1;
+    if (cursor_.Row < top_)
+        top_ = cursor_.Row;
+    else if (cursor_.Row > GetBottomRow())
+        top_ = cursor_.Row - height_ + 1;
 }
 
 void TEditView::Paint() {
@@ -335,7 +379,9 @@ void TEditView::Paint() {
         buffer_->Module()->Model()->Events.ViewPainted(this);
 }
 
-_di_INTAEditWindow TEditView::GetEditWindow() { return _di_INTAEditWindow(window_.get()); }
+_di_INTAEditWindow TEditView::GetEditWindow() {
+    return _di_INTAEditWindow(window_.get());
+}
 
 void TEditView::ClosePage() {
     TSourceEditor& buffer = Buffer();
@@ -355,19 +401,37 @@ void TEditView::SetCursor(TTextPos pos) {
 // ---------------------------------------------------------------------------------------------
 // TEditBlock
 
-bool TEditBlock::GetIsValid() { return view_->Buffer().BlockValid(); }
-TOTABlockType TEditBlock::GetStyle() { return view_->Buffer().Block().Style; }
+bool TEditBlock::GetIsValid() {
+    return view_->Buffer().BlockValid();
+}
+TOTABlockType TEditBlock::GetStyle() {
+    return view_->Buffer().Block().Style;
+}
 void TEditBlock::SetStyle(TOTABlockType value) {
     if (value > btNonInclusive) return; // btUnknown is an answer, not a style
     view_->Buffer().Block().Style = value;
 }
-int TEditBlock::GetStartingRow() { return view_->Buffer().BlockStart().Row; }
-int TEditBlock::GetStartingColumn() { return view_->Buffer().BlockStart().Col; }
-int TEditBlock::GetEndingRow() { return view_->Buffer().BlockEnd().Row; }
-int TEditBlock::GetEndingColumn() { return view_->Buffer().BlockEnd().Col; }
-std::string TEditBlock::GetText() { return view_->Buffer().BlockText(); }
-bool TEditBlock::GetVisible() { return view_->Buffer().Block().Visible; }
-void TEditBlock::SetVisible(bool value) { view_->Buffer().Block().Visible = value; }
+int TEditBlock::GetStartingRow() {
+    return view_->Buffer().BlockStart().Row;
+}
+int TEditBlock::GetStartingColumn() {
+    return view_->Buffer().BlockStart().Col;
+}
+int TEditBlock::GetEndingRow() {
+    return view_->Buffer().BlockEnd().Row;
+}
+int TEditBlock::GetEndingColumn() {
+    return view_->Buffer().BlockEnd().Col;
+}
+std::string TEditBlock::GetText() {
+    return view_->Buffer().BlockText();
+}
+bool TEditBlock::GetVisible() {
+    return view_->Buffer().Block().Visible;
+}
+void TEditBlock::SetVisible(bool value) {
+    view_->Buffer().Block().Visible = value;
+}
 
 void TEditBlock::BeginBlock() {
     TBlockState& b = view_->Buffer().Block();
@@ -400,15 +464,23 @@ bool TEditBlock::ExtendRelative(int deltaRow, int deltaCol) {
     return Extend(c.Row + deltaRow, c.Col + deltaCol);
 }
 
-void TEditBlock::Reset() { view_->Buffer().Block().Visible = false; }
+void TEditBlock::Reset() {
+    view_->Buffer().Block().Visible = false;
+}
 
-void TEditBlock::Delete() { view_->Buffer().DeleteBlock(view_.get()); }
+void TEditBlock::Delete() {
+    view_->Buffer().DeleteBlock(view_.get());
+}
 
 // ---------------------------------------------------------------------------------------------
 // TEditPosition
 
-int TEditPosition::GetRow() { return view_->Cursor().Row; }
-int TEditPosition::GetColumn() { return view_->Cursor().Col; }
+int TEditPosition::GetRow() {
+    return view_->Cursor().Row;
+}
+int TEditPosition::GetColumn() {
+    return view_->Cursor().Col;
+}
 
 char TEditPosition::GetCharacter() {
     TTextPos c = view_->Cursor();
@@ -416,7 +488,9 @@ char TEditPosition::GetCharacter() {
     return c.Col <= static_cast<int>(line.size()) ? line[static_cast<size_t>(c.Col - 1)] : '\0';
 }
 
-int TEditPosition::GetLastRow() { return view_->Buffer().Buffer().LineCount(); }
+int TEditPosition::GetLastRow() {
+    return view_->Buffer().Buffer().LineCount();
+}
 
 bool TEditPosition::Move(int row, int col) {
     if (row < 1 || row > view_->Buffer().Buffer().LineCount() || col < 1) return false;
@@ -429,7 +503,9 @@ bool TEditPosition::MoveRelative(int deltaRow, int deltaCol) {
     return Move(c.Row + deltaRow, c.Col + deltaCol);
 }
 
-void TEditPosition::MoveBOL() { view_->SetCursor({view_->Cursor().Row, 1}); }
+void TEditPosition::MoveBOL() {
+    view_->SetCursor({view_->Cursor().Row, 1});
+}
 
 void TEditPosition::MoveEOL() {
     int row = view_->Cursor().Row;
@@ -445,9 +521,13 @@ void TEditPosition::InsertText(const std::string& text) {
     view_->Buffer().InsertText(view_.get(), text);
 }
 
-void TEditPosition::InsertCharacter(char c) { InsertText(std::string(1, c)); }
+void TEditPosition::InsertCharacter(char c) {
+    InsertText(std::string(1, c));
+}
 
-void TEditPosition::Delete(int count) { view_->Buffer().DeleteChars(view_.get(), count, false); }
+void TEditPosition::Delete(int count) {
+    view_->Buffer().DeleteChars(view_.get(), count, false);
+}
 
 void TEditPosition::BackspaceDelete(int count) {
     view_->Buffer().DeleteChars(view_.get(), count, true);
@@ -457,9 +537,12 @@ std::string TEditPosition::Read(int count) {
     const TTextBuffer& text = view_->Buffer().Buffer();
     TTextPos from = text.Clamp(view_->Cursor()), to = from;
     for (int i = 0; i < count; ++i) {
-        if (to.Col <= text.LineLength(to.Row)) ++to.Col;
-        else if (to.Row < text.LineCount()) to = {to.Row + 1, 1};
-        else break;
+        if (to.Col <= text.LineLength(to.Row))
+            ++to.Col;
+        else if (to.Row < text.LineCount())
+            to = {to.Row + 1, 1};
+        else
+            break;
     }
     return text.GetRange(from, to);
 }

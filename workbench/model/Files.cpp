@@ -43,7 +43,9 @@ std::string LowerCase(std::string_view s) {
     return r;
 }
 
-bool SameText(std::string_view a, std::string_view b) { return LowerCase(a) == LowerCase(b); }
+bool SameText(std::string_view a, std::string_view b) {
+    return LowerCase(a) == LowerCase(b);
+}
 
 std::string ExtractFileName(const std::string& fileName) {
     size_t p = fileName.find_last_of("/\\");
@@ -86,7 +88,8 @@ std::string MatchEntry(const fs::path& dir, const std::string& name) {
 std::string ResolvePath(const std::string& dir, const std::string& path) {
     std::string p = path;
     std::replace(p.begin(), p.end(), '\\', '/');
-    fs::path result = fs::path(p).is_absolute() ? fs::path("/") : fs::absolute(dir.empty() ? "." : dir);
+    fs::path result =
+        fs::path(p).is_absolute() ? fs::path("/") : fs::absolute(dir.empty() ? "." : dir);
     for (const auto& part : fs::path(p).relative_path()) {
         std::string s = part.string();
         if (s.empty() || s == ".") continue;

@@ -19,7 +19,9 @@ int TFormEditor::AddNotifier(const _di_IOTANotifier& notifier) {
     return nextNotifier_++;
 }
 
-void TFormEditor::RemoveNotifier(int index) { notifiers_.erase(index); }
+void TFormEditor::RemoveNotifier(int index) {
+    notifiers_.erase(index);
+}
 
 template <class F> void TFormEditor::ForEachFormNotifier(F f) {
     // A copy: a notifier may remove itself or others while it is told.
@@ -33,14 +35,17 @@ template <class F> void TFormEditor::ForEachFormNotifier(F f) {
 void TFormEditor::MarkModified() {
     modified_ = true;
     auto notifiers = notifiers_;
-    for (auto& [i, n] : notifiers) n->Modified();
+    for (auto& [i, n] : notifiers)
+        n->Modified();
 }
 
 void TFormEditor::Show() {
     if (model_ && module_) model_->ShowFormEditor(this);
 }
 
-_di_IOTAModule TFormEditor::GetModule() { return _di_IOTAModule(module_); }
+_di_IOTAModule TFormEditor::GetModule() {
+    return _di_IOTAModule(module_);
+}
 
 // The parent of a class: the component library's, else what the module's own unit declares,
 // else what another unit of a project holding the module declares.
@@ -71,7 +76,8 @@ void TFormEditor::CompleteAncestry(TDesignComponent* component) {
         component->Ancestors.push_back(parent);
         cls = parent;
     }
-    for (int i = 0; i < component->ChildCount(); ++i) CompleteAncestry(component->Child(i));
+    for (int i = 0; i < component->ChildCount(); ++i)
+        CompleteAncestry(component->Child(i));
 }
 
 void TFormEditor::LoadFromFile() {
@@ -84,8 +90,9 @@ void TFormEditor::LoadFromFile() {
     if (form_.Root->InheritsFrom("TDataModule")) {
         designWindow_ = std::make_unique<TDesignComponent>();
         designWindow_->ClassName = "TDataModuleForm";
-        designWindow_->Ancestors = {"TForm", "TCustomForm", "TScrollingWinControl", "TWinControl",
-                                    "TControl", "TComponent", "TPersistent", "TObject"};
+        designWindow_->Ancestors = {"TForm",       "TCustomForm", "TScrollingWinControl",
+                                    "TWinControl", "TControl",    "TComponent",
+                                    "TPersistent", "TObject"};
         form_.Root->Owner = designWindow_.get();
     }
 }
@@ -93,10 +100,12 @@ void TFormEditor::LoadFromFile() {
 void TFormEditor::SaveToFile() {
     if (!form_.Root) return;
     ForEachFormNotifier([](const _di_IOTAFormNotifier& n) { n->FormSaving(); });
-    for (auto& [i, n] : notifiers_) n->BeforeSave();
+    for (auto& [i, n] : notifiers_)
+        n->BeforeSave();
     WriteFileBytes(fileName_, WriteFormFile(*form_.Root, form_.Format));
     modified_ = false;
-    for (auto& [i, n] : notifiers_) n->AfterSave();
+    for (auto& [i, n] : notifiers_)
+        n->AfterSave();
 }
 
 bool TFormEditor::Contains(const TDesignComponent* component) const {
@@ -111,7 +120,9 @@ _di_IOTAComponent TFormEditor::Wrap(TDesignComponent* component) {
     return MakeInterfaced<TComponentRef>(this, component);
 }
 
-_di_IOTAComponent TFormEditor::GetRootComponent() { return Wrap(form_.Root.get()); }
+_di_IOTAComponent TFormEditor::GetRootComponent() {
+    return Wrap(form_.Root.get());
+}
 
 _di_IOTAComponent TFormEditor::FindComponent(const std::string& name) {
     if (!form_.Root) return nullptr;
@@ -149,7 +160,8 @@ void TFormEditor::Select(TDesignComponent* component, bool addToSelection) {
 
 namespace {
 bool IsIdentifier(const std::string& s) {
-    if (s.empty() || s.size() > 63 || !(std::isalpha(static_cast<unsigned char>(s[0])) || s[0] == '_'))
+    if (s.empty() || s.size() > 63 ||
+        !(std::isalpha(static_cast<unsigned char>(s[0])) || s[0] == '_'))
         return false;
     return std::all_of(s.begin(), s.end(), [](char c) {
         return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
@@ -170,9 +182,8 @@ void TFormEditor::RenameComponent(TDesignComponent* component, const std::string
     std::string oldName = component->Name;
     component->Name = newName;
     MarkModified();
-    ForEachFormNotifier([&](const _di_IOTAFormNotifier& n) {
-        n->ComponentRenamed(component, oldName, newName);
-    });
+    ForEachFormNotifier(
+        [&](const _di_IOTAFormNotifier& n) { n->ComponentRenamed(component, oldName, newName); });
 }
 
 void TFormEditor::Activate() {
@@ -182,7 +193,9 @@ void TFormEditor::Activate() {
 // ---------------------------------------------------------------------------------------------
 // TComponentRef
 
-_di_IOTAComponent TComponentRef::GetParent() { return editor_->Wrap(component_->Parent()); }
+_di_IOTAComponent TComponentRef::GetParent() {
+    return editor_->Wrap(component_->Parent());
+}
 
 std::string TComponentRef::GetPropName(int index) {
     if (index < 0 || index >= GetPropCount()) return {};
@@ -224,7 +237,9 @@ std::vector<TDesignComponent*> TComponentRef::Controls() const {
     return result;
 }
 
-int TComponentRef::GetControlCount() { return static_cast<int>(Controls().size()); }
+int TComponentRef::GetControlCount() {
+    return static_cast<int>(Controls().size());
+}
 
 _di_IOTAComponent TComponentRef::GetControl(int index) {
     auto controls = Controls();
@@ -271,7 +286,8 @@ std::vector<std::string> ReadResourceEntries(std::string_view bytes, const std::
     std::vector<std::string> entries;
     size_t pos = 0;
     while (pos < bytes.size()) {
-        if (bytes.size() - pos < 32) return fail("a header is cut short at offset " + std::to_string(pos));
+        if (bytes.size() - pos < 32)
+            return fail("a header is cut short at offset " + std::to_string(pos));
         uint32_t dataSize = u32(pos), headerSize = u32(pos + 4);
         if (headerSize < 24 || headerSize > bytes.size() - pos ||
             dataSize > bytes.size() - pos - headerSize)
@@ -314,7 +330,9 @@ void TProjectResource::Show() {
     if (model_ && module_) model_->ShowEditor(module_, this);
 }
 
-_di_IOTAModule TProjectResource::GetModule() { return _di_IOTAModule(module_); }
+_di_IOTAModule TProjectResource::GetModule() {
+    return _di_IOTAModule(module_);
+}
 
 std::string TProjectResource::GetEntryName(int index) {
     if (index < 0 || index >= GetEntryCount()) return {};

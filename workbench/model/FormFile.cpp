@@ -28,8 +28,10 @@ std::string QuoteString(const std::string& s) {
         if (control && quoted) r += '\'';
         if (!control && !quoted) r += '\'';
         quoted = !control;
-        if (control) r += "#" + std::to_string(int(c));
-        else r += c == '\'' ? std::string("''") : std::string(1, c);
+        if (control)
+            r += "#" + std::to_string(int(c));
+        else
+            r += c == '\'' ? std::string("''") : std::string(1, c);
     }
     if (quoted) r += '\'';
     return r;
@@ -45,7 +47,9 @@ std::string Hex(const std::string& bytes) {
     return r;
 }
 
-[[noreturn]] void Damaged(const std::string& what) { throw EFormFileError(what); }
+[[noreturn]] void Damaged(const std::string& what) {
+    throw EFormFileError(what);
+}
 
 class TTreeReader {
 public:
@@ -198,7 +202,8 @@ public:
             c->Properties.push_back(std::move(p));
         }
         reader_.ReadListEnd();
-        while (!reader_.EndOfList()) c->AddChild(ReadComponent(depth + 1));
+        while (!reader_.EndOfList())
+            c->AddChild(ReadComponent(depth + 1));
         reader_.ReadListEnd();
         return c;
     }
@@ -209,7 +214,9 @@ private:
 };
 
 void WriteShortString(std::string& out, const std::string& s, const char* what) {
-    if (s.size() > 255) throw EFormFileError(std::string(what) + " \"" + s.substr(0, 40) + "...\" is longer than 255 bytes");
+    if (s.size() > 255)
+        throw EFormFileError(std::string(what) + " \"" + s.substr(0, 40) +
+                             "...\" is longer than 255 bytes");
     out += static_cast<char>(s.size());
     out += s;
 }
@@ -224,7 +231,8 @@ void WriteComponent(std::string& out, const TDesignComponent& c) {
         out += PropertyRawValue(p);
     }
     out += '\0';
-    for (int i = 0; i < c.ChildCount(); ++i) WriteComponent(out, *c.Child(i));
+    for (int i = 0; i < c.ChildCount(); ++i)
+        WriteComponent(out, *c.Child(i));
     out += '\0';
 }
 
@@ -249,7 +257,8 @@ TFormFile ReadFormFile(std::string_view bytes, const std::string& fileName) {
             binary = std::string(bytes.substr(static_cast<size_t>(input.GetPosition())));
             result.Format = TFormFileFormat::Binary;
             break;
-        default: Damaged("it is not an object stream, neither binary nor text");
+        default:
+            Damaged("it is not an object stream, neither binary nor text");
         }
         rtl::TStringStream stream(std::move(binary));
         result.Root = TTreeReader(stream).ReadRoot();

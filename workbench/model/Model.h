@@ -57,11 +57,11 @@ class TModuleInfo;
 
 // What the workbench window listens to. Every member may be empty.
 struct TModelEvents {
-    std::function<void()> ModulesChanged;                // a module opened or closed
-    std::function<void(TSourceEditor*)> BufferChanged;   // text, block or cursor changed
-    std::function<void(IOTAEditor*)> EditorShown;        // Show on an editor
-    std::function<void(TEditView*)> ViewPainted;         // Paint on a view
-    std::function<void(TFormEditor*)> SelectionChanged;  // a designer's selection changed
+    std::function<void()> ModulesChanged;               // a module opened or closed
+    std::function<void(TSourceEditor*)> BufferChanged;  // text, block or cursor changed
+    std::function<void(IOTAEditor*)> EditorShown;       // Show on an editor
+    std::function<void(TEditView*)> ViewPainted;        // Paint on a view
+    std::function<void(TFormEditor*)> SelectionChanged; // a designer's selection changed
 };
 
 // How a module is opened: brought to the front, given a page behind the others, or opened with
@@ -477,7 +477,10 @@ public:
     std::string GetDesignClass() override;
     _di_IOTAModule OpenModule() override;
 
-    void Detach() { model_ = nullptr; project_ = nullptr; }
+    void Detach() {
+        model_ = nullptr;
+        project_ = nullptr;
+    }
     // The form file beside the unit, empty if none.
     std::string FormFile() const;
 

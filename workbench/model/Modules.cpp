@@ -42,7 +42,9 @@ _di_IOTAEditor TModelModule::GetCurrentEditor() {
     return editors_.empty() ? nullptr : editors_.front();
 }
 
-bool TModelModule::Close() { return model_ ? model_->CloseModule(this, true) : true; }
+bool TModelModule::Close() {
+    return model_ ? model_->CloseModule(this, true) : true;
+}
 
 bool TModelModule::CloseModule(bool forceClosed) {
     return model_ ? model_->CloseModule(this, !forceClosed) : true;
@@ -51,8 +53,10 @@ bool TModelModule::CloseModule(bool forceClosed) {
 bool TModelModule::Save(bool childrenOnly, bool forceSave) {
     for (auto& e : editors_) {
         if (!forceSave && !e->GetModified()) continue;
-        if (auto* s = dynamic_cast<TSourceEditor*>(e.get())) s->SaveToFile();
-        else if (auto* f = dynamic_cast<TFormEditor*>(e.get())) f->SaveToFile();
+        if (auto* s = dynamic_cast<TSourceEditor*>(e.get()))
+            s->SaveToFile();
+        else if (auto* f = dynamic_cast<TFormEditor*>(e.get()))
+            f->SaveToFile();
     }
     return true;
 }
@@ -81,9 +85,12 @@ TFormEditor* TModelModule::FormEditor() const {
 
 void TModelModule::Detach() {
     for (auto& e : editors_) {
-        if (auto* s = dynamic_cast<TSourceEditor*>(e.get())) s->Detach();
-        else if (auto* f = dynamic_cast<TFormEditor*>(e.get())) f->Detach();
-        else if (auto* r = dynamic_cast<TProjectResource*>(e.get())) r->Detach();
+        if (auto* s = dynamic_cast<TSourceEditor*>(e.get()))
+            s->Detach();
+        else if (auto* f = dynamic_cast<TFormEditor*>(e.get()))
+            f->Detach();
+        else if (auto* r = dynamic_cast<TProjectResource*>(e.get()))
+            r->Detach();
     }
     editors_.clear();
     current_ = nullptr;
@@ -182,7 +189,9 @@ _di_IOTAModuleInfo TProjectModule::FindModuleInfo(const std::string& fileName) {
     return nullptr;
 }
 
-_di_IOTAProjectGroup TProjectModule::GetProjectGroup() { return _di_IOTAProjectGroup(group_); }
+_di_IOTAProjectGroup TProjectModule::GetProjectGroup() {
+    return _di_IOTAProjectGroup(group_);
+}
 
 bool TProjectModule::HoldsFile(const std::string& fileName) const {
     if (SameText(fileName, fileName_)) return true;
@@ -206,7 +215,8 @@ std::string TProjectModule::FindUnitClassParent(const std::string& className) {
 }
 
 void TProjectModule::Detach() {
-    for (auto& i : infos_) i->Detach();
+    for (auto& i : infos_)
+        i->Detach();
     if (group_) group_->RemoveProject(this);
     group_ = nullptr;
     TModelModule::Detach();
@@ -218,7 +228,9 @@ void TProjectModule::Detach() {
 TGroupModule::TGroupModule(TIDEModel* model, std::string fileName)
     : TModelModule(model, std::move(fileName)) {}
 
-_di_IOTAProject TGroupModule::GetActiveProject() { return _di_IOTAProject(active_); }
+_di_IOTAProject TGroupModule::GetActiveProject() {
+    return _di_IOTAProject(active_);
+}
 
 void TGroupModule::SetActiveProject(const _di_IOTAProject& project) {
     for (auto& p : projects_)
@@ -250,7 +262,8 @@ void TGroupModule::RemoveProject(TProjectModule* project) {
 }
 
 void TGroupModule::Detach() {
-    while (!projects_.empty()) RemoveProject(projects_.back().get());
+    while (!projects_.empty())
+        RemoveProject(projects_.back().get());
     TModelModule::Detach();
 }
 

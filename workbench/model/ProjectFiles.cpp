@@ -13,8 +13,12 @@ RTL_IMPLEMENT_CLASS(EProjectFileError)
 
 namespace {
 
-bool IsIdentStart(char c) { return std::isalpha(static_cast<unsigned char>(c)) || c == '_'; }
-bool IsIdentChar(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
+bool IsIdentStart(char c) {
+    return std::isalpha(static_cast<unsigned char>(c)) || c == '_';
+}
+bool IsIdentChar(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
+}
 
 // Tokens of Pascal source as far as project files need them.
 struct TToken {
@@ -66,7 +70,8 @@ public:
         }
         if (IsIdentStart(c)) {
             t.Kind = TToken::Ident;
-            while (p_ < s_.size() && (IsIdentChar(s_[p_]) || s_[p_] == '.')) t.Text += s_[p_++];
+            while (p_ < s_.size() && (IsIdentChar(s_[p_]) || s_[p_] == '.'))
+                t.Text += s_[p_++];
             return t;
         }
         t.Kind = TToken::Symbol;
@@ -78,7 +83,8 @@ public:
 private:
     char Peek(size_t ahead) const { return p_ + ahead < s_.size() ? s_[p_ + ahead] : '\0'; }
     void SkipBlanks() {
-        while (p_ < s_.size() && static_cast<unsigned char>(s_[p_]) <= ' ') ++p_;
+        while (p_ < s_.size() && static_cast<unsigned char>(s_[p_]) <= ' ')
+            ++p_;
     }
     std::string_view s_;
     size_t p_ = 0;
@@ -171,8 +177,8 @@ TProjectDescription ParseDelphiProject(const std::string& fileName, std::string_
         }
     }
     if (!d.ResFile.empty())
-        d.Entries.push_back(TProjectEntry{ExtractFileName(ChangeFileExt(fileName, "")),
-                                          d.ResFile, "", "", false});
+        d.Entries.push_back(
+            TProjectEntry{ExtractFileName(ChangeFileExt(fileName, "")), d.ResFile, "", "", false});
     return d;
 }
 
@@ -192,17 +198,21 @@ TProjectDescription ParseBuilderProject(const std::string& fileName, std::string
         // NAME="value" pairs.
         size_t p = pos + 5;
         while (p < end) {
-            while (p < end && std::isspace(static_cast<unsigned char>(body[p]))) ++p;
+            while (p < end && std::isspace(static_cast<unsigned char>(body[p])))
+                ++p;
             size_t nameStart = p;
-            while (p < end && IsIdentChar(body[p])) ++p;
+            while (p < end && IsIdentChar(body[p]))
+                ++p;
             std::string name = LowerCase(body.substr(nameStart, p - nameStart));
-            while (p < end && std::isspace(static_cast<unsigned char>(body[p]))) ++p;
+            while (p < end && std::isspace(static_cast<unsigned char>(body[p])))
+                ++p;
             if (name.empty() || p >= end || body[p] != '=') {
                 ++p;
                 continue;
             }
             ++p;
-            while (p < end && std::isspace(static_cast<unsigned char>(body[p]))) ++p;
+            while (p < end && std::isspace(static_cast<unsigned char>(body[p])))
+                ++p;
             if (p >= end || (body[p] != '"' && body[p] != '\'')) continue;
             char quote = body[p++];
             size_t close = body.find(quote, p);
@@ -243,7 +253,8 @@ std::vector<std::string> ParseProjectGroup(const std::string& fileName, std::str
     std::string s(text);
     for (size_t i = 0; i < s.size(); ++i) {
         if (s[i] == '\\' && (i + 1 >= s.size() || s[i + 1] == '\r' || s[i + 1] == '\n')) {
-            while (i + 1 < s.size() && (s[i + 1] == '\r' || s[i + 1] == '\n')) ++i;
+            while (i + 1 < s.size() && (s[i + 1] == '\r' || s[i + 1] == '\n'))
+                ++i;
             joined += ' ';
             continue;
         }
@@ -257,7 +268,8 @@ std::vector<std::string> ParseProjectGroup(const std::string& fileName, std::str
         if (end == std::string::npos) end = joined.size();
         std::string line = joined.substr(pos, end - pos);
         pos = end + 1;
-        if (line.empty() || line[0] == '#' || line[0] == '!' || std::isspace(static_cast<unsigned char>(line[0])))
+        if (line.empty() || line[0] == '#' || line[0] == '!' ||
+            std::isspace(static_cast<unsigned char>(line[0])))
             continue;
         size_t eq = line.find('=');
         size_t colon = line.find(':');
@@ -329,7 +341,8 @@ std::vector<std::string> CppTokens(std::string_view s) {
             ++p;
         } else if (IsIdentStart(c)) {
             size_t start = p;
-            while (p < s.size() && IsIdentChar(s[p])) ++p;
+            while (p < s.size() && IsIdentChar(s[p]))
+                ++p;
             tokens.emplace_back(s.substr(start, p - start));
         } else {
             if (!std::isspace(static_cast<unsigned char>(c))) tokens.emplace_back(1, c);
@@ -378,65 +391,125 @@ std::string FindParentClass(std::string_view source, std::string_view className,
 std::string LibraryClassParent(std::string_view className) {
     static const std::map<std::string, std::string> parents = [] {
         const char* table[][2] = {
-            {"TPersistent", "TObject"}, {"TComponent", "TPersistent"},
-            {"TControl", "TComponent"}, {"TWinControl", "TControl"},
-            {"TGraphicControl", "TControl"}, {"TCustomControl", "TWinControl"},
-            {"TScrollingWinControl", "TWinControl"}, {"TCustomForm", "TScrollingWinControl"},
-            {"TForm", "TCustomForm"}, {"TCustomFrame", "TScrollingWinControl"},
-            {"TFrame", "TCustomFrame"}, {"TDataModule", "TComponent"},
-            {"TCustomPanel", "TCustomControl"}, {"TPanel", "TCustomPanel"},
-            {"TCustomQuickRep", "TCustomPanel"}, {"TQuickRep", "TCustomQuickRep"},
-            {"TButtonControl", "TWinControl"}, {"TCustomButton", "TButtonControl"},
-            {"TButton", "TCustomButton"}, {"TBitBtn", "TButton"},
-            {"TSpeedButton", "TGraphicControl"}, {"TCustomCheckBox", "TButtonControl"},
-            {"TCheckBox", "TCustomCheckBox"}, {"TRadioButton", "TButtonControl"},
-            {"TCustomLabel", "TGraphicControl"}, {"TLabel", "TCustomLabel"},
-            {"TCustomEdit", "TWinControl"}, {"TEdit", "TCustomEdit"},
-            {"TCustomMaskEdit", "TCustomEdit"}, {"TMaskEdit", "TCustomMaskEdit"},
-            {"TCustomMemo", "TCustomEdit"}, {"TMemo", "TCustomMemo"},
-            {"TCustomRichEdit", "TCustomMemo"}, {"TRichEdit", "TCustomRichEdit"},
-            {"TCustomListBox", "TWinControl"}, {"TListBox", "TCustomListBox"},
-            {"TCustomCheckListBox", "TCustomListBox"}, {"TCheckListBox", "TCustomCheckListBox"},
-            {"TCustomComboBox", "TWinControl"}, {"TComboBox", "TCustomComboBox"},
-            {"TCustomGroupBox", "TCustomControl"}, {"TGroupBox", "TCustomGroupBox"},
-            {"TCustomRadioGroup", "TCustomGroupBox"}, {"TRadioGroup", "TCustomRadioGroup"},
-            {"TBevel", "TGraphicControl"}, {"TShape", "TGraphicControl"},
-            {"TImage", "TGraphicControl"}, {"TSplitter", "TGraphicControl"},
-            {"TScrollBox", "TScrollingWinControl"}, {"TCustomTabControl", "TWinControl"},
-            {"TTabControl", "TCustomTabControl"}, {"TPageControl", "TCustomTabControl"},
-            {"TTabSheet", "TWinControl"}, {"TStatusBar", "TWinControl"},
-            {"TToolWindow", "TWinControl"}, {"TToolBar", "TToolWindow"},
-            {"TToolButton", "TGraphicControl"}, {"TCustomTreeView", "TWinControl"},
-            {"TTreeView", "TCustomTreeView"}, {"TCustomListView", "TWinControl"},
-            {"TListView", "TCustomListView"}, {"TCustomGrid", "TCustomControl"},
-            {"TCustomDrawGrid", "TCustomGrid"}, {"TDrawGrid", "TCustomDrawGrid"},
-            {"TStringGrid", "TDrawGrid"}, {"TCustomDBGrid", "TCustomGrid"},
-            {"TDBGrid", "TCustomDBGrid"}, {"TDBNavigator", "TCustomPanel"},
-            {"TCustomUpDown", "TWinControl"}, {"TUpDown", "TCustomUpDown"},
-            {"TProgressBar", "TWinControl"}, {"TTrackBar", "TWinControl"},
-            {"TCustomHotKey", "TWinControl"}, {"THotKey", "TCustomHotKey"},
-            {"TDateTimePicker", "TWinControl"}, {"TCustomStaticText", "TWinControl"},
-            {"TStaticText", "TCustomStaticText"}, {"TCustomHeaderControl", "TWinControl"},
-            {"THeaderControl", "TCustomHeaderControl"}, {"TTimer", "TComponent"},
-            {"TMenu", "TComponent"}, {"TMainMenu", "TMenu"}, {"TPopupMenu", "TMenu"},
-            {"TMenuItem", "TComponent"}, {"TCustomActionList", "TComponent"},
-            {"TActionList", "TCustomActionList"}, {"TBasicAction", "TComponent"},
-            {"TContainedAction", "TBasicAction"}, {"TCustomAction", "TContainedAction"},
-            {"TAction", "TCustomAction"}, {"TCustomImageList", "TComponent"},
-            {"TDragImageList", "TCustomImageList"}, {"TImageList", "TDragImageList"},
-            {"TCommonDialog", "TComponent"}, {"TOpenDialog", "TCommonDialog"},
-            {"TSaveDialog", "TOpenDialog"}, {"TFontDialog", "TCommonDialog"},
-            {"TColorDialog", "TCommonDialog"}, {"TDataSource", "TComponent"},
-            {"TDataSet", "TComponent"}, {"TBDEDataSet", "TDataSet"},
-            {"TDBDataSet", "TBDEDataSet"}, {"TTable", "TDBDataSet"}, {"TQuery", "TDBDataSet"},
-            {"TCustomConnection", "TComponent"}, {"TDatabase", "TCustomConnection"},
-            {"TField", "TComponent"}, {"TStringField", "TField"}, {"TNumericField", "TField"},
-            {"TIntegerField", "TNumericField"}, {"TFloatField", "TNumericField"},
-            {"TDateTimeField", "TField"}, {"TBooleanField", "TField"},
-            {"TClientDataSet", "TDataSet"}, {"TApplicationEvents", "TComponent"},
+            {"TPersistent", "TObject"},
+            {"TComponent", "TPersistent"},
+            {"TControl", "TComponent"},
+            {"TWinControl", "TControl"},
+            {"TGraphicControl", "TControl"},
+            {"TCustomControl", "TWinControl"},
+            {"TScrollingWinControl", "TWinControl"},
+            {"TCustomForm", "TScrollingWinControl"},
+            {"TForm", "TCustomForm"},
+            {"TCustomFrame", "TScrollingWinControl"},
+            {"TFrame", "TCustomFrame"},
+            {"TDataModule", "TComponent"},
+            {"TCustomPanel", "TCustomControl"},
+            {"TPanel", "TCustomPanel"},
+            {"TCustomQuickRep", "TCustomPanel"},
+            {"TQuickRep", "TCustomQuickRep"},
+            {"TButtonControl", "TWinControl"},
+            {"TCustomButton", "TButtonControl"},
+            {"TButton", "TCustomButton"},
+            {"TBitBtn", "TButton"},
+            {"TSpeedButton", "TGraphicControl"},
+            {"TCustomCheckBox", "TButtonControl"},
+            {"TCheckBox", "TCustomCheckBox"},
+            {"TRadioButton", "TButtonControl"},
+            {"TCustomLabel", "TGraphicControl"},
+            {"TLabel", "TCustomLabel"},
+            {"TCustomEdit", "TWinControl"},
+            {"TEdit", "TCustomEdit"},
+            {"TCustomMaskEdit", "TCustomEdit"},
+            {"TMaskEdit", "TCustomMaskEdit"},
+            {"TCustomMemo", "TCustomEdit"},
+            {"TMemo", "TCustomMemo"},
+            {"TCustomRichEdit", "TCustomMemo"},
+            {"TRichEdit", "TCustomRichEdit"},
+            {"TCustomListBox", "TWinControl"},
+            {"TListBox", "TCustomListBox"},
+            {"TCustomCheckListBox", "TCustomListBox"},
+            {"TCheckListBox", "TCustomCheckListBox"},
+            {"TCustomComboBox", "TWinControl"},
+            {"TComboBox", "TCustomComboBox"},
+            {"TCustomGroupBox", "TCustomControl"},
+            {"TGroupBox", "TCustomGroupBox"},
+            {"TCustomRadioGroup", "TCustomGroupBox"},
+            {"TRadioGroup", "TCustomRadioGroup"},
+            {"TBevel", "TGraphicControl"},
+            {"TShape", "TGraphicControl"},
+            {"TImage", "TGraphicControl"},
+            {"TSplitter", "TGraphicControl"},
+            {"TScrollBox", "TScrollingWinControl"},
+            {"TCustomTabControl", "TWinControl"},
+            {"TTabControl", "TCustomTabControl"},
+            {"TPageControl", "TCustomTabControl"},
+            {"TTabSheet", "TWinControl"},
+            {"TStatusBar", "TWinControl"},
+            {"TToolWindow", "TWinControl"},
+            {"TToolBar", "TToolWindow"},
+            {"TToolButton", "TGraphicControl"},
+            {"TCustomTreeView", "TWinControl"},
+            {"TTreeView", "TCustomTreeView"},
+            {"TCustomListView", "TWinControl"},
+            {"TListView", "TCustomListView"},
+            {"TCustomGrid", "TCustomControl"},
+            {"TCustomDrawGrid", "TCustomGrid"},
+            {"TDrawGrid", "TCustomDrawGrid"},
+            {"TStringGrid", "TDrawGrid"},
+            {"TCustomDBGrid", "TCustomGrid"},
+            {"TDBGrid", "TCustomDBGrid"},
+            {"TDBNavigator", "TCustomPanel"},
+            {"TCustomUpDown", "TWinControl"},
+            {"TUpDown", "TCustomUpDown"},
+            {"TProgressBar", "TWinControl"},
+            {"TTrackBar", "TWinControl"},
+            {"TCustomHotKey", "TWinControl"},
+            {"THotKey", "TCustomHotKey"},
+            {"TDateTimePicker", "TWinControl"},
+            {"TCustomStaticText", "TWinControl"},
+            {"TStaticText", "TCustomStaticText"},
+            {"TCustomHeaderControl", "TWinControl"},
+            {"THeaderControl", "TCustomHeaderControl"},
+            {"TTimer", "TComponent"},
+            {"TMenu", "TComponent"},
+            {"TMainMenu", "TMenu"},
+            {"TPopupMenu", "TMenu"},
+            {"TMenuItem", "TComponent"},
+            {"TCustomActionList", "TComponent"},
+            {"TActionList", "TCustomActionList"},
+            {"TBasicAction", "TComponent"},
+            {"TContainedAction", "TBasicAction"},
+            {"TCustomAction", "TContainedAction"},
+            {"TAction", "TCustomAction"},
+            {"TCustomImageList", "TComponent"},
+            {"TDragImageList", "TCustomImageList"},
+            {"TImageList", "TDragImageList"},
+            {"TCommonDialog", "TComponent"},
+            {"TOpenDialog", "TCommonDialog"},
+            {"TSaveDialog", "TOpenDialog"},
+            {"TFontDialog", "TCommonDialog"},
+            {"TColorDialog", "TCommonDialog"},
+            {"TDataSource", "TComponent"},
+            {"TDataSet", "TComponent"},
+            {"TBDEDataSet", "TDataSet"},
+            {"TDBDataSet", "TBDEDataSet"},
+            {"TTable", "TDBDataSet"},
+            {"TQuery", "TDBDataSet"},
+            {"TCustomConnection", "TComponent"},
+            {"TDatabase", "TCustomConnection"},
+            {"TField", "TComponent"},
+            {"TStringField", "TField"},
+            {"TNumericField", "TField"},
+            {"TIntegerField", "TNumericField"},
+            {"TFloatField", "TNumericField"},
+            {"TDateTimeField", "TField"},
+            {"TBooleanField", "TField"},
+            {"TClientDataSet", "TDataSet"},
+            {"TApplicationEvents", "TComponent"},
         };
         std::map<std::string, std::string> m;
-        for (auto& row : table) m[LowerCase(row[0])] = row[1];
+        for (auto& row : table)
+            m[LowerCase(row[0])] = row[1];
         return m;
     }();
     auto it = parents.find(LowerCase(className));

@@ -17,9 +17,9 @@ RTL_EXCEPTION(EProjectFileError, Exception)
 // One module of a project as its project file names it.
 struct TProjectEntry {
     std::string UnitName;
-    std::string FileName;    // absolute
-    std::string FormName;    // from the project file, empty if it names none
-    std::string DesignClass; // "TDataModule" in "{DataModule1: TDataModule}"
+    std::string FileName;       // absolute
+    std::string FormName;       // from the project file, empty if it names none
+    std::string DesignClass;    // "TDataModule" in "{DataModule1: TDataModule}"
     bool PackageImport = false; // a package that a package requires (.dcp)
 };
 

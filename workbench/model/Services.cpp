@@ -14,7 +14,9 @@ RTL_IMPLEMENT_CLASS(EReadOnlyBuffer)
 
 namespace fs = std::filesystem;
 
-TIDEModel::TIDEModel() { windows_.push_back(MakeInterfaced<TEditWindow>()); }
+TIDEModel::TIDEModel() {
+    windows_.push_back(MakeInterfaced<TEditWindow>());
+}
 
 TIDEModel::~TIDEModel() {
     // Nothing is asked at shut-down; what the add-in still holds loses its module.
@@ -35,7 +37,9 @@ _di_IOTAModule TIDEModel::GetModule(int index) {
     return _di_IOTAModule(modules_[static_cast<size_t>(index)].get());
 }
 
-_di_IOTAModule TIDEModel::CurrentModule() { return _di_IOTAModule(current_); }
+_di_IOTAModule TIDEModel::CurrentModule() {
+    return _di_IOTAModule(current_);
+}
 
 _di_IOTAModule TIDEModel::FindModule(const std::string& fileName) {
     for (auto& m : modules_)
@@ -70,7 +74,8 @@ bool TIDEModel::CloseAll() {
 }
 
 bool TIDEModel::SaveAll() {
-    for (auto& m : modules_) m->Save(false, false);
+    for (auto& m : modules_)
+        m->Save(false, false);
     return true;
 }
 
@@ -141,12 +146,15 @@ int TIDEModel::AddNotifier(const _di_IOTAIDENotifier& notifier) {
     return nextNotifier_++;
 }
 
-void TIDEModel::RemoveNotifier(int index) { ideNotifiers_.erase(index); }
+void TIDEModel::RemoveNotifier(int index) {
+    ideNotifiers_.erase(index);
+}
 
 bool TIDEModel::FireFileNotification(TOTAFileNotification code, const std::string& fileName) {
     bool cancel = false;
     auto notifiers = ideNotifiers_; // a notifier may remove itself
-    for (auto& [i, n] : notifiers) n->FileNotification(code, fileName, cancel);
+    for (auto& [i, n] : notifiers)
+        n->FileNotification(code, fileName, cancel);
     return !cancel;
 }
 
@@ -218,8 +226,10 @@ DelphiInterface<TModelModule> TIDEModel::OpenModuleFile(const std::string& fileN
             for (int i = 0; i < open->GetModuleFileCount() && !shown; ++i)
                 if (SameText(open->GetModuleFileEditor(i)->GetFileName(), path))
                     shown = open->GetModuleFileEditor(i);
-            if (shown) shown->Show();
-            else open->Show();
+            if (shown)
+                shown->Show();
+            else
+                open->Show();
         }
         return DelphiInterface<TModelModule>(open);
     }
@@ -241,15 +251,18 @@ DelphiInterface<TModelModule> TIDEModel::OpenModuleFile(const std::string& fileN
     if (mode != TOpenMode::Hidden) {
         TSourceEditor* source = module->SourceEditor();
         TEditView* view = source->AddView(MainEditWindow());
-        if (mode == TOpenMode::Show) source->Show();
-        else viewOrder_.insert(viewOrder_.begin(), view);
+        if (mode == TOpenMode::Show)
+            source->Show();
+        else
+            viewOrder_.insert(viewOrder_.begin(), view);
     }
     return module;
 }
 
 DelphiInterface<TProjectModule> TIDEModel::OpenProjectModule(const std::string& fileName) {
     if (TModelModule* open = FindOpenModule(fileName))
-        if (auto* p = dynamic_cast<TProjectModule*>(open)) return DelphiInterface<TProjectModule>(p);
+        if (auto* p = dynamic_cast<TProjectModule*>(open))
+            return DelphiInterface<TProjectModule>(p);
     TProjectDescription d = LoadProject(fileName);
     if (!FireFileNotification(ofnFileOpening, fileName)) return nullptr;
     auto project = MakeInterfaced<TProjectModule>(this, d);
@@ -264,8 +277,8 @@ DelphiInterface<TProjectModule> TIDEModel::OpenProjectModule(const std::string& 
         project->AddEditor(_di_IOTAEditor(options.get()));
     }
     if (!d.ResFile.empty())
-        project->AddEditor(_di_IOTAEditor(
-            MakeInterfaced<TProjectResource>(this, project.get(), d.ResFile).get()));
+        project->AddEditor(
+            _di_IOTAEditor(MakeInterfaced<TProjectResource>(this, project.get(), d.ResFile).get()));
     Register(project);
     return project;
 }
@@ -278,10 +291,12 @@ _di_IOTAModule TIDEModel::OpenProjectFile(const std::string& path) {
             if (!entry.is_regular_file()) continue;
             std::string name = entry.path().string();
             std::string ext = LowerCase(ExtractFileExt(name));
-            if (ext == ".bpg") groups.push_back(name);
+            if (ext == ".bpg")
+                groups.push_back(name);
             else if (ext == ".dpr" || ext == ".bpr" || ext == ".dpk" || ext == ".bpk")
                 projects.push_back(name);
-            else if (ext == ".pas" || ext == ".cpp") units.push_back(name);
+            else if (ext == ".pas" || ext == ".cpp")
+                units.push_back(name);
         }
         std::sort(groups.begin(), groups.end());
         std::sort(projects.begin(), projects.end());
@@ -297,7 +312,8 @@ _di_IOTAModule TIDEModel::OpenProjectFile(const std::string& path) {
         TProjectDescription d;
         d.FileName = file;
         for (const auto& u : units)
-            d.Entries.push_back(TProjectEntry{ExtractFileName(ChangeFileExt(u, "")), u, "", "", false});
+            d.Entries.push_back(
+                TProjectEntry{ExtractFileName(ChangeFileExt(u, "")), u, "", "", false});
         if (!FireFileNotification(ofnFileOpening, file)) return nullptr;
         auto project = MakeInterfaced<TProjectModule>(this, d);
         Register(project);
@@ -332,14 +348,18 @@ bool TIDEModel::CloseModule(TModelModule* module, bool ask) {
     if (auto* group = dynamic_cast<TGroupModule*>(module)) {
         // A group closes with its projects.
         while (group->GetProjectCount() > 0) {
-            auto* p = dynamic_cast<TProjectModule*>(group->GetProject(group->GetProjectCount() - 1).get());
+            auto* p = dynamic_cast<TProjectModule*>(
+                group->GetProject(group->GetProjectCount() - 1).get());
             if (!CloseModule(p, ask)) return false;
         }
     }
     if (ask && module->AnyModified()) {
-        int answer = Ask("Confirm", "Save changes to " + ExtractFileName(module->GetFileName()) + "?");
-        if (answer == mrYes) module->Save(false, false);
-        else if (answer != mrNo) return false;
+        int answer =
+            Ask("Confirm", "Save changes to " + ExtractFileName(module->GetFileName()) + "?");
+        if (answer == mrYes)
+            module->Save(false, false);
+        else if (answer != mrNo)
+            return false;
     }
     if (!FireFileNotification(ofnFileClosing, module->GetFileName())) return false;
     modules_.erase(std::remove_if(modules_.begin(), modules_.end(),
@@ -466,7 +486,9 @@ int TIDEModel::AddKeyboardBinding(const _di_IOTAKeyboardBinding& binding) {
     return index;
 }
 
-void TIDEModel::RemoveKeyboardBinding(int index) { bindings_.erase(index); }
+void TIDEModel::RemoveKeyboardBinding(int index) {
+    bindings_.erase(index);
+}
 
 TKeyBindingResult TIDEModel::DispatchKey(TShortCut key) {
     auto bindings = bindings_; // a handler may remove bindings
@@ -474,8 +496,9 @@ TKeyBindingResult TIDEModel::DispatchKey(TShortCut key) {
         for (auto& k : it->second.Keys) {
             if (k.Keys.size() != 1 || k.Keys.front() != key) continue;
             TKeyBindingResult result = krUnhandled;
-            _di_IOTAKeyContext context(
-                MakeInterfaced<TKeyContext>(k.Context, GetTopBuffer(), _di_IOTAKeyboardServices(this)).get());
+            _di_IOTAKeyContext context(MakeInterfaced<TKeyContext>(k.Context, GetTopBuffer(),
+                                                                   _di_IOTAKeyboardServices(this))
+                                           .get());
             k.Proc(context, key, result);
             if (result != krNextProc) return result;
         }

@@ -86,7 +86,8 @@ std::string TTextBuffer::GetRange(TTextPos from, TTextPos to) const {
         return Head(first, to.Col).substr(static_cast<size_t>(from.Col - 1));
     }
     std::string result = Tail(first, from.Col);
-    for (int row = from.Row + 1; row < to.Row; ++row) result += "\r\n" + Line(row);
+    for (int row = from.Row + 1; row < to.Row; ++row)
+        result += "\r\n" + Line(row);
     result += "\r\n" + Head(Line(to.Row), to.Col);
     return result;
 }
@@ -165,19 +166,23 @@ void TTextBuffer::EndGroup() {
     }
 }
 
-TTextBuffer::TGroup& TTextBuffer::CurrentGroup() { return undo_.back(); }
+TTextBuffer::TGroup& TTextBuffer::CurrentGroup() {
+    return undo_.back();
+}
 
 int TTextBuffer::Undo() {
     if (groupOpen_ || !CanUndo()) return -1;
     TGroup& group = undo_[static_cast<size_t>(--undoCount_)];
-    for (auto it = group.Edits.rbegin(); it != group.Edits.rend(); ++it) Apply(*it);
+    for (auto it = group.Edits.rbegin(); it != group.Edits.rend(); ++it)
+        Apply(*it);
     return group.Tag;
 }
 
 int TTextBuffer::Redo() {
     if (groupOpen_ || !CanRedo()) return -1;
     TGroup& group = undo_[static_cast<size_t>(undoCount_++)];
-    for (auto& e : group.Edits) Apply(e);
+    for (auto& e : group.Edits)
+        Apply(e);
     return group.Tag;
 }
 
