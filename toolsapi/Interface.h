@@ -162,7 +162,8 @@ HRESULT QueryInterfaces(Self* self, const TGUID& iid, void** obj) {
     return (QueryChain<Is>(self, iid, obj) || ...) ? S_OK : E_NOINTERFACE;
 }
 
-// The base of counted implementers: the object frees itself when the last reference goes.
+// The base of counted implementers: the object frees itself when the last reference goes, so
+// it must be held by a DelphiInterface (MakeInterfaced) before anything queries or compares it.
 // A derived class answers its interfaces with
 //     HRESULT QueryInterface(const TGUID& iid, void** obj) override {
 //         return QueryInterfaces<IOTAFoo, IOTABar>(this, iid, obj);

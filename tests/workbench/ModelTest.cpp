@@ -690,3 +690,35 @@ TEST_F(ModelTest, SettingTheWholeTextIsOneUndoStep) {
     EXPECT_TRUE(source->Redo());
     EXPECT_EQ(source->Text(), "unit Utils;\r\nend.\r\n");
 }
+
+TEST_F(ModelTest, TheBlockMoversSequenceOfCallsShiftsLinesAsOneUndoStep) {
+    // What a command that shifts the marked lines right does through the interfaces: read the
+    // block, insert the shifted text over it with auto-indent off, and mark the block anew.
+    _di_IOTAEditView view = OpenUnit("Utils.pas");
+    _di_IOTAEditPosition pos = view->GetPosition();
+    _di_IOTAEditBlock block = view->GetBlock();
+    auto* source = model->FindOpenModule(File("Utils.pas"))->SourceEditor();
+    const std::string original = source->Text();
+    pos->Move(11, 1);
+    block->SetStyle(btNonInclusive);
+    block->Extend(13, 1);
+    std::string text = block->GetText();
+    ASSERT_EQ(text.substr(text.size() - 2), "\r\n");
+    std::string shifted =
+        "  " + text.substr(0, text.find("\r\n") + 2) + "  " + text.substr(text.find("\r\n") + 2);
+    _di_IOTABufferOptions options = view->GetBuffer()->GetBufferOptions();
+    bool autoIndent = options->GetAutoIndent();
+    options->SetAutoIndent(false);
+    pos->InsertText(shifted);
+    options->SetAutoIndent(autoIndent);
+    EXPECT_EQ(pos->GetRow(), 13);
+    EXPECT_EQ(pos->GetColumn(), 1);
+    pos->Move(11, 3);
+    block->Extend(13, 1);
+    EXPECT_EQ(rtl::Cp1251ToUtf8(block->GetText()),
+              "  DefaultCaption = 'Пример проекта';\r\n    MaxRecentFiles = 8;\r\n");
+    EXPECT_EQ(source->Buffer().Line(12), "    MaxRecentFiles = 8;");
+    ASSERT_TRUE(source->Undo());
+    EXPECT_EQ(source->Text(), original);
+    EXPECT_FALSE(source->Undo());
+}
