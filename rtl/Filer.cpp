@@ -211,6 +211,7 @@ uint8_t TReader::ReadByte() {
 }
 
 void TReader::Read(void* buffer, int64_t count) {
+    if (count <= 0) return;
     char* out = static_cast<char*>(buffer);
     while (count > 0) {
         if (FBufPos == FBufEnd) ReadBuffer();
@@ -723,6 +724,7 @@ void TWriter::FlushBuffer() {
 int64_t TWriter::Position() const { return FStream->Seek(0, soCurrent) + FBufPos; }
 
 void TWriter::Write(const void* buffer, int64_t count) {
+    if (count <= 0) return;
     const char* in = static_cast<const char*>(buffer);
     if (count <= FBufSize - FBufPos) {
         std::memcpy(FBuffer.data() + FBufPos, in, static_cast<size_t>(count));
