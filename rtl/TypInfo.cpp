@@ -217,6 +217,10 @@ PTypeInfo TypeInfoFor(const std::string*) {
     static const PTypeInfo ti = new TTypeInfo{tkLString, "AnsiString", {}};
     return ti;
 }
+PTypeInfo TypeInfoFor(const TShortCutString*) {
+    static const PTypeInfo ti = new TTypeInfo{tkLString, "TShortCutString", {}};
+    return ti;
+}
 PTypeInfo TypeInfoFor(const std::u16string*) {
     static const PTypeInfo ti = new TTypeInfo{tkWString, "WideString", {}};
     return ti;

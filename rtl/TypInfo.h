@@ -391,6 +391,13 @@ PTypeInfo TypeInfoFor(const TTime*);
 enum TShortCut : uint16_t {};
 PTypeInfo TypeInfoFor(const TShortCut*);
 
+// A hot key in its text form ("Ctrl+Shift+."), recognised by its type name.
+struct TShortCutString : std::string {
+    using std::string::string;
+    TShortCutString(const std::string& s) : std::string(s) {}
+};
+PTypeInfo TypeInfoFor(const TShortCutString*);
+
 // An integer that the settings editor shows with a spin control.
 enum TSpinInt : int32_t {};
 PTypeInfo TypeInfoFor(const TSpinInt*);
