@@ -1045,8 +1045,10 @@ void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
     }
     case tkClass: WriteObjectProp(instance, propInfo, ancestor); break;
     case tkMethod: {
+        // Handlers compare by their code: the ancestor's are bound to another object.
         TMethod value = GetMethodProp(instance, propInfo);
-        if (ancestor ? value == GetMethodProp(ancestor, propInfo) : !value.Code) return;
+        void* ancestorCode = ancestor ? GetMethodProp(ancestor, propInfo).Code : nullptr;
+        if (value.Code == ancestorCode) return;
         WritePropName(name);
         if (!value.Code) {
             WriteValue(vaNil);
@@ -1536,6 +1538,7 @@ void TWriter::WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersis
         if (ancestor && ac && component && ac->Owner() == RootAncestor &&
             component->Owner() == Root && SameText(ac->Name(), component->Name()))
             return true;
+        if (ancestor && ac && ac == RootAncestor && component == Root) return true;
         return value == ancestorValue;
     };
     if (!value) {
