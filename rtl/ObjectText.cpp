@@ -747,20 +747,26 @@ private:
         else w_.WriteString(s);
     }
 
+    // Parses the number of a float token as T, rounded once from its digits.
+    template <class T> T ParseAs() {
+        std::string t = p_.TokenString();
+        if (p_.FloatType()) t.pop_back();
+        if (!t.empty() && t.back() == '.') t.push_back('0');
+        T v{};
+        auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+        if (r.ec == std::errc::result_out_of_range) p_.Error("Float value out of range: " + t);
+        if (r.ec != std::errc() || r.ptr != t.data() + t.size())
+            p_.Error("Invalid floating point number: " + t);
+        return v;
+    }
+
     void ConvertFloat() {
-        long double v = p_.TokenFloat();
         switch (p_.FloatType()) {
-        case 's':
-            if (std::isfinite(v) && std::fabs(v) > FLT_MAX) p_.Error("Single value out of range");
-            w_.WriteSingle(static_cast<float>(v));
-            break;
-        case 'd':
-            if (std::isfinite(v) && std::fabs(v) > DBL_MAX) p_.Error("Date value out of range");
-            w_.WriteDate(static_cast<double>(v));
-            break;
+        case 's': w_.WriteSingle(ParseAs<float>()); break;
+        case 'd': w_.WriteDate(ParseAs<double>()); break;
         case 'c': {
             // The text holds the currency value times 10000, as the stream does.
-            long double raw = std::nearbyint(v);
+            long double raw = std::nearbyint(ParseAs<long double>());
             if (!(raw >= -9223372036854775807.0L && raw <= 9223372036854775807.0L))
                 p_.Error("Currency value out of range");
             w_.WriteValue(vaCurrency);
@@ -770,7 +776,7 @@ private:
             w_.Write(b, 8);
             break;
         }
-        default: w_.WriteFloat(v);
+        default: w_.WriteFloat(ParseAs<long double>());
         }
         p_.NextToken();
     }
