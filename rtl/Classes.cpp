@@ -262,7 +262,11 @@ TComponent* FindNestedComponent(TComponent* root, std::string_view namePath) {
 // ---------------------------------------------------------------------------------------------
 // TCollectionItem
 
-TCollectionItem::TCollectionItem(TCollection* collection) { SetCollection(collection); }
+TCollectionItem::TCollectionItem(TCollection* collection) {
+    // While this base constructor runs the object is only a TCollectionItem to C++, so the check
+    // of the item class would refuse every descendant: the item joins unchecked.
+    if (collection) collection->InsertItem(this, false);
+}
 
 TCollectionItem::~TCollectionItem() { SetCollection(nullptr); }
 
@@ -316,7 +320,6 @@ TCollectionItem* TCollection::Add() {
         throw EInvalidCast("Class " + itemClass_->Name + " is not a collection item class");
     }
     if (item->collection_ != this) item->SetCollection(this);
-    Changed();
     return item;
 }
 
@@ -366,8 +369,8 @@ TCollectionItem* TCollection::GetItem(int index) const {
 
 void TCollection::SetItem(int index, TCollectionItem* value) { GetItem(index)->Assign(value); }
 
-void TCollection::InsertItem(TCollectionItem* item) {
-    if (!item->InheritsFrom(itemClass_))
+void TCollection::InsertItem(TCollectionItem* item, bool checkClass) {
+    if (checkClass && !item->InheritsFrom(itemClass_))
         throw EInvalidCast("Invalid class typecast: " + item->ClassName() + " is not " +
                            itemClass_->Name);
     items_.push_back(item);

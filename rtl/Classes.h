@@ -196,7 +196,9 @@ protected:
 
 private:
     friend class TCollectionItem;
-    void InsertItem(TCollectionItem* item);
+    // checkClass is false for an item joining from its base constructor, when C++ doesn't yet
+    // see the item's own class.
+    void InsertItem(TCollectionItem* item, bool checkClass = true);
     void RemoveItem(TCollectionItem* item);
     void MoveItem(TCollectionItem* item, int newIndex);
 

@@ -211,6 +211,7 @@ uint8_t TReader::ReadByte() {
 }
 
 void TReader::Read(void* buffer, int64_t count) {
+    if (count <= 0) return;
     char* out = static_cast<char*>(buffer);
     while (count > 0) {
         if (FBufPos == FBufEnd) ReadBuffer();
@@ -565,7 +566,13 @@ bool TReader::Error(const std::string& message) {
     return handled;
 }
 
-bool TReader::IdentToInteger(PTypeInfo, const std::string&, int64_t&) { return false; }
+bool TReader::IdentToInteger(PTypeInfo type, const std::string& ident, int64_t& value) {
+    TIdentToInt identToInt = FindIdentToInt(type);
+    int32_t v = 0;
+    if (!identToInt || !identToInt(ident, v)) return false;
+    value = v;
+    return true;
+}
 
 void TReader::ReadProperty(TPersistent* aInstance) {
     FCanHandleExcepts = false;
@@ -620,7 +627,17 @@ void TReader::ReadProperties(TPersistent* instance) {
 void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
     PTypeInfo type = propInfo->PropType;
     TTypeKind kind = type->Kind;
-    if (!propInfo->SetProc) ReadError("Property " + propInfo->Name + " is read-only");
+    if (!propInfo->SetProc) {
+        // A sub-component or a collection is read into the object the property holds.
+        bool intoObject = false;
+        if (kind == tkClass && propInfo->GetProc) {
+            TObject* value = GetObjectProp(instance, propInfo);
+            auto* comp = dynamic_cast<TComponent*>(value);
+            intoObject = (comp && comp->ComponentStyle().Contains(csSubComponent)) ||
+                         (dynamic_cast<TCollection*>(value) && NextValue() == vaCollection);
+        }
+        if (!intoObject) ReadError("Property " + propInfo->Name + " is read-only");
+    }
     switch (kind) {
     case tkInteger:
         if (NextValue() == vaIdent) {
@@ -648,10 +665,32 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
     case tkVariant: SetVariantProp(instance, propInfo, ReadVariant()); break;
     case tkInt64: SetInt64Prop(instance, propInfo, ReadInt64()); break;
     case tkClass:
-        if (NextValue() == vaNil) {
+        switch (NextValue()) {
+        case vaNil:
             ReadValue();
             SetObjectProp(instance, propInfo, nullptr);
-        } else PropValueError();
+            break;
+        case vaCollection: {
+            auto* collection = dynamic_cast<TCollection*>(GetObjectProp(instance, propInfo));
+            if (!collection) PropValueError();
+            ReadValue();
+            ReadCollection(collection);
+            break;
+        }
+        case vaIdent: {
+            std::string name = ReadIdent();
+            TPropFixup fixup{instance, propInfo, LookupRoot, name};
+            if (FFixups) FFixups->push_back(std::move(fixup));
+            else {
+                // Outside a component tree the reference is resolved at once.
+                TComponent* target = LookupRoot ? FindNestedComponent(LookupRoot, name) : nullptr;
+                if (!target) ReadError("Unresolved reference to " + name);
+                SetObjectProp(instance, propInfo, target);
+            }
+            break;
+        }
+        default: PropValueError();
+        }
         break;
     case tkMethod:
         if (NextValue() == vaNil) {
@@ -659,11 +698,8 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
             SetMethodProp(instance, propInfo, TMethod{});
         } else {
             std::string name = ReadIdent();
-            void* address = nullptr;
-            bool error = true;
-            if (OnFindMethod) OnFindMethod(this, name, address, error);
-            if (error) ReadError("Method " + name + " not found");
-            SetMethodProp(instance, propInfo, TMethod{address, nullptr});
+            void* address = FindMethod(Root, name);
+            SetMethodProp(instance, propInfo, TMethod{address, address ? Root : nullptr});
         }
         break;
     default: ReadError("Invalid property type: " + type->Name);
@@ -723,6 +759,7 @@ void TWriter::FlushBuffer() {
 int64_t TWriter::Position() const { return FStream->Seek(0, soCurrent) + FBufPos; }
 
 void TWriter::Write(const void* buffer, int64_t count) {
+    if (count <= 0) return;
     const char* in = static_cast<const char*>(buffer);
     if (count <= FBufSize - FBufPos) {
         std::memcpy(FBuffer.data() + FBufPos, in, static_cast<size_t>(count));
@@ -924,7 +961,10 @@ void TWriter::WriteSet(uint32_t bits, PTypeInfo setType) {
 
 void TWriter::WritePropName(const std::string& name) { WriteStr(FPropPath + name); }
 
-bool TWriter::IntegerToIdent(PTypeInfo, int64_t, std::string&) { return false; }
+bool TWriter::IntegerToIdent(PTypeInfo type, int64_t value, std::string& ident) {
+    TIntToIdent intToIdent = FindIntToIdent(type);
+    return intToIdent && intToIdent(static_cast<int32_t>(value), ident);
+}
 
 void TWriter::WriteProperties(TPersistent* instance) {
     for (PPropInfo p : GetPropInfos(instance->ClassType())) {
@@ -1003,42 +1043,19 @@ void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         WriteVariant(value);
         break;
     }
-    case tkClass: {
-        TObject* value = GetObjectProp(instance, propInfo);
-        TObject* ancestorValue = ancestor ? GetObjectProp(ancestor, propInfo) : nullptr;
-        if (!value) {
-            if (ancestorValue) {
-                WritePropName(name);
-                WriteValue(vaNil);
-            }
-            return;
-        }
-        auto* nested = dynamic_cast<TPersistent*>(value);
-        if (!nested) return;
-        std::string savedPath = FPropPath;
-        TPersistent* savedAncestor = Ancestor;
-        try {
-            FPropPath += name + ".";
-            Ancestor = dynamic_cast<TPersistent*>(ancestorValue);
-            WriteProperties(nested);
-        } catch (...) {
-            FPropPath = savedPath;
-            Ancestor = savedAncestor;
-            throw;
-        }
-        FPropPath = savedPath;
-        Ancestor = savedAncestor;
-        break;
-    }
+    case tkClass: WriteObjectProp(instance, propInfo, ancestor); break;
     case tkMethod: {
+        // Handlers compare by their code: the ancestor's are bound to another object.
         TMethod value = GetMethodProp(instance, propInfo);
-        if (ancestor ? value == GetMethodProp(ancestor, propInfo) : !value.Code) return;
+        void* ancestorCode = ancestor ? GetMethodProp(ancestor, propInfo).Code : nullptr;
+        if (value.Code == ancestorCode) return;
         WritePropName(name);
         if (!value.Code) {
             WriteValue(vaNil);
             return;
         }
-        std::string method = value.Data ? value.Data->MethodName(value.Code) : std::string();
+        std::string method = LookupRoot ? LookupRoot->MethodName(value.Code) : std::string();
+        if (method.empty() && value.Data) method = value.Data->MethodName(value.Code);
         if (method.empty())
             throw EWriteError("The handler of " + name + " is not a published method");
         WriteIdent(method);
@@ -1062,6 +1079,551 @@ void TWriter::DefineBinaryProperty(const std::string& name, const TStreamProc&,
         WritePropName(name);
         WriteBinary(writeData);
     }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Components: reading
+
+void* TReader::FindMethod(TComponent* root, const std::string& methodName) {
+    void* address = root ? root->MethodAddress(methodName) : nullptr;
+    bool error = address == nullptr;
+    if (OnFindMethod) OnFindMethod(this, methodName, address, error);
+    if (error) ReadError("Method " + methodName + " not found");
+    return address;
+}
+
+TClass TReader::FindComponentClass(const std::string& className) {
+    TClass cls = nullptr;
+    if (OnFindComponentClass) OnFindComponentClass(this, className, cls);
+    if (!cls && Root) {
+        // The classes of the root's published fields need no registration.
+        for (TClass c = Root->ClassType(); c && !cls; c = c->Parent)
+            for (const auto& f : c->Fields)
+                if (f.FieldClass && SameText(f.FieldClass()->Name, className)) {
+                    cls = f.FieldClass();
+                    break;
+                }
+    }
+    if (!cls) cls = GetClass(className);
+    if (!cls) throw EClassNotFound("Class " + className + " not found");
+    if (!cls->InheritsFrom(TComponent::StaticClass()))
+        throw EReadError("Class " + className + " is not a component class");
+    return cls;
+}
+
+TComponent* TReader::FindAncestorComponent(const std::string& name, TClass) {
+    TComponent* result = LookupRoot ? LookupRoot->FindComponent(name) : nullptr;
+    if (!result) ReadError("Ancestor for '" + name + "' not found");
+    return result;
+}
+
+void TReader::SetName(TComponent* component, std::string& name) {
+    if (OnSetName) OnSetName(this, component, name);
+    component->SetName(name);
+}
+
+void TReader::FixupReferences() {
+    if (!FFixups) return;
+    std::vector<TPropFixup> fixups;
+    fixups.swap(*FFixups);
+    for (const TPropFixup& f : fixups) {
+        TComponent* target = f.InstanceRoot ? FindNestedComponent(f.InstanceRoot, f.Name) : nullptr;
+        // A name that isn't in this tree refers to a component elsewhere, which the platform
+        // leaves unresolved; the property keeps its value.
+        if (target) SetObjectProp(f.Instance, f.PropInfo, target);
+    }
+}
+
+void TReader::SkipComponent(bool skipHeader) {
+    if (++FDepth > MaxNestingDepth) {
+        --FDepth;
+        ReadError("Object stream nested too deeply");
+    }
+    try {
+        if (skipHeader) {
+            TFilerFlags flags;
+            int32_t childPos;
+            ReadPrefix(flags, childPos);
+            ReadStr();
+            ReadStr();
+        }
+        while (!EndOfList()) SkipProperty();
+        ReadListEnd();
+        while (!EndOfList()) SkipComponent(true);
+        ReadListEnd();
+    } catch (...) {
+        --FDepth;
+        throw;
+    }
+    --FDepth;
+}
+
+void TReader::ReadCollection(TCollection* collection) {
+    collection->BeginUpdate();
+    try {
+        if (!EndOfList()) collection->Clear();
+        while (!EndOfList()) {
+            TValueType v = NextValue();
+            // The order value of an item is accepted and dropped.
+            if (v == vaInt8 || v == vaInt16 || v == vaInt32) ReadInteger();
+            TCollectionItem* item = collection->Add();
+            ReadListBegin();
+            while (!EndOfList()) ReadProperty(item);
+            ReadListEnd();
+        }
+        ReadListEnd();
+    } catch (...) {
+        collection->EndUpdate();
+        throw;
+    }
+    collection->EndUpdate();
+}
+
+void TReader::ReadData(TComponent* instance) {
+    if (FFixups) {
+        ReadDataInner(instance);
+        return;
+    }
+    std::vector<TPropFixup> fixups;
+    FFixups = &fixups;
+    try {
+        ReadDataInner(instance);
+        FixupReferences();
+    } catch (...) {
+        FFixups = nullptr;
+        throw;
+    }
+    FFixups = nullptr;
+}
+
+void TReader::ReadDataInner(TComponent* instance) {
+    while (!EndOfList()) ReadProperty(instance);
+    ReadListEnd();
+    TComponent* oldParent = Parent;
+    TComponent* oldOwner = Owner;
+    Parent = instance->GetChildParent();
+    Owner = instance->GetChildOwner();
+    if (!Owner) Owner = Root;
+    try {
+        while (!EndOfList()) ReadComponent(nullptr);
+        ReadListEnd();
+    } catch (...) {
+        Parent = oldParent;
+        Owner = oldOwner;
+        throw;
+    }
+    Parent = oldParent;
+    Owner = oldOwner;
+}
+
+TComponent* TReader::ReadComponent(TComponent* component) {
+    if (++FDepth > MaxNestingDepth) {
+        --FDepth;
+        ReadError("Object stream nested too deeply");
+    }
+    struct DepthGuard {
+        int& d;
+        ~DepthGuard() { --d; }
+    } guard{FDepth};
+
+    TFilerFlags flags = 0;
+    int32_t position = 0;
+    ReadPrefix(flags, position);
+    std::string className = ReadStr();
+    std::string name = ReadStr();
+    TComponent* oldParent = Parent;
+    TComponent* oldLookupRoot = LookupRoot;
+    TComponent* result = component;
+    bool created = false;
+
+    // A component that can't be made is skipped with its children when Error lets it go.
+    auto recover = [&](const Exception& e) {
+        if (created) delete result;
+        result = nullptr;
+        created = false;
+        SkipComponent(false);
+        return Error(e.Message());
+    };
+
+    auto restore = [&] {
+        Parent = oldParent;
+        LookupRoot = oldLookupRoot;
+    };
+    try {
+        if (!result) {
+            if (flags & ffInherited) {
+                try {
+                    result = FindAncestorComponent(name, nullptr);
+                    Parent = result->GetParentComponent();
+                    if (!Parent) Parent = Root;
+                } catch (const Exception& e) {
+                    if (!recover(e)) throw;
+                }
+            } else {
+                try {
+                    TClass cls = FindComponentClass(className);
+                    result = CreateComponent(cls, Owner);
+                    created = true;
+                    if (flags & ffInline) result->SetInline(true);
+                } catch (const Exception& e) {
+                    if (!recover(e)) throw;
+                }
+            }
+        }
+        if (result) {
+            try {
+                result->SetState(csLoading, true);
+                if (!(flags & ffInherited)) SetName(result, name);
+                if (result->ComponentState().Contains(csInline)) LookupRoot = result;
+                result->SetState(csReading, true);
+                result->ReadState(this);
+                result->SetState(csReading, false);
+                if ((flags & ffChildPos) && Parent) Parent->SetChildOrder(result, position);
+                if (FLoaded && std::find(FLoaded->begin(), FLoaded->end(), result) == FLoaded->end())
+                    FLoaded->push_back(result);
+            } catch (...) {
+                if (created) {
+                    if (FLoaded) std::erase(*FLoaded, result);
+                    delete result;
+                }
+                throw;
+            }
+        }
+    } catch (...) {
+        restore();
+        throw;
+    }
+    restore();
+    return result;
+}
+
+TComponent* TReader::ReadRootComponent(TComponent* root) {
+    ReadSignature();
+    TFilerFlags flags;
+    int32_t childPos;
+    ReadPrefix(flags, childPos);
+    TComponent* result = root;
+    std::vector<TComponent*> loaded;
+    try {
+        if (!root) {
+            std::string className = ReadStr();
+            TClass cls = FindClass(className);
+            if (!cls->InheritsFrom(TComponent::StaticClass()))
+                ReadError("Class " + className + " is not a component class");
+            result = CreateComponent(cls, nullptr);
+            std::string name = ReadStr();
+            result->SetName(name);
+        } else {
+            ReadStr(); // the class name of an existing root isn't checked
+            std::string name = ReadStr();
+            if (!result->ComponentState().Contains(csDesigning)) {
+                result->SetState(csLoading, true);
+                result->SetState(csReading, true);
+                result->SetName(name);
+            }
+        }
+        Root = result;
+        LookupRoot = result;
+        Owner = result;
+        FLoaded = &loaded;
+        loaded.push_back(result);
+        result->SetState(csLoading, true);
+        result->SetState(csReading, true);
+        result->ReadState(this);
+        result->SetState(csReading, false);
+        FLoaded = nullptr;
+        for (TComponent* c : loaded) c->Loaded();
+    } catch (...) {
+        FLoaded = nullptr;
+        if (!root) delete result;
+        else {
+            result->SetState(csReading, false);
+            result->SetState(csLoading, false);
+        }
+        throw;
+    }
+    return result;
+}
+
+void TReader::ReadComponents(TComponent* owner, TComponent* parent,
+                             const TReadComponentsProc& proc) {
+    Root = owner;
+    Owner = owner;
+    Parent = parent;
+    LookupRoot = owner;
+    std::vector<TPropFixup> fixups;
+    std::vector<TComponent*> loaded;
+    FFixups = &fixups;
+    FLoaded = &loaded;
+    try {
+        while (!EndOfList()) {
+            ReadSignature();
+            TComponent* component = ReadComponent(nullptr);
+            if (proc) proc(component);
+        }
+        ReadListEnd();
+        FixupReferences();
+    } catch (...) {
+        FFixups = nullptr;
+        FLoaded = nullptr;
+        throw;
+    }
+    FFixups = nullptr;
+    FLoaded = nullptr;
+    for (TComponent* c : loaded) c->Loaded();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Components: writing
+
+void TWriter::SetPosition(int64_t value) {
+    int64_t streamPos = FStream->Seek(0, soCurrent);
+    if (value >= streamPos && value <= streamPos + FBufPos) {
+        FBufPos = static_cast<int>(value - streamPos);
+        return;
+    }
+    FlushBuffer();
+    FStream->SetPosition(value);
+}
+
+void TWriter::WriteRootComponent(TComponent* root) { WriteDescendent(root, nullptr); }
+
+void TWriter::WriteDescendent(TComponent* root, TComponent* ancestor) {
+    RootAncestor = ancestor;
+    Ancestor = ancestor;
+    Root = root;
+    LookupRoot = root;
+    WriteSignature();
+    WriteComponent(root);
+}
+
+void TWriter::WriteComponent(TComponent* component) {
+    TPersistent* oldAncestor = Ancestor;
+    TComponent* oldRootAncestor = RootAncestor;
+    component->SetState(csWriting, true);
+    try {
+        if (FAncestorList) {
+            Ancestor = nullptr;
+            for (TComponent* a : *FAncestorList)
+                if (SameText(a->Name(), component->Name())) {
+                    Ancestor = a;
+                    break;
+                }
+        }
+        component->WriteState(this);
+    } catch (...) {
+        Ancestor = oldAncestor;
+        RootAncestor = oldRootAncestor;
+        component->SetState(csWriting, false);
+        throw;
+    }
+    Ancestor = oldAncestor;
+    RootAncestor = oldRootAncestor;
+    component->SetState(csWriting, false);
+}
+
+void TWriter::WriteData(TComponent* instance) {
+    // The header of a component that may be dropped again must stay in the buffer.
+    if (FBufSize - FBufPos <
+        static_cast<int>(instance->ClassName().size() + instance->Name().size()) + 1 + 5 + 2)
+        FlushBuffer();
+    int64_t previousPosition = Position();
+    TFilerFlags flags = 0;
+    if (instance->ComponentState().Contains(csInline)) {
+        if (Ancestor && instance->ComponentState().Contains(csAncestor) && FAncestorList)
+            flags |= ffInherited;
+        else flags |= ffInline;
+    } else if (Ancestor) flags |= ffInherited;
+    if (FAncestorList && FAncestorPos < FAncestorList->size() &&
+        (!Ancestor || (*FAncestorList)[FAncestorPos] != Ancestor))
+        flags |= ffChildPos;
+    WritePrefix(flags, FChildPos);
+    WriteStr(instance->ClassName());
+    WriteStr(instance->Name());
+    int64_t propertiesPosition = Position();
+    if (FAncestorList && FAncestorPos < FAncestorList->size()) {
+        if (Ancestor) ++FAncestorPos;
+        ++FChildPos;
+    }
+    WriteProperties(instance);
+    WriteListEnd();
+
+    std::vector<TComponent*>* oldAncestorList = FAncestorList;
+    size_t oldAncestorPos = FAncestorPos;
+    int32_t oldChildPos = FChildPos;
+    TComponent* oldRoot = Root;
+    TComponent* oldRootAncestor = RootAncestor;
+    std::vector<TComponent*> ancestors;
+    auto restore = [&] {
+        FAncestorList = oldAncestorList;
+        FAncestorPos = oldAncestorPos;
+        FChildPos = oldChildPos;
+        Root = oldRoot;
+        RootAncestor = oldRootAncestor;
+    };
+    try {
+        FAncestorList = nullptr;
+        FAncestorPos = 0;
+        FChildPos = 0;
+        if (!IgnoreChildren) {
+            if (auto* ancestor = dynamic_cast<TComponent*>(Ancestor)) {
+                if (ancestor->ComponentState().Contains(csInline)) RootAncestor = ancestor;
+                ancestor->GetChildren([&](TComponent* c) { ancestors.push_back(c); },
+                                      RootAncestor);
+                FAncestorList = &ancestors;
+            }
+            if (instance->ComponentState().Contains(csInline)) Root = instance;
+            instance->GetChildren([this](TComponent* c) { WriteComponent(c); }, Root);
+        }
+    } catch (...) {
+        restore();
+        throw;
+    }
+    restore();
+    WriteListEnd();
+    // An inherited component that has nothing of its own is left out.
+    if (instance != Root && flags == ffInherited && Position() == propertiesPosition + 2)
+        SetPosition(previousPosition);
+}
+
+void TWriter::WriteCollection(TCollection* value) {
+    TPersistent* oldAncestor = Ancestor;
+    Ancestor = nullptr;
+    try {
+        WriteValue(vaCollection);
+        if (value)
+            for (int i = 0; i < value->Count(); ++i) {
+                WriteListBegin();
+                WriteProperties(value->GetItem(i));
+                WriteListEnd();
+            }
+        WriteListEnd();
+    } catch (...) {
+        Ancestor = oldAncestor;
+        throw;
+    }
+    Ancestor = oldAncestor;
+}
+
+namespace {
+
+bool CollectionsEqual(TCollection* a, TCollection* b, TComponent* rootA, TComponent* rootB) {
+    if (!a || !b) return a == b;
+    if (a->ClassType() != b->ClassType() || a->Count() != b->Count()) return false;
+    if (a->Count() == 0) return true;
+    auto stream = [](TCollection* c, TComponent* root) {
+        TStringStream s;
+        {
+            TWriter w(&s, 4096);
+            w.Root = root;
+            w.LookupRoot = root;
+            w.WriteCollection(c);
+        }
+        return s.DataString();
+    };
+    return stream(a, rootA) == stream(b, rootB);
+}
+
+} // namespace
+
+void TWriter::WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersistent* ancestor) {
+    const std::string& name = propInfo->Name;
+    TObject* value = GetObjectProp(instance, propInfo);
+    TObject* ancestorValue = ancestor ? GetObjectProp(ancestor, propInfo) : nullptr;
+    auto* component = dynamic_cast<TComponent*>(value);
+    // A reference to a component of the ancestor's tree equals one to the component of the same
+    // name in this tree.
+    auto isDefault = [&] {
+        auto* ac = dynamic_cast<TComponent*>(ancestorValue);
+        if (ancestor && ac && component && ac->Owner() == RootAncestor &&
+            component->Owner() == Root && SameText(ac->Name(), component->Name()))
+            return true;
+        if (ancestor && ac && ac == RootAncestor && component == Root) return true;
+        return value == ancestorValue;
+    };
+    if (!value) {
+        if (!isDefault()) {
+            WritePropName(name);
+            WriteValue(vaNil);
+        }
+        return;
+    }
+    auto* persistent = dynamic_cast<TPersistent*>(value);
+    if (!persistent) return;
+    if (component && !component->ComponentStyle().Contains(csSubComponent)) {
+        if (isDefault()) return;
+        std::string ref;
+        if (component->Owner() == LookupRoot) ref = component->Name();
+        else if (component == LookupRoot) ref = "Owner";
+        else if (component->Owner() && !component->Owner()->Name().empty() &&
+                 !component->Name().empty())
+            ref = component->Owner()->Name() + "." + component->Name();
+        else if (!component->Name().empty()) ref = component->Name() + ".Owner";
+        if (!ref.empty()) {
+            WritePropName(name);
+            WriteIdent(ref);
+        }
+        return;
+    }
+    std::string savedPath = FPropPath;
+    TPersistent* savedAncestor = Ancestor;
+    auto restore = [&] {
+        FPropPath = savedPath;
+        Ancestor = savedAncestor;
+    };
+    try {
+        FPropPath += name + ".";
+        Ancestor = ancestor ? dynamic_cast<TPersistent*>(ancestorValue) : nullptr;
+        WriteProperties(persistent);
+    } catch (...) {
+        restore();
+        throw;
+    }
+    restore();
+    if (auto* collection = dynamic_cast<TCollection*>(value)) {
+        if (!ancestor || !CollectionsEqual(collection, dynamic_cast<TCollection*>(ancestorValue),
+                                           Root, RootAncestor)) {
+            WritePropName(name);
+            WriteCollection(collection);
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Streams
+
+void WriteComponent(TStream* stream, TComponent* instance) {
+    WriteDescendent(stream, instance, nullptr);
+}
+
+void WriteDescendent(TStream* stream, TComponent* instance, TComponent* ancestor) {
+    TWriter writer(stream, 4096);
+    writer.WriteDescendent(instance, ancestor);
+    writer.FlushBuffer();
+}
+
+TComponent* ReadComponent(TStream* stream, TComponent* instance) {
+    TReader reader(stream, 4096);
+    TComponent* result = reader.ReadRootComponent(instance);
+    reader.FlushBuffer();
+    return result;
+}
+
+void WriteComponentRes(TStream* stream, const std::string& resName, TComponent* instance) {
+    WriteDescendentRes(stream, resName, instance, nullptr);
+}
+
+void WriteDescendentRes(TStream* stream, const std::string& resName, TComponent* instance,
+                        TComponent* ancestor) {
+    int64_t fixup = 0;
+    WriteResourceHeader(stream, resName, fixup);
+    WriteDescendent(stream, instance, ancestor);
+    FixupResourceHeader(stream, fixup);
+}
+
+TComponent* ReadComponentRes(TStream* stream, TComponent* instance) {
+    ReadResHeader(stream);
+    return ReadComponent(stream, instance);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -11,6 +11,7 @@
 // Error are virtual, and the state they need is protected.
 #pragma once
 
+#include "rtl/Classes.h"
 #include "rtl/Persistent.h"
 #include "rtl/Streams.h"
 #include "rtl/TypInfo.h"
@@ -119,6 +120,13 @@ using TReaderError = std::function<void(TReader* reader, const std::string& mess
 // the address (which may stay nil).
 using TFindMethodEvent =
     std::function<void(TReader* reader, const std::string& methodName, void*& address, bool& error)>;
+// Called before a component read from the stream gets its name; may change the name.
+using TSetNameEvent = std::function<void(TReader* reader, TComponent* component, std::string& name)>;
+// Called to find the class of a component in the stream before the registry is asked.
+using TFindComponentClassEvent =
+    std::function<void(TReader* reader, const std::string& className, TClass& componentClass)>;
+// Called with each component read by ReadComponents.
+using TReadComponentsProc = std::function<void(TComponent* component)>;
 
 class TReader : public TFiler {
     RTL_CLASS(TReader, TFiler)
@@ -172,6 +180,24 @@ public:
     // Reads property records into instance up to the end of the list, and the list end.
     void ReadProperties(TPersistent* instance);
 
+    // Reads a whole stream (signature first) into root, or, with root nil, into a new component
+    // of the stream's class. Owned components are created from the stream, references between
+    // components are resolved at the end, and every component read gets Loaded.
+    TComponent* ReadRootComponent(TComponent* root);
+    // Reads one component: the prefix, class and name, then its state through ReadState. With
+    // component nil it is created (owned by Owner) or, when inherited, found in the lookup root.
+    TComponent* ReadComponent(TComponent* component);
+    // Reads components, each with its signature, up to the end of the list, owned by owner and
+    // parented by parent; proc is called with each.
+    void ReadComponents(TComponent* owner, TComponent* parent, const TReadComponentsProc& proc);
+    // Reads the property records and the child components of instance: TComponent::ReadState
+    // calls this.
+    void ReadData(TComponent* instance);
+    // Reads the items of a vaCollection value (the tag already read) into collection.
+    void ReadCollection(TCollection* collection);
+    // Passes over a component; with skipHeader also over its prefix, class and name.
+    void SkipComponent(bool skipHeader);
+
     // Decides about a failure in reading a property: true skips it. The default asks OnError.
     virtual bool Error(const std::string& message);
 
@@ -189,6 +215,8 @@ public:
     TComponent* Parent = nullptr;
     TReaderError OnError;
     TFindMethodEvent OnFindMethod;
+    TSetNameEvent OnSetName;
+    TFindComponentClassEvent OnFindComponentClass;
 
     // The name of the property being read; a defined property clears it when it has read it.
     const std::string& PropName() const { return FPropName; }
@@ -202,6 +230,16 @@ protected:
     virtual bool IdentToInteger(PTypeInfo type, const std::string& ident, int64_t& value);
     [[noreturn]] void PropValueError();
     [[noreturn]] void ReadError(const std::string& message);
+    // The address of a published method of root, asking OnFindMethod; raises when neither knows it.
+    virtual void* FindMethod(TComponent* root, const std::string& methodName);
+    // The class of a component named in the stream: OnFindComponentClass, the classes of the
+    // root's published fields, then the class registry. Raises EClassNotFound.
+    virtual TClass FindComponentClass(const std::string& className);
+    // The component of that name that an inherited component in the stream stands for.
+    virtual TComponent* FindAncestorComponent(const std::string& name, TClass componentClass);
+    virtual void SetName(TComponent* component, std::string& name);
+    // Resolves the component references read since the outermost ReadData began.
+    void FixupReferences();
     // Reads a block of count bytes into a string without trusting count: a count larger than
     // what the stream holds fails with EReadError before much memory is taken.
     void ReadChunked(std::string& out, uint64_t count);
@@ -210,7 +248,18 @@ protected:
     bool FCanHandleExcepts = false;
     int FDepth = 0;
 
+    // A component reference read from the stream, resolved when the whole tree is there.
+    struct TPropFixup {
+        TPersistent* Instance;
+        PPropInfo PropInfo;
+        TComponent* InstanceRoot;
+        std::string Name;
+    };
+    std::vector<TPropFixup>* FFixups = nullptr;
+    std::vector<TComponent*>* FLoaded = nullptr;
+
 private:
+    void ReadDataInner(TComponent* instance);
     void ReadBuffer();
     uint8_t ReadByte();
     void SkipSetBody();
@@ -256,6 +305,20 @@ public:
     // vaSet with the names of the set bits of a set type, ended by an empty name.
     void WriteSet(uint32_t bits, PTypeInfo setType);
 
+    // Writes root as a whole stream: the signature, then root with its children.
+    void WriteRootComponent(TComponent* root);
+    // As WriteRootComponent, leaving out what equals the ancestor (an object of the same class
+    // whose children have the same names): inherited components are marked as such, and an
+    // inherited component without changes is left out.
+    void WriteDescendent(TComponent* root, TComponent* ancestor);
+    // Writes one component through its WriteState.
+    void WriteComponent(TComponent* component);
+    // Writes the prefix, class, name, properties and children of instance: TComponent::WriteState
+    // calls this.
+    void WriteData(TComponent* instance);
+    // vaCollection with the items' properties, each in a list; the ancestor is cleared meanwhile.
+    void WriteCollection(TCollection* value);
+
     // Writes the stored published properties of instance that differ from their declared
     // default or from the ancestor's value, then its defined properties. A nested persistent
     // object is written flat, its properties named "Font.Size".
@@ -269,6 +332,10 @@ public:
     void FlushBuffer() override;
 
     int64_t Position() const;
+    // Moves back within what is written; used to drop an inherited component without changes.
+    void SetPosition(int64_t value);
+
+    TComponent* RootAncestor = nullptr;
 
 protected:
     // Writes the property name with the path of the nested object being written in front.
@@ -280,7 +347,26 @@ protected:
 
     // "Font." while the properties of the object in the Font property are written.
     std::string FPropPath;
+    // The children of the ancestor, while the children of a component are written.
+    std::vector<TComponent*>* FAncestorList = nullptr;
+    size_t FAncestorPos = 0;
+    int32_t FChildPos = 0;
+
+private:
+    void WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersistent* ancestor);
 };
+
+// The platform's streaming of components on a TStream.
+void WriteComponent(TStream* stream, TComponent* instance);
+void WriteDescendent(TStream* stream, TComponent* instance, TComponent* ancestor);
+// Reads a component stream into instance, or into a new component with instance nil.
+TComponent* ReadComponent(TStream* stream, TComponent* instance);
+// The same inside a resource header named resName (as the platform names a form's resource: its
+// class name in upper case).
+void WriteComponentRes(TStream* stream, const std::string& resName, TComponent* instance);
+void WriteDescendentRes(TStream* stream, const std::string& resName, TComponent* instance,
+                        TComponent* ancestor);
+TComponent* ReadComponentRes(TStream* stream, TComponent* instance);
 
 // The 16-bit resource header around a binary object stream: byte 255, the type 10, the
 // resource name ended by a zero byte, the flags 4144 and the size of what follows.

@@ -1,5 +1,6 @@
 #include "rtl/Graphics.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 
@@ -140,10 +141,13 @@ TColor StringToColor(std::string_view text) {
     if (!body.empty() && body[0] == '$') base = 16, body.erase(0, 1);
     else if (body.size() > 2 && body[0] == '0' && (body[1] == 'x' || body[1] == 'X'))
         base = 16, body.erase(0, 2);
+    // strtoll would take a second sign or blanks after the sign or the '$': only digits here.
+    unsigned char first = body.empty() ? 0 : static_cast<unsigned char>(body[0]);
+    bool digitFirst = base == 16 ? std::isxdigit(first) != 0 : std::isdigit(first) != 0;
     char* end = nullptr;
     errno = 0;
-    long long v = body.empty() ? 0 : std::strtoll(body.c_str(), &end, base);
-    if (body.empty() || *end != 0 || errno == ERANGE || v > UINT32_MAX)
+    long long v = digitFirst ? std::strtoll(body.c_str(), &end, base) : 0;
+    if (!digitFirst || *end != 0 || errno == ERANGE || v > UINT32_MAX)
         throw EConvertError("'" + s + "' is not a valid integer value");
     uint32_t bits = static_cast<uint32_t>(negative ? -v : v);
     return static_cast<TColor>(static_cast<int32_t>(bits));
@@ -369,6 +373,11 @@ void TPicture::ReadData(TStream* stream) {
     auto len = stream->ReadValue<uint8_t>();
     std::string name(len, '\0');
     stream->ReadBuffer(name.data(), len);
+    // An empty picture writes an empty class name and nothing after it.
+    if (name.empty()) {
+        graphic_.reset();
+        return;
+    }
     TClass cls = GraphicClassByName(name);
     if (!cls) throw EInvalidGraphic("Unknown picture format " + name);
     std::unique_ptr<TGraphic> g(static_cast<TGraphic*>(CreateInstance(cls)));

@@ -4,6 +4,7 @@
 #include "rtl/Filer.h"
 #include "rtl/SysUtils.h"
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
 #include <charconv>
@@ -83,14 +84,20 @@ int SignificantDigits(std::string_view s) {
 
 std::string FormatStreamFloat(long double value) {
     if (!std::isfinite(value)) return NonFinite(value);
-    char buf[64];
-    auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general);
-    std::string s(buf, r.ptr);
-    if (SignificantDigits(s) > 18) {
-        r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, 18);
-        s.assign(buf, r.ptr);
-    }
-    s = TidyExponent(std::move(s));
+    // The fewest digits that give the value back, at most 18, laid out as printf's %g does with
+    // that precision: the text depends on the value alone, so converting it again gives it again.
+    char buf[80];
+    auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific);
+    std::string_view sci(buf, r.ptr - buf);
+    int digits = std::min(SignificantDigits(sci), 18);
+    // Whole numbers up to 18 digits are written out rather than with an exponent.
+    int exponent = 0;
+    if (size_t e = sci.find('e'); e != std::string_view::npos)
+        std::from_chars(sci.data() + e + (sci[e + 1] == '+' ? 2 : 1), sci.data() + sci.size(),
+                        exponent);
+    int precision = std::max({digits, std::min(exponent + 1, 18), 1});
+    r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, precision);
+    std::string s = TidyExponent(std::string(buf, r.ptr));
     if (s.find_first_of(".E") == std::string::npos) s += ".0";
     return s;
 }
@@ -418,6 +425,28 @@ namespace {
 
 constexpr int LineLength = 64;
 
+// Names in the text form are identifiers, dotted for property paths and references; a stream
+// holding anything else has no text form that reads back as the same stream.
+bool IsNameText(std::string_view s, bool dotted, bool mayBeEmpty) {
+    if (s.empty()) return mayBeEmpty;
+    bool start = true;
+    for (char c : s) {
+        if (dotted && c == '.' && !start) {
+            start = true;
+            continue;
+        }
+        if (!(IsAlpha(c) || (!start && IsDigit(c)))) return false;
+        start = false;
+    }
+    return !start;
+}
+
+std::string CheckedName(std::string name, bool dotted, bool mayBeEmpty) {
+    if (!IsNameText(name, dotted, mayBeEmpty))
+        throw EReadError("Invalid name '" + name + "' in stream");
+    return name;
+}
+
 class BinaryToText {
 public:
     BinaryToText(TStream* input, TStream* output) : r_(input), output_(output) {}
@@ -450,8 +479,8 @@ private:
         TFilerFlags flags = 0;
         int32_t childPos = 0;
         r_.ReadPrefix(flags, childPos);
-        std::string className = r_.ReadStr();
-        std::string name = r_.ReadStr();
+        std::string className = CheckedName(r_.ReadStr(), false, false);
+        std::string name = CheckedName(r_.ReadStr(), false, true);
         Indent(indent);
         out_ += (flags & ffInherited) ? "inherited " : (flags & ffInline) ? "inline " : "object ";
         if (!name.empty()) {
@@ -476,7 +505,7 @@ private:
 
     void ConvertProperty(int indent) {
         Indent(indent);
-        out_ += r_.ReadStr();
+        out_ += CheckedName(r_.ReadStr(), true, false);
         out_ += " = ";
         ConvertValue(indent);
         out_ += "\r\n";
@@ -571,7 +600,7 @@ private:
         case vaFalse:
         case vaTrue:
         case vaNil:
-        case vaNull: out_ += r_.ReadIdent(); break;
+        case vaNull: out_ += CheckedName(r_.ReadIdent(), true, false); break;
         case vaBinary: {
             r_.ReadValue();
             uint8_t b[4];
@@ -603,7 +632,7 @@ private:
                 if (s.empty()) break;
                 if (!first) out_ += ", ";
                 first = false;
-                out_ += s;
+                out_ += CheckedName(s, false, false);
             }
             out_ += ']';
             break;
@@ -747,20 +776,26 @@ private:
         else w_.WriteString(s);
     }
 
+    // Parses the number of a float token as T, rounded once from its digits.
+    template <class T> T ParseAs() {
+        std::string t = p_.TokenString();
+        if (p_.FloatType()) t.pop_back();
+        if (!t.empty() && t.back() == '.') t.push_back('0');
+        T v{};
+        auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+        if (r.ec == std::errc::result_out_of_range) p_.Error("Float value out of range: " + t);
+        if (r.ec != std::errc() || r.ptr != t.data() + t.size())
+            p_.Error("Invalid floating point number: " + t);
+        return v;
+    }
+
     void ConvertFloat() {
-        long double v = p_.TokenFloat();
         switch (p_.FloatType()) {
-        case 's':
-            if (std::isfinite(v) && std::fabs(v) > FLT_MAX) p_.Error("Single value out of range");
-            w_.WriteSingle(static_cast<float>(v));
-            break;
-        case 'd':
-            if (std::isfinite(v) && std::fabs(v) > DBL_MAX) p_.Error("Date value out of range");
-            w_.WriteDate(static_cast<double>(v));
-            break;
+        case 's': w_.WriteSingle(ParseAs<float>()); break;
+        case 'd': w_.WriteDate(ParseAs<double>()); break;
         case 'c': {
             // The text holds the currency value times 10000, as the stream does.
-            long double raw = std::nearbyint(v);
+            long double raw = std::nearbyint(ParseAs<long double>());
             if (!(raw >= -9223372036854775807.0L && raw <= 9223372036854775807.0L))
                 p_.Error("Currency value out of range");
             w_.WriteValue(vaCurrency);
@@ -770,7 +805,7 @@ private:
             w_.Write(b, 8);
             break;
         }
-        default: w_.WriteFloat(v);
+        default: w_.WriteFloat(ParseAs<long double>());
         }
         p_.NextToken();
     }

@@ -59,6 +59,7 @@ void TStream::WriteBuffer(const void* buffer, int64_t count) {
 }
 
 int64_t TStream::CopyFrom(TStream* source, int64_t count) {
+    if (count < 0) return 0;
     if (count == 0) {
         source->SetPosition(0);
         count = source->GetSize();
@@ -114,6 +115,7 @@ TMemoryStream::~TMemoryStream() {
 void* TMemoryStream::Realloc(int64_t& newCapacity) {
     // Grow in blocks of 8 KiB, as the platform does, so that many small writes stay cheap.
     constexpr int64_t kDelta = 0x2000;
+    if (newCapacity > INT64_MAX - kDelta) throw EStreamError(SMemoryStreamError);
     if (newCapacity > 0 && newCapacity != size_)
         newCapacity = (newCapacity + (kDelta - 1)) & ~(kDelta - 1);
     if (newCapacity == capacity_) return memory_;
@@ -147,7 +149,7 @@ void TMemoryStream::Clear() {
 }
 
 int64_t TMemoryStream::Write(const void* buffer, int64_t count) {
-    if (position_ < 0 || count <= 0) return 0;
+    if (position_ < 0 || count <= 0 || count > INT64_MAX - position_) return 0;
     int64_t end = position_ + count;
     if (end > size_) {
         if (end > capacity_) SetCapacity(end);
@@ -192,7 +194,7 @@ int64_t TStringStream::Read(void* buffer, int64_t count) {
 }
 
 int64_t TStringStream::Write(const void* buffer, int64_t count) {
-    if (position_ < 0 || count <= 0) return 0;
+    if (position_ < 0 || count <= 0 || count > INT64_MAX - position_) return 0;
     size_t pos = static_cast<size_t>(position_);
     if (pos > data_.size()) data_.resize(pos, '\0');
     data_.replace(pos, std::min(data_.size() - pos, static_cast<size_t>(count)),
@@ -213,6 +215,7 @@ void TStringStream::SetSize(int64_t newSize) {
 }
 
 std::string TStringStream::ReadString(int64_t count) {
+    if (position_ < 0) return {};
     int64_t n = std::max<int64_t>(0, std::min(count, GetSize() - position_));
     std::string r = n > 0 ? data_.substr(static_cast<size_t>(position_), static_cast<size_t>(n)) : "";
     position_ += n;

@@ -512,6 +512,7 @@ void RegisterClasses(std::span<const TClass> classes) {
 }
 
 void UnRegisterClass(TClass cls) {
+    if (!cls) return;
     auto& r = TheRegistry();
     std::lock_guard g(r.lock);
     auto it = r.byName.find(UpperName(cls->Name));
@@ -535,13 +536,22 @@ TClass FindClass(std::string_view name) {
     return c;
 }
 
+namespace {
+// A nil class reference, as GetClass returns for an unknown name, is an error, not a crash.
+void CheckClassReference(TClass cls) {
+    if (!cls) throw EInvalidOperation("Cannot create an instance of a nil class reference");
+}
+} // namespace
+
 TObject* CreateInstance(TClass cls) {
+    CheckClassReference(cls);
     if (!cls->Create)
         throw EInvalidOperation("Class " + cls->Name + " cannot be created without an argument");
     return cls->Create();
 }
 
 TObject* CreateInstance(TClass cls, TObject* arg) {
+    CheckClassReference(cls);
     if (cls->CreateWith) return cls->CreateWith(arg);
     return CreateInstance(cls);
 }

@@ -426,7 +426,11 @@ namespace detail {
 template <class V> struct Carrier;
 template <OrdinalValue V> struct Carrier<V> {
     using type = int64_t;
-    static int64_t To(const V& v) { return static_cast<int64_t>(v); }
+    static int64_t To(const V& v) {
+        // The platform's Char is unsigned: bytes 128..255 (Cyrillic letters) read as themselves.
+        if constexpr (std::is_same_v<V, char>) return static_cast<unsigned char>(v);
+        else return static_cast<int64_t>(v);
+    }
     static V From(int64_t c) { return static_cast<V>(c); }
 };
 template <SetValue V> struct Carrier<V> {
@@ -609,6 +613,10 @@ public:
     using Self = T;
 
     explicit TClassBuilder(std::string name) : info_(std::make_unique<TClassInfo>()) {
+        // RTL_BEGIN_CLASS(ns::TFoo) names the class TFoo: class names go into object streams
+        // and the registry as the platform spells them, without the C++ namespace.
+        if (size_t colons = name.rfind("::"); colons != std::string::npos)
+            name.erase(0, colons + 2);
         info_->Name = std::move(name);
     }
 
@@ -663,7 +671,10 @@ public:
                 using A = typename T::TConstructorArg;
                 if constexpr (std::is_constructible_v<T, A*>)
                     info_->CreateWith = [](TObject* arg) {
-                        return static_cast<TObject*>(new T(static_cast<A*>(arg)));
+                        // Only an object of the argument's class (or nil) may pass for one.
+                        A* typed = dynamic_cast<A*>(arg);
+                        if (arg && !typed) detail::RaiseInvalidPropertyCast(arg, A::StaticClass());
+                        return static_cast<TObject*>(new T(typed));
                     };
             }
         }

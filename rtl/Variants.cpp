@@ -3,6 +3,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <string>
@@ -13,6 +14,23 @@ namespace {
 [[noreturn]] void CannotConvert(TVarType from, const char* to) {
     throw EVariantError("Could not convert variant of type (" + std::to_string(from) +
                         ") into type (" + to + ")");
+}
+
+// The platform's Round: to the nearest integer, a half to the even neighbour.
+long double RoundHalfEven(long double d) {
+    long double whole = std::floor(d);
+    long double fraction = d - whole;
+    if (fraction > 0.5L || (fraction == 0.5L && std::fmod(whole, 2.0L) != 0)) whole += 1;
+    return whole;
+}
+
+// A rounded real as Int64; beyond its range (or NaN) the conversion fails instead of being an
+// undefined cast.
+int64_t RealToInt64(long double d, TVarType from) {
+    long double r = RoundHalfEven(d);
+    if (!(r >= -9223372036854775808.0L && r < 9223372036854775808.0L))
+        CannotConvert(from, "Int64");
+    return static_cast<int64_t>(r);
 }
 
 // Parses a whole decimal number with '.' as the separator; false when the text isn't one.
@@ -53,11 +71,11 @@ int64_t Variant::AsInt64() const {
         return 0;
     case 1: return std::get<bool>(value_) ? -1 : 0;
     case 2: return std::get<int64_t>(value_);
-    case 3: return static_cast<int64_t>(std::llround(std::get<long double>(value_)));
+    case 3: return RealToInt64(std::get<long double>(value_), type_);
     default: {
         long double d;
         if (!ParseNumber(AsString(), d)) CannotConvert(type_, "Int64");
-        return static_cast<int64_t>(std::llround(d));
+        return RealToInt64(d, type_);
     }
     }
 }
@@ -99,7 +117,14 @@ std::string Variant::AsString() const {
     case 3: {
         char buf[64];
         std::snprintf(buf, sizeof buf, "%.15Lg", std::get<long double>(value_));
-        return buf;
+        // The platform's FloatToStr writes the exponent as "E20" and "E-5", not "e+20", "e-05".
+        std::string text = buf;
+        if (size_t e = text.find('e'); e != std::string::npos) {
+            std::string digits = text.substr(e + 2);
+            digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
+            text = text.substr(0, e) + (text[e + 1] == '-' ? "E-" : "E") + digits;
+        }
+        return text;
     }
     case 4: return std::get<std::string>(value_);
     default: return Utf16ToCp1251(std::get<std::u16string>(value_));

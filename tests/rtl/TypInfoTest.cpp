@@ -1,8 +1,10 @@
 // Type information: declaring published classes and reaching their properties by name.
-#include "rtl/SysUtils.h"
 #include "rtl/TypInfo.h"
+#include "rtl/SysUtils.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace rtl;
 
@@ -11,6 +13,8 @@ namespace tinfo {
 RTL_ENUM(TShape, stRectangle, stCircle, stTriangle)
 RTL_SET(TShapes, TShape)
 RTL_EVENT(TNotify, void(TObject*), "Sender: TObject")
+RTL_EVENT(TKeyEvent, void(TObject*, uint16_t&), "Sender: TObject; var Key: Word")
+RTL_EVENT(TPairEvent, bool(const std::string&, const std::string&), "const Left, Right: string")
 
 class TBase : public TObject {
     RTL_CLASS(TBase, TObject)
@@ -40,6 +44,43 @@ public:
     TObject* last = nullptr;
 };
 
+// The remaining kinds, and the specifiers not used above.
+class TLeaf : public TDerived {
+    RTL_CLASS(TLeaf, TDerived)
+public:
+    std::u16string Title;
+    TDateTime Stamp;
+    uint8_t Level = 0;
+    int8_t Offset = 0;
+    char16_t Glyph = u'x';
+    std::string Hidden;
+    TKeyEvent OnKey;
+    void KeyPressed(TObject*, uint16_t& key) { key = 0; }
+};
+
+// Publishes Caption again, with a reader of its own and a default, and Width as read-only.
+class TRepublisher : public TDerived {
+    RTL_CLASS(TRepublisher, TDerived)
+public:
+    std::string UpperCaption() const {
+        std::string s = Caption;
+        std::transform(s.begin(), s.end(), s.begin(), ::toupper);
+        return s;
+    }
+    std::string Extra;
+};
+
+// Accessors of every form: a field published under a named type, callables, a setter method.
+class TAccessors : public TObject {
+    RTL_CLASS(TAccessors, TObject)
+public:
+    uint16_t Key = 0;
+    int32_t Half = 5;
+    std::string Text;
+    void SetText(const std::string& value) { Text = "<" + value + ">"; }
+    const std::string& GetText() const { return Text; }
+};
+
 } // namespace tinfo
 
 using namespace tinfo;
@@ -65,12 +106,542 @@ RTL_BEGIN_CLASS(tinfo::TDerived)
     Method<&TDerived::Other>("Other");
 RTL_END_CLASS
 
+RTL_BEGIN_CLASS(tinfo::TLeaf)
+    Property("Title", &TLeaf::Title);
+    Property("Stamp", &TLeaf::Stamp);
+    Property("Level", &TLeaf::Level);
+    Property("Offset", &TLeaf::Offset);
+    Property("Glyph", &TLeaf::Glyph);
+    Property("Hidden", &TLeaf::Hidden).Stored(false);
+    Property("OnKey", &TLeaf::OnKey);
+    Method<&TLeaf::KeyPressed>("KeyPressed");
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(tinfo::TRepublisher)
+    Property("Caption", &TRepublisher::UpperCaption, nullptr).Default(3);
+    Property("Extra", &TRepublisher::Extra);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(tinfo::TAccessors)
+    Property<TShortCut>("Key", &TAccessors::Key);
+    Property(
+        "Double", [](const TAccessors& o) { return o.Half * 2; },
+        [](TAccessors& o, int32_t v) { o.Half = v / 2; });
+    Property("Text", &TAccessors::GetText, &TAccessors::SetText);
+RTL_END_CLASS
+
+namespace {
+
+std::vector<std::string> Names(const std::vector<PPropInfo>& list) {
+    std::vector<std::string> names;
+    for (PPropInfo p : list)
+        names.push_back(p->Name);
+    return names;
+}
+
+template <class E, class F> std::string MessageOf(F&& f) {
+    try {
+        f();
+    } catch (const E& e) {
+        return e.Message();
+    }
+    ADD_FAILURE() << "no exception raised";
+    return {};
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Declaration and order
+
 TEST(TypInfo, PropertiesComeInDeclarationOrderAncestorsFirst) {
     std::vector<std::string> names;
-    for (PPropInfo p : GetPropInfos(TDerived::StaticClass())) names.push_back(p->Name);
-    std::vector<std::string> expected{"Width", "Caption", "ReadOnly", "WriteOnly", "Shape",
-                                      "Shapes", "Visible", "Letter", "Ratio", "Big",
-                                      "OnClick", "Child", "Data"};
+    for (PPropInfo p : GetPropInfos(TDerived::StaticClass()))
+        names.push_back(p->Name);
+    std::vector<std::string> expected{"Width",   "Caption", "ReadOnly", "WriteOnly", "Shape",
+                                      "Shapes",  "Visible", "Letter",   "Ratio",     "Big",
+                                      "OnClick", "Child",   "Data"};
     EXPECT_EQ(names, expected);
     EXPECT_EQ(GetTypeData(&TDerived::StaticClass()->TypeInfo)->PropCount, 13);
+    EXPECT_EQ(GetTypeData(&TBase::StaticClass()->TypeInfo)->PropCount, 4);
+    // NameIndex is the slot in that order.
+    auto all = GetPropInfos(TDerived::StaticClass());
+    for (size_t i = 0; i < all.size(); ++i)
+        EXPECT_EQ(all[i]->NameIndex, int(i)) << all[i]->Name;
+}
+
+TEST(TypInfo, AnAncestorSharesItsPropertyRecordsWithDescendants) {
+    // The ancestor's part of a descendant's list is the ancestor's own records.
+    auto base = GetPropInfos(TBase::StaticClass());
+    auto leaf = GetPropInfos(TLeaf::StaticClass());
+    ASSERT_GE(leaf.size(), base.size());
+    for (size_t i = 0; i < base.size(); ++i)
+        EXPECT_EQ(leaf[i], base[i]);
+    EXPECT_EQ(leaf.size(), 13u + 7u);
+    EXPECT_EQ(GetPropInfo(TLeaf::StaticClass(), "Title")->NameIndex, 13);
+}
+
+TEST(TypInfo, ClassIdentityIsTheUnqualifiedPlatformName) {
+    TLeaf leaf;
+    // Declared as RTL_BEGIN_CLASS(tinfo::TLeaf): class names are written into object streams and
+    // must not carry the C++ namespace.
+    EXPECT_EQ(leaf.ClassName(), "TLeaf");
+    EXPECT_EQ(TBase::StaticClass()->Name, "TBase");
+    EXPECT_EQ(leaf.ClassType(), TLeaf::StaticClass());
+    EXPECT_EQ(leaf.ClassParent(), TDerived::StaticClass());
+    EXPECT_EQ(TBase::StaticClass()->Parent, TObject::StaticClass());
+    EXPECT_EQ(TObject::StaticClass()->Parent, nullptr);
+    EXPECT_TRUE(leaf.InheritsFrom(TBase::StaticClass()));
+    EXPECT_TRUE(leaf.InheritsFrom(TObject::StaticClass()));
+    EXPECT_FALSE(leaf.InheritsFrom(TRepublisher::StaticClass()));
+    PTypeInfo info = leaf.ClassInfo();
+    EXPECT_EQ(info->Kind, tkClass);
+    EXPECT_EQ(info->Name, "TLeaf");
+    EXPECT_EQ(GetTypeData(info)->ClassType, TLeaf::StaticClass());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Kinds and type data
+
+TEST(TypInfo, EachCppTypeGetsThePlatformKindAndName) {
+    struct Expect {
+        const char* prop;
+        TTypeKind kind;
+        const char* typeName;
+    };
+    const Expect table[] = {
+        {"Width", tkInteger, "Integer"},       {"Caption", tkLString, "AnsiString"},
+        {"Shape", tkEnumeration, "TShape"},    {"Shapes", tkSet, "TShapes"},
+        {"Visible", tkEnumeration, "Boolean"}, {"Letter", tkChar, "Char"},
+        {"Ratio", tkFloat, "Double"},          {"Big", tkInt64, "Int64"},
+        {"OnClick", tkMethod, "TNotify"},      {"Child", tkClass, "TBase"},
+        {"Data", tkVariant, "Variant"},        {"Title", tkWString, "WideString"},
+        {"Stamp", tkFloat, "TDateTime"},       {"Level", tkInteger, "Byte"},
+        {"Offset", tkInteger, "ShortInt"},     {"Glyph", tkWChar, "WideChar"},
+        {"OnKey", tkMethod, "TKeyEvent"},
+    };
+    for (const auto& e : table) {
+        PPropInfo p = GetPropInfo(TLeaf::StaticClass(), e.prop);
+        ASSERT_NE(p, nullptr) << e.prop;
+        EXPECT_EQ(p->PropType->Kind, e.kind) << e.prop;
+        EXPECT_EQ(p->PropType->Name, e.typeName) << e.prop;
+    }
+    TLeaf leaf;
+    EXPECT_EQ(PropType(&leaf, "Stamp"), tkFloat);
+    EXPECT_EQ(PropType(TLeaf::StaticClass(), "shapes"), tkSet);
+    EXPECT_THROW(PropType(&leaf, "Missing"), EPropertyError);
+}
+
+TEST(TypInfo, OrdinalTypeDataGivesRanges) {
+    PTypeData shape = GetTypeData(TypeInfo<TShape>());
+    EXPECT_EQ(shape->MinValue, 0);
+    EXPECT_EQ(shape->MaxValue, 2);
+    EXPECT_EQ(shape->NameList, (std::vector<std::string>{"stRectangle", "stCircle", "stTriangle"}));
+    EXPECT_EQ(shape->BaseType, TypeInfo<TShape>());
+
+    PTypeData set = GetTypeData(TypeInfo<TShapes>());
+    EXPECT_EQ(set->CompType, TypeInfo<TShape>());
+
+    PTypeData byte = GetTypeData(TypeInfo<uint8_t>());
+    EXPECT_EQ(byte->OrdType, otUByte);
+    EXPECT_EQ(byte->MaxValue, 255);
+    PTypeData shortInt = GetTypeData(TypeInfo<int8_t>());
+    EXPECT_EQ(shortInt->OrdType, otSByte);
+    EXPECT_EQ(shortInt->MinValue, -128);
+    PTypeData int64 = GetTypeData(TypeInfo<int64_t>());
+    EXPECT_EQ(int64->MinInt64Value, INT64_MIN);
+    EXPECT_EQ(int64->MaxInt64Value, INT64_MAX);
+    EXPECT_EQ(GetTypeData(TypeInfo<double>())->FloatType, ftDouble);
+    EXPECT_EQ(GetTypeData(TypeInfo<float>())->FloatType, ftSingle);
+    EXPECT_EQ(GetTypeData(nullptr), nullptr);
+}
+
+TEST(TypInfo, BooleanIsTheEnumerationBooleanWithFalseAndTrue) {
+    PTypeInfo b = TypeInfo<bool>();
+    EXPECT_EQ(b->Kind, tkEnumeration);
+    EXPECT_EQ(b->Name, "Boolean");
+    EXPECT_EQ(GetTypeData(b)->MinValue, 0);
+    EXPECT_EQ(GetTypeData(b)->MaxValue, 1);
+    EXPECT_EQ(GetEnumName(b, 0), "False");
+    EXPECT_EQ(GetEnumName(b, 1), "True");
+    EXPECT_EQ(GetEnumValue(b, "true"), 1);
+    EXPECT_EQ(GetEnumValue(b, "FALSE"), 0);
+    EXPECT_EQ(GetEnumValue(b, "Yes"), -1);
+}
+
+TEST(TypInfo, EnumerationNamesBothWaysCaseInsensitive) {
+    PTypeInfo t = TypeInfo<TShape>();
+    EXPECT_EQ(GetEnumName(t, stRectangle), "stRectangle");
+    EXPECT_EQ(GetEnumName(t, stTriangle), "stTriangle");
+    EXPECT_EQ(GetEnumValue(t, "stCircle"), 1);
+    EXPECT_EQ(GetEnumValue(t, "STCIRCLE"), 1);
+    EXPECT_EQ(GetEnumValue(t, "sttriangle"), 2);
+    EXPECT_EQ(GetEnumValue(t, "stSquare"), -1);
+    EXPECT_EQ(GetEnumValue(t, ""), -1);
+    EXPECT_EQ(GetEnumValue(t, "stCircle "), -1);
+    // Out of range ordinals have no name (and must not read past the list).
+    EXPECT_EQ(GetEnumName(t, 3), "");
+    EXPECT_EQ(GetEnumName(t, -1), "");
+    // An integer type's "names" are its numbers.
+    EXPECT_EQ(GetEnumName(TypeInfo<int32_t>(), -12), "-12");
+    EXPECT_EQ(GetEnumValue(TypeInfo<int32_t>(), "42"), 42);
+}
+
+TEST(TypInfo, TypesAreRecognisedByNameCaseInsensitive) {
+    EXPECT_TRUE(IsType(TypeInfo<TDateTime>(), "tdatetime"));
+    EXPECT_TRUE(IsType(TypeInfo<TDate>(), "TDate"));
+    EXPECT_TRUE(IsType(TypeInfo<TTime>(), "TTIME"));
+    EXPECT_FALSE(IsType(TypeInfo<TDateTime>(), "TDate"));
+    EXPECT_FALSE(IsType(TypeInfo<double>(), "TDateTime"));
+    EXPECT_FALSE(IsType(nullptr, "TDateTime"));
+}
+
+TEST(TypInfo, EventTypesDescribeTheirParameters) {
+    PTypeData notify = GetTypeData(TypeInfo<TNotify>());
+    EXPECT_EQ(notify->MethodKind, mkProcedure);
+    ASSERT_EQ(notify->Params.size(), 1u);
+    EXPECT_EQ(notify->Params[0].ParamName, "Sender");
+    EXPECT_EQ(notify->Params[0].TypeName, "TObject");
+    EXPECT_EQ(notify->Params[0].Flags, 0);
+
+    PTypeData key = GetTypeData(TypeInfo<TKeyEvent>());
+    ASSERT_EQ(key->Params.size(), 2u);
+    EXPECT_EQ(key->Params[1].ParamName, "Key");
+    EXPECT_EQ(key->Params[1].TypeName, "Word");
+    EXPECT_EQ(key->Params[1].Flags, 1 << pfVar);
+
+    PTypeData pair = GetTypeData(TypeInfo<TPairEvent>());
+    EXPECT_EQ(pair->MethodKind, mkFunction);
+    ASSERT_EQ(pair->Params.size(), 2u);
+    EXPECT_EQ(pair->Params[0].ParamName, "Left");
+    EXPECT_EQ(pair->Params[1].ParamName, "Right");
+    for (const auto& p : pair->Params) {
+        EXPECT_EQ(p.TypeName, "string");
+        EXPECT_EQ(p.Flags, 1 << pfConst);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lookup and lists
+
+TEST(TypInfo, LookupIsCaseInsensitive) {
+    TClass cls = TDerived::StaticClass();
+    PPropInfo width = GetPropInfo(cls, "Width");
+    ASSERT_NE(width, nullptr);
+    EXPECT_EQ(GetPropInfo(cls, "WIDTH"), width);
+    EXPECT_EQ(GetPropInfo(cls, "width"), width);
+    EXPECT_EQ(GetPropInfo(&cls->TypeInfo, "wIdTh"), width);
+    EXPECT_EQ(GetPropInfo(cls, "Widt"), nullptr);
+    EXPECT_EQ(GetPropInfo(cls, "Width2"), nullptr);
+    TDerived d;
+    EXPECT_TRUE(IsPublishedProp(&d, "onclick"));
+    EXPECT_TRUE(IsPublishedProp(TBase::StaticClass(), "CAPTION"));
+    EXPECT_FALSE(IsPublishedProp(TBase::StaticClass(), "Shape"));
+    EXPECT_FALSE(IsPublishedProp(&d, "last"));
+    // The object overload filters by kind.
+    EXPECT_EQ(GetPropInfo(&d, "Width", TTypeKinds{tkInteger}), width);
+    EXPECT_EQ(GetPropInfo(&d, "Width", TTypeKinds{tkLString, tkString}), nullptr);
+    EXPECT_EQ(GetPropInfo(static_cast<const TObject*>(nullptr), "Width"), nullptr);
+}
+
+TEST(TypInfo, PropListFiltersByKind) {
+    TClass cls = TLeaf::StaticClass();
+    EXPECT_EQ(Names(GetPropList(cls, TTypeKinds{tkInteger}, false)),
+              (std::vector<std::string>{"Width", "ReadOnly", "WriteOnly", "Level", "Offset"}));
+    EXPECT_EQ(Names(GetPropList(cls, tkMethods, false)),
+              (std::vector<std::string>{"OnClick", "OnKey"}));
+    EXPECT_EQ(Names(GetPropList(cls, TTypeKinds{tkLString, tkWString}, false)),
+              (std::vector<std::string>{"Caption", "Title", "Hidden"}));
+    auto props = GetPropList(cls, tkProperties, false);
+    EXPECT_EQ(props.size(), 18u);
+    for (PPropInfo p : props)
+        EXPECT_NE(p->PropType->Kind, tkMethod) << p->Name;
+    EXPECT_EQ(GetPropList(cls, tkAny, false).size(), 20u);
+    EXPECT_TRUE(GetPropList(cls, TTypeKinds{tkInterface}).empty());
+    EXPECT_TRUE(GetPropList(static_cast<TClass>(nullptr), tkAny).empty());
+}
+
+TEST(TypInfo, PropListSortsByName) {
+    auto sorted = Names(GetPropList(TDerived::StaticClass(), tkAny, true));
+    EXPECT_EQ(sorted, (std::vector<std::string>{"Big", "Caption", "Child", "Data", "Letter",
+                                                "OnClick", "Ratio", "ReadOnly", "Shape", "Shapes",
+                                                "Visible", "Width", "WriteOnly"}));
+    // The same list through the class's type information, filtered.
+    EXPECT_EQ(Names(GetPropList(&TDerived::StaticClass()->TypeInfo,
+                                TTypeKinds{tkInteger, tkEnumeration}, true)),
+              (std::vector<std::string>{"ReadOnly", "Shape", "Visible", "Width", "WriteOnly"}));
+}
+
+TEST(TypInfo, RepublishedPropertyKeepsItsSlot) {
+    auto props = GetPropInfos(TRepublisher::StaticClass());
+    ASSERT_EQ(props.size(), 14u);
+    EXPECT_EQ(props[1]->Name, "Caption");
+    EXPECT_EQ(props[1]->NameIndex, 1);
+    EXPECT_EQ(props[13]->Name, "Extra");
+    // It is the descendant's record: its own default and no writer.
+    EXPECT_EQ(props[1]->Default, 3);
+    EXPECT_EQ(props[1]->SetProc, nullptr);
+    EXPECT_EQ(GetPropInfo(TRepublisher::StaticClass(), "caption"), props[1]);
+    // The ancestor keeps its own record.
+    PPropInfo base = GetPropInfo(TDerived::StaticClass(), "Caption");
+    EXPECT_NE(base, props[1]);
+    EXPECT_NE(base->SetProc, nullptr);
+
+    TRepublisher r;
+    r.Caption = "abc";
+    EXPECT_EQ(GetStrProp(&r, "Caption"), "ABC");
+    EXPECT_THROW(SetStrProp(&r, "Caption", "x"), EPropertyError);
+    EXPECT_EQ(GetStrProp(&r, base), "abc");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Specifiers
+
+TEST(TypInfo, DefaultsAreRecordedOrNoDefault) {
+    TClass cls = TLeaf::StaticClass();
+    EXPECT_EQ(GetPropInfo(cls, "Width")->Default, 100);
+    EXPECT_EQ(GetPropInfo(cls, "Shape")->Default, int(stCircle));
+    EXPECT_EQ(GetPropInfo(cls, "Visible")->Default, 1);
+    EXPECT_EQ(GetPropInfo(cls, "Level")->Default, NoDefault);
+    EXPECT_EQ(GetPropInfo(cls, "Caption")->Default, NoDefault);
+    EXPECT_EQ(static_cast<uint32_t>(NoDefault), 0x80000000u);
+}
+
+TEST(TypInfo, StoredSpecifiersConstantAndMethod) {
+    TLeaf leaf;
+    PPropInfo shape = GetPropInfo(leaf.ClassType(), "Shape");
+    PPropInfo hidden = GetPropInfo(leaf.ClassType(), "Hidden");
+    PPropInfo width = GetPropInfo(leaf.ClassType(), "Width");
+    // A method specifier has a StoredProc and is evaluated on the instance.
+    EXPECT_NE(shape->StoredProc, nullptr);
+    EXPECT_FALSE(IsStoredProp(&leaf, shape));
+    leaf.Shape = stTriangle;
+    EXPECT_TRUE(IsStoredProp(&leaf, shape));
+    EXPECT_TRUE(IsStoredProp(&leaf, "SHAPE"));
+    // Constants have none.
+    EXPECT_EQ(hidden->StoredProc, nullptr);
+    EXPECT_FALSE(IsStoredProp(&leaf, hidden));
+    EXPECT_EQ(width->StoredProc, nullptr);
+    EXPECT_TRUE(IsStoredProp(&leaf, width));
+    EXPECT_THROW(IsStoredProp(&leaf, "Missing"), EPropertyError);
+}
+
+TEST(TypInfo, MissingReaderOrWriter) {
+    TBase b;
+    PPropInfo ro = GetPropInfo(b.ClassType(), "ReadOnly");
+    PPropInfo wo = GetPropInfo(b.ClassType(), "WriteOnly");
+    PPropInfo width = GetPropInfo(b.ClassType(), "Width");
+    EXPECT_NE(ro->GetProc, nullptr);
+    EXPECT_EQ(ro->SetProc, nullptr);
+    EXPECT_EQ(wo->GetProc, nullptr);
+    EXPECT_NE(wo->SetProc, nullptr);
+    EXPECT_NE(width->GetProc, nullptr);
+    EXPECT_NE(width->SetProc, nullptr);
+
+    EXPECT_EQ(GetOrdProp(&b, ro), 7);
+    EXPECT_EQ(MessageOf<EPropertyError>([&] { SetOrdProp(&b, ro, 1); }),
+              "Property ReadOnly is read-only");
+    SetOrdProp(&b, wo, 55);
+    EXPECT_EQ(b.written, 55);
+    EXPECT_EQ(MessageOf<EPropertyError>([&] { GetOrdProp(&b, wo); }),
+              "Property WriteOnly is write-only");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Reading and writing values of every kind
+
+TEST(TypInfo, OrdinalsIntegersEnumerationsSetsAndChars) {
+    TLeaf d;
+    EXPECT_EQ(GetOrdProp(&d, "Width"), 100);
+    SetOrdProp(&d, "width", -3);
+    EXPECT_EQ(d.Width, -3);
+    EXPECT_EQ(GetOrdProp(&d, "Width"), -3);
+
+    SetOrdProp(&d, "Shape", stTriangle);
+    EXPECT_EQ(d.Shape, stTriangle);
+    EXPECT_EQ(GetOrdProp(&d, "Shape"), 2);
+
+    SetOrdProp(&d, "Visible", 0);
+    EXPECT_FALSE(d.Visible);
+    EXPECT_EQ(GetOrdProp(&d, "Visible"), 0);
+
+    d.Shapes = {stRectangle, stTriangle};
+    EXPECT_EQ(GetOrdProp(&d, "Shapes"), 0b101);
+    SetOrdProp(&d, "Shapes", 0b010);
+    EXPECT_TRUE(d.Shapes.Contains(stCircle));
+    EXPECT_FALSE(d.Shapes.Contains(stRectangle));
+
+    SetOrdProp(&d, "Letter", 'Z');
+    EXPECT_EQ(d.Letter, 'Z');
+    // Char is unsigned on the platform: a Windows-1251 letter reads as 0..255.
+    d.Letter = '\xC9';
+    EXPECT_EQ(GetOrdProp(&d, "Letter"), 0xC9);
+    SetOrdProp(&d, "Letter", 0xE9);
+    EXPECT_EQ(static_cast<unsigned char>(d.Letter), 0xE9);
+
+    d.Level = 200;
+    EXPECT_EQ(GetOrdProp(&d, "Level"), 200);
+    d.Offset = -5;
+    EXPECT_EQ(GetOrdProp(&d, "Offset"), -5);
+    SetOrdProp(&d, "Glyph", 0x0416);
+    EXPECT_EQ(d.Glyph, u'\x0416');
+}
+
+TEST(TypInfo, WrongKindOfAccessRaises) {
+    TLeaf d;
+    EXPECT_THROW(GetStrProp(&d, "Width"), EPropertyError);
+    EXPECT_THROW(GetFloatProp(&d, "Caption"), EPropertyError);
+    EXPECT_THROW(GetOrdProp(&d, "Ratio"), EPropertyError);
+    EXPECT_THROW(GetMethodProp(&d, "Width"), EPropertyError);
+    EXPECT_THROW(GetObjectPropClass(&d, "Width"), EPropertyError);
+    EXPECT_EQ(MessageOf<EPropertyError>([&] { GetOrdProp(&d, "Nothing"); }),
+              "Property Nothing does not exist");
+    EXPECT_THROW(SetStrProp(&d, "Nothing", "x"), EPropertyError);
+}
+
+TEST(TypInfo, FloatsAndDates) {
+    TLeaf d;
+    EXPECT_EQ(GetFloatProp(&d, "Ratio"), 0.5L);
+    SetFloatProp(&d, "Ratio", 0.25L);
+    EXPECT_EQ(d.Ratio, 0.25);
+    SetFloatProp(&d, "Stamp", 36526.5L);
+    EXPECT_EQ(d.Stamp.Value, 36526.5);
+    EXPECT_EQ(GetFloatProp(&d, "Stamp"), 36526.5L);
+}
+
+TEST(TypInfo, Int64KeepsAllBits) {
+    TLeaf d;
+    PPropInfo big = GetPropInfo(d.ClassType(), "Big");
+    SetInt64Prop(&d, big, int64_t(1) << 40);
+    EXPECT_EQ(d.Big, int64_t(1) << 40);
+    EXPECT_EQ(GetInt64Prop(&d, big), int64_t(1) << 40);
+    EXPECT_EQ(GetOrdProp(&d, big), int64_t(1) << 40);
+    SetInt64Prop(&d, big, INT64_MIN);
+    EXPECT_EQ(GetInt64Prop(&d, big), INT64_MIN);
+}
+
+TEST(TypInfo, StringsAndWideStrings) {
+    TLeaf d;
+    SetStrProp(&d, "Caption", "Hello");
+    EXPECT_EQ(d.Caption, "Hello");
+    EXPECT_EQ(GetStrProp(&d, "caption"), "Hello");
+    EXPECT_EQ(GetWideStrProp(&d, GetPropInfo(d.ClassType(), "Caption")), u"Hello");
+
+    // A wide property is reached with single-byte Windows-1251 text.
+    SetStrProp(&d, "Title", "\xCF\xF0\xE8\xE2\xE5\xF2");
+    EXPECT_EQ(d.Title, u"Привет");
+    EXPECT_EQ(GetStrProp(&d, "Title"), "\xCF\xF0\xE8\xE2\xE5\xF2");
+    PPropInfo title = GetPropInfo(d.ClassType(), "Title");
+    SetWideStrProp(&d, title, u"Ёж");
+    EXPECT_EQ(GetWideStrProp(&d, title), u"Ёж");
+    EXPECT_EQ(GetStrProp(&d, title), "\xA8\xE6");
+}
+
+TEST(TypInfo, Variants) {
+    TLeaf d;
+    PPropInfo data = GetPropInfo(d.ClassType(), "Data");
+    EXPECT_TRUE(GetVariantProp(&d, data).IsEmpty());
+    SetVariantProp(&d, data, Variant(int32_t(12)));
+    EXPECT_EQ(d.Data.VarType(), varInteger);
+    EXPECT_EQ(GetVariantProp(&d, data).AsInteger(), 12);
+    SetVariantProp(&d, data, Variant("text"));
+    EXPECT_EQ(GetVariantProp(&d, data).AsString(), "text");
+}
+
+TEST(TypInfo, ClassReferences) {
+    TLeaf d;
+    TBase child;
+    TDerived derivedChild;
+    EXPECT_EQ(GetObjectPropClass(&d, "Child"), TBase::StaticClass());
+    EXPECT_EQ(GetObjectProp(&d, "Child"), nullptr);
+    SetObjectProp(&d, "Child", &child);
+    EXPECT_EQ(d.Child, &child);
+    EXPECT_EQ(GetObjectProp(&d, "Child"), &child);
+    // The ordinal of an object property is the reference.
+    EXPECT_EQ(GetOrdProp(&d, "Child"), static_cast<int64_t>(reinterpret_cast<intptr_t>(&child)));
+    // A descendant of the property's class is accepted, an unrelated class is not.
+    SetObjectProp(&d, "Child", &derivedChild);
+    EXPECT_EQ(d.Child, &derivedChild);
+    TObject unrelated;
+    EXPECT_THROW(SetObjectProp(&d, "Child", &unrelated), EInvalidCast);
+    EXPECT_EQ(d.Child, &derivedChild);
+    SetObjectProp(&d, "Child", nullptr);
+    EXPECT_EQ(d.Child, nullptr);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Method pointers and the published method table
+
+TEST(TypInfo, PublishedMethodTable) {
+    TLeaf d;
+    void* clicked = d.MethodAddress("Clicked");
+    ASSERT_NE(clicked, nullptr);
+    EXPECT_EQ(d.MethodAddress("CLICKED"), clicked);
+    EXPECT_EQ(clicked, MethodCode<&TDerived::Clicked>());
+    EXPECT_NE(d.MethodAddress("Other"), clicked);
+    EXPECT_EQ(d.MethodAddress("Missing"), nullptr);
+    EXPECT_EQ(d.MethodName(clicked), "Clicked");
+    EXPECT_EQ(d.MethodName(d.MethodAddress("KeyPressed")), "KeyPressed");
+    EXPECT_EQ(d.MethodName(nullptr), "");
+    EXPECT_EQ(d.MethodName(MethodCode<&TLeaf::ReadOnlyValue>()), "");
+    // The ancestor doesn't see its descendant's methods.
+    TDerived base;
+    EXPECT_EQ(base.MethodAddress("KeyPressed"), nullptr);
+}
+
+TEST(TypInfo, MethodPointersAreEqualExactlyWhenObjectAndMethodAgree) {
+    TDerived a, b;
+    TMethod aClicked{a.MethodAddress("Clicked"), &a};
+    EXPECT_EQ(aClicked, TNotify::Of<&TDerived::Clicked>(&a).Method());
+    EXPECT_NE(aClicked, (TMethod{a.MethodAddress("Clicked"), &b}));
+    EXPECT_NE(aClicked, (TMethod{a.MethodAddress("Other"), &a}));
+    EXPECT_TRUE(TNotify::Of<&TDerived::Clicked>(&a) == TNotify::Of<&TDerived::Clicked>(&a));
+    EXPECT_FALSE(TNotify::Of<&TDerived::Clicked>(&a) == TNotify::Of<&TDerived::Clicked>(&b));
+    EXPECT_FALSE(TNotify::Of<&TDerived::Clicked>(&a) == TNotify::Of<&TDerived::Other>(&a));
+    EXPECT_FALSE(TMethod{});
+    EXPECT_TRUE(aClicked);
+}
+
+TEST(TypInfo, EventStoredInAPropertyIsCalled) {
+    TDerived handler, source;
+    // Hook the event the way the filer does: by the handler's published method name.
+    SetMethodProp(&source, "OnClick", TMethod{handler.MethodAddress("Clicked"), &handler});
+    ASSERT_TRUE(source.OnClick);
+    source.OnClick(&source);
+    EXPECT_EQ(handler.last, &source);
+    EXPECT_EQ(source.last, nullptr);
+    TMethod read = GetMethodProp(&source, "onclick");
+    EXPECT_EQ(read.Data, &handler);
+    EXPECT_EQ(handler.MethodName(read.Code), "Clicked");
+    // Cleared again.
+    SetMethodProp(&source, "OnClick", TMethod{});
+    EXPECT_FALSE(source.OnClick);
+
+    // An event with a var parameter writes through it.
+    TLeaf leaf;
+    leaf.OnKey = TKeyEvent::Of<&TLeaf::KeyPressed>(&leaf);
+    uint16_t key = 13;
+    leaf.OnKey(&leaf, key);
+    EXPECT_EQ(key, 0);
+    EXPECT_EQ(GetMethodProp(&leaf, "OnKey").Code, leaf.MethodAddress("KeyPressed"));
+}
+
+TEST(TypInfo, AccessorsOfEveryForm) {
+    TAccessors a;
+    PPropInfo key = GetPropInfo(a.ClassType(), "Key");
+    EXPECT_EQ(key->PropType->Name, "TShortCut");
+    EXPECT_EQ(key->PropType->Kind, tkInteger);
+    SetOrdProp(&a, key, 0x4044);
+    EXPECT_EQ(a.Key, 0x4044);
+    EXPECT_EQ(GetOrdProp(&a, key), 0x4044);
+
+    PPropInfo twice = GetPropInfo(a.ClassType(), "Double");
+    EXPECT_EQ(twice->PropType->Name, "Integer");
+    EXPECT_EQ(GetOrdProp(&a, twice), 10);
+    SetOrdProp(&a, twice, 42);
+    EXPECT_EQ(a.Half, 21);
+
+    SetStrProp(&a, "Text", "x");
+    EXPECT_EQ(a.Text, "<x>");
+    EXPECT_EQ(GetStrProp(&a, "Text"), "<x>");
 }

@@ -1,0 +1,380 @@
+// Collections: adding, inserting, deleting and moving items, item IDs, name paths, Assign, the
+// update bracket and the class of the items.
+#include "rtl/Classes.h"
+#include "rtl/SysUtils.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+using namespace rtl;
+
+namespace colls {
+
+class TBookItem : public TCollectionItem {
+    RTL_CLASS(TBookItem, TCollectionItem)
+public:
+    explicit TBookItem(TCollection* collection = nullptr) : TCollectionItem(collection) {}
+    ~TBookItem() override { ++destroyed; }
+    std::string Title;
+    void Assign(TPersistent* source) override {
+        if (auto* b = dynamic_cast<TBookItem*>(source)) {
+            Title = b->Title;
+            return;
+        }
+        TCollectionItem::Assign(source);
+    }
+    static inline int destroyed = 0;
+
+protected:
+    std::string GetDisplayName() const override {
+        return Title.empty() ? TCollectionItem::GetDisplayName() : Title;
+    }
+};
+
+// An item class of its own, to be refused by a collection of books.
+class TMapItem : public TCollectionItem {
+    RTL_CLASS(TMapItem, TCollectionItem)
+public:
+    explicit TMapItem(TCollection* collection = nullptr) : TCollectionItem(collection) {}
+};
+
+// Counts the calls of Update and Notify.
+class TBooks : public TOwnedCollection {
+    RTL_CLASS(TBooks, TOwnedCollection)
+public:
+    explicit TBooks(TPersistent* owner) : TOwnedCollection(owner, TBookItem::StaticClass()) {}
+    TBookItem* Book(int index) const { return static_cast<TBookItem*>(GetItem(index)); }
+    TBookItem* AddBook(std::string title) {
+        auto* b = static_cast<TBookItem*>(Add());
+        b->Title = std::move(title);
+        return b;
+    }
+    std::vector<TCollectionItem*> updates;
+    std::vector<std::pair<TCollectionItem*, TCollectionNotification>> notices;
+
+protected:
+    void Update(TCollectionItem* item) override { updates.push_back(item); }
+    void Notify(TCollectionItem* item, TCollectionNotification action) override {
+        notices.emplace_back(item, action);
+    }
+};
+
+// A component that publishes its collection.
+class TShelf : public TComponent {
+    RTL_CLASS(TShelf, TComponent)
+public:
+    explicit TShelf(TComponent* owner = nullptr) : TComponent(owner), books_(this) {}
+    TBooks* Books() const { return const_cast<TBooks*>(&books_); }
+
+private:
+    TBooks books_;
+};
+
+RTL_BEGIN_CLASS(TBookItem)
+    Property("Title", &TBookItem::Title);
+RTL_END_CLASS
+RTL_IMPLEMENT_CLASS(TMapItem)
+RTL_IMPLEMENT_CLASS(TBooks)
+RTL_BEGIN_CLASS(TShelf)
+    Property("Books", &TShelf::Books, nullptr);
+RTL_END_CLASS
+
+} // namespace colls
+
+using namespace colls;
+
+namespace {
+
+std::vector<std::string> Titles(const TBooks& books) {
+    std::vector<std::string> t;
+    for (int i = 0; i < books.Count(); ++i)
+        t.push_back(books.Book(i)->Title);
+    return t;
+}
+
+std::vector<int32_t> Ids(const TCollection& c) {
+    std::vector<int32_t> ids;
+    for (int i = 0; i < c.Count(); ++i)
+        ids.push_back(c[i]->ID());
+    return ids;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Adding and removing
+
+TEST(Collections, AddCreatesItemsOfTheItemClass) {
+    TBooks books(nullptr);
+    TCollectionItem* item = books.Add();
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->ClassType(), TBookItem::StaticClass());
+    EXPECT_EQ(item->Collection(), &books);
+    EXPECT_EQ(item->Index(), 0);
+    EXPECT_EQ(books.Count(), 1);
+    EXPECT_EQ(books.ItemClass(), TBookItem::StaticClass());
+}
+
+TEST(Collections, ItemsCreatedWithTheirCollectionJoinIt) {
+    TBooks books(nullptr);
+    auto* direct = new TBookItem(&books);
+    EXPECT_EQ(direct->Collection(), &books);
+    EXPECT_EQ(books.Count(), 1);
+    TObject* created = CreateInstance(TBookItem::StaticClass(), &books);
+    EXPECT_EQ(created->ClassType(), TBookItem::StaticClass());
+    EXPECT_EQ(books.Count(), 2);
+    EXPECT_EQ(books[1], created);
+}
+
+TEST(Collections, InsertDeleteAndClear) {
+    TBooks books(nullptr);
+    books.AddBook("b");
+    books.AddBook("d");
+    static_cast<TBookItem*>(books.Insert(0))->Title = "a";
+    static_cast<TBookItem*>(books.Insert(2))->Title = "c";
+    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "b", "c", "d"}));
+    books.Delete(1);
+    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "c", "d"}));
+    for (int i = 0; i < books.Count(); ++i)
+        EXPECT_EQ(books[i]->Index(), i);
+    EXPECT_THROW(books.Delete(3), EListError);
+    EXPECT_THROW(books.Delete(-1), EListError);
+    EXPECT_THROW(books.GetItem(3), EListError);
+    int before = TBookItem::destroyed;
+    books.Clear();
+    EXPECT_EQ(books.Count(), 0);
+    EXPECT_EQ(TBookItem::destroyed - before, 3);
+}
+
+TEST(Collections, FreeingAnItemTakesItOut) {
+    TBooks books(nullptr);
+    books.AddBook("a");
+    auto* b = books.AddBook("b");
+    books.AddBook("c");
+    delete b;
+    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "c"}));
+}
+
+TEST(Collections, TheCollectionFreesItsItems) {
+    int before = TBookItem::destroyed;
+    {
+        TShelf shelf;
+        shelf.Books()->AddBook("x");
+        shelf.Books()->AddBook("y");
+    }
+    EXPECT_EQ(TBookItem::destroyed - before, 2);
+}
+
+// ---------------------------------------------------------------------------------------------
+// IDs
+
+TEST(Collections, ItemIdsNeverRepeat) {
+    TBooks books(nullptr);
+    books.AddBook("a");
+    books.AddBook("b");
+    books.AddBook("c");
+    EXPECT_EQ(Ids(books), (std::vector<int32_t>{0, 1, 2}));
+    EXPECT_EQ(books.NextID(), 3);
+    books.Delete(2);
+    books.AddBook("d");
+    EXPECT_EQ(Ids(books), (std::vector<int32_t>{0, 1, 3}));
+    books.Clear();
+    EXPECT_EQ(books.AddBook("e")->ID(), 4);
+    EXPECT_EQ(books.NextID(), 5);
+}
+
+TEST(Collections, FindItemIdFollowsTheItem) {
+    TBooks books(nullptr);
+    books.AddBook("a");
+    auto* b = books.AddBook("b");
+    books.AddBook("c");
+    EXPECT_EQ(books.FindItemID(1), b);
+    b->SetIndex(0);
+    EXPECT_EQ(books.FindItemID(1), b);
+    books.Delete(0);
+    EXPECT_EQ(books.FindItemID(1), nullptr);
+    EXPECT_EQ(books.FindItemID(99), nullptr);
+    EXPECT_EQ(books.FindItemID(2)->Index(), 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Moving
+
+TEST(Collections, SettingIndexMovesTheItem) {
+    TBooks books(nullptr);
+    for (const char* t : {"a", "b", "c", "d"})
+        books.AddBook(t);
+    books.Book(3)->SetIndex(1);
+    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "d", "b", "c"}));
+    books.Book(0)->SetIndex(3);
+    EXPECT_EQ(Titles(books), (std::vector<std::string>{"d", "b", "c", "a"}));
+    EXPECT_THROW(books.Book(0)->SetIndex(4), EListError);
+    EXPECT_THROW(books.Book(0)->SetIndex(-1), EListError);
+    EXPECT_EQ(Titles(books), (std::vector<std::string>{"d", "b", "c", "a"}));
+}
+
+TEST(Collections, AnItemMovesToAnotherCollectionWithANewId) {
+    TBooks first(nullptr), second(nullptr);
+    first.AddBook("a");
+    auto* b = first.AddBook("b");
+    second.AddBook("x");
+    b->SetCollection(&second);
+    EXPECT_EQ(first.Count(), 1);
+    EXPECT_EQ(second.Count(), 2);
+    EXPECT_EQ(b->Collection(), &second);
+    EXPECT_EQ(b->ID(), 1);
+    EXPECT_EQ(b->Index(), 1);
+    b->SetCollection(nullptr);
+    EXPECT_EQ(b->Index(), -1);
+    EXPECT_EQ(second.Count(), 1);
+    delete b;
+}
+
+TEST(Collections, ItemsOfAWrongClassAreRefused) {
+    TBooks books(nullptr);
+    books.AddBook("a");
+    auto* map = new TMapItem(nullptr);
+    EXPECT_THROW(map->SetCollection(&books), Exception);
+    EXPECT_EQ(map->Collection(), nullptr);
+    EXPECT_EQ(books.Count(), 1);
+    EXPECT_EQ(books.NextID(), 1);
+    delete map;
+    // The base item class is no book either.
+    auto* plain = new TCollectionItem(nullptr);
+    EXPECT_THROW(plain->SetCollection(&books), Exception);
+    EXPECT_EQ(books.Count(), 1);
+    delete plain;
+    // A collection of base items takes any item.
+    TCollection any(TCollectionItem::StaticClass());
+    auto* book = new TBookItem(&any);
+    EXPECT_EQ(book->Collection(), &any);
+    EXPECT_EQ(any.Count(), 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Name paths
+
+TEST(Collections, NamePathsGoThroughTheOwnersProperty) {
+    TShelf shelf;
+    shelf.SetName("Shelf1");
+    TBooks* books = shelf.Books();
+    for (const char* t : {"a", "b", "c"})
+        books->AddBook(t);
+    EXPECT_EQ(books->PropName(), "Books");
+    EXPECT_EQ(books->GetNamePath(), "Shelf1.Books");
+    EXPECT_EQ(books->Book(2)->GetNamePath(), "Shelf1.Books[2]");
+    EXPECT_EQ(books->Book(0)->GetNamePath(), "Shelf1.Books[0]");
+    // The index in the path follows moves.
+    books->Book(2)->SetIndex(0);
+    EXPECT_EQ(books->Book(0)->GetNamePath(), "Shelf1.Books[0]");
+    EXPECT_EQ(books->Book(0)->Title, "c");
+}
+
+TEST(Collections, NamePathsWithoutANamedOwner) {
+    TShelf unnamed;
+    unnamed.Books()->AddBook("a");
+    EXPECT_EQ(unnamed.Books()->GetNamePath(), "TBooks");
+    EXPECT_EQ(unnamed.Books()->Book(0)->GetNamePath(), "TBooks[0]");
+    TCollection loose(TBookItem::StaticClass());
+    loose.Add();
+    EXPECT_EQ(loose.GetNamePath(), "TCollection");
+    EXPECT_EQ(loose[0]->GetNamePath(), "TCollection[0]");
+    TBookItem alone;
+    EXPECT_EQ(alone.GetNamePath(), "TBookItem");
+    EXPECT_EQ(alone.DisplayName(), "TBookItem");
+    alone.Title = "Dune";
+    EXPECT_EQ(alone.DisplayName(), "Dune");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Assign
+
+TEST(Collections, AssignCopiesTheItems) {
+    TBooks source(nullptr), dest(nullptr);
+    for (const char* t : {"a", "b", "c"})
+        source.AddBook(t);
+    dest.AddBook("old");
+    dest.updates.clear();
+    dest.Assign(&source);
+    EXPECT_EQ(Titles(dest), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(Titles(source), (std::vector<std::string>{"a", "b", "c"}));
+    // The copies are the destination's own items, with its IDs.
+    EXPECT_NE(dest[0], source[0]);
+    EXPECT_EQ(Ids(dest), (std::vector<int32_t>{1, 2, 3}));
+    // One update for the whole assignment.
+    ASSERT_EQ(dest.updates.size(), 1u);
+    EXPECT_EQ(dest.updates[0], nullptr);
+}
+
+TEST(Collections, AssignFromAnotherKindOfObjectRaises) {
+    TBooks books(nullptr);
+    TComponent c;
+    try {
+        books.Assign(&c);
+        FAIL() << "no exception";
+    } catch (const EConvertError& e) {
+        EXPECT_EQ(e.Message(), "Cannot assign a TComponent to a TBooks");
+    }
+    // Items without an Assign of their own can't be copied.
+    TCollection plainSource(TCollectionItem::StaticClass());
+    TCollection plainDest(TCollectionItem::StaticClass());
+    plainSource.Add();
+    EXPECT_THROW(plainDest.Assign(&plainSource), EConvertError);
+    EXPECT_EQ(plainDest.UpdateCount(), 0) << "the update bracket is closed after a failure";
+}
+
+// ---------------------------------------------------------------------------------------------
+// Updates and notifications
+
+TEST(Collections, EachChangeUpdatesOnce) {
+    TBooks books(nullptr);
+    books.AddBook("a");
+    EXPECT_EQ(books.updates, std::vector<TCollectionItem*>{nullptr});
+    books.updates.clear();
+    books.AddBook("b");
+    books.Delete(0);
+    EXPECT_EQ(books.updates.size(), 2u);
+    // A change of one item updates that item.
+    books.updates.clear();
+    books.Book(0)->SetDisplayName("z");
+    EXPECT_EQ(books.updates, std::vector<TCollectionItem*>{books.Book(0)});
+}
+
+TEST(Collections, UpdateOnceAfterBeginUpdateEndUpdate) {
+    TBooks books(nullptr);
+    books.BeginUpdate();
+    books.BeginUpdate();
+    books.AddBook("a");
+    books.AddBook("b");
+    books.Insert(0);
+    books.Delete(1);
+    books.Book(0)->SetIndex(1);
+    books.Book(0)->SetDisplayName("x");
+    books.EndUpdate();
+    EXPECT_TRUE(books.updates.empty()) << "still inside the outer bracket";
+    books.EndUpdate();
+    EXPECT_EQ(books.updates, std::vector<TCollectionItem*>{nullptr});
+    EXPECT_EQ(books.UpdateCount(), 0);
+    books.updates.clear();
+    books.Clear();
+    EXPECT_EQ(books.updates.size(), 1u);
+}
+
+TEST(Collections, NotifyTellsAddedDeletingAndExtracting) {
+    TBooks books(nullptr);
+    auto* a = books.AddBook("a");
+    auto* b = books.AddBook("b");
+    EXPECT_EQ(books.notices, (std::vector<std::pair<TCollectionItem*, TCollectionNotification>>{
+                                 {a, cnAdded}, {b, cnAdded}}));
+    books.notices.clear();
+    books.Delete(0);
+    EXPECT_EQ(books.notices, (std::vector<std::pair<TCollectionItem*, TCollectionNotification>>{
+                                 {a, cnDeleting}, {a, cnExtracting}}));
+    books.notices.clear();
+    b->SetCollection(nullptr);
+    EXPECT_EQ(books.notices, (std::vector<std::pair<TCollectionItem*, TCollectionNotification>>{
+                                 {b, cnExtracting}}));
+    delete b;
+}

@@ -1,0 +1,464 @@
+// Components: ownership and destruction, names, published fields linked by name,
+// notifications, free notification across owners, nested lookup.
+#include "rtl/Classes.h"
+#include "rtl/SysUtils.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+#include <vector>
+
+using namespace rtl;
+
+namespace comps {
+
+// Records the names of components as they are destroyed, and what they saw then.
+struct DestroyLog {
+    std::vector<std::string> names;
+    std::vector<bool> destroyingFlag;
+};
+
+class TCounted : public TComponent {
+    RTL_CLASS(TCounted, TComponent)
+public:
+    explicit TCounted(TComponent* owner = nullptr, DestroyLog* log = nullptr)
+        : TComponent(owner), log_(log) {}
+    ~TCounted() override {
+        if (log_) {
+            log_->names.push_back(Name());
+            log_->destroyingFlag.push_back(ComponentState().Contains(csDestroying));
+        }
+    }
+
+private:
+    DestroyLog* log_;
+};
+
+class TButton : public TComponent {
+    RTL_CLASS(TButton, TComponent)
+public:
+    using TComponent::TComponent;
+};
+
+class TLabel : public TComponent {
+    RTL_CLASS(TLabel, TComponent)
+public:
+    using TComponent::TComponent;
+};
+
+// An owner with published fields that its components fill by name.
+class TForm : public TComponent {
+    RTL_CLASS(TForm, TComponent)
+public:
+    using TComponent::TComponent;
+    TButton* Button1 = nullptr;
+    TLabel* Caption = nullptr;
+};
+
+// Remembers every notification it receives.
+class TWatcher : public TComponent {
+    RTL_CLASS(TWatcher, TComponent)
+public:
+    using TComponent::TComponent;
+    std::vector<std::pair<TComponent*, TOperation>> seen;
+
+protected:
+    void Notification(TComponent* component, TOperation operation) override {
+        TComponent::Notification(component, operation);
+        seen.emplace_back(component, operation);
+    }
+};
+
+// Holds a reference to a component that may belong to another owner, and drops it when told
+// that the component goes.
+class TLink : public TComponent {
+    RTL_CLASS(TLink, TComponent)
+public:
+    using TComponent::TComponent;
+    TComponent* Target = nullptr;
+    int removals = 0;
+    void SetTarget(TComponent* value) {
+        if (Target) Target->RemoveFreeNotification(this);
+        Target = value;
+        if (value) value->FreeNotification(this);
+    }
+
+protected:
+    void Notification(TComponent* component, TOperation operation) override {
+        TComponent::Notification(component, operation);
+        if (operation == opRemove && component == Target) {
+            Target = nullptr;
+            ++removals;
+        }
+    }
+};
+
+RTL_IMPLEMENT_CLASS(TCounted)
+RTL_IMPLEMENT_CLASS(TButton)
+RTL_IMPLEMENT_CLASS(TLabel)
+RTL_BEGIN_CLASS(TForm)
+    Field("Button1", &TForm::Button1);
+    Field("Caption", &TForm::Caption);
+RTL_END_CLASS
+RTL_IMPLEMENT_CLASS(TWatcher)
+RTL_IMPLEMENT_CLASS(TLink)
+
+} // namespace comps
+
+using namespace comps;
+
+namespace {
+
+template <class E, class F> std::string MessageOf(F&& f) {
+    try {
+        f();
+    } catch (const E& e) {
+        return e.Message();
+    }
+    ADD_FAILURE() << "no exception raised";
+    return {};
+}
+
+TCounted* Named(TComponent* owner, const std::string& name, DestroyLog* log = nullptr) {
+    auto* c = new TCounted(owner, log);
+    c->SetName(name);
+    return c;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Ownership
+
+TEST(Components, OwnedComponentsDieWithTheirOwnerLastFirst) {
+    DestroyLog log;
+    auto* root = Named(nullptr, "Root", &log);
+    Named(root, "A", &log);
+    auto* b = Named(root, "B", &log);
+    Named(root, "C", &log);
+    Named(b, "B1", &log);
+    Named(b, "B2", &log);
+    EXPECT_EQ(root->ComponentCount(), 3);
+    EXPECT_EQ(b->ComponentCount(), 2);
+    delete root;
+    // The owner's own destructor body runs first; then its components go, the last first, each
+    // with its own components.
+    EXPECT_EQ(log.names, (std::vector<std::string>{"Root", "C", "B", "B2", "B1", "A"}));
+    // The owned ones know that they are being destroyed.
+    for (size_t i = 1; i < log.destroyingFlag.size(); ++i)
+        EXPECT_TRUE(log.destroyingFlag[i]) << log.names[i];
+}
+
+TEST(Components, AFreedComponentLeavesItsOwner) {
+    DestroyLog log;
+    TComponent owner;
+    Named(&owner, "First", &log);
+    auto* second = Named(&owner, "Second", &log);
+    Named(&owner, "Third", &log);
+    delete second;
+    EXPECT_EQ(owner.ComponentCount(), 2);
+    EXPECT_EQ(owner.FindComponent("Second"), nullptr);
+    EXPECT_EQ(owner.Components(0)->Name(), "First");
+    EXPECT_EQ(owner.Components(1)->Name(), "Third");
+    EXPECT_EQ(log.names, std::vector<std::string>{"Second"});
+}
+
+TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
+    DestroyLog log;
+    auto* owner = new TComponent(nullptr);
+    auto* child = Named(owner, "Child", &log);
+    EXPECT_EQ(owner->FindComponent("child"), child);
+    owner->RemoveComponent(child);
+    EXPECT_EQ(child->Owner(), nullptr);
+    EXPECT_EQ(owner->FindComponent("Child"), nullptr);
+    EXPECT_EQ(owner->ComponentCount(), 0);
+    EXPECT_EQ(child->ComponentIndex(), -1);
+    delete owner;
+    EXPECT_TRUE(log.names.empty());
+    // Another owner can take it.
+    TComponent other;
+    other.InsertComponent(child);
+    EXPECT_EQ(child->Owner(), &other);
+    EXPECT_EQ(other.FindComponent("CHILD"), child);
+}
+
+TEST(Components, DestroyComponentsFreesTheOwnedOnly) {
+    DestroyLog log;
+    TComponent owner;
+    owner.SetName("Owner");
+    Named(&owner, "A", &log);
+    Named(&owner, "B", &log);
+    owner.DestroyComponents();
+    EXPECT_EQ(owner.ComponentCount(), 0);
+    EXPECT_EQ(log.names, (std::vector<std::string>{"B", "A"}));
+    EXPECT_EQ(owner.Name(), "Owner");
+    Named(&owner, "A"); // the names are free again
+}
+
+TEST(Components, ComponentsByIndex) {
+    TComponent owner;
+    auto* a = Named(&owner, "A");
+    auto* b = Named(&owner, "B");
+    auto* c = Named(&owner, "C");
+    EXPECT_EQ(a->ComponentIndex(), 0);
+    EXPECT_EQ(c->ComponentIndex(), 2);
+    EXPECT_THROW(owner.Components(3), EListError);
+    EXPECT_THROW(owner.Components(-1), EListError);
+    c->SetComponentIndex(0);
+    EXPECT_EQ(owner.Components(0), c);
+    EXPECT_EQ(owner.Components(1), a);
+    EXPECT_EQ(owner.Components(2), b);
+    // Out-of-range indexes are clamped.
+    c->SetComponentIndex(99);
+    EXPECT_EQ(owner.Components(2), c);
+    c->SetComponentIndex(-5);
+    EXPECT_EQ(owner.Components(0), c);
+    TComponent loose;
+    EXPECT_EQ(loose.ComponentIndex(), -1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Names
+
+TEST(Components, NamesMustBeIdentifiers) {
+    TComponent owner;
+    auto* c = Named(&owner, "Good_1");
+    for (const char* bad : {"1st", "a b", "a-b", "a.b", " lead", "\xC8\xEC\xFF", "x!"}) {
+        EXPECT_THROW(c->SetName(bad), EComponentError) << bad;
+        EXPECT_EQ(c->Name(), "Good_1");
+    }
+    EXPECT_EQ(MessageOf<EComponentError>([&] { c->SetName("9lives"); }),
+              "'9lives' is not a valid component name");
+    c->SetName("_private");
+    EXPECT_EQ(c->Name(), "_private");
+    c->SetName("");
+    EXPECT_EQ(c->Name(), "");
+    EXPECT_TRUE(IsValidComponentName("Form1"));
+    EXPECT_FALSE(IsValidComponentName(""));
+}
+
+TEST(Components, NamesAreUniqueAmongSiblingsIgnoringCase) {
+    TComponent owner;
+    auto* first = Named(&owner, "Button1");
+    auto* second = Named(&owner, "Button2");
+    EXPECT_EQ(MessageOf<EComponentError>([&] { second->SetName("BUTTON1"); }),
+              "A component named BUTTON1 already exists");
+    EXPECT_EQ(second->Name(), "Button2");
+    // A change of case of one's own name is a rename, not a clash.
+    first->SetName("BUTTON1");
+    EXPECT_EQ(first->Name(), "BUTTON1");
+    EXPECT_EQ(owner.FindComponent("button1"), first);
+    // Several components may stay unnamed.
+    second->SetName("");
+    auto* third = Named(&owner, "");
+    EXPECT_EQ(owner.FindComponent(""), nullptr);
+    EXPECT_EQ(third->Name(), "");
+    // The same name under another owner is fine.
+    TComponent otherOwner;
+    EXPECT_NO_THROW(Named(&otherOwner, "Button1"));
+    // And the freed name can be taken again.
+    delete first;
+    EXPECT_NO_THROW(second->SetName("Button1"));
+}
+
+TEST(Components, NameAndTagArePublished) {
+    std::vector<std::string> names;
+    for (PPropInfo p : GetPropInfos(TComponent::StaticClass()))
+        names.push_back(p->Name);
+    EXPECT_EQ(names, (std::vector<std::string>{"Name", "Tag"}));
+    TComponent owner;
+    auto* c = new TComponent(&owner);
+    // Name is written by the filer apart from the properties: not stored.
+    EXPECT_FALSE(IsStoredProp(c, "Name"));
+    EXPECT_EQ(GetPropInfo(c->ClassType(), "Tag")->Default, 0);
+    SetStrProp(c, "Name", "Timer1");
+    EXPECT_EQ(c->Name(), "Timer1");
+    EXPECT_EQ(owner.FindComponent("timer1"), c);
+    // Renaming through the property is validated too.
+    EXPECT_THROW(SetStrProp(c, "Name", "not valid"), EComponentError);
+    Named(&owner, "Timer2");
+    EXPECT_THROW(SetStrProp(c, "Name", "TIMER2"), EComponentError);
+    EXPECT_EQ(GetStrProp(c, "Name"), "Timer1");
+    SetOrdProp(c, "Tag", -7);
+    EXPECT_EQ(c->Tag, -7);
+}
+
+TEST(Components, NamePathIsTheName) {
+    TComponent owner;
+    auto* c = Named(&owner, "Edit1");
+    EXPECT_EQ(c->GetNamePath(), "Edit1");
+    EXPECT_EQ(c->GetOwner(), &owner);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Published fields of the owner
+
+TEST(Components, FieldsOfTheOwnerFollowTheName) {
+    TForm form;
+    auto* button = new TButton(&form);
+    EXPECT_EQ(form.Button1, nullptr);
+    button->SetName("Button1");
+    EXPECT_EQ(form.Button1, button);
+    // Renamed away: unlinked; back under another case: linked again.
+    button->SetName("OkButton");
+    EXPECT_EQ(form.Button1, nullptr);
+    button->SetName("BUTTON1");
+    EXPECT_EQ(form.Button1, button);
+    // Freed: unlinked.
+    delete button;
+    EXPECT_EQ(form.Button1, nullptr);
+}
+
+TEST(Components, FieldsAreLinkedOnInsertAndUnlinkedOnRemove) {
+    TForm form;
+    auto* label = new TLabel(nullptr);
+    label->SetName("Caption");
+    form.InsertComponent(label);
+    EXPECT_EQ(form.Caption, label);
+    form.RemoveComponent(label);
+    EXPECT_EQ(form.Caption, nullptr);
+    delete label;
+    // A component of a name that isn't a field leaves the fields alone.
+    auto* other = new TLabel(&form);
+    other->SetName("Label7");
+    EXPECT_EQ(form.Caption, nullptr);
+    EXPECT_EQ(form.Button1, nullptr);
+}
+
+TEST(Components, AFormFreesItsLinkedComponents) {
+    DestroyLog log;
+    auto* form = new TForm(nullptr);
+    (new TButton(form))->SetName("Button1");
+    Named(form, "Extra", &log);
+    ASSERT_NE(form->Button1, nullptr);
+    delete form;
+    EXPECT_EQ(log.names, std::vector<std::string>{"Extra"});
+}
+
+// ---------------------------------------------------------------------------------------------
+// Notifications
+
+TEST(Components, InsertAndRemoveReachOwnedComponents) {
+    TComponent root;
+    auto* watcher = new TWatcher(&root);
+    auto* c = new TComponent(&root);
+    ASSERT_FALSE(watcher->seen.empty());
+    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opInsert));
+    root.RemoveComponent(c);
+    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opRemove));
+    root.InsertComponent(c);
+    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opInsert));
+    size_t before = watcher->seen.size();
+    delete c;
+    ASSERT_EQ(watcher->seen.size(), before + 1);
+    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opRemove));
+}
+
+TEST(Components, NotificationsReachComponentsOwnedDeeper) {
+    TComponent root;
+    auto* panel = new TComponent(&root);
+    auto* watcher = new TWatcher(panel);
+    auto* c = new TComponent(&root);
+    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opInsert));
+    delete c;
+    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opRemove));
+}
+
+TEST(Components, FreeNotificationTellsAComponentOfAnotherOwner) {
+    TComponent formA, formB;
+    auto* target = new TComponent(&formA);
+    auto* link = new TLink(&formB);
+    link->SetTarget(target);
+    EXPECT_TRUE(target->ComponentState().Contains(csFreeNotification));
+    EXPECT_TRUE(link->ComponentState().Contains(csFreeNotification));
+    delete target;
+    EXPECT_EQ(link->Target, nullptr);
+    EXPECT_EQ(link->removals, 1);
+    // Both sides forgot each other.
+    EXPECT_FALSE(link->ComponentState().Contains(csFreeNotification));
+}
+
+TEST(Components, FreeNotificationWorksBothWays) {
+    // The link dies first: the target must not tell it anything afterwards (the sanitizer
+    // catches a notification sent to the freed link).
+    TComponent formA, formB;
+    auto* target = new TComponent(&formA);
+    auto* watcher = new TWatcher(nullptr);
+    auto* link = new TLink(&formB);
+    link->SetTarget(target);
+    target->FreeNotification(watcher);
+    delete link;
+    EXPECT_TRUE(target->ComponentState().Contains(csFreeNotification));
+    // The target still notifies the watcher that remains.
+    watcher->seen.clear();
+    delete target;
+    ASSERT_EQ(watcher->seen.size(), 1u);
+    EXPECT_EQ(watcher->seen[0], std::make_pair(target, opRemove));
+    delete watcher;
+}
+
+TEST(Components, RemoveFreeNotificationStopsTheNotice) {
+    TComponent formA, formB;
+    auto* target = new TComponent(&formA);
+    auto* link = new TLink(&formB);
+    link->SetTarget(target);
+    link->SetTarget(nullptr);
+    EXPECT_FALSE(target->ComponentState().Contains(csFreeNotification));
+    delete target;
+    EXPECT_EQ(link->removals, 0);
+}
+
+TEST(Components, SiblingsAreToldByTheirOwner) {
+    TComponent form;
+    auto* target = new TComponent(&form);
+    auto* link = new TLink(&form);
+    link->SetTarget(target);
+    // No free-notification entry is needed between siblings.
+    EXPECT_FALSE(target->ComponentState().Contains(csFreeNotification));
+    delete target;
+    EXPECT_EQ(link->Target, nullptr);
+    EXPECT_EQ(link->removals, 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// State, interfaces and nested lookup
+
+TEST(Components, DesigningStatePassesToInsertedComponents) {
+    TComponent root;
+    auto* before = new TComponent(&root);
+    root.SetDesigning(true);
+    EXPECT_TRUE(before->ComponentState().Contains(csDesigning));
+    auto* after = new TComponent(&root);
+    EXPECT_TRUE(after->ComponentState().Contains(csDesigning));
+    root.SetDesigning(false);
+    EXPECT_FALSE(after->ComponentState().Contains(csDesigning));
+}
+
+TEST(Components, AComponentAnswersQueriesWithoutCounting) {
+    TComponent c;
+    void* p = &c;
+    EXPECT_EQ(c.QueryInterface(TGUID::FromString("{11111111-2222-3333-4444-555555555555}"), &p),
+              E_NOINTERFACE);
+    EXPECT_EQ(p, nullptr);
+    EXPECT_EQ(c._AddRef(), -1);
+    EXPECT_EQ(c._Release(), -1);
+}
+
+TEST(Components, FindNestedComponentFollowsDottedPaths) {
+    TComponent root;
+    root.SetName("Form1");
+    auto* panel = Named(&root, "Panel1");
+    auto* button = Named(panel, "Button1");
+    auto* deep = Named(button, "Glyph");
+    EXPECT_EQ(FindNestedComponent(&root, "Panel1"), panel);
+    EXPECT_EQ(FindNestedComponent(&root, "Panel1.Button1"), button);
+    EXPECT_EQ(FindNestedComponent(&root, "panel1.BUTTON1.glyph"), deep);
+    EXPECT_EQ(FindNestedComponent(&root, "Panel1->Button1"), button);
+    EXPECT_EQ(FindNestedComponent(&root, "Panel1.Missing"), nullptr);
+    EXPECT_EQ(FindNestedComponent(&root, "Missing.Button1"), nullptr);
+    EXPECT_EQ(FindNestedComponent(&root, "Button1"), nullptr); // not owned by the root
+    EXPECT_EQ(FindNestedComponent(&root, ""), nullptr);
+    EXPECT_EQ(FindNestedComponent(nullptr, "Panel1"), nullptr);
+    // "Owner" names the component reached so far.
+    EXPECT_EQ(FindNestedComponent(&root, "Owner.Panel1"), panel);
+}

@@ -1,0 +1,358 @@
+// Ini files: typed reads and writes, case-insensitive names, sections, what a rewrite keeps,
+// and atomic replacement of the file (a failed write leaves the old file whole).
+#include "rtl/IniFiles.h"
+#include "rtl/Lists.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <dirent.h>
+#include <fstream>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace rtl;
+
+namespace {
+
+using V = std::vector<std::string>;
+
+V Lines(const TStrings& s) {
+    V r;
+    for (int i = 0; i < s.Count(); ++i)
+        r.push_back(s[i]);
+    return r;
+}
+
+class IniTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/rtl_ini_XXXXXX";
+        ASSERT_NE(mkdtemp(tmpl), nullptr);
+        dir = tmpl;
+        file = dir + "/settings.ini";
+    }
+    void TearDown() override {
+        chmod(dir.c_str(), 0700);
+        std::system(("rm -rf '" + dir + "'").c_str());
+    }
+    void Put(const std::string& text) { std::ofstream(file, std::ios::binary) << text; }
+    std::string Get() const {
+        std::ifstream f(file, std::ios::binary);
+        std::stringstream ss;
+        ss << f.rdbuf();
+        return ss.str();
+    }
+    V DirEntries() const {
+        V r;
+        if (DIR* d = opendir(dir.c_str())) {
+            while (dirent* e = readdir(d))
+                if (std::string(e->d_name) != "." && std::string(e->d_name) != "..")
+                    r.push_back(e->d_name);
+            closedir(d);
+        }
+        std::sort(r.begin(), r.end());
+        return r;
+    }
+    std::string dir, file;
+};
+
+const char* kSample = "; settings of the tool\r\n"
+                      "[Main]\r\n"
+                      "Name = Zelvane \r\n"
+                      "Count=0x1F\r\n"
+                      "; keep me\r\n"
+                      "Flag=1\r\n"
+                      "not a key line\r\n"
+                      "\r\n"
+                      "[Other]\r\n"
+                      "Ratio=2.5\r\n"
+                      "Hex=$10\r\n";
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Reading
+
+TEST_F(IniTest, ReadsValuesWithCaseInsensitiveNames) {
+    Put(kSample);
+    TIniFile ini(file);
+    EXPECT_EQ(ini.FileName(), file);
+    EXPECT_EQ(ini.ReadString("Main", "Name", "?"), "Zelvane");
+    EXPECT_EQ(ini.ReadString("MAIN", "name", "?"), "Zelvane");
+    EXPECT_EQ(ini.ReadString("Main", "Missing", "def"), "def");
+    EXPECT_EQ(ini.ReadString("Nowhere", "Name", "def"), "def");
+    EXPECT_EQ(ini.ReadString("Main", "not a key line", "def"), "def");
+    EXPECT_EQ(ini.ReadString("Main", "; keep me", "def"), "def");
+}
+
+TEST_F(IniTest, TypedReads) {
+    Put(kSample);
+    TIniFile ini(file);
+    EXPECT_EQ(ini.ReadInteger("Main", "Count", -1), 31);
+    EXPECT_EQ(ini.ReadInteger("Other", "Hex", -1), 16);
+    EXPECT_EQ(ini.ReadInteger("Main", "Name", -1), -1);
+    EXPECT_EQ(ini.ReadInteger("Main", "Missing", 7), 7);
+    EXPECT_TRUE(ini.ReadBool("Main", "Flag", false));
+    EXPECT_TRUE(ini.ReadBool("Main", "Count", false));
+    EXPECT_FALSE(ini.ReadBool("Main", "Missing", false));
+    EXPECT_TRUE(ini.ReadBool("Main", "Name", true)); // not an integer: the default
+    EXPECT_DOUBLE_EQ(ini.ReadFloat("Other", "Ratio", 0), 2.5);
+    EXPECT_DOUBLE_EQ(ini.ReadFloat("Main", "Name", 1.25), 1.25);
+}
+
+TEST_F(IniTest, SectionsAndKeys) {
+    Put(kSample);
+    TIniFile ini(file);
+    TStringList l;
+    ini.ReadSections(&l);
+    EXPECT_EQ(Lines(l), (V{"Main", "Other"}));
+    ini.ReadSection("main", &l);
+    EXPECT_EQ(Lines(l), (V{"Name", "Count", "Flag"}));
+    ini.ReadSectionValues("Other", &l);
+    EXPECT_EQ(Lines(l), (V{"Ratio=2.5", "Hex=$10"}));
+    ini.ReadSection("none", &l);
+    EXPECT_EQ(l.Count(), 0);
+    EXPECT_TRUE(ini.SectionExists("OTHER"));
+    EXPECT_FALSE(ini.SectionExists("none"));
+    EXPECT_TRUE(ini.ValueExists("Main", "FLAG"));
+    EXPECT_FALSE(ini.ValueExists("Main", "Ratio"));
+}
+
+TEST_F(IniTest, MissingFileReadsEmptyAndIsNotCreatedByReading) {
+    TIniFile ini(file);
+    EXPECT_EQ(ini.ReadString("a", "b", "d"), "d");
+    TStringList l;
+    ini.ReadSections(&l);
+    EXPECT_EQ(l.Count(), 0);
+    ini.EraseSection("a");
+    ini.DeleteKey("a", "b");
+    EXPECT_FALSE(FileExists(file));
+}
+
+TEST_F(IniTest, UnreadableFileRaises) {
+    TIniFile ini(dir); // a directory
+    EXPECT_THROW(ini.ReadString("a", "b", ""), EFOpenError);
+    EXPECT_THROW(TMemIniFile{dir}, EFOpenError);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Writing
+
+TEST_F(IniTest, WritesCreateTheFile) {
+    mode_t old = umask(022);
+    {
+        TIniFile ini(file);
+        ini.WriteString("Main", "Name", "Zelvane");
+        ini.WriteInteger("Main", "Count", -5);
+        ini.WriteBool("Main", "Flag", true);
+        ini.WriteString("Second", "Key", "");
+    }
+    umask(old);
+    EXPECT_EQ(Get(), "[Main]\r\nName=Zelvane\r\nCount=-5\r\nFlag=1\r\n\r\n[Second]\r\nKey=\r\n");
+    struct stat st {};
+    ASSERT_EQ(stat(file.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0644u);
+}
+
+TEST_F(IniTest, RewritingKeepsCommentsAndOtherLines) {
+    Put(kSample);
+    TIniFile ini(file);
+    ini.WriteString("main", "NAME", "Other");
+    ini.WriteString("Main", "Added", "yes");
+    ini.WriteString("New", "K", "v");
+    EXPECT_EQ(Get(), "; settings of the tool\r\n"
+                     "[Main]\r\n"
+                     "NAME=Other\r\n"
+                     "Count=0x1F\r\n"
+                     "; keep me\r\n"
+                     "Flag=1\r\n"
+                     "not a key line\r\n"
+                     "Added=yes\r\n"
+                     "\r\n"
+                     "[Other]\r\n"
+                     "Ratio=2.5\r\n"
+                     "Hex=$10\r\n"
+                     "\r\n"
+                     "[New]\r\n"
+                     "K=v\r\n");
+    ini.DeleteKey("MAIN", "count");
+    ini.EraseSection("other");
+    EXPECT_EQ(Get(), "; settings of the tool\r\n"
+                     "[Main]\r\n"
+                     "NAME=Other\r\n"
+                     "; keep me\r\n"
+                     "Flag=1\r\n"
+                     "not a key line\r\n"
+                     "Added=yes\r\n"
+                     "\r\n"
+                     "[New]\r\n"
+                     "K=v\r\n");
+}
+
+TEST_F(IniTest, TypedWritesReadBack) {
+    TIniFile ini(file);
+    ini.WriteFloat("N", "F", 0.1);
+    EXPECT_EQ(ini.ReadString("N", "F", ""), "0.1");
+    EXPECT_DOUBLE_EQ(ini.ReadFloat("N", "F", 0), 0.1);
+    TDateTime dt = EncodeDate(2024, 3, 5).Value + EncodeTime(14, 7, 9, 0).Value;
+    ini.WriteDateTime("D", "When", dt);
+    ini.WriteDate("D", "Day", dt);
+    ini.WriteTime("D", "At", dt);
+    EXPECT_DOUBLE_EQ(ini.ReadDateTime("D", "When", 0).Value, dt.Value);
+    EXPECT_DOUBLE_EQ(ini.ReadDate("D", "Day", 0).Value, EncodeDate(2024, 3, 5).Value);
+    EXPECT_DOUBLE_EQ(ini.ReadTime("D", "At", 0).Value, EncodeTime(14, 7, 9, 0).Value);
+    EXPECT_DOUBLE_EQ(ini.ReadDate("D", "At", 3).Value, 3);
+}
+
+TEST_F(IniTest, FloatsFollowTheDecimalSeparator) {
+    char saved = DecimalSeparator;
+    DecimalSeparator = ',';
+    TIniFile ini(file);
+    ini.WriteFloat("N", "F", 1.5);
+    EXPECT_EQ(ini.ReadString("N", "F", ""), "1,5");
+    EXPECT_DOUBLE_EQ(ini.ReadFloat("N", "F", 0), 1.5);
+    DecimalSeparator = saved;
+    EXPECT_DOUBLE_EQ(ini.ReadFloat("N", "F", 9), 9); // "1,5" is no number with '.'
+}
+
+TEST_F(IniTest, WritesThatCannotBeLinesRaise) {
+    Put(kSample);
+    TIniFile ini(file);
+    EXPECT_THROW(ini.WriteString("Main", "a=b", "x"), EIniFileException);
+    EXPECT_THROW(ini.WriteString("Main", "", "x"), EIniFileException);
+    EXPECT_THROW(ini.WriteString("Main", "[x", "x"), EIniFileException);
+    EXPECT_THROW(ini.WriteString("Main", "k", "two\nlines"), EIniFileException);
+    EXPECT_THROW(ini.WriteString("Ma]in", "k", "x"), EIniFileException);
+    EXPECT_THROW(ini.WriteString("Main\r\n[Evil]", "k", "x"), EIniFileException);
+    EXPECT_EQ(Get(), kSample);
+}
+
+TEST_F(IniTest, TwoObjectsOnOneFileSeeEachOther) {
+    TIniFile a(file), b(file);
+    a.WriteString("S", "K", "1");
+    EXPECT_EQ(b.ReadString("S", "K", ""), "1");
+    b.WriteString("S", "K", "2");
+    EXPECT_EQ(a.ReadString("S", "K", ""), "2");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Atomic replacement
+
+TEST_F(IniTest, FailedWriteLeavesTheOldFileAndNoTemporary) {
+    Put(kSample);
+    TIniFile ini(file);
+    // Limit the size of files this process may write: the new contents can't be written.
+    rlimit saved{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
+    auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = saved;
+    small.rlim_cur = 16;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    std::string message;
+    try {
+        ini.WriteString("Main", "Name", std::string(200, 'x'));
+    } catch (const EIniFileException& e) {
+        message = e.Message();
+    }
+    setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, oldHandler);
+    EXPECT_EQ(message, "Unable to write to " + file);
+    EXPECT_EQ(Get(), kSample);
+    EXPECT_EQ(DirEntries(), (V{"settings.ini"}));
+    ini.WriteString("Main", "Name", "ok");
+    EXPECT_EQ(ini.ReadString("Main", "Name", ""), "ok");
+}
+
+TEST_F(IniTest, ReplaceFileAtomically) {
+    Put("old");
+    ReplaceFileAtomically(file, "new contents");
+    EXPECT_EQ(Get(), "new contents");
+    ReplaceFileAtomically(file, "");
+    EXPECT_EQ(Get(), "");
+    EXPECT_EQ(DirEntries(), (V{"settings.ini"}));
+    EXPECT_THROW(ReplaceFileAtomically(dir, "x"), EIniFileException); // a directory
+    EXPECT_THROW(ReplaceFileAtomically("", "x"), EIniFileException);
+}
+
+TEST_F(IniTest, ReadOnlyDirectoryMakesTheWriteFail) {
+    if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only directories";
+    Put(kSample);
+    ASSERT_EQ(chmod(dir.c_str(), 0500), 0);
+    TIniFile ini(file);
+    EXPECT_THROW(ini.WriteString("Main", "Name", "new"), EIniFileException);
+    chmod(dir.c_str(), 0700);
+    EXPECT_EQ(Get(), kSample);
+    EXPECT_EQ(DirEntries(), (V{"settings.ini"}));
+}
+
+TEST_F(IniTest, MissingDirectoryMakesTheWriteFail) {
+    TIniFile ini(dir + "/no/such/dir/x.ini");
+    EXPECT_THROW(ini.WriteString("S", "K", "V"), EIniFileException);
+    TMemIniFile mem("");
+    mem.WriteString("S", "K", "V");
+    EXPECT_THROW(mem.UpdateFile(), EIniFileException);
+}
+
+TEST_F(IniTest, ReplacingKeepsPermissionsAndSymbolicLinks) {
+    Put(kSample);
+    ASSERT_EQ(chmod(file.c_str(), 0600), 0);
+    std::string link = dir + "/link.ini";
+    ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+    TIniFile ini(link);
+    ini.WriteString("Main", "Name", "viaLink");
+    struct stat st {};
+    ASSERT_EQ(lstat(link.c_str(), &st), 0);
+    EXPECT_TRUE(S_ISLNK(st.st_mode));
+    ASSERT_EQ(stat(file.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0600u);
+    TIniFile direct(file);
+    EXPECT_EQ(direct.ReadString("Main", "Name", ""), "viaLink");
+}
+
+// ---------------------------------------------------------------------------------------------
+// TMemIniFile
+
+TEST_F(IniTest, MemIniFileWritesOnlyOnUpdateFile) {
+    Put(kSample);
+    TMemIniFile ini(file);
+    EXPECT_EQ(ini.ReadString("Main", "Name", ""), "Zelvane");
+    EXPECT_EQ(ini.ReadInteger("Main", "Count", 0), 31);
+    ini.WriteString("Main", "Name", "Changed");
+    ini.EraseSection("Other");
+    EXPECT_EQ(ini.ReadString("Main", "Name", ""), "Changed");
+    EXPECT_FALSE(ini.SectionExists("Other"));
+    EXPECT_EQ(Get(), kSample);
+    ini.UpdateFile();
+    TIniFile disk(file);
+    EXPECT_EQ(disk.ReadString("Main", "Name", ""), "Changed");
+    EXPECT_FALSE(disk.SectionExists("Other"));
+    EXPECT_EQ(disk.ReadString("Main", "Flag", ""), "1");
+}
+
+TEST_F(IniTest, MemIniFileStrings) {
+    TMemIniFile ini(file);
+    TStringList src;
+    src.SetText("[A]\nx=1\n[B]\ny=2\n");
+    ini.SetStrings(&src);
+    EXPECT_EQ(ini.ReadString("b", "Y", ""), "2");
+    ini.DeleteKey("A", "x");
+    ini.WriteString("A", "z", "3");
+    TStringList out;
+    ini.GetStrings(&out);
+    EXPECT_EQ(Lines(out), (V{"[A]", "z=3", "[B]", "y=2"}));
+    ini.Clear();
+    ini.ReadSections(&out);
+    EXPECT_EQ(out.Count(), 0);
+
+    Put(kSample);
+    ini.Rename(file, true);
+    EXPECT_EQ(ini.FileName(), file);
+    EXPECT_EQ(ini.ReadString("Main", "Name", ""), "Zelvane");
+    ini.Rename(dir + "/copy.ini", false);
+    ini.UpdateFile();
+    TIniFile copy(dir + "/copy.ini");
+    EXPECT_EQ(copy.ReadString("Other", "Ratio", ""), "2.5");
+}

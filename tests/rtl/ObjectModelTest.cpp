@@ -1,0 +1,440 @@
+// The object model's root: GUIDs, interfaces and queries, checked casts, TPersistent.Assign,
+// and the class registry with its virtual constructors.
+#include "rtl/Classes.h"
+#include "rtl/SysUtils.h"
+#include "rtl/TypInfo.h"
+
+#include <gtest/gtest.h>
+
+using namespace rtl;
+
+namespace objmodel {
+
+class IGreeter : public IInterface {
+public:
+    static inline const TGUID IID = TGUID::FromString("{3F2504E0-4F89-11D3-9A0C-0305E82C3301}");
+    virtual std::string Greet() = 0;
+
+protected:
+    ~IGreeter() = default;
+};
+
+class ICounter : public IInterface {
+public:
+    static inline const TGUID IID = TGUID::FromString("{6B29FC40-CA47-1067-B31D-00DD010662DA}");
+    virtual int Next() = 0;
+
+protected:
+    ~ICounter() = default;
+};
+
+class IUnoffered : public IInterface {
+public:
+    static inline const TGUID IID = TGUID::FromString("{00000001-0002-0003-0405-060708090A0B}");
+
+protected:
+    ~IUnoffered() = default;
+};
+
+// A component that offers IGreeter. IGreeter brings its own IInterface base, so the component
+// answers its three methods by TComponent's.
+class TGreeter : public TComponent, public IGreeter {
+    RTL_CLASS(TGreeter, TComponent)
+public:
+    using TComponent::TComponent;
+    std::string Greet() override { return "hello from " + Name(); }
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return TComponent::QueryInterface(iid, obj);
+    }
+    int32_t _AddRef() override { return TComponent::_AddRef(); }
+    int32_t _Release() override { return TComponent::_Release(); }
+};
+
+// Declares nothing of its own: IGreeter comes from the ancestor's table.
+class TLoudGreeter : public TGreeter {
+    RTL_CLASS(TLoudGreeter, TGreeter)
+public:
+    using TGreeter::TGreeter;
+    std::string Greet() override { return "HELLO"; }
+};
+
+// Offers two interfaces; not a component, so it answers the query itself.
+class TTally : public TPersistent, public IGreeter, public ICounter {
+    RTL_CLASS(TTally, TPersistent)
+public:
+    std::string Greet() override { return "tally"; }
+    int Next() override { return ++count; }
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return GetInterface(iid, obj) ? S_OK : E_NOINTERFACE;
+    }
+    int32_t _AddRef() override { return -1; }
+    int32_t _Release() override { return -1; }
+    int count = 0;
+};
+
+// Assign support in both directions: a TNote accepts a TNote; a TMemo can AssignTo a TNote.
+class TNote : public TPersistent {
+    RTL_CLASS(TNote, TPersistent)
+public:
+    std::string Text;
+    void Assign(TPersistent* source) override {
+        if (auto* n = dynamic_cast<TNote*>(source)) {
+            Text = n->Text;
+            return;
+        }
+        TPersistent::Assign(source);
+    }
+};
+
+class TMemo : public TPersistent {
+    RTL_CLASS(TMemo, TPersistent)
+public:
+    std::string Lines;
+
+protected:
+    void AssignTo(TPersistent* dest) override {
+        if (auto* n = dynamic_cast<TNote*>(dest)) {
+            n->Text = Lines;
+            return;
+        }
+        TPersistent::AssignTo(dest);
+    }
+};
+
+// Classes for the registry.
+class TRegShape : public TPersistent {
+    RTL_CLASS(TRegShape, TPersistent)
+public:
+    TRegShape() { Sides = 0; }
+    int Sides;
+};
+
+class TRegSquare : public TRegShape {
+    RTL_CLASS(TRegSquare, TRegShape)
+public:
+    TRegSquare() { Sides = 4; }
+};
+
+// A component whose constructor leaves its mark, to see that the virtual constructor runs.
+class TRegWidget : public TComponent {
+    RTL_CLASS(TRegWidget, TComponent)
+public:
+    explicit TRegWidget(TComponent* owner = nullptr) : TComponent(owner) { Tag = 42; }
+};
+
+class TRegAbstract : public TPersistent {
+    RTL_CLASS(TRegAbstract, TPersistent)
+public:
+    virtual void Draw() = 0;
+};
+
+RTL_BEGIN_CLASS(TGreeter)
+    Implements<IGreeter>();
+RTL_END_CLASS
+RTL_IMPLEMENT_CLASS(TLoudGreeter)
+RTL_BEGIN_CLASS(TTally)
+    Implements<IGreeter>();
+    Implements<ICounter>();
+RTL_END_CLASS
+RTL_IMPLEMENT_CLASS(TNote)
+RTL_IMPLEMENT_CLASS(TMemo)
+RTL_IMPLEMENT_CLASS(TRegShape)
+RTL_IMPLEMENT_CLASS(TRegSquare)
+RTL_IMPLEMENT_CLASS(TRegWidget)
+RTL_IMPLEMENT_CLASS(TRegAbstract)
+
+} // namespace objmodel
+
+// A second class called TRegSquare, unrelated to the first.
+namespace objmodel_other {
+class TRegSquare : public TPersistent {
+    RTL_CLASS(TRegSquare, TPersistent)
+};
+RTL_IMPLEMENT_CLASS(TRegSquare)
+} // namespace objmodel_other
+
+using namespace objmodel;
+
+namespace {
+
+template <class E, class F> std::string MessageOf(F&& f) {
+    try {
+        f();
+    } catch (const E& e) {
+        return e.Message();
+    }
+    ADD_FAILURE() << "no exception raised";
+    return {};
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// GUIDs
+
+TEST(ObjectModel, GuidTextRoundTrips) {
+    const std::string text = "{70E42159-AD26-479D-B0FD-A67ED16897A8}";
+    TGUID g = TGUID::FromString(text);
+    EXPECT_EQ(g.D1, 0x70E42159u);
+    EXPECT_EQ(g.D2, 0xAD26);
+    EXPECT_EQ(g.D3, 0x479D);
+    EXPECT_EQ(g.D4[0], 0xB0);
+    EXPECT_EQ(g.D4[7], 0xA8);
+    EXPECT_EQ(g.ToString(), text);
+    // Braces optional, hexadecimal digits of either case.
+    EXPECT_EQ(TGUID::FromString("70e42159-ad26-479d-b0fd-a67ed16897a8"), g);
+    EXPECT_NE(TGUID::FromString("{70E42159-AD26-479D-B0FD-A67ED16897A9}"), g);
+    EXPECT_EQ(TGUID{}.ToString(), "{00000000-0000-0000-0000-000000000000}");
+}
+
+TEST(ObjectModel, MalformedGuidsRaiseConvertError) {
+    for (const char* bad :
+         {"", "{}", "{70E42159-AD26-479D-B0FD-A67ED16897A}",
+          "{70E42159-AD26-479D-B0FD-A67ED16897A8", "70E42159AD26479DB0FDA67ED16897A8",
+          "{70E42159-AD26-479D-B0FDA-67ED16897A8}", "{70E4215G-AD26-479D-B0FD-A67ED16897A8}",
+          "{70E42159-AD26-479D-B0FD-A67ED16897A8}x"})
+        EXPECT_THROW(TGUID::FromString(bad), EConvertError) << bad;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Interfaces
+
+TEST(ObjectModel, QueryFindsOfferedInterfaceAndRefusesOthers) {
+    TGreeter g;
+    g.SetName("Greeter1");
+    void* p = reinterpret_cast<void*>(1);
+    ASSERT_EQ(g.QueryInterface(IGreeter::IID, &p), S_OK);
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(static_cast<IGreeter*>(p)->Greet(), "hello from Greeter1");
+
+    p = reinterpret_cast<void*>(1);
+    EXPECT_EQ(g.QueryInterface(ICounter::IID, &p), E_NOINTERFACE);
+    EXPECT_EQ(p, nullptr);
+    EXPECT_EQ(static_cast<uint32_t>(E_NOINTERFACE), 0x80004002u);
+
+    EXPECT_TRUE(Supports(&g, IGreeter::IID));
+    EXPECT_FALSE(Supports(&g, IUnoffered::IID));
+    EXPECT_EQ(Supports<ICounter>(&g), nullptr);
+    ASSERT_NE(Supports<IGreeter>(&g), nullptr);
+    EXPECT_EQ(Supports<IGreeter>(&g)->Greet(), "hello from Greeter1");
+    EXPECT_FALSE(Supports(nullptr, IGreeter::IID));
+    EXPECT_EQ(Supports<IGreeter>(nullptr), nullptr);
+}
+
+TEST(ObjectModel, InterfacesDeclaredOnAnAncestorAreFound) {
+    TLoudGreeter g;
+    IGreeter* greeter = Supports<IGreeter>(&g);
+    ASSERT_NE(greeter, nullptr);
+    // The interface reaches the descendant's implementation.
+    EXPECT_EQ(greeter->Greet(), "HELLO");
+    EXPECT_EQ(g.QueryInterface(IGreeter::IID, nullptr), S_OK);
+    EXPECT_EQ(g.QueryInterface(IUnoffered::IID, nullptr), E_NOINTERFACE);
+}
+
+TEST(ObjectModel, SeveralInterfacesOfOneObjectAreDistinct) {
+    TTally t;
+    auto* counter = Supports<ICounter>(&t);
+    auto* greeter = Supports<IGreeter>(&t);
+    ASSERT_NE(counter, nullptr);
+    ASSERT_NE(greeter, nullptr);
+    EXPECT_EQ(counter->Next(), 1);
+    EXPECT_EQ(counter->Next(), 2);
+    EXPECT_EQ(greeter->Greet(), "tally");
+    EXPECT_EQ(t.count, 2);
+    void* q = nullptr;
+    EXPECT_EQ(counter->QueryInterface(IGreeter::IID, &q), S_OK);
+    EXPECT_EQ(q, static_cast<void*>(greeter));
+}
+
+TEST(ObjectModel, ComponentReferenceCountingIsOff) {
+    auto* owner = new TComponent(nullptr);
+    auto* g = new TGreeter(owner);
+    IGreeter* intf = Supports<IGreeter>(g);
+    ASSERT_NE(intf, nullptr);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(intf->_AddRef(), -1);
+        EXPECT_EQ(intf->_Release(), -1);
+    }
+    // Releasing more than was added frees nothing: the component still lives by ownership.
+    EXPECT_EQ(intf->_Release(), -1);
+    EXPECT_EQ(g->_Release(), -1);
+    EXPECT_EQ(owner->ComponentCount(), 1);
+    EXPECT_EQ(intf->Greet(), "hello from ");
+    delete owner;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Checked casts
+
+TEST(ObjectModel, CheckedCastRaisesInvalidCast) {
+    TLoudGreeter g;
+    TObject* obj = &g;
+    EXPECT_EQ(As<TGreeter>(obj), &g);
+    EXPECT_EQ(As<TComponent>(obj), &g);
+    EXPECT_EQ(As<TNote>(nullptr), nullptr); // nil passes
+    EXPECT_THROW(As<TNote>(obj), EInvalidCast);
+    EXPECT_EQ(Is<TNote>(obj), nullptr);
+    EXPECT_EQ(Is<TGreeter>(obj), &g);
+}
+
+// ---------------------------------------------------------------------------------------------
+// TPersistent.Assign
+
+TEST(ObjectModel, AssignWithoutSupportNamesBothClasses) {
+    TNote note;
+    TRegShape shape;
+    EXPECT_EQ(MessageOf<EConvertError>([&] { note.Assign(&shape); }),
+              "Cannot assign a TRegShape to a TNote");
+    EXPECT_EQ(MessageOf<EConvertError>([&] { shape.Assign(&note); }),
+              "Cannot assign a TNote to a TRegShape");
+    EXPECT_EQ(MessageOf<EConvertError>([&] { note.Assign(nullptr); }),
+              "Cannot assign a nil to a TNote");
+    // A TMemo knows how to become a TNote, but not the other way round.
+    TMemo memo;
+    EXPECT_EQ(MessageOf<EConvertError>([&] { memo.Assign(&note); }),
+              "Cannot assign a TNote to a TMemo");
+}
+
+TEST(ObjectModel, AssignUsesTheDestinationOrElseTheSource) {
+    TNote a, b;
+    a.Text = "first";
+    b.Assign(&a);
+    EXPECT_EQ(b.Text, "first");
+    TMemo memo;
+    memo.Lines = "from memo";
+    b.Assign(&memo); // TNote doesn't know TMemo: the memo's AssignTo does it
+    EXPECT_EQ(b.Text, "from memo");
+}
+
+TEST(ObjectModel, NamePathOfAnUnownedPersistentIsItsClassName) {
+    TNote note;
+    EXPECT_EQ(note.GetNamePath(), "TNote");
+    EXPECT_EQ(note.GetOwner(), nullptr);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The class registry
+
+class Registry : public ::testing::Test {
+protected:
+    void TearDown() override {
+        const TClass mine[] = {TRegSquare::StaticClass(), TRegShape::StaticClass(),
+                               objmodel_other::TRegSquare::StaticClass(),
+                               TRegWidget::StaticClass()};
+        UnRegisterClasses(mine);
+    }
+};
+
+TEST_F(Registry, RegisteringAlsoRegistersAncestorsUpToTPersistent) {
+    EXPECT_EQ(GetClass("TRegSquare"), nullptr);
+    RegisterClass(TRegSquare::StaticClass());
+    EXPECT_EQ(GetClass("TRegSquare"), TRegSquare::StaticClass());
+    EXPECT_EQ(GetClass("TRegShape"), TRegShape::StaticClass());
+    EXPECT_EQ(GetClass("TPersistent"), TPersistent::StaticClass());
+    EXPECT_EQ(GetClass("TObject"), nullptr);
+    EXPECT_EQ(FindClass("TRegShape"), TRegShape::StaticClass());
+}
+
+TEST_F(Registry, LookupsIgnoreCase) {
+    RegisterClass(TRegSquare::StaticClass());
+    EXPECT_EQ(GetClass("tregsquare"), TRegSquare::StaticClass());
+    EXPECT_EQ(GetClass("TREGSHAPE"), TRegShape::StaticClass());
+    EXPECT_EQ(FindClass("tRegSquare"), TRegSquare::StaticClass());
+    EXPECT_EQ(GetClass("TRegSquar"), nullptr);
+    EXPECT_EQ(GetClass(""), nullptr);
+}
+
+TEST_F(Registry, AnotherClassOfTheSameNameIsRefused) {
+    RegisterClass(TRegSquare::StaticClass());
+    // The same class again is fine.
+    EXPECT_NO_THROW(RegisterClass(TRegSquare::StaticClass()));
+    TClass other = objmodel_other::TRegSquare::StaticClass();
+    ASSERT_EQ(other->Name, "TRegSquare");
+    EXPECT_EQ(MessageOf<EFilerError>([&] { RegisterClass(other); }),
+              "A class named TRegSquare already exists");
+    EXPECT_EQ(GetClass("TRegSquare"), TRegSquare::StaticClass());
+    // Unregistering the stranger leaves the registered class alone.
+    UnRegisterClass(other);
+    EXPECT_EQ(GetClass("TRegSquare"), TRegSquare::StaticClass());
+}
+
+TEST_F(Registry, UnregisteringRemovesOnlyThatClass) {
+    RegisterClasses({TRegSquare::StaticClass(), TRegWidget::StaticClass()});
+    UnRegisterClass(TRegSquare::StaticClass());
+    EXPECT_EQ(GetClass("TRegSquare"), nullptr);
+    EXPECT_EQ(GetClass("TRegShape"), TRegShape::StaticClass());
+    EXPECT_EQ(GetClass("TRegWidget"), TRegWidget::StaticClass());
+    EXPECT_EQ(GetClass("TComponent"), TComponent::StaticClass());
+    const TClass both[] = {TRegShape::StaticClass(), TRegWidget::StaticClass()};
+    UnRegisterClasses(both);
+    EXPECT_EQ(GetClass("TRegShape"), nullptr);
+    EXPECT_EQ(GetClass("TRegWidget"), nullptr);
+    // Now the other class of that name can come in.
+    EXPECT_NO_THROW(RegisterClass(objmodel_other::TRegSquare::StaticClass()));
+    EXPECT_EQ(GetClass("TRegSquare"), objmodel_other::TRegSquare::StaticClass());
+}
+
+TEST_F(Registry, FindClassRaisesClassNotFound) {
+    EXPECT_EQ(MessageOf<EClassNotFound>([] { FindClass("TNoSuchClass"); }),
+              "Class TNoSuchClass not found");
+    // EClassNotFound is a filer error, as the platform has it.
+    EXPECT_THROW(FindClass("TNoSuchClass"), EFilerError);
+}
+
+TEST_F(Registry, CreateInstanceRunsTheVirtualConstructor) {
+    RegisterClass(TRegSquare::StaticClass());
+    std::unique_ptr<TObject> obj(CreateInstance(FindClass("TRegSquare")));
+    ASSERT_NE(obj, nullptr);
+    EXPECT_EQ(obj->ClassType(), TRegSquare::StaticClass());
+    EXPECT_EQ(static_cast<TRegShape*>(obj.get())->Sides, 4);
+    // The argument is ignored by a class that takes none.
+    std::unique_ptr<TObject> shape(CreateInstance(TRegShape::StaticClass(), obj.get()));
+    EXPECT_EQ(shape->ClassType(), TRegShape::StaticClass());
+}
+
+TEST_F(Registry, CreateInstanceOfAComponentTakesItsOwner) {
+    RegisterClass(TRegWidget::StaticClass());
+    TComponent owner;
+    TObject* obj = CreateInstance(FindClass("tregwidget"), &owner);
+    auto* widget = dynamic_cast<TRegWidget*>(obj);
+    ASSERT_NE(widget, nullptr);
+    EXPECT_EQ(widget->Tag, 42);
+    EXPECT_EQ(widget->Owner(), &owner);
+    EXPECT_EQ(owner.Components(0), widget);
+    // CreateComponent does the same through the component type.
+    TComponent* second = CreateComponent(TRegWidget::StaticClass(), &owner);
+    EXPECT_EQ(second->ClassType(), TRegWidget::StaticClass());
+    EXPECT_EQ(owner.ComponentCount(), 2);
+    EXPECT_THROW(CreateComponent(TRegShape::StaticClass(), &owner), EInvalidCast);
+    EXPECT_EQ(owner.ComponentCount(), 2);
+}
+
+TEST_F(Registry, AnArgumentOfTheWrongClassIsRefused) {
+    // A component's constructor takes an owner: anything else must not pass for one.
+    TNote note;
+    EXPECT_THROW(CreateInstance(TRegWidget::StaticClass(), &note), EInvalidCast);
+    TCollection items(TCollectionItem::StaticClass());
+    EXPECT_THROW(CreateInstance(TRegWidget::StaticClass(), &items), EInvalidCast);
+    EXPECT_EQ(items.Count(), 0);
+    // And a collection item's takes a collection.
+    TComponent owner;
+    EXPECT_THROW(CreateInstance(TCollectionItem::StaticClass(), &owner), EInvalidCast);
+    EXPECT_EQ(owner.ComponentCount(), 0);
+    // A collection whose item class is a component can't make its items.
+    TCollection wrong(TRegWidget::StaticClass());
+    EXPECT_THROW(wrong.Add(), EInvalidCast);
+    EXPECT_EQ(wrong.Count(), 0);
+}
+
+TEST_F(Registry, ANilClassIsAnErrorNotACrash) {
+    // As in CreateInstance(GetClass(name)) with a name that isn't registered.
+    EXPECT_THROW(CreateInstance(GetClass("TNotRegisteredAnywhere")), Exception);
+    EXPECT_THROW(CreateInstance(nullptr, nullptr), Exception);
+    EXPECT_NO_THROW(RegisterClass(nullptr));
+    EXPECT_NO_THROW(UnRegisterClass(nullptr));
+}
+
+TEST_F(Registry, AnAbstractClassCannotBeCreated) {
+    EXPECT_THROW(CreateInstance(TRegAbstract::StaticClass()), Exception);
+    EXPECT_THROW(CreateInstance(TRegAbstract::StaticClass(), nullptr), Exception);
+}

@@ -1,0 +1,372 @@
+// Streams: memory and string streams (bounds, seek origins, growth, reading past the end, the
+// buffer errors, CopyFrom), handle and file streams with their open modes and share flags.
+#include "rtl/Streams.h"
+#include "rtl/FileStreams.h"
+#include "rtl/SysUtils.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+using namespace rtl;
+
+namespace {
+
+std::string ReadAll(TStream& s) {
+    s.SetPosition(0);
+    std::string r(static_cast<size_t>(s.GetSize()), '\0');
+    if (!r.empty()) s.ReadBuffer(r.data(), static_cast<int64_t>(r.size()));
+    return r;
+}
+
+std::string FileText(const std::string& name) {
+    std::ifstream f(name, std::ios::binary);
+    std::stringstream ss;
+    ss << f.rdbuf();
+    return ss.str();
+}
+
+class TempDirTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/rtl_streams_XXXXXX";
+        ASSERT_NE(mkdtemp(tmpl), nullptr);
+        dir = tmpl;
+    }
+    void TearDown() override { std::system(("rm -rf '" + dir + "'").c_str()); }
+    std::string Path(const std::string& name) const { return dir + "/" + name; }
+    std::string dir;
+};
+
+template <class E, class F> std::string ErrorOf(F f) {
+    try {
+        f();
+    } catch (const E& e) {
+        return e.Message();
+    }
+    return "<no exception>";
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// TMemoryStream
+
+TEST(MemoryStream, WriteReadAndPosition) {
+    TMemoryStream s;
+    EXPECT_EQ(s.GetSize(), 0);
+    s.WriteBuffer("hello", 5);
+    EXPECT_EQ(s.GetPosition(), 5);
+    EXPECT_EQ(s.GetSize(), 5);
+    s.SetPosition(1);
+    char buf[8] = {};
+    EXPECT_EQ(s.Read(buf, 3), 3);
+    EXPECT_STREQ(buf, "ell");
+    EXPECT_EQ(s.GetPosition(), 4);
+    s.WriteBuffer("XYZ", 3); // overwrites one byte and extends by two
+    EXPECT_EQ(ReadAll(s), "hellXYZ");
+    EXPECT_EQ(std::memcmp(s.Memory(), "hellXYZ", 7), 0);
+    s.WriteValue<int32_t>(0x01020304);
+    s.SetPosition(7);
+    EXPECT_EQ(s.ReadValue<int32_t>(), 0x01020304);
+}
+
+TEST(MemoryStream, SeekOrigins) {
+    TMemoryStream s;
+    s.WriteBuffer("0123456789", 10);
+    EXPECT_EQ(s.Seek(3, soBeginning), 3);
+    EXPECT_EQ(s.Seek(2, soCurrent), 5);
+    EXPECT_EQ(s.Seek(-1, soCurrent), 4);
+    EXPECT_EQ(s.Seek(-2, soEnd), 8);
+    EXPECT_EQ(s.Seek(0, soEnd), 10);
+    // Positions beyond either end are allowed; reading there gives nothing.
+    EXPECT_EQ(s.Seek(5, soEnd), 15);
+    EXPECT_EQ(s.Seek(-20, soCurrent), -5);
+    EXPECT_EQ(s.GetSize(), 10);
+}
+
+TEST(MemoryStream, ReadingPastTheEnd) {
+    TMemoryStream s;
+    s.WriteBuffer("abc", 3);
+    s.SetPosition(1);
+    char buf[8] = {};
+    EXPECT_EQ(s.Read(buf, 8), 2);
+    EXPECT_EQ(s.Read(buf, 8), 0);
+    s.SetPosition(100);
+    EXPECT_EQ(s.Read(buf, 1), 0);
+    s.SetPosition(-5);
+    EXPECT_EQ(s.Read(buf, 1), 0);
+    s.SetPosition(2);
+    EXPECT_EQ(ErrorOf<EReadError>([&] { s.ReadBuffer(buf, 2); }), "Stream read error");
+    s.SetPosition(0);
+    EXPECT_THROW(s.ReadValue<int64_t>(), EReadError);
+    // Reading nothing is fine anywhere.
+    s.SetPosition(50);
+    EXPECT_NO_THROW(s.ReadBuffer(buf, 0));
+}
+
+TEST(MemoryStream, WritingBeyondTheEndFillsTheGapWithZeros) {
+    TMemoryStream s;
+    s.WriteBuffer("ab", 2);
+    s.Seek(3, soEnd);
+    s.WriteBuffer("z", 1);
+    EXPECT_EQ(ReadAll(s), std::string("ab\0\0\0z", 6));
+}
+
+TEST(MemoryStream, WritesAtABadPositionFail) {
+    TMemoryStream s;
+    s.SetPosition(-1);
+    EXPECT_EQ(s.Write("x", 1), 0);
+    EXPECT_EQ(ErrorOf<EWriteError>([&] { s.WriteBuffer("x", 1); }), "Stream write error");
+    s.Seek(INT64_MAX, soBeginning);
+    EXPECT_EQ(s.Write("x", 1), 0);
+    EXPECT_EQ(s.GetSize(), 0);
+}
+
+TEST(MemoryStream, GrowsInBlocksAndResizes) {
+    TMemoryStream s;
+    s.WriteBuffer("x", 1);
+    EXPECT_EQ(s.Capacity(), 0x2000);
+    std::string big(0x2000, 'y');
+    s.WriteBuffer(big.data(), static_cast<int64_t>(big.size()));
+    EXPECT_EQ(s.GetSize(), 0x2001);
+    EXPECT_EQ(s.Capacity(), 0x4000);
+    s.SetPosition(0x2001);
+    s.SetSize(10); // the position past the new end moves to it
+    EXPECT_EQ(s.GetSize(), 10);
+    EXPECT_EQ(s.GetPosition(), 10);
+    EXPECT_EQ(ReadAll(s), "x" + std::string(9, 'y'));
+    EXPECT_THROW(s.SetSize(-1), EStreamError);
+    EXPECT_THROW(s.SetSize(INT64_MAX), EStreamError);
+    EXPECT_EQ(s.GetSize(), 10);
+    s.Clear();
+    EXPECT_EQ(s.GetSize(), 0);
+    EXPECT_EQ(s.GetPosition(), 0);
+    EXPECT_EQ(s.Capacity(), 0);
+}
+
+TEST(MemoryStream, CopyFrom) {
+    TStringStream src("0123456789");
+    TMemoryStream dst;
+    src.SetPosition(7);
+    // Count 0 copies the whole source from its start.
+    EXPECT_EQ(dst.CopyFrom(&src, 0), 10);
+    EXPECT_EQ(ReadAll(dst), "0123456789");
+    dst.Clear();
+    src.SetPosition(2);
+    EXPECT_EQ(dst.CopyFrom(&src, 3), 3);
+    EXPECT_EQ(ReadAll(dst), "234");
+    EXPECT_EQ(src.GetPosition(), 5);
+    // More than the source has left.
+    EXPECT_THROW(dst.CopyFrom(&src, 6), EReadError);
+    // A negative count copies nothing.
+    EXPECT_EQ(dst.CopyFrom(&src, -4), 0);
+    // Larger than one copy buffer.
+    std::string big(200000, '\0');
+    for (size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<char>(i * 7);
+    TStringStream bigSrc(big);
+    TMemoryStream bigDst;
+    EXPECT_EQ(bigDst.CopyFrom(&bigSrc, 0), 200000);
+    EXPECT_EQ(ReadAll(bigDst), big);
+}
+
+TEST(MemoryStream, SaveAndLoad) {
+    TMemoryStream a;
+    a.WriteBuffer("data", 4);
+    TStringStream out;
+    a.SaveToStream(&out);
+    EXPECT_EQ(out.DataString(), "data");
+    TMemoryStream b;
+    out.SetPosition(3);
+    b.LoadFromStream(&out); // from the start, whatever the position
+    EXPECT_EQ(ReadAll(b), "data");
+    EXPECT_EQ(b.GetPosition(), 4);
+}
+
+TEST_F(TempDirTest, MemoryStreamFiles) {
+    TMemoryStream a;
+    a.WriteBuffer("file data", 9);
+    a.SaveToFile(Path("m.bin"));
+    EXPECT_EQ(FileText(Path("m.bin")), "file data");
+    TMemoryStream b;
+    b.LoadFromFile(Path("m.bin"));
+    EXPECT_EQ(ReadAll(b), "file data");
+    EXPECT_EQ(ErrorOf<EFOpenError>([&] { b.LoadFromFile(Path("none")); }),
+              "Cannot open file \"" + Path("none") + "\". " + SysErrorMessage(ENOENT));
+    EXPECT_THROW(a.SaveToFile(Path("no/such/dir")), EFCreateError);
+}
+
+// ---------------------------------------------------------------------------------------------
+// TStringStream
+
+TEST(StringStream, ReadWriteAndSeek) {
+    TStringStream s("hello world");
+    EXPECT_EQ(s.ReadString(5), "hello");
+    EXPECT_EQ(s.Seek(1, soCurrent), 6);
+    EXPECT_EQ(s.ReadString(100), "world");
+    EXPECT_EQ(s.ReadString(1), "");
+    s.Seek(-5, soEnd);
+    s.WriteString("WORLD!");
+    EXPECT_EQ(s.DataString(), "hello WORLD!");
+    s.Seek(2, soEnd);
+    s.WriteString("x");
+    EXPECT_EQ(s.DataString(), std::string("hello WORLD!\0\0x", 15));
+    s.SetSize(5);
+    EXPECT_EQ(s.DataString(), "hello");
+    EXPECT_EQ(s.GetPosition(), 5);
+    EXPECT_THROW(s.SetSize(-1), EStreamError);
+}
+
+TEST(StringStream, BadPositions) {
+    TStringStream s("abc");
+    s.SetPosition(-2);
+    EXPECT_EQ(s.ReadString(4), "");
+    char c;
+    EXPECT_EQ(s.Read(&c, 1), 0);
+    EXPECT_EQ(s.Write("x", 1), 0);
+    EXPECT_THROW(s.WriteBuffer("x", 1), EWriteError);
+    s.SetPosition(10);
+    EXPECT_EQ(s.ReadString(2), "");
+    EXPECT_THROW(s.ReadBuffer(&c, 1), EReadError);
+    s.Seek(INT64_MAX, soBeginning);
+    EXPECT_EQ(s.Write("x", 1), 0);
+    EXPECT_EQ(s.DataString(), "abc");
+}
+
+// ---------------------------------------------------------------------------------------------
+// THandleStream and TFileStream
+
+TEST_F(TempDirTest, CreateWriteAndReadBack) {
+    {
+        TFileStream f(Path("a.txt"), fmCreate);
+        EXPECT_EQ(f.FileName(), Path("a.txt"));
+        f.WriteBuffer("0123456789", 10);
+        EXPECT_EQ(f.GetSize(), 10);
+        EXPECT_EQ(f.Seek(-3, soEnd), 7);
+        EXPECT_EQ(f.Seek(1, soCurrent), 8);
+        EXPECT_EQ(f.Seek(2, soBeginning), 2);
+        f.WriteBuffer("ab", 2);
+    }
+    EXPECT_EQ(FileText(Path("a.txt")), "01ab456789");
+    TFileStream r(Path("a.txt"), fmOpenRead);
+    char buf[16] = {};
+    r.SetPosition(8);
+    EXPECT_EQ(r.Read(buf, 16), 2);
+    EXPECT_EQ(r.Read(buf, 16), 0);
+    EXPECT_THROW(r.ReadBuffer(buf, 1), EReadError);
+    // A read-only stream can't write.
+    EXPECT_EQ(r.Write("x", 1), 0);
+    EXPECT_THROW(r.WriteBuffer("x", 1), EWriteError);
+    EXPECT_EQ(r.Seek(-1, soBeginning), -1);
+}
+
+TEST_F(TempDirTest, CreateEmptiesAnExistingFile) {
+    std::ofstream(Path("b.txt")) << "old contents";
+    TFileStream f(Path("b.txt"), fmCreate);
+    EXPECT_EQ(f.GetSize(), 0);
+}
+
+TEST_F(TempDirTest, SetSizeTruncatesAndExtends) {
+    {
+        TFileStream f(Path("c.bin"), fmCreate);
+        f.WriteBuffer("abcdef", 6);
+        f.SetSize(3);
+        EXPECT_EQ(f.GetSize(), 3);
+        EXPECT_EQ(f.GetPosition(), 3);
+        f.SetSize(5);
+        EXPECT_EQ(ReadAll(f), std::string("abc\0\0", 5));
+        EXPECT_THROW(f.SetSize(-1), EStreamError);
+    }
+    TFileStream r(Path("c.bin"), fmOpenRead | fmShareDenyNone);
+    EXPECT_THROW(r.SetSize(1), EOSError);
+}
+
+TEST_F(TempDirTest, OpenErrorsNameTheFile) {
+    EXPECT_EQ(ErrorOf<EFOpenError>([&] { TFileStream(Path("missing"), fmOpenRead); }),
+              "Cannot open file \"" + Path("missing") + "\". " + SysErrorMessage(ENOENT));
+    EXPECT_THROW(TFileStream(Path("missing"), fmOpenWrite), EFOpenError);
+    EXPECT_EQ(ErrorOf<EFCreateError>([&] { TFileStream(Path("no/dir/x"), fmCreate); }),
+              "Cannot create file \"" + Path("no/dir/x") + "\". " + SysErrorMessage(ENOENT));
+    EXPECT_THROW(TFileStream(dir, fmOpenRead), EFOpenError);
+    EXPECT_THROW(TFileStream(dir, fmCreate), EFCreateError);
+    EXPECT_THROW(TFileStream("", fmOpenRead), EFOpenError);
+    std::ofstream(Path("d.txt")) << "x";
+    EXPECT_THROW(TFileStream(Path("d.txt"), 3), EFOpenError);      // no such access mode
+    EXPECT_THROW(TFileStream(Path("d.txt"), 0x0050), EFOpenError); // no such share flag
+}
+
+TEST_F(TempDirTest, WriteOnlyAndReadWriteAccess) {
+    std::ofstream(Path("e.txt")) << "abcdef";
+    {
+        TFileStream w(Path("e.txt"), fmOpenWrite);
+        char c;
+        EXPECT_EQ(w.Read(&c, 1), 0);
+        w.WriteBuffer("XY", 2);
+    }
+    EXPECT_EQ(FileText(Path("e.txt")), "XYcdef"); // opening for writing doesn't empty it
+    TFileStream rw(Path("e.txt"), fmOpenReadWrite);
+    rw.Seek(0, soEnd);
+    rw.WriteBuffer("!", 1);
+    EXPECT_EQ(ReadAll(rw), "XYcdef!");
+}
+
+TEST_F(TempDirTest, ExclusiveShareKeepsOthersOut) {
+    std::ofstream(Path("s.txt")) << "shared";
+    {
+        TFileStream a(Path("s.txt"), fmOpenRead | fmShareExclusive);
+        EXPECT_THROW(TFileStream(Path("s.txt"), fmOpenRead | fmShareDenyNone), EFOpenError);
+        EXPECT_THROW(TFileStream(Path("s.txt"), fmOpenReadWrite), EFOpenError);
+        // Creating over a held file fails and leaves its contents alone.
+        EXPECT_THROW(TFileStream(Path("s.txt"), fmCreate), EFCreateError);
+        EXPECT_EQ(FileText(Path("s.txt")), "shared");
+    }
+    // Released with the stream.
+    EXPECT_NO_THROW(TFileStream(Path("s.txt"), fmOpenRead | fmShareDenyNone));
+    // And it can't be had while someone else has the file open.
+    TFileStream reader(Path("s.txt"), fmOpenRead | fmShareDenyNone);
+    EXPECT_THROW(TFileStream(Path("s.txt"), fmOpenRead | fmShareExclusive), EFOpenError);
+}
+
+TEST_F(TempDirTest, DenyWriteLetsReadersShare) {
+    std::ofstream(Path("r.txt")) << "readers";
+    TFileStream a(Path("r.txt"), fmOpenRead | fmShareDenyWrite);
+    TFileStream b(Path("r.txt"), fmOpenRead | fmShareDenyWrite);
+    TFileStream c(Path("r.txt"), fmOpenRead | fmShareDenyNone);
+    EXPECT_EQ(ReadAll(b), "readers");
+    // A writer that denies writing to others needs the file to itself.
+    EXPECT_THROW(TFileStream(Path("r.txt"), fmOpenReadWrite | fmShareDenyWrite), EFOpenError);
+    EXPECT_THROW(TFileStream(Path("r.txt"), fmOpenWrite | fmShareExclusive), EFOpenError);
+}
+
+TEST_F(TempDirTest, CreateHoldsTheFileExclusively) {
+    TFileStream w(Path("n.txt"), fmCreate);
+    EXPECT_THROW(TFileStream(Path("n.txt"), fmOpenRead), EFOpenError);
+    EXPECT_THROW(TFileStream(Path("n.txt"), fmCreate), EFCreateError);
+}
+
+TEST(HandleStream, OverAPipe) {
+    int fds[2];
+    ASSERT_EQ(pipe(fds), 0);
+    {
+        THandleStream w(fds[1]);
+        THandleStream r(fds[0]);
+        EXPECT_EQ(w.Handle(), fds[1]);
+        w.WriteBuffer("pipe", 4);
+        EXPECT_EQ(w.Seek(0, soCurrent), -1); // a pipe doesn't seek
+        char buf[4];
+        r.ReadBuffer(buf, 4);
+        EXPECT_EQ(std::string(buf, 4), "pipe");
+    }
+    // The descriptors belong to the caller.
+    EXPECT_EQ(close(fds[0]), 0);
+    EXPECT_EQ(close(fds[1]), 0);
+    THandleStream bad(-1);
+    char c;
+    EXPECT_EQ(bad.Read(&c, 1), 0);
+    EXPECT_EQ(bad.Write(&c, 1), 0);
+}
