@@ -3,6 +3,7 @@
 #include "rtl/Classes.h"
 #include "rtl/Filer.h"
 #include "rtl/Graphics.h"
+#include "rtl/Lists.h"
 #include "rtl/ObjectText.h"
 #include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
@@ -72,6 +73,8 @@ public:
         look_->Name = v->Name;
         look_->Tones = v->Tones;
     }
+    TStrings* GetItems() const { return items_.get(); }
+    void SetItems(TStrings* v) { items_->Assign(v); }
     TCollection* GetEntries() const { return entries_.get(); }
     void SetEntries(TCollection* v) { entries_->Assign(v); }
     void Click(TObject*) {}
@@ -118,6 +121,7 @@ public:
 
 private:
     std::unique_ptr<TLook> look_ = std::make_unique<TLook>();
+    std::unique_ptr<TStringList> items_ = std::make_unique<TStringList>();
     std::unique_ptr<TCollection> entries_ = std::make_unique<TCollection>(TEntry::StaticClass());
 };
 
@@ -154,6 +158,7 @@ RTL_BEGIN_CLASS(TWidget)
     Property<TColor>("Color", &TWidget::Color).Default(clBlack);
     Property("Look", &TWidget::GetLook, &TWidget::SetLook);
     Property("Entries", &TWidget::GetEntries, &TWidget::SetEntries);
+    Property("Items", &TWidget::GetItems, &TWidget::SetItems);
     Property("Buddy", &TWidget::Buddy);
     Property("OnClick", &TWidget::OnClick);
     Method<&TWidget::Click>("Click");
@@ -640,6 +645,28 @@ TEST(FilerProperties, DefinedAndBinaryPropertiesRoundTrip) {
     ReadProperties(data, &back);
     EXPECT_EQ(back.Lines, w.Lines);
     EXPECT_EQ(back.Blob, w.Blob);
+}
+
+TEST(FilerProperties, StringListsAreStoredAsTheirStringsProperty) {
+    TWidget w;
+    w.GetItems()->Add("first");
+    w.GetItems()->Add("it's");
+    std::string data = PropertiesOf(&w);
+    EXPECT_NE(data.find(Bytes({13, 'I', 't', 'e', 'm', 's', '.', 'S', 't', 'r', 'i', 'n', 'g', 's',
+                               vaList, vaString, 5, 'f', 'i', 'r', 's', 't', vaString, 4, 'i',
+                               't', '\'', 's', 0})),
+              std::string::npos);
+    TWidget back;
+    back.GetItems()->Add("replaced");
+    ReadProperties(data, &back);
+    ASSERT_EQ(back.GetItems()->Count(), 2);
+    EXPECT_EQ(back.GetItems()->Strings(1), "it's");
+    // Lines equal to the ancestor's are left out; different ones are written whole.
+    TWidget ancestor;
+    ancestor.GetItems()->Assign(w.GetItems());
+    EXPECT_EQ(PropertiesOf(&w, &ancestor).find("Items.Strings"), std::string::npos);
+    ancestor.GetItems()->Add("more");
+    EXPECT_NE(PropertiesOf(&w, &ancestor).find("Items.Strings"), std::string::npos);
 }
 
 struct ErrorLog {
