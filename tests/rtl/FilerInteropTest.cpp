@@ -82,7 +82,8 @@ public:
     void SetEntries(TCollection* v) { entries_->Assign(v); }
 
     void GetChildren(const TGetChildProc& proc, TComponent*) override {
-        for (int i = 0; i < ComponentCount(); ++i) proc(Components(i));
+        for (int i = 0; i < ComponentCount(); ++i)
+            proc(Components(i));
     }
     void DefineProperties(TFiler* filer) override {
         filer->DefineProperty(
@@ -125,33 +126,33 @@ private:
 };
 
 RTL_BEGIN_CLASS(TPasLook)
-    Property("Size", &TPasLook::Size).Default(8);
-    Property("Name", &TPasLook::Name);
-    Property("Tones", &TPasLook::Tones).Default(TTones{});
+Property("Size", &TPasLook::Size).Default(8);
+Property("Name", &TPasLook::Name);
+Property("Tones", &TPasLook::Tones).Default(TTones{});
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(TPasEntry)
-    Property("Caption", &TPasEntry::Caption);
-    Property("Width", &TPasEntry::Width).Default(50);
+Property("Caption", &TPasEntry::Caption);
+Property("Width", &TPasEntry::Width).Default(50);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(TPasWidget)
-    Property("Small", &TPasWidget::Small).Default(0);
-    Property("Middle", &TPasWidget::Middle);
-    Property("Large", &TPasWidget::Large);
-    Property("Big", &TPasWidget::Big);
-    Property("Ratio", &TPasWidget::Ratio);
-    Property("Text", &TPasWidget::Text);
-    Property("LongText", &TPasWidget::LongText);
-    Property("Enabled", &TPasWidget::Enabled).Default(true);
-    Property("Tone", &TPasWidget::Tone).Default(tnRed);
-    Property("Tones", &TPasWidget::Tones);
-    Property("Look", &TPasWidget::GetLook, &TPasWidget::SetLook);
-    Property("Lines", &TPasWidget::GetLines, &TPasWidget::SetLines);
-    Property("Entries", &TPasWidget::GetEntries, &TPasWidget::SetEntries);
-    Property("Letter", &TPasWidget::Letter);
-    Property("Buddy", &TPasWidget::Buddy);
-    Property("Data", &TPasWidget::Data);
+Property("Small", &TPasWidget::Small).Default(0);
+Property("Middle", &TPasWidget::Middle);
+Property("Large", &TPasWidget::Large);
+Property("Big", &TPasWidget::Big);
+Property("Ratio", &TPasWidget::Ratio);
+Property("Text", &TPasWidget::Text);
+Property("LongText", &TPasWidget::LongText);
+Property("Enabled", &TPasWidget::Enabled).Default(true);
+Property("Tone", &TPasWidget::Tone).Default(tnRed);
+Property("Tones", &TPasWidget::Tones);
+Property("Look", &TPasWidget::GetLook, &TPasWidget::SetLook);
+Property("Lines", &TPasWidget::GetLines, &TPasWidget::SetLines);
+Property("Entries", &TPasWidget::GetEntries, &TPasWidget::SetEntries);
+Property("Letter", &TPasWidget::Letter);
+Property("Buddy", &TPasWidget::Buddy);
+Property("Data", &TPasWidget::Data);
 RTL_END_CLASS
 
 } // namespace pas
@@ -211,7 +212,8 @@ public:
             Value(ind + "    ");
         }
         r_.ReadListEnd();
-        while (!r_.EndOfList()) Object(ind + "  ");
+        while (!r_.EndOfList())
+            Object(ind + "  ");
         r_.ReadListEnd();
         Add(ind + "end");
     }
@@ -233,14 +235,17 @@ private:
         case vaList:
             r_.ReadValue();
             Add(ind + tag);
-            while (!r_.EndOfList()) Value(ind + "  ");
+            while (!r_.EndOfList())
+                Value(ind + "  ");
             r_.ReadListEnd();
             Add(ind + "end");
             break;
         case vaInt8:
         case vaInt16:
         case vaInt32:
-        case vaInt64: Add(ind + tag + " " + std::to_string(r_.ReadInt64())); break;
+        case vaInt64:
+            Add(ind + tag + " " + std::to_string(r_.ReadInt64()));
+            break;
         case vaExtended: {
             uint8_t b[10];
             ExtendedToBytes(r_.ReadFloat(), b);
@@ -284,7 +289,9 @@ private:
             Add(ind + tag + " " + Hex(w.data(), w.size() * 2));
             break;
         }
-        case vaIdent: Add(ind + tag + " " + r_.ReadIdent()); break;
+        case vaIdent:
+            Add(ind + tag + " " + r_.ReadIdent());
+            break;
         case vaBinary: {
             r_.ReadValue();
             uint32_t n;
@@ -297,7 +304,8 @@ private:
         case vaSet: {
             r_.ReadValue();
             std::string names;
-            for (std::string s; !(s = r_.ReadStr()).empty();) names += (names.empty() ? "" : ",") + s;
+            for (std::string s; !(s = r_.ReadStr()).empty();)
+                names += (names.empty() ? "" : ",") + s;
             Add(ind + tag + " " + names);
             break;
         }
@@ -321,7 +329,8 @@ private:
             r_.ReadListEnd();
             Add(ind + "end");
             break;
-        default: FAIL() << "unexpected tag " << int(v);
+        default:
+            FAIL() << "unexpected tag " << int(v);
         }
     }
 
@@ -345,10 +354,14 @@ std::string OurDump(const std::string& binary) {
 std::string OurConvert(const std::string& mode, const std::string& data) {
     TStringStream in(data), out;
     while (in.GetPosition() < in.GetSize()) {
-        if (mode == "b2t") ObjectBinaryToText(&in, &out);
-        else if (mode == "t2b") ObjectTextToBinary(&in, &out);
-        else if (mode == "r2t") ObjectResourceToText(&in, &out);
-        else ObjectTextToResource(&in, &out);
+        if (mode == "b2t")
+            ObjectBinaryToText(&in, &out);
+        else if (mode == "t2b")
+            ObjectTextToBinary(&in, &out);
+        else if (mode == "r2t")
+            ObjectResourceToText(&in, &out);
+        else
+            ObjectTextToResource(&in, &out);
     }
     return out.DataString();
 }
@@ -376,8 +389,8 @@ protected:
                           tool_.string() + " " + src.string() + " > " +
                           (dir_ / "fpc.log").string() + " 2>&1";
         if (std::system(cmd.c_str()) != 0 || !fs::exists(tool_))
-            compileError_ = "fpc could not compile " + src.string() + ":\n" +
-                            ReadFile(dir_ / "fpc.log");
+            compileError_ =
+                "fpc could not compile " + src.string() + ":\n" + ReadFile(dir_ / "fpc.log");
     }
 
     void SetUp() override {
@@ -395,8 +408,8 @@ protected:
         std::string cmd = tool_.string() + " " + mode + " " + in.string() + " " + out.string() +
                           " 2> " + (dir_ / "work" / (base + ".err")).string();
         int rc = std::system(cmd.c_str());
-        EXPECT_EQ(rc, 0) << "fpconv " << mode << " failed: "
-                         << ReadFile(dir_ / "work" / (base + ".err"));
+        EXPECT_EQ(rc, 0) << "fpconv " << mode
+                         << " failed: " << ReadFile(dir_ / "work" / (base + ".err"));
         return ReadFile(out);
     }
 
@@ -486,7 +499,8 @@ void ExpectGeneratedTree(pas::TPasWidget* main) {
     EXPECT_EQ(main->ExtraNil, "nil");
     EXPECT_EQ(main->ExtraWide, u"Wide \u0416\u4E2D");
     ASSERT_EQ(main->Blob.size(), 100u);
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(uint8_t(main->Blob[i]), uint8_t(i * 7));
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(uint8_t(main->Blob[i]), uint8_t(i * 7));
     auto* child = dynamic_cast<TPasWidget*>(main->FindComponent("Child"));
     ASSERT_NE(child, nullptr);
     EXPECT_EQ(child->Middle, -300);
