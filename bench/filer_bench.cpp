@@ -19,7 +19,8 @@ namespace {
 
 // Appends the pieces to text (one append each: GCC 12 warns wrongly about chains of "+").
 void Add(std::string& text, std::initializer_list<std::string_view> pieces) {
-    for (std::string_view p : pieces) text.append(p);
+    for (std::string_view p : pieces)
+        text.append(p);
 }
 
 // A form of several megabytes with the value forms a real form holds: many controls with
@@ -123,8 +124,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "filer_bench: cannot write into %s\n", dir.c_str());
             return 1;
         }
-        std::printf("form.txt: %zu bytes, form.bin: %zu bytes\n", Text().size(),
-                    Binary().size());
+        std::printf("form.txt: %zu bytes, form.bin: %zu bytes\n", Text().size(), Binary().size());
         return 0;
     }
     benchmark::Initialize(&argc, argv);

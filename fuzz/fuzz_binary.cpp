@@ -17,8 +17,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string input(reinterpret_cast<const char*>(data), size);
     TStringStream in(input), text;
     try {
-        if (size > 0 && data[0] == 0xFF) ObjectResourceToText(&in, &text);
-        else ObjectBinaryToText(&in, &text);
+        if (size > 0 && data[0] == 0xFF)
+            ObjectResourceToText(&in, &text);
+        else
+            ObjectBinaryToText(&in, &text);
     } catch (const Exception&) {
         return 0;
     }

@@ -1,6 +1,7 @@
 #include "rtl/Filer.h"
 
 #include "rtl/CodePage.h"
+#include "rtl/Lists.h"
 #include "rtl/SysUtils.h"
 
 #include <algorithm>
@@ -19,22 +20,12 @@ RTL_IMPLEMENT_CLASS(TWriter)
 
 namespace {
 
-bool SameText(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        char x = a[i], y = b[i];
-        if (x >= 'a' && x <= 'z') x = char(x - 32);
-        if (y >= 'a' && y <= 'z') y = char(y - 32);
-        if (x != y) return false;
-    }
-    return true;
-}
-
 template <class T> T LoadLE(const void* p) {
     using U = std::make_unsigned_t<T>;
     const auto* b = static_cast<const uint8_t*>(p);
     U v = 0;
-    for (size_t i = 0; i < sizeof(T); ++i) v = static_cast<U>(v | U(b[i]) << (8 * i));
+    for (size_t i = 0; i < sizeof(T); ++i)
+        v = static_cast<U>(v | U(b[i]) << (8 * i));
     return static_cast<T>(v);
 }
 
@@ -42,7 +33,8 @@ template <class T> void StoreLE(void* p, T value) {
     using U = std::make_unsigned_t<T>;
     auto v = static_cast<U>(value);
     auto* b = static_cast<uint8_t*>(p);
-    for (size_t i = 0; i < sizeof(T); ++i) b[i] = static_cast<uint8_t>(v >> (8 * i));
+    for (size_t i = 0; i < sizeof(T); ++i)
+        b[i] = static_cast<uint8_t>(v >> (8 * i));
 }
 
 // UTF-8 to UTF-16; a malformed sequence becomes U+FFFD.
@@ -58,9 +50,12 @@ std::u16string Utf8ToUtf16(std::string_view s) {
             r.push_back(c);
             ++i;
             continue;
-        } else if ((c & 0xE0) == 0xC0) cp = c & 0x1F, extra = 1;
-        else if ((c & 0xF0) == 0xE0) cp = c & 0x0F, extra = 2;
-        else if ((c & 0xF8) == 0xF0) cp = c & 0x07, extra = 3;
+        } else if ((c & 0xE0) == 0xC0)
+            cp = c & 0x1F, extra = 1;
+        else if ((c & 0xF0) == 0xE0)
+            cp = c & 0x0F, extra = 2;
+        else if ((c & 0xF8) == 0xF0)
+            cp = c & 0x07, extra = 3;
         else {
             r.push_back(0xFFFD);
             ++i;
@@ -89,9 +84,49 @@ std::u16string Utf8ToUtf16(std::string_view s) {
             cp -= 0x10000;
             r.push_back(char16_t(0xD800 + (cp >> 10)));
             r.push_back(char16_t(0xDC00 + (cp & 0x3FF)));
-        } else r.push_back(char16_t(cp));
+        } else
+            r.push_back(char16_t(cp));
     }
     return r;
+}
+
+// The platform's string lists store their lines as the defined property "Strings": a list of
+// strings, written when the lines differ from the ancestor's (or, without one, when there are
+// any). While TStrings doesn't describe that property itself, the filer does it for it.
+constexpr bool StringsDefineThemselves =
+    !std::is_same_v<decltype(&TStrings::DefineProperties), void (TPersistent::*)(TFiler*)>;
+
+void DefineStringsProperty(TFiler* filer, TPersistent* instance) {
+    auto* strings = dynamic_cast<TStrings*>(instance);
+    if (!strings) return;
+    bool hasData;
+    if (auto* ancestor = dynamic_cast<TStrings*>(filer->Ancestor))
+        hasData = !strings->Equals(ancestor);
+    else
+        hasData = filer->Ancestor ? true : strings->Count() > 0;
+    filer->DefineProperty(
+        "Strings",
+        [strings](TReader* r) {
+            r->ReadListBegin();
+            strings->BeginUpdate();
+            try {
+                strings->Clear();
+                while (!r->EndOfList())
+                    strings->Add(r->ReadString());
+            } catch (...) {
+                strings->EndUpdate();
+                throw;
+            }
+            strings->EndUpdate();
+            r->ReadListEnd();
+        },
+        [strings](TWriter* w) {
+            w->WriteListBegin();
+            for (int i = 0; i < strings->Count(); ++i)
+                w->WriteString(strings->Strings(i));
+            w->WriteListEnd();
+        },
+        hasData);
 }
 
 std::string ObjectName(const TPersistent* obj) {
@@ -103,9 +138,9 @@ std::string ObjectName(const TPersistent* obj) {
 
 const char* ValueTypeName(uint8_t valueType) {
     static const char* const names[] = {
-        "vaNull",   "vaList",   "vaInt8",       "vaInt16",    "vaInt32",   "vaExtended",
-        "vaString", "vaIdent",  "vaFalse",      "vaTrue",     "vaBinary",  "vaSet",
-        "vaLString", "vaNil",   "vaCollection", "vaSingle",   "vaCurrency", "vaDate",
+        "vaNull",    "vaList",  "vaInt8",       "vaInt16",  "vaInt32",    "vaExtended",
+        "vaString",  "vaIdent", "vaFalse",      "vaTrue",   "vaBinary",   "vaSet",
+        "vaLString", "vaNil",   "vaCollection", "vaSingle", "vaCurrency", "vaDate",
         "vaWString", "vaInt64", "vaUTF8String"};
     return valueType <= vaLast ? names[valueType] : "?";
 }
@@ -130,7 +165,8 @@ void ExtendedToBytes(long double value, uint8_t bytes[10]) {
             if (biased <= 0) {
                 mant = static_cast<uint64_t>(std::ldexp(m, 64 + biased - 1));
                 biased = 0;
-            } else mant = static_cast<uint64_t>(std::ldexp(m, 64));
+            } else
+                mant = static_cast<uint64_t>(std::ldexp(m, 64));
             exp = static_cast<uint16_t>(biased);
         }
         if (neg) exp |= 0x8000;
@@ -153,7 +189,8 @@ long double BytesToExtended(const uint8_t bytes[10]) {
         if (exp == 0x7FFF)
             v = (mant << 1) == 0 ? std::numeric_limits<long double>::infinity()
                                  : std::numeric_limits<long double>::quiet_NaN();
-        else v = std::ldexp(static_cast<long double>(mant), (exp == 0 ? 1 : exp) - 16383 - 63);
+        else
+            v = std::ldexp(static_cast<long double>(mant), (exp == 0 ? 1 : exp) - 16383 - 63);
         return neg ? -v : v;
     }
 }
@@ -249,11 +286,17 @@ void TReader::SkipBytes(int64_t count) {
     }
 }
 
-void TReader::ReadError(const std::string& message) { throw EReadError(message); }
+void TReader::ReadError(const std::string& message) {
+    throw EReadError(message);
+}
 
-void TReader::PropValueError() { ReadError("Invalid property value"); }
+void TReader::PropValueError() {
+    ReadError("Invalid property value");
+}
 
-TValueType TReader::ReadValue() { return static_cast<TValueType>(ReadByte()); }
+TValueType TReader::ReadValue() {
+    return static_cast<TValueType>(ReadByte());
+}
 
 TValueType TReader::NextValue() {
     TValueType v = ReadValue();
@@ -261,7 +304,9 @@ TValueType TReader::NextValue() {
     return v;
 }
 
-bool TReader::EndOfList() { return NextValue() == vaNull; }
+bool TReader::EndOfList() {
+    return NextValue() == vaNull;
+}
 
 void TReader::CheckValue(TValueType value) {
     if (ReadValue() != value) {
@@ -270,8 +315,12 @@ void TReader::CheckValue(TValueType value) {
     }
 }
 
-void TReader::ReadListBegin() { CheckValue(vaList); }
-void TReader::ReadListEnd() { CheckValue(vaNull); }
+void TReader::ReadListBegin() {
+    CheckValue(vaList);
+}
+void TReader::ReadListEnd() {
+    CheckValue(vaNull);
+}
 
 void TReader::ReadSignature() {
     char sig[4];
@@ -299,7 +348,9 @@ std::string TReader::ReadStr() {
 std::string TReader::ReadString() {
     std::string s;
     switch (ReadValue()) {
-    case vaString: ReadChunked(s, ReadByte()); break;
+    case vaString:
+        ReadChunked(s, ReadByte());
+        break;
     case vaLString: {
         uint32_t len;
         Read(&len, 4);
@@ -315,7 +366,9 @@ std::string TReader::ReadString() {
         ReadChunked(s, LoadLE<uint32_t>(&len));
         return Utf8ToCp1251(s);
     }
-    default: --FBufPos; PropValueError();
+    default:
+        --FBufPos;
+        PropValueError();
     }
     return s;
 }
@@ -329,7 +382,8 @@ std::u16string TReader::ReadWideString() {
         std::string bytes;
         ReadChunked(bytes, uint64_t(count) * 2);
         std::u16string w(count, u'\0');
-        for (uint32_t i = 0; i < count; ++i) w[i] = LoadLE<uint16_t>(bytes.data() + 2 * i);
+        for (uint32_t i = 0; i < count; ++i)
+            w[i] = LoadLE<uint16_t>(bytes.data() + 2 * i);
         return w;
     }
     case vaUTF8String: {
@@ -339,13 +393,16 @@ std::u16string TReader::ReadWideString() {
         ReadChunked(s, LoadLE<uint32_t>(&len));
         return Utf8ToUtf16(s);
     }
-    default: --FBufPos; return Cp1251ToUtf16(ReadString());
+    default:
+        --FBufPos;
+        return Cp1251ToUtf16(ReadString());
     }
 }
 
 int32_t TReader::ReadInteger() {
     switch (ReadValue()) {
-    case vaInt8: return static_cast<int8_t>(ReadByte());
+    case vaInt8:
+        return static_cast<int8_t>(ReadByte());
     case vaInt16: {
         uint8_t b[2];
         Read(b, 2);
@@ -356,7 +413,9 @@ int32_t TReader::ReadInteger() {
         Read(b, 4);
         return LoadLE<int32_t>(b);
     }
-    default: --FBufPos; PropValueError();
+    default:
+        --FBufPos;
+        PropValueError();
     }
 }
 
@@ -378,10 +437,14 @@ long double TReader::ReadFloat() {
         Read(b, 10);
         return BytesToExtended(b);
     }
-    case vaSingle: return ReadSingle();
-    case vaCurrency: return ReadCurrency();
-    case vaDate: return ReadDate();
-    default: return static_cast<long double>(ReadInt64());
+    case vaSingle:
+        return ReadSingle();
+    case vaCurrency:
+        return ReadCurrency();
+    case vaDate:
+        return ReadDate();
+    default:
+        return static_cast<long double>(ReadInt64());
     }
 }
 
@@ -419,12 +482,19 @@ double TReader::ReadDate() {
 
 std::string TReader::ReadIdent() {
     switch (ReadValue()) {
-    case vaIdent: return ReadStr();
-    case vaFalse: return "False";
-    case vaTrue: return "True";
-    case vaNil: return "nil";
-    case vaNull: return "Null";
-    default: --FBufPos; PropValueError();
+    case vaIdent:
+        return ReadStr();
+    case vaFalse:
+        return "False";
+    case vaTrue:
+        return "True";
+    case vaNil:
+        return "nil";
+    case vaNull:
+        return "Null";
+    default:
+        --FBufPos;
+        PropValueError();
     }
 }
 
@@ -449,31 +519,51 @@ char16_t TReader::ReadWideChar() {
 
 bool TReader::ReadBoolean() {
     switch (ReadValue()) {
-    case vaTrue: return true;
-    case vaFalse: return false;
-    default: --FBufPos; PropValueError();
+    case vaTrue:
+        return true;
+    case vaFalse:
+        return false;
+    default:
+        --FBufPos;
+        PropValueError();
     }
 }
 
 Variant TReader::ReadVariant() {
     switch (NextValue()) {
-    case vaNil: ReadValue(); return Variant();
-    case vaNull: ReadValue(); return Variant::Null();
-    case vaInt8: return Variant::OfType(varShortInt, int64_t(ReadInteger()));
-    case vaInt16: return Variant::OfType(varSmallint, int64_t(ReadInteger()));
-    case vaInt32: return Variant::OfType(varInteger, int64_t(ReadInteger()));
-    case vaInt64: return Variant::OfType(varInt64, ReadInt64());
-    case vaExtended: return Variant::OfType(varDouble, ReadFloat());
-    case vaSingle: return Variant::OfType(varSingle, static_cast<long double>(ReadSingle()));
-    case vaCurrency: return Variant::OfType(varCurrency, ReadCurrency());
-    case vaDate: return Variant::OfType(varDate, static_cast<long double>(ReadDate()));
+    case vaNil:
+        ReadValue();
+        return Variant();
+    case vaNull:
+        ReadValue();
+        return Variant::Null();
+    case vaInt8:
+        return Variant::OfType(varShortInt, int64_t(ReadInteger()));
+    case vaInt16:
+        return Variant::OfType(varSmallint, int64_t(ReadInteger()));
+    case vaInt32:
+        return Variant::OfType(varInteger, int64_t(ReadInteger()));
+    case vaInt64:
+        return Variant::OfType(varInt64, ReadInt64());
+    case vaExtended:
+        return Variant::OfType(varDouble, ReadFloat());
+    case vaSingle:
+        return Variant::OfType(varSingle, static_cast<long double>(ReadSingle()));
+    case vaCurrency:
+        return Variant::OfType(varCurrency, ReadCurrency());
+    case vaDate:
+        return Variant::OfType(varDate, static_cast<long double>(ReadDate()));
     case vaString:
-    case vaLString: return Variant(ReadString());
+    case vaLString:
+        return Variant(ReadString());
     case vaWString:
-    case vaUTF8String: return Variant(ReadWideString());
+    case vaUTF8String:
+        return Variant(ReadWideString());
     case vaFalse:
-    case vaTrue: return Variant(ReadBoolean());
-    default: ReadError("Unsupported variant value: " + std::string(ValueTypeName(NextValue())));
+    case vaTrue:
+        return Variant(ReadBoolean());
+    default:
+        ReadError("Unsupported variant value: " + std::string(ValueTypeName(NextValue())));
     }
 }
 
@@ -496,13 +586,16 @@ uint32_t TReader::ReadSet(PTypeInfo setType) {
         int32_t v = compType ? GetEnumValue(compType, name) : -1;
         if (v < 0 || v > 31) {
             if (unknown.empty()) unknown = name;
-        } else bits |= 1u << v;
+        } else
+            bits |= 1u << v;
     }
     if (!unknown.empty()) ReadError("Invalid set element '" + unknown + "'");
     return bits;
 }
 
-void TReader::SkipValue() { SkipValueAt(0); }
+void TReader::SkipValue() {
+    SkipValueAt(0);
+}
 
 void TReader::SkipValueAt(int depth) {
     if (depth > MaxNestingDepth) ReadError("Object stream nested too deeply");
@@ -516,26 +609,46 @@ void TReader::SkipValueAt(int depth) {
     case vaNull:
     case vaFalse:
     case vaTrue:
-    case vaNil: break;
+    case vaNil:
+        break;
     case vaList:
-        while (!EndOfList()) SkipValueAt(depth + 1);
+        while (!EndOfList())
+            SkipValueAt(depth + 1);
         ReadListEnd();
         break;
-    case vaInt8: SkipBytes(1); break;
-    case vaInt16: SkipBytes(2); break;
+    case vaInt8:
+        SkipBytes(1);
+        break;
+    case vaInt16:
+        SkipBytes(2);
+        break;
     case vaInt32:
-    case vaSingle: SkipBytes(4); break;
-    case vaExtended: SkipBytes(10); break;
+    case vaSingle:
+        SkipBytes(4);
+        break;
+    case vaExtended:
+        SkipBytes(10);
+        break;
     case vaInt64:
     case vaCurrency:
-    case vaDate: SkipBytes(8); break;
+    case vaDate:
+        SkipBytes(8);
+        break;
     case vaString:
-    case vaIdent: SkipBytes(ReadByte()); break;
+    case vaIdent:
+        SkipBytes(ReadByte());
+        break;
     case vaBinary:
     case vaLString:
-    case vaUTF8String: skipCounted(1); break;
-    case vaWString: skipCounted(2); break;
-    case vaSet: SkipSetBody(); break;
+    case vaUTF8String:
+        skipCounted(1);
+        break;
+    case vaWString:
+        skipCounted(2);
+        break;
+    case vaSet:
+        SkipSetBody();
+        break;
     case vaCollection:
         while (!EndOfList()) {
             TValueType n = NextValue();
@@ -599,12 +712,15 @@ void TReader::ReadProperty(TPersistent* aInstance) {
                 start = dot + 1;
             }
             PPropInfo p = GetPropInfo(instance->ClassType(), FPropName);
-            if (p) ReadPropValue(instance, p);
+            if (p)
+                ReadPropValue(instance, p);
             else {
                 // What a defined property's handler has read can't be told apart from the
                 // rest of the stream, so a failure in it isn't recoverable.
                 FCanHandleExcepts = false;
                 instance->DefineProperties(this);
+                if constexpr (!StringsDefineThemselves)
+                    if (!FPropName.empty()) DefineStringsProperty(this, instance);
                 FCanHandleExcepts = true;
                 if (!FPropName.empty()) ReadError("Property " + FPropName + " does not exist");
             }
@@ -620,7 +736,8 @@ void TReader::ReadProperty(TPersistent* aInstance) {
 }
 
 void TReader::ReadProperties(TPersistent* instance) {
-    while (!EndOfList()) ReadProperty(instance);
+    while (!EndOfList())
+        ReadProperty(instance);
     ReadListEnd();
 }
 
@@ -646,10 +763,15 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
             if (!IdentToInteger(type, ident, value))
                 ReadError("Invalid property value '" + ident + "'");
             SetOrdProp(instance, propInfo, value);
-        } else SetOrdProp(instance, propInfo, ReadInteger());
+        } else
+            SetOrdProp(instance, propInfo, ReadInteger());
         break;
-    case tkChar: SetOrdProp(instance, propInfo, static_cast<unsigned char>(ReadChar())); break;
-    case tkWChar: SetOrdProp(instance, propInfo, ReadWideChar()); break;
+    case tkChar:
+        SetOrdProp(instance, propInfo, static_cast<unsigned char>(ReadChar()));
+        break;
+    case tkWChar:
+        SetOrdProp(instance, propInfo, ReadWideChar());
+        break;
     case tkEnumeration: {
         std::string ident = ReadIdent();
         int32_t value = GetEnumValue(type, ident);
@@ -657,13 +779,25 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
         SetOrdProp(instance, propInfo, value);
         break;
     }
-    case tkSet: SetOrdProp(instance, propInfo, ReadSet(type)); break;
-    case tkFloat: SetFloatProp(instance, propInfo, ReadFloat()); break;
+    case tkSet:
+        SetOrdProp(instance, propInfo, ReadSet(type));
+        break;
+    case tkFloat:
+        SetFloatProp(instance, propInfo, ReadFloat());
+        break;
     case tkString:
-    case tkLString: SetStrProp(instance, propInfo, ReadString()); break;
-    case tkWString: SetWideStrProp(instance, propInfo, ReadWideString()); break;
-    case tkVariant: SetVariantProp(instance, propInfo, ReadVariant()); break;
-    case tkInt64: SetInt64Prop(instance, propInfo, ReadInt64()); break;
+    case tkLString:
+        SetStrProp(instance, propInfo, ReadString());
+        break;
+    case tkWString:
+        SetWideStrProp(instance, propInfo, ReadWideString());
+        break;
+    case tkVariant:
+        SetVariantProp(instance, propInfo, ReadVariant());
+        break;
+    case tkInt64:
+        SetInt64Prop(instance, propInfo, ReadInt64());
+        break;
     case tkClass:
         switch (NextValue()) {
         case vaNil:
@@ -680,7 +814,8 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
         case vaIdent: {
             std::string name = ReadIdent();
             TPropFixup fixup{instance, propInfo, LookupRoot, name};
-            if (FFixups) FFixups->push_back(std::move(fixup));
+            if (FFixups)
+                FFixups->push_back(std::move(fixup));
             else {
                 // Outside a component tree the reference is resolved at once.
                 TComponent* target = LookupRoot ? FindNestedComponent(LookupRoot, name) : nullptr;
@@ -689,7 +824,8 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
             }
             break;
         }
-        default: PropValueError();
+        default:
+            PropValueError();
         }
         break;
     case tkMethod:
@@ -702,7 +838,8 @@ void TReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
             SetMethodProp(instance, propInfo, TMethod{address, address ? Root : nullptr});
         }
         break;
-    default: ReadError("Invalid property type: " + type->Name);
+    default:
+        ReadError("Invalid property type: " + type->Name);
     }
 }
 
@@ -756,7 +893,9 @@ void TWriter::FlushBuffer() {
     }
 }
 
-int64_t TWriter::Position() const { return FStream->Seek(0, soCurrent) + FBufPos; }
+int64_t TWriter::Position() const {
+    return FStream->Seek(0, soCurrent) + FBufPos;
+}
 
 void TWriter::Write(const void* buffer, int64_t count) {
     if (count <= 0) return;
@@ -780,10 +919,18 @@ void TWriter::WriteRaw8(uint8_t b) {
     FBuffer[FBufPos++] = static_cast<char>(b);
 }
 
-void TWriter::WriteValue(TValueType value) { WriteRaw8(value); }
-void TWriter::WriteSignature() { Write(FilerSignature, 4); }
-void TWriter::WriteListBegin() { WriteValue(vaList); }
-void TWriter::WriteListEnd() { WriteValue(vaNull); }
+void TWriter::WriteValue(TValueType value) {
+    WriteRaw8(value);
+}
+void TWriter::WriteSignature() {
+    Write(FilerSignature, 4);
+}
+void TWriter::WriteListBegin() {
+    WriteValue(vaList);
+}
+void TWriter::WriteListEnd() {
+    WriteValue(vaNull);
+}
 
 void TWriter::WritePrefix(TFilerFlags flags, int32_t childPos) {
     if (flags == 0) return;
@@ -894,10 +1041,14 @@ void TWriter::WriteDate(double value) {
 }
 
 void TWriter::WriteIdent(std::string_view ident) {
-    if (SameText(ident, "False")) WriteValue(vaFalse);
-    else if (SameText(ident, "True")) WriteValue(vaTrue);
-    else if (SameText(ident, "nil")) WriteValue(vaNil);
-    else if (SameText(ident, "Null")) WriteValue(vaNull);
+    if (SameText(ident, "False"))
+        WriteValue(vaFalse);
+    else if (SameText(ident, "True"))
+        WriteValue(vaTrue);
+    else if (SameText(ident, "nil"))
+        WriteValue(vaNil);
+    else if (SameText(ident, "Null"))
+        WriteValue(vaNull);
     else {
         WriteValue(vaIdent);
         WriteStr(ident);
@@ -910,29 +1061,56 @@ void TWriter::WriteChar(char value) {
     WriteRaw8(static_cast<uint8_t>(value));
 }
 
-void TWriter::WriteWideChar(char16_t value) { WriteWideString(std::u16string_view(&value, 1)); }
+void TWriter::WriteWideChar(char16_t value) {
+    WriteWideString(std::u16string_view(&value, 1));
+}
 
-void TWriter::WriteBoolean(bool value) { WriteValue(value ? vaTrue : vaFalse); }
+void TWriter::WriteBoolean(bool value) {
+    WriteValue(value ? vaTrue : vaFalse);
+}
 
 void TWriter::WriteVariant(const Variant& value) {
     switch (value.VarType()) {
-    case varEmpty: WriteValue(vaNil); break;
-    case varNull: WriteValue(vaNull); break;
-    case varOleStr: WriteWideString(value.AsWideString()); break;
-    case varString: WriteString(value.AsString()); break;
+    case varEmpty:
+        WriteValue(vaNil);
+        break;
+    case varNull:
+        WriteValue(vaNull);
+        break;
+    case varOleStr:
+        WriteWideString(value.AsWideString());
+        break;
+    case varString:
+        WriteString(value.AsString());
+        break;
     case varShortInt:
     case varByte:
     case varSmallint:
     case varWord:
-    case varInteger: WriteInteger(static_cast<int32_t>(value.AsInt64())); break;
+    case varInteger:
+        WriteInteger(static_cast<int32_t>(value.AsInt64()));
+        break;
     case varLongWord:
-    case varInt64: WriteInteger(value.AsInt64()); break;
-    case varSingle: WriteSingle(static_cast<float>(value.AsReal())); break;
-    case varDouble: WriteFloat(value.AsReal()); break;
-    case varCurrency: WriteCurrency(value.AsReal()); break;
-    case varDate: WriteDate(static_cast<double>(value.AsReal())); break;
-    case varBoolean: WriteBoolean(value.AsBoolean()); break;
-    default: throw EWriteError("Unsupported variant type " + std::to_string(value.VarType()));
+    case varInt64:
+        WriteInteger(value.AsInt64());
+        break;
+    case varSingle:
+        WriteSingle(static_cast<float>(value.AsReal()));
+        break;
+    case varDouble:
+        WriteFloat(value.AsReal());
+        break;
+    case varCurrency:
+        WriteCurrency(value.AsReal());
+        break;
+    case varDate:
+        WriteDate(static_cast<double>(value.AsReal()));
+        break;
+    case varBoolean:
+        WriteBoolean(value.AsBoolean());
+        break;
+    default:
+        throw EWriteError("Unsupported variant type " + std::to_string(value.VarType()));
     }
 }
 
@@ -959,7 +1137,9 @@ void TWriter::WriteSet(uint32_t bits, PTypeInfo setType) {
     WriteStr("");
 }
 
-void TWriter::WritePropName(const std::string& name) { WriteStr(FPropPath + name); }
+void TWriter::WritePropName(const std::string& name) {
+    WriteStr(FPropPath + name);
+}
 
 bool TWriter::IntegerToIdent(PTypeInfo type, int64_t value, std::string& ident) {
     TIntToIdent intToIdent = FindIntToIdent(type);
@@ -972,6 +1152,7 @@ void TWriter::WriteProperties(TPersistent* instance) {
         if (IsStoredProp(instance, p)) WriteProperty(instance, p);
     }
     instance->DefineProperties(this);
+    if constexpr (!StringsDefineThemselves) DefineStringsProperty(this, instance);
 }
 
 void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
@@ -996,14 +1177,24 @@ void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         switch (type->Kind) {
         case tkInteger: {
             std::string ident;
-            if (IntegerToIdent(type, value, ident)) WriteIdent(ident);
-            else WriteInteger(static_cast<int32_t>(value));
+            if (IntegerToIdent(type, value, ident))
+                WriteIdent(ident);
+            else
+                WriteInteger(static_cast<int32_t>(value));
             break;
         }
-        case tkChar: WriteChar(static_cast<char>(value)); break;
-        case tkWChar: WriteWideChar(static_cast<char16_t>(value)); break;
-        case tkEnumeration: WriteIdent(GetEnumName(type, static_cast<int32_t>(value))); break;
-        default: WriteSet(static_cast<uint32_t>(value), type); break;
+        case tkChar:
+            WriteChar(static_cast<char>(value));
+            break;
+        case tkWChar:
+            WriteWideChar(static_cast<char16_t>(value));
+            break;
+        case tkEnumeration:
+            WriteIdent(GetEnumName(type, static_cast<int32_t>(value)));
+            break;
+        default:
+            WriteSet(static_cast<uint32_t>(value), type);
+            break;
         }
         break;
     }
@@ -1043,7 +1234,9 @@ void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         WriteVariant(value);
         break;
     }
-    case tkClass: WriteObjectProp(instance, propInfo, ancestor); break;
+    case tkClass:
+        WriteObjectProp(instance, propInfo, ancestor);
+        break;
     case tkMethod: {
         // Handlers compare by their code: the ancestor's are bound to another object.
         TMethod value = GetMethodProp(instance, propInfo);
@@ -1061,7 +1254,8 @@ void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         WriteIdent(method);
         break;
     }
-    default: break;
+    default:
+        break;
     }
 }
 
@@ -1147,9 +1341,11 @@ void TReader::SkipComponent(bool skipHeader) {
             ReadStr();
             ReadStr();
         }
-        while (!EndOfList()) SkipProperty();
+        while (!EndOfList())
+            SkipProperty();
         ReadListEnd();
-        while (!EndOfList()) SkipComponent(true);
+        while (!EndOfList())
+            SkipComponent(true);
         ReadListEnd();
     } catch (...) {
         --FDepth;
@@ -1168,7 +1364,8 @@ void TReader::ReadCollection(TCollection* collection) {
             if (v == vaInt8 || v == vaInt16 || v == vaInt32) ReadInteger();
             TCollectionItem* item = collection->Add();
             ReadListBegin();
-            while (!EndOfList()) ReadProperty(item);
+            while (!EndOfList())
+                ReadProperty(item);
             ReadListEnd();
         }
         ReadListEnd();
@@ -1197,7 +1394,8 @@ void TReader::ReadData(TComponent* instance) {
 }
 
 void TReader::ReadDataInner(TComponent* instance) {
-    while (!EndOfList()) ReadProperty(instance);
+    while (!EndOfList())
+        ReadProperty(instance);
     ReadListEnd();
     TComponent* oldParent = Parent;
     TComponent* oldOwner = Owner;
@@ -1205,7 +1403,8 @@ void TReader::ReadDataInner(TComponent* instance) {
     Owner = instance->GetChildOwner();
     if (!Owner) Owner = Root;
     try {
-        while (!EndOfList()) ReadComponent(nullptr);
+        while (!EndOfList())
+            ReadComponent(nullptr);
         ReadListEnd();
     } catch (...) {
         Parent = oldParent;
@@ -1279,7 +1478,8 @@ TComponent* TReader::ReadComponent(TComponent* component) {
                 result->ReadState(this);
                 result->SetState(csReading, false);
                 if ((flags & ffChildPos) && Parent) Parent->SetChildOrder(result, position);
-                if (FLoaded && std::find(FLoaded->begin(), FLoaded->end(), result) == FLoaded->end())
+                if (FLoaded &&
+                    std::find(FLoaded->begin(), FLoaded->end(), result) == FLoaded->end())
                     FLoaded->push_back(result);
             } catch (...) {
                 if (created) {
@@ -1332,10 +1532,12 @@ TComponent* TReader::ReadRootComponent(TComponent* root) {
         result->ReadState(this);
         result->SetState(csReading, false);
         FLoaded = nullptr;
-        for (TComponent* c : loaded) c->Loaded();
+        for (TComponent* c : loaded)
+            c->Loaded();
     } catch (...) {
         FLoaded = nullptr;
-        if (!root) delete result;
+        if (!root)
+            delete result;
         else {
             result->SetState(csReading, false);
             result->SetState(csLoading, false);
@@ -1370,7 +1572,8 @@ void TReader::ReadComponents(TComponent* owner, TComponent* parent,
     }
     FFixups = nullptr;
     FLoaded = nullptr;
-    for (TComponent* c : loaded) c->Loaded();
+    for (TComponent* c : loaded)
+        c->Loaded();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -1386,7 +1589,9 @@ void TWriter::SetPosition(int64_t value) {
     FStream->SetPosition(value);
 }
 
-void TWriter::WriteRootComponent(TComponent* root) { WriteDescendent(root, nullptr); }
+void TWriter::WriteRootComponent(TComponent* root) {
+    WriteDescendent(root, nullptr);
+}
 
 void TWriter::WriteDescendent(TComponent* root, TComponent* ancestor) {
     RootAncestor = ancestor;
@@ -1432,8 +1637,10 @@ void TWriter::WriteData(TComponent* instance) {
     if (instance->ComponentState().Contains(csInline)) {
         if (Ancestor && instance->ComponentState().Contains(csAncestor) && FAncestorList)
             flags |= ffInherited;
-        else flags |= ffInline;
-    } else if (Ancestor) flags |= ffInherited;
+        else
+            flags |= ffInline;
+    } else if (Ancestor)
+        flags |= ffInherited;
     if (FAncestorList && FAncestorPos < FAncestorList->size() &&
         (!Ancestor || (*FAncestorList)[FAncestorPos] != Ancestor))
         flags |= ffChildPos;
@@ -1468,8 +1675,7 @@ void TWriter::WriteData(TComponent* instance) {
         if (!IgnoreChildren) {
             if (auto* ancestor = dynamic_cast<TComponent*>(Ancestor)) {
                 if (ancestor->ComponentState().Contains(csInline)) RootAncestor = ancestor;
-                ancestor->GetChildren([&](TComponent* c) { ancestors.push_back(c); },
-                                      RootAncestor);
+                ancestor->GetChildren([&](TComponent* c) { ancestors.push_back(c); }, RootAncestor);
                 FAncestorList = &ancestors;
             }
             if (instance->ComponentState().Contains(csInline)) Root = instance;
@@ -1553,12 +1759,15 @@ void TWriter::WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersis
     if (component && !component->ComponentStyle().Contains(csSubComponent)) {
         if (isDefault()) return;
         std::string ref;
-        if (component->Owner() == LookupRoot) ref = component->Name();
-        else if (component == LookupRoot) ref = "Owner";
+        if (component->Owner() == LookupRoot)
+            ref = component->Name();
+        else if (component == LookupRoot)
+            ref = "Owner";
         else if (component->Owner() && !component->Owner()->Name().empty() &&
                  !component->Name().empty())
             ref = component->Owner()->Name() + "." + component->Name();
-        else if (!component->Name().empty()) ref = component->Name() + ".Owner";
+        else if (!component->Name().empty())
+            ref = component->Name() + ".Owner";
         if (!ref.empty()) {
             WritePropName(name);
             WriteIdent(ref);

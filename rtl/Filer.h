@@ -115,13 +115,15 @@ protected:
 
 // Called for every failure in reading a property that the reader can recover from; setting
 // handled skips the value and goes on with the next property.
-using TReaderError = std::function<void(TReader* reader, const std::string& message, bool& handled)>;
+using TReaderError =
+    std::function<void(TReader* reader, const std::string& message, bool& handled)>;
 // Called to find the code of a method named in the stream; setting error to false accepts
 // the address (which may stay nil).
-using TFindMethodEvent =
-    std::function<void(TReader* reader, const std::string& methodName, void*& address, bool& error)>;
+using TFindMethodEvent = std::function<void(TReader* reader, const std::string& methodName,
+                                            void*& address, bool& error)>;
 // Called before a component read from the stream gets its name; may change the name.
-using TSetNameEvent = std::function<void(TReader* reader, TComponent* component, std::string& name)>;
+using TSetNameEvent =
+    std::function<void(TReader* reader, TComponent* component, std::string& name)>;
 // Called to find the class of a component in the stream before the registry is asked.
 using TFindComponentClassEvent =
     std::function<void(TReader* reader, const std::string& className, TClass& componentClass)>;

@@ -20,31 +20,35 @@ namespace {
 
 constexpr int ParseBufSize = 4096;
 
-bool SameText(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        char x = a[i], y = b[i];
-        if (x >= 'a' && x <= 'z') x = char(x - 32);
-        if (y >= 'a' && y <= 'z') y = char(y - 32);
-        if (x != y) return false;
-    }
-    return true;
+bool IsAlpha(int c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
 }
-
-bool IsAlpha(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
-bool IsDigit(int c) { return c >= '0' && c <= '9'; }
-bool IsHex(int c) { return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
-int HexValue(int c) { return IsDigit(c) ? c - '0' : (c | 0x20) - 'a' + 10; }
+bool IsDigit(int c) {
+    return c >= '0' && c <= '9';
+}
+bool IsHex(int c) {
+    return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+int HexValue(int c) {
+    return IsDigit(c) ? c - '0' : (c | 0x20) - 'a' + 10;
+}
 
 std::string TokenName(char t) {
     switch (t) {
-    case toEOF: return "end of file";
-    case toSymbol: return "identifier";
-    case toString: return "string";
-    case toInteger: return "integer";
-    case toFloat: return "float";
-    case toWString: return "wide string";
-    default: return std::string("'") + t + "'";
+    case toEOF:
+        return "end of file";
+    case toSymbol:
+        return "identifier";
+    case toString:
+        return "string";
+    case toInteger:
+        return "integer";
+    case toFloat:
+        return "float";
+    case toWString:
+        return "wide string";
+    default:
+        return std::string("'") + t + "'";
     }
 }
 
@@ -171,7 +175,8 @@ void TParser::SkipBlanks() {
         int c = Peek();
         if (c < 1 || c > ' ') return;
         ++FBufPos;
-        if (c == '\n') ++FSourceLine;
+        if (c == '\n')
+            ++FSourceLine;
         else if (c == '\r') {
             ++FSourceLine;
             if (Peek() == '\n') ++FBufPos;
@@ -205,7 +210,8 @@ char TParser::NextToken() {
     } else if (c == '-') {
         ++FBufPos;
         int d = Peek();
-        if (IsDigit(d)) ReadNumber(true);
+        if (IsDigit(d))
+            ReadNumber(true);
         else if (d == '$') {
             ++FBufPos;
             ReadHexNumber(true);
@@ -264,7 +270,8 @@ void TParser::ReadNumber(bool negative) {
             } else if (IsDigit(c)) {
                 FTokenStr.push_back(static_cast<char>(c));
                 ++FBufPos;
-            } else break;
+            } else
+                break;
         }
     }
     c = Peek();
@@ -306,8 +313,10 @@ void TParser::ReadStringToken() {
                     if (Peek() != '\'') break;
                     ++FBufPos;
                 }
-                if (FWide) FTokenWide.push_back(Cp1251ToWide(static_cast<unsigned char>(c)));
-                else FTokenStr.push_back(static_cast<char>(c));
+                if (FWide)
+                    FTokenWide.push_back(Cp1251ToWide(static_cast<unsigned char>(c)));
+                else
+                    FTokenStr.push_back(static_cast<char>(c));
             }
         } else if (c == '#') {
             ++FBufPos;
@@ -330,9 +339,12 @@ void TParser::ReadStringToken() {
             }
             if (digits == 0) Error("Invalid character code");
             if (code > 127) MakeWide();
-            if (FWide) FTokenWide.push_back(static_cast<char16_t>(code));
-            else FTokenStr.push_back(static_cast<char>(code));
-        } else break;
+            if (FWide)
+                FTokenWide.push_back(static_cast<char16_t>(code));
+            else
+                FTokenStr.push_back(static_cast<char>(code));
+        } else
+            break;
     }
     FToken = FWide ? toWString : toString;
 }
@@ -375,8 +387,7 @@ int64_t TParser::TokenInt() {
     }
     uint64_t u = 0;
     auto r = std::from_chars(p, end, u, base);
-    if (r.ec != std::errc() || r.ptr != end)
-        Error("Invalid integer number: " + FTokenStr);
+    if (r.ec != std::errc() || r.ptr != end) Error("Invalid integer number: " + FTokenStr);
     // As the platform does, an unsigned 64-bit value is taken with its bits as they are.
     if (neg) {
         if (u > uint64_t(std::numeric_limits<int64_t>::max()) + 1)
@@ -494,9 +505,11 @@ private:
             out_ += ']';
         }
         out_ += "\r\n";
-        while (!r_.EndOfList()) ConvertProperty(indent + 2);
+        while (!r_.EndOfList())
+            ConvertProperty(indent + 2);
         r_.ReadListEnd();
-        while (!r_.EndOfList()) ConvertObject(indent + 2);
+        while (!r_.EndOfList())
+            ConvertObject(indent + 2);
         r_.ReadListEnd();
         Indent(indent);
         out_ += "end\r\n";
@@ -525,8 +538,10 @@ private:
             if (printable(s[i])) {
                 out_ += '\'';
                 do {
-                    if (s[i] == '\'') out_ += "''";
-                    else out_ += static_cast<char>(s[i]);
+                    if (s[i] == '\'')
+                        out_ += "''";
+                    else
+                        out_ += static_cast<char>(s[i]);
                     ++i;
                 } while (i < len && printable(s[i]) && i - lineStart < LineLength);
                 out_ += '\'';
@@ -572,8 +587,12 @@ private:
         case vaInt8:
         case vaInt16:
         case vaInt32:
-        case vaInt64: out_ += std::to_string(r_.ReadInt64()); break;
-        case vaExtended: out_ += FormatStreamFloat(r_.ReadFloat()); break;
+        case vaInt64:
+            out_ += std::to_string(r_.ReadInt64());
+            break;
+        case vaExtended:
+            out_ += FormatStreamFloat(r_.ReadFloat());
+            break;
         case vaSingle:
             out_ += FormatShortest(r_.ReadSingle());
             out_ += 's';
@@ -583,7 +602,8 @@ private:
             uint8_t b[8];
             r_.Read(b, 8);
             uint64_t raw = 0;
-            for (int i = 7; i >= 0; --i) raw = raw << 8 | b[i];
+            for (int i = 7; i >= 0; --i)
+                raw = raw << 8 | b[i];
             out_ += std::to_string(static_cast<int64_t>(raw));
             out_ += 'c';
             break;
@@ -593,20 +613,26 @@ private:
             out_ += 'd';
             break;
         case vaString:
-        case vaLString: WriteString(r_.ReadString(), indent); break;
+        case vaLString:
+            WriteString(r_.ReadString(), indent);
+            break;
         case vaWString:
-        case vaUTF8String: WriteWide(r_.ReadWideString(), indent); break;
+        case vaUTF8String:
+            WriteWide(r_.ReadWideString(), indent);
+            break;
         case vaIdent:
         case vaFalse:
         case vaTrue:
         case vaNil:
-        case vaNull: out_ += CheckedName(r_.ReadIdent(), true, false); break;
+        case vaNull:
+            out_ += CheckedName(r_.ReadIdent(), true, false);
+            break;
         case vaBinary: {
             r_.ReadValue();
             uint8_t b[4];
             r_.Read(b, 4);
-            uint32_t count = uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 |
-                             uint32_t(b[3]) << 24;
+            uint32_t count =
+                uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24;
             out_ += '{';
             uint8_t line[32];
             while (count > 0) {
@@ -652,7 +678,8 @@ private:
                 }
                 out_ += "\r\n";
                 r_.ReadListBegin();
-                while (!r_.EndOfList()) ConvertProperty(indent + 4);
+                while (!r_.EndOfList())
+                    ConvertProperty(indent + 4);
                 r_.ReadListEnd();
                 Indent(indent + 2);
                 out_ += "end";
@@ -699,9 +726,12 @@ private:
     void ConvertObject(int depth) {
         Enter(depth);
         TFilerFlags flags = 0;
-        if (p_.TokenSymbolIs("inherited")) flags = ffInherited;
-        else if (p_.TokenSymbolIs("inline")) flags = ffInline;
-        else p_.CheckTokenSymbol("object");
+        if (p_.TokenSymbolIs("inherited"))
+            flags = ffInherited;
+        else if (p_.TokenSymbolIs("inline"))
+            flags = ffInline;
+        else
+            p_.CheckTokenSymbol("object");
         p_.NextToken();
         p_.CheckToken(toSymbol);
         std::string name;
@@ -729,12 +759,16 @@ private:
         w_.WritePrefix(flags, static_cast<int32_t>(childPos));
         w_.WriteStr(className);
         w_.WriteStr(name);
-        while (!p_.TokenSymbolIs("end") && !AtObjectKeyword()) ConvertProperty(depth);
+        while (!p_.TokenSymbolIs("end") && !AtObjectKeyword())
+            ConvertProperty(depth);
         w_.WriteListEnd();
-        while (!p_.TokenSymbolIs("end")) ConvertObject(depth + 1);
+        while (!p_.TokenSymbolIs("end"))
+            ConvertObject(depth + 1);
         // The root's "end" is the last token of this object: what follows belongs to the next.
-        if (depth == 0) p_.SkipToNextToken();
-        else p_.NextToken();
+        if (depth == 0)
+            p_.SkipToNextToken();
+        else
+            p_.NextToken();
         w_.WriteListEnd();
     }
 
@@ -760,8 +794,10 @@ private:
         bool wide = p_.Token() == toWString;
         std::string s;
         std::u16string ws;
-        if (wide) ws = p_.TokenWideString();
-        else s = p_.TokenString();
+        if (wide)
+            ws = p_.TokenWideString();
+        else
+            s = p_.TokenString();
         while (p_.NextToken() == '+') {
             p_.NextToken();
             if (p_.Token() != toString && p_.Token() != toWString) p_.CheckToken(toString);
@@ -769,11 +805,15 @@ private:
                 wide = true;
                 ws = Cp1251ToUtf16(s);
             }
-            if (wide) ws += p_.TokenWideString();
-            else s += p_.TokenString();
+            if (wide)
+                ws += p_.TokenWideString();
+            else
+                s += p_.TokenString();
         }
-        if (wide) w_.WriteWideString(ws);
-        else w_.WriteString(s);
+        if (wide)
+            w_.WriteWideString(ws);
+        else
+            w_.WriteString(s);
     }
 
     // Parses the number of a float token as T, rounded once from its digits.
@@ -791,8 +831,12 @@ private:
 
     void ConvertFloat() {
         switch (p_.FloatType()) {
-        case 's': w_.WriteSingle(ParseAs<float>()); break;
-        case 'd': w_.WriteDate(ParseAs<double>()); break;
+        case 's':
+            w_.WriteSingle(ParseAs<float>());
+            break;
+        case 'd':
+            w_.WriteDate(ParseAs<double>());
+            break;
         case 'c': {
             // The text holds the currency value times 10000, as the stream does.
             long double raw = std::nearbyint(ParseAs<long double>());
@@ -801,11 +845,13 @@ private:
             w_.WriteValue(vaCurrency);
             auto u = static_cast<uint64_t>(static_cast<int64_t>(raw));
             uint8_t b[8];
-            for (int i = 0; i < 8; ++i) b[i] = static_cast<uint8_t>(u >> (8 * i));
+            for (int i = 0; i < 8; ++i)
+                b[i] = static_cast<uint8_t>(u >> (8 * i));
             w_.Write(b, 8);
             break;
         }
-        default: w_.WriteFloat(ParseAs<long double>());
+        default:
+            w_.WriteFloat(ParseAs<long double>());
         }
         p_.NextToken();
     }
@@ -817,9 +863,13 @@ private:
             w_.WriteInteger(p_.TokenInt());
             p_.NextToken();
             break;
-        case toFloat: ConvertFloat(); break;
+        case toFloat:
+            ConvertFloat();
+            break;
         case toString:
-        case toWString: ConvertStrings(); break;
+        case toWString:
+            ConvertStrings();
+            break;
         case toSymbol:
             w_.WriteIdent(p_.TokenComponentIdent());
             p_.NextToken();
@@ -843,7 +893,8 @@ private:
         case '(':
             p_.NextToken();
             w_.WriteListBegin();
-            while (p_.Token() != ')') ConvertValue(depth + 1);
+            while (p_.Token() != ')')
+                ConvertValue(depth + 1);
             w_.WriteListEnd();
             p_.NextToken();
             break;
@@ -865,7 +916,8 @@ private:
                     p_.NextToken();
                 }
                 w_.WriteListBegin();
-                while (!p_.TokenSymbolIs("end")) ConvertProperty(depth + 1);
+                while (!p_.TokenSymbolIs("end"))
+                    ConvertProperty(depth + 1);
                 p_.NextToken();
                 w_.WriteListEnd();
             }
@@ -886,7 +938,8 @@ private:
             p_.NextToken();
             break;
         }
-        default: p_.Error("Invalid property value");
+        default:
+            p_.Error("Invalid property value");
         }
     }
 
@@ -957,8 +1010,10 @@ TStreamOriginalFormat TestStreamFormat(TStream* stream) {
         case ' ':
         case 13:
         case 11:
-        case 9: return sofText;
-        default: break;
+        case 9:
+            return sofText;
+        default:
+            break;
         }
     }
     return sofUnknown;

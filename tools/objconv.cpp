@@ -35,10 +35,14 @@ enum class Form { Unknown, Binary, Resource, Text };
 
 const char* FormName(Form f) {
     switch (f) {
-    case Form::Binary: return "binary";
-    case Form::Resource: return "resource";
-    case Form::Text: return "text";
-    default: return "unknown";
+    case Form::Binary:
+        return "binary";
+    case Form::Resource:
+        return "resource";
+    case Form::Text:
+        return "text";
+    default:
+        return "unknown";
     }
 }
 
@@ -53,9 +57,12 @@ Form Detect(TStream* s) {
     s->SetPosition(pos);
     if (!has) return Form::Unknown;
     switch (TestStreamFormat(s)) {
-    case sofBinary: return first == 0xFF ? Form::Resource : Form::Binary;
-    case sofText: return Form::Text;
-    default: return Form::Unknown;
+    case sofBinary:
+        return first == 0xFF ? Form::Resource : Form::Binary;
+    case sofText:
+        return Form::Text;
+    default:
+        return Form::Unknown;
     }
 }
 
@@ -89,9 +96,11 @@ void SkipObject(TReader& r, int depth) {
     r.ReadPrefix(flags, childPos);
     r.ReadStr();
     r.ReadStr();
-    while (!r.EndOfList()) r.SkipProperty();
+    while (!r.EndOfList())
+        r.SkipProperty();
     r.ReadListEnd();
-    while (!r.EndOfList()) SkipObject(r, depth + 1);
+    while (!r.EndOfList())
+        SkipObject(r, depth + 1);
     r.ReadListEnd();
 }
 
@@ -116,7 +125,8 @@ void ConvertOne(TStream* in, Form from, Form to, TStream* out) {
         from = Form::Binary;
     }
     if (from == to) {
-        if (from == Form::Binary) CopyBinaryObject(in, out);
+        if (from == Form::Binary)
+            CopyBinaryObject(in, out);
         else {
             TMemoryStream bin;
             ObjectTextToBinary(in, &bin);
@@ -126,26 +136,36 @@ void ConvertOne(TStream* in, Form from, Form to, TStream* out) {
         return;
     }
     switch (to) {
-    case Form::Text: ObjectBinaryToText(in, out); break;
-    case Form::Binary: ObjectTextToBinary(in, out); break;
+    case Form::Text:
+        ObjectBinaryToText(in, out);
+        break;
+    case Form::Binary:
+        ObjectTextToBinary(in, out);
+        break;
     case Form::Resource: {
         TMemoryStream text;
         if (from == Form::Binary) {
             ObjectBinaryToText(in, &text);
             text.SetPosition(0);
             ObjectTextToResource(&text, out);
-        } else ObjectTextToResource(in, out);
+        } else
+            ObjectTextToResource(in, out);
         break;
     }
-    default: break;
+    default:
+        break;
     }
 }
 
 bool ParseForm(std::string_view s, Form& f) {
-    if (s == "binary" || s == "bin") f = Form::Binary;
-    else if (s == "resource" || s == "res") f = Form::Resource;
-    else if (s == "text" || s == "txt") f = Form::Text;
-    else return false;
+    if (s == "binary" || s == "bin")
+        f = Form::Binary;
+    else if (s == "resource" || s == "res")
+        f = Form::Resource;
+    else if (s == "text" || s == "txt")
+        f = Form::Text;
+    else
+        return false;
     return true;
 }
 
@@ -184,8 +204,10 @@ int main(int argc, char** argv) {
         if (a == "-h" || a == "--help") {
             std::fputs(Usage, stdout);
             return 0;
-        } else if (a == "-d" || a == "--detect") detect = true;
-        else if (a == "-c" || a == "--check") check = true;
+        } else if (a == "-d" || a == "--detect")
+            detect = true;
+        else if (a == "-c" || a == "--check")
+            check = true;
         else if ((m = value("--to", "-t", v)) != 0) {
             if (m < 0) return UsageError("option --to needs a form");
             if (!ParseForm(v, to)) return UsageError("unknown form '" + v + "'");
@@ -193,10 +215,12 @@ int main(int argc, char** argv) {
             if (m < 0) return UsageError("option --output needs a file name");
             output = v;
         } else if (a == "--") {
-            for (++i; i < argc; ++i) files.emplace_back(argv[i]);
+            for (++i; i < argc; ++i)
+                files.emplace_back(argv[i]);
         } else if (a.size() > 1 && a[0] == '-') {
             return UsageError("unknown option '" + std::string(a) + "'");
-        } else files.emplace_back(a);
+        } else
+            files.emplace_back(a);
     }
     if (files.empty()) return UsageError("no input file");
     if (files.size() > 2 || (files.size() == 2 && !output.empty()))
@@ -225,7 +249,8 @@ int main(int argc, char** argv) {
                 // Blank lines after the last object end the file.
                 int64_t pos = in.GetPosition();
                 const char* p = static_cast<const char*>(in.Memory());
-                while (pos < in.GetSize() && static_cast<unsigned char>(p[pos]) <= ' ') ++pos;
+                while (pos < in.GetSize() && static_cast<unsigned char>(p[pos]) <= ' ')
+                    ++pos;
                 in.SetPosition(pos);
             }
         }

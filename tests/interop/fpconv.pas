@@ -6,7 +6,9 @@
   fpconv dump IN OUT              lists every value of the binary objects in IN as read by the
                                   Classes unit's binary reader, one line each (floats and
                                   strings as the hexadecimal bytes of the value read).
-  fpconv gen OUT                  writes a component tree with the Classes unit's TWriter. }
+  fpconv gen OUT                  writes a component tree with the Classes unit's TWriter.
+  fpconv reread IN OUT            reads the component stream IN into TPasWidget components
+                                  with the Classes unit's TReader and writes them again. }
 program fpconv;
 
 {$mode objfpc}{$H+}
@@ -18,7 +20,7 @@ type
   TTone = (tnRed, tnGreen, tnBlue, tnWhite);
   TTones = set of TTone;
 
-  TLook = class(TPersistent)
+  TPasLook = class(TPersistent)
   private
     FSize: Integer;
     FName: string;
@@ -29,7 +31,7 @@ type
     property Tones: TTones read FTones write FTones default [];
   end;
 
-  TEntry = class(TCollectionItem)
+  TPasEntry = class(TCollectionItem)
   private
     FCaption: string;
     FWidth: Integer;
@@ -38,7 +40,7 @@ type
     property Width: Integer read FWidth write FWidth default 50;
   end;
 
-  TWidget = class(TComponent)
+  TPasWidget = class(TComponent)
   private
     FSmall, FMiddle, FLarge: Integer;
     FBig: Int64;
@@ -47,13 +49,13 @@ type
     FEnabled: Boolean;
     FTone: TTone;
     FTones: TTones;
-    FLook: TLook;
+    FLook: TPasLook;
     FLines: TStrings;
     FEntries: TCollection;
     FLetter: Char;
     FBuddy: TComponent;
     FData: Variant;
-    procedure SetLook(V: TLook);
+    procedure SetLook(V: TPasLook);
     procedure SetLines(V: TStrings);
     procedure SetEntries(V: TCollection);
     procedure WriteExtra(Writer: TWriter);
@@ -77,7 +79,7 @@ type
     property Enabled: Boolean read FEnabled write FEnabled default True;
     property Tone: TTone read FTone write FTone default tnRed;
     property Tones: TTones read FTones write FTones;
-    property Look: TLook read FLook write SetLook;
+    property Look: TPasLook read FLook write SetLook;
     property Lines: TStrings read FLines write SetLines;
     property Entries: TCollection read FEntries write SetEntries;
     property Letter: Char read FLetter write FLetter;
@@ -85,18 +87,18 @@ type
     property Data: Variant read FData write FData;
   end;
 
-constructor TWidget.Create(AOwner: TComponent);
+constructor TPasWidget.Create(AOwner: TComponent);
 begin
   inherited Create(AOwner);
-  FLook := TLook.Create;
+  FLook := TPasLook.Create;
   FLook.Size := 8;
   FLines := TStringList.Create;
-  FEntries := TCollection.Create(TEntry);
+  FEntries := TCollection.Create(TPasEntry);
   FEnabled := True;
   FData := Unassigned;
 end;
 
-destructor TWidget.Destroy;
+destructor TPasWidget.Destroy;
 begin
   FEntries.Free;
   FLines.Free;
@@ -104,24 +106,24 @@ begin
   inherited Destroy;
 end;
 
-procedure TWidget.SetLook(V: TLook);
+procedure TPasWidget.SetLook(V: TPasLook);
 begin
   FLook.Size := V.Size;
   FLook.Name := V.Name;
   FLook.Tones := V.Tones;
 end;
 
-procedure TWidget.SetLines(V: TStrings);
+procedure TPasWidget.SetLines(V: TStrings);
 begin
   FLines.Assign(V);
 end;
 
-procedure TWidget.SetEntries(V: TCollection);
+procedure TPasWidget.SetEntries(V: TCollection);
 begin
   FEntries.Assign(V);
 end;
 
-procedure TWidget.WriteExtra(Writer: TWriter);
+procedure TPasWidget.WriteExtra(Writer: TWriter);
 begin
   Writer.WriteListBegin;
   Writer.WriteSingle(2.5);
@@ -135,7 +137,7 @@ begin
   Writer.WriteListEnd;
 end;
 
-procedure TWidget.ReadExtra(Reader: TReader);
+procedure TPasWidget.ReadExtra(Reader: TReader);
 begin
   Reader.ReadListBegin;
   while not Reader.EndOfList do
@@ -143,7 +145,8 @@ begin
   Reader.ReadListEnd;
 end;
 
-procedure TWidget.WriteBlob(Stream: TStream);
+
+procedure TPasWidget.WriteBlob(Stream: TStream);
 var
   I: Integer;
   B: Byte;
@@ -155,18 +158,18 @@ begin
   end;
 end;
 
-procedure TWidget.ReadBlob(Stream: TStream);
+procedure TPasWidget.ReadBlob(Stream: TStream);
 begin
 end;
 
-procedure TWidget.DefineProperties(Filer: TFiler);
+procedure TPasWidget.DefineProperties(Filer: TFiler);
 begin
   inherited DefineProperties(Filer);
   Filer.DefineProperty('Extra', @ReadExtra, @WriteExtra, Name = 'Main');
   Filer.DefineBinaryProperty('Blob', @ReadBlob, @WriteBlob, Name = 'Main');
 end;
 
-procedure TWidget.GetChildren(Proc: TGetChildProc; Root: TComponent);
+procedure TPasWidget.GetChildren(Proc: TGetChildProc; Root: TComponent);
 var
   I: Integer;
 begin
@@ -365,10 +368,10 @@ end;
 
 procedure Generate(Output: TStream);
 var
-  Main, Child, Grand: TWidget;
-  E: TEntry;
+  Main, Child, Grand: TPasWidget;
+  E: TPasEntry;
 begin
-  Main := TWidget.Create(nil);
+  Main := TPasWidget.Create(nil);
   try
     Main.Name := 'Main';
     Main.Small := -7;
@@ -387,23 +390,38 @@ begin
     Main.Lines.Add('first');
     Main.Lines.Add('');
     Main.Lines.Add('third line');
-    E := TEntry(Main.Entries.Add);
+    E := TPasEntry(Main.Entries.Add);
     E.Caption := 'one';
-    E := TEntry(Main.Entries.Add);
+    E := TPasEntry(Main.Entries.Add);
     E.Caption := 'two';
     E.Width := 70;
     Main.Letter := 'Q';
     Main.Data := Null;
-    Child := TWidget.Create(Main);
+    Child := TPasWidget.Create(Main);
     Child.Name := 'Child';
     Child.Middle := -300;
     Child.Buddy := Main;
-    Grand := TWidget.Create(Child);
+    Grand := TPasWidget.Create(Child);
     Grand.Name := 'Grand';
     Grand.Data := 42;
     Output.WriteComponent(Main);
   finally
     Main.Free;
+  end;
+end;
+
+procedure Reread(Input, Output: TStream);
+var
+  W: TComponent;
+begin
+  { Reading into a root made here: read with a nil root, the Classes unit leaves the
+    children without an owner. }
+  W := TPasWidget.Create(nil);
+  try
+    Input.ReadComponent(W);
+    Output.WriteComponent(W);
+  finally
+    W.Free;
   end;
 end;
 
@@ -428,7 +446,7 @@ var
   Input, Output: TMemoryStream;
   L: TStringList;
 begin
-  RegisterClasses([TWidget]);
+  RegisterClasses([TPasWidget]);
   Input := TMemoryStream.Create;
   Output := TMemoryStream.Create;
   L := TStringList.Create;
@@ -442,7 +460,12 @@ begin
       else
       begin
         Input.LoadFromFile(ParamStr(2));
-        if ParamStr(1) = 'dump' then
+        if ParamStr(1) = 'reread' then
+        begin
+          Reread(Input, Output);
+          Output.SaveToFile(ParamStr(3));
+        end
+        else if ParamStr(1) = 'dump' then
         begin
           Dump(Input, L);
           L.SaveToFile(ParamStr(3));

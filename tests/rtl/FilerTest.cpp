@@ -1,8 +1,9 @@
 // The component filer: the bytes of every value, reading them back, buffering, damaged
 // streams, property records with defaults and ancestors, the Error contract, and components.
-#include "rtl/Classes.h"
 #include "rtl/Filer.h"
+#include "rtl/Classes.h"
 #include "rtl/Graphics.h"
+#include "rtl/Lists.h"
 #include "rtl/ObjectText.h"
 #include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
@@ -72,6 +73,8 @@ public:
         look_->Name = v->Name;
         look_->Tones = v->Tones;
     }
+    TStrings* GetItems() const { return items_.get(); }
+    void SetItems(TStrings* v) { items_->Assign(v); }
     TCollection* GetEntries() const { return entries_.get(); }
     void SetEntries(TCollection* v) { entries_->Assign(v); }
     void Click(TObject*) {}
@@ -79,7 +82,8 @@ public:
     // Children read from a stream belong to the widget that holds them.
     TComponent* GetChildOwner() override { return this; }
     void GetChildren(const TGetChildProc& proc, TComponent*) override {
-        for (int i = 0; i < ComponentCount(); ++i) proc(Components(i));
+        for (int i = 0; i < ComponentCount(); ++i)
+            proc(Components(i));
     }
     void Loaded() override {
         TComponent::Loaded();
@@ -97,12 +101,14 @@ public:
             [this](TReader* r) {
                 Lines.clear();
                 r->ReadListBegin();
-                while (!r->EndOfList()) Lines.push_back(r->ReadString());
+                while (!r->EndOfList())
+                    Lines.push_back(r->ReadString());
                 r->ReadListEnd();
             },
             [this](TWriter* w) {
                 w->WriteListBegin();
-                for (const auto& l : Lines) w->WriteString(l);
+                for (const auto& l : Lines)
+                    w->WriteString(l);
                 w->WriteListEnd();
             },
             linesDiffer);
@@ -118,6 +124,7 @@ public:
 
 private:
     std::unique_ptr<TLook> look_ = std::make_unique<TLook>();
+    std::unique_ptr<TStringList> items_ = std::make_unique<TStringList>();
     std::unique_ptr<TCollection> entries_ = std::make_unique<TCollection>(TEntry::StaticClass());
 };
 
@@ -129,34 +136,35 @@ public:
 };
 
 RTL_BEGIN_CLASS(TLook)
-    Property("Size", &TLook::Size).Default(8);
-    Property("Name", &TLook::Name);
-    Property("Tones", &TLook::Tones).Default(TTones{});
+Property("Size", &TLook::Size).Default(8);
+Property("Name", &TLook::Name);
+Property("Tones", &TLook::Tones).Default(TTones{});
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(TEntry)
-    Property("Caption", &TEntry::Caption);
-    Property("Width", &TEntry::Width).Default(50);
-    Property("Target", &TEntry::Target);
+Property("Caption", &TEntry::Caption);
+Property("Width", &TEntry::Width).Default(50);
+Property("Target", &TEntry::Target);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(TWidget)
-    Property("Count", &TWidget::Count).Default(0);
-    Property("Big", &TWidget::Big);
-    Property("Ratio", &TWidget::Ratio);
-    Property("Text", &TWidget::Text);
-    Property("Wide", &TWidget::Wide);
-    Property("Enabled", &TWidget::Enabled).Default(true);
-    Property("Tone", &TWidget::Tone).Default(tnRed);
-    Property("Tones", &TWidget::Tones).Default(TTones{});
-    Property("Letter", &TWidget::Letter).Default(0);
-    Property("Data", &TWidget::Data);
-    Property<TColor>("Color", &TWidget::Color).Default(clBlack);
-    Property("Look", &TWidget::GetLook, &TWidget::SetLook);
-    Property("Entries", &TWidget::GetEntries, &TWidget::SetEntries);
-    Property("Buddy", &TWidget::Buddy);
-    Property("OnClick", &TWidget::OnClick);
-    Method<&TWidget::Click>("Click");
+Property("Count", &TWidget::Count).Default(0);
+Property("Big", &TWidget::Big);
+Property("Ratio", &TWidget::Ratio);
+Property("Text", &TWidget::Text);
+Property("Wide", &TWidget::Wide);
+Property("Enabled", &TWidget::Enabled).Default(true);
+Property("Tone", &TWidget::Tone).Default(tnRed);
+Property("Tones", &TWidget::Tones).Default(TTones{});
+Property("Letter", &TWidget::Letter).Default(0);
+Property("Data", &TWidget::Data);
+Property<TColor>("Color", &TWidget::Color).Default(clBlack);
+Property("Look", &TWidget::GetLook, &TWidget::SetLook);
+Property("Entries", &TWidget::GetEntries, &TWidget::SetEntries);
+Property("Items", &TWidget::GetItems, &TWidget::SetItems);
+Property("Buddy", &TWidget::Buddy);
+Property("OnClick", &TWidget::OnClick);
+Method<&TWidget::Click>("Click");
 RTL_END_CLASS
 
 RTL_IMPLEMENT_CLASS(TUnregistered)
@@ -169,7 +177,8 @@ namespace {
 
 std::string Bytes(std::initializer_list<int> b) {
     std::string s;
-    for (int x : b) s.push_back(static_cast<char>(x));
+    for (int x : b)
+        s.push_back(static_cast<char>(x));
     return s;
 }
 
@@ -206,9 +215,9 @@ TEST(FilerValues, ObjectWithTwoPropertiesHasTheDocumentedBytes) {
         w.WriteListEnd();
         w.WriteListEnd();
     });
-    EXPECT_EQ(s, Bytes({0x54, 0x50, 0x46, 0x30, 0x04, 0x54, 0x46, 0x6F, 0x6F, 0x01, 0x42, 0x05,
-                        0x57, 0x69, 0x64, 0x74, 0x68, 0x02, 0x64, 0x07, 0x43, 0x61, 0x70, 0x74,
-                        0x69, 0x6F, 0x6E, 0x06, 0x02, 0x61, 0x62, 0x00, 0x00}));
+    EXPECT_EQ(s, Bytes({0x54, 0x50, 0x46, 0x30, 0x04, 0x54, 0x46, 0x6F, 0x6F, 0x01, 0x42,
+                        0x05, 0x57, 0x69, 0x64, 0x74, 0x68, 0x02, 0x64, 0x07, 0x43, 0x61,
+                        0x70, 0x74, 0x69, 0x6F, 0x6E, 0x06, 0x02, 0x61, 0x62, 0x00, 0x00}));
 }
 
 TEST(FilerValues, IntegersTakeTheSmallestForm) {
@@ -317,10 +326,10 @@ TEST(FilerValues, EveryValueReadsBack) {
 
 TEST(FilerValues, ReadersConvertBetweenRelatedForms) {
     std::string data = Written([](TWriter& w) {
-        w.WriteInteger(42);              // read as a float
-        w.WriteWideString(u"\u0416x");   // read as a single-byte string (Windows-1251)
-        w.WriteString("\xC6");           // read as a wide string
-        w.WriteUTF8String("\xD0\x96");   // read as a single-byte string
+        w.WriteInteger(42);            // read as a float
+        w.WriteWideString(u"\u0416x"); // read as a single-byte string (Windows-1251)
+        w.WriteString("\xC6");         // read as a wide string
+        w.WriteUTF8String("\xD0\x96"); // read as a single-byte string
         w.WriteIdent("nil");
     });
     TStringStream in(data);
@@ -347,7 +356,8 @@ TEST(FilerValues, VariantsKeepTheirType) {
                                    Variant(std::u16string(u"\u0416")),
                                    Variant(true)};
     std::string data = Written([&](TWriter& w) {
-        for (const auto& v : values) w.WriteVariant(v);
+        for (const auto& v : values)
+            w.WriteVariant(v);
     });
     TStringStream in(data);
     TReader r(&in);
@@ -364,8 +374,8 @@ TEST(FilerValues, SetsByElementName) {
         w.WriteSet(TTones{tnGreen, tnWhite}.Bits(), setType);
         w.WriteSet(0, setType);
     });
-    EXPECT_EQ(data, Bytes({vaSet, 7, 't', 'n', 'G', 'r', 'e', 'e', 'n', 7, 't', 'n', 'W', 'h',
-                           'i', 't', 'e', 0, vaSet, 0}));
+    EXPECT_EQ(data, Bytes({vaSet, 7,   't', 'n', 'G', 'r', 'e', 'e', 'n',   7,
+                           't',   'n', 'W', 'h', 'i', 't', 'e', 0,   vaSet, 0}));
     TStringStream in(data);
     TReader r(&in);
     EXPECT_EQ(r.ReadSet(setType), (TTones{tnGreen, tnWhite}.Bits()));
@@ -421,7 +431,8 @@ TEST(FilerValues, SkipValuePassesOverEveryForm) {
     });
     TStringStream in(data);
     TReader r(&in);
-    for (int i = 0; i < 13; ++i) r.SkipValue();
+    for (int i = 0; i < 13; ++i)
+        r.SkipValue();
     EXPECT_EQ(r.ReadString(), "sentinel");
 }
 
@@ -527,8 +538,8 @@ TEST(FilerResourceHeader, WrapsAStreamAndReadsBack) {
     s.WriteBuffer("0123456789", 10);
     FixupResourceHeader(&s, fixup);
     std::string bytes(static_cast<const char*>(s.Memory()), static_cast<size_t>(s.GetSize()));
-    EXPECT_EQ(bytes.substr(0, 20), Bytes({0xFF, 0x0A, 0x00, 'T', 'F', 'O', 'R', 'M', '1', 0, 0x30,
-                                          0x10, 10, 0, 0, 0, '0', '1', '2', '3'}));
+    EXPECT_EQ(bytes.substr(0, 20), Bytes({0xFF, 0x0A, 0x00, 'T', 'F', 'O', 'R', 'M', '1', 0,
+                                          0x30, 0x10, 10,   0,   0,   0,   '0', '1', '2', '3'}));
     EXPECT_EQ(s.GetPosition(), s.GetSize());
     s.SetPosition(0);
     ReadResHeader(&s);
@@ -642,6 +653,28 @@ TEST(FilerProperties, DefinedAndBinaryPropertiesRoundTrip) {
     EXPECT_EQ(back.Blob, w.Blob);
 }
 
+TEST(FilerProperties, StringListsAreStoredAsTheirStringsProperty) {
+    TWidget w;
+    w.GetItems()->Add("first");
+    w.GetItems()->Add("it's");
+    std::string data = PropertiesOf(&w);
+    EXPECT_NE(data.find(Bytes({13,  'I', 't',      'e', 'm',    's',      '.',  'S', 't', 'r',
+                               'i', 'n', 'g',      's', vaList, vaString, 5,    'f', 'i', 'r',
+                               's', 't', vaString, 4,   'i',    't',      '\'', 's', 0})),
+              std::string::npos);
+    TWidget back;
+    back.GetItems()->Add("replaced");
+    ReadProperties(data, &back);
+    ASSERT_EQ(back.GetItems()->Count(), 2);
+    EXPECT_EQ(back.GetItems()->Strings(1), "it's");
+    // Lines equal to the ancestor's are left out; different ones are written whole.
+    TWidget ancestor;
+    ancestor.GetItems()->Assign(w.GetItems());
+    EXPECT_EQ(PropertiesOf(&w, &ancestor).find("Items.Strings"), std::string::npos);
+    ancestor.GetItems()->Add("more");
+    EXPECT_NE(PropertiesOf(&w, &ancestor).find("Items.Strings"), std::string::npos);
+}
+
 struct ErrorLog {
     std::vector<std::string> messages;
     bool answer = true;
@@ -661,18 +694,19 @@ std::string Record(const std::string& name, const std::function<void(TWriter&)>&
 }
 
 TEST(FilerErrorContract, FailuresInAPropertyGoToErrorAndReadingGoesOn) {
-    std::string data =
-        Record("Missing", [](TWriter& w) { w.WriteString("skipped"); }) +
-        Record("Count", [](TWriter& w) { w.WriteString("not a number"); }) +
-        Record("Tone", [](TWriter& w) { w.WriteIdent("tnPurple"); }) +
-        Record("Tones", [](TWriter& w) {
-            w.WriteValue(vaSet);
-            w.WriteStr("tnRed");
-            w.WriteStr("tnNone");
-            w.WriteStr("");
-        }) +
-        Record("Look.Missing", [](TWriter& w) { w.WriteInteger(1); }) +
-        Record("Text", [](TWriter& w) { w.WriteString("kept"); }) + std::string(1, '\0');
+    std::string data = Record("Missing", [](TWriter& w) { w.WriteString("skipped"); }) +
+                       Record("Count", [](TWriter& w) { w.WriteString("not a number"); }) +
+                       Record("Tone", [](TWriter& w) { w.WriteIdent("tnPurple"); }) +
+                       Record("Tones",
+                              [](TWriter& w) {
+                                  w.WriteValue(vaSet);
+                                  w.WriteStr("tnRed");
+                                  w.WriteStr("tnNone");
+                                  w.WriteStr("");
+                              }) +
+                       Record("Look.Missing", [](TWriter& w) { w.WriteInteger(1); }) +
+                       Record("Text", [](TWriter& w) { w.WriteString("kept"); }) +
+                       std::string(1, '\0');
     TWidget w;
     w.SetName("Main");
     ErrorLog log;
@@ -683,11 +717,9 @@ TEST(FilerErrorContract, FailuresInAPropertyGoToErrorAndReadingGoesOn) {
     ASSERT_EQ(log.messages.size(), 5u);
     EXPECT_EQ(log.messages[0], "Error reading Main.Missing: Property Missing does not exist");
     EXPECT_EQ(log.messages[1], "Error reading Main.Count: Invalid property value");
-    EXPECT_EQ(log.messages[2],
-              "Error reading Main.Tone: Invalid enumeration value 'tnPurple'");
+    EXPECT_EQ(log.messages[2], "Error reading Main.Tone: Invalid enumeration value 'tnPurple'");
     EXPECT_EQ(log.messages[3], "Error reading Main.Tones: Invalid set element 'tnNone'");
-    EXPECT_EQ(log.messages[4],
-              "Error reading Main.Look.Missing: Property Missing does not exist");
+    EXPECT_EQ(log.messages[4], "Error reading Main.Look.Missing: Property Missing does not exist");
     EXPECT_EQ(w.Text, "kept");
     EXPECT_EQ(w.Count, 0);
     EXPECT_EQ(w.Tone, tnRed);
@@ -726,8 +758,7 @@ TEST(FilerErrorContract, AFailureInsideADefinedPropertyIsNotRecoverable) {
     EXPECT_TRUE(log.messages.empty());
     // A binary property with a value of another kind can be skipped, though.
     std::string bin = Record("Blob", [](TWriter& w) { w.WriteInteger(3); }) +
-                      Record("Text", [](TWriter& w) { w.WriteString("x"); }) +
-                      std::string(1, '\0');
+                      Record("Text", [](TWriter& w) { w.WriteString("x"); }) + std::string(1, '\0');
     TStringStream in2(bin);
     TReader r2(&in2);
     r2.OnError = log.Handler();
@@ -921,6 +952,43 @@ TEST(FilerComponents, AnUnknownChildClassGoesToErrorAndIsSkipped) {
     s.SetPosition(0);
     TWidget again;
     EXPECT_THROW(ReadComponent(&s, &again), EClassNotFound);
+}
+
+TEST(FilerComponents, ReadComponentsTakesSeveralComponentsIntoAnOwner) {
+    // As a clipboard holds them: each component with its signature, then a list end.
+    TWidget source;
+    source.SetName("Source");
+    auto* a = new TWidget(&source);
+    a->SetName("A");
+    a->Count = 1;
+    auto* b = new TWidget(&source);
+    b->SetName("B");
+    b->Buddy = a;
+    TStringStream s;
+    {
+        TWriter w(&s);
+        w.Root = &source;
+        w.LookupRoot = &source;
+        for (TWidget* c : {a, b}) {
+            w.WriteSignature();
+            w.WriteComponent(c);
+        }
+        w.WriteListEnd();
+    }
+    s.SetPosition(0);
+    TWidget target;
+    target.SetName("Target");
+    std::vector<std::string> seen;
+    TReader r(&s);
+    r.ReadComponents(&target, &target, [&](TComponent* c) { seen.push_back(c->Name()); });
+    EXPECT_EQ(seen, (std::vector<std::string>{"A", "B"}));
+    auto* ra = dynamic_cast<TWidget*>(target.FindComponent("A"));
+    auto* rb = dynamic_cast<TWidget*>(target.FindComponent("B"));
+    ASSERT_NE(ra, nullptr);
+    ASSERT_NE(rb, nullptr);
+    EXPECT_EQ(ra->Count, 1);
+    EXPECT_EQ(rb->Buddy, ra);
+    EXPECT_EQ(ra->loadedCalls, 1);
 }
 
 TEST(FilerComponents, DamagedComponentStreamsFailCleanly) {

@@ -1,7 +1,7 @@
 // The text form of object streams: the layout the converter writes, the parser and its errors,
 // round trips, objects stored back to back, the resource form and format detection.
-#include "rtl/Filer.h"
 #include "rtl/ObjectText.h"
+#include "rtl/Filer.h"
 #include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
 
@@ -22,7 +22,8 @@ namespace {
 
 std::string Bytes(std::initializer_list<int> b) {
     std::string s;
-    for (int x : b) s.push_back(static_cast<char>(x));
+    for (int x : b)
+        s.push_back(static_cast<char>(x));
     return s;
 }
 
@@ -53,7 +54,9 @@ std::string Object(const std::function<void(TWriter&)>& props) {
     return s.DataString();
 }
 
-std::string Wrap(const std::string& lines) { return "object N: TX\r\n" + lines + "end\r\n"; }
+std::string Wrap(const std::string& lines) {
+    return "object N: TX\r\n" + lines + "end\r\n";
+}
 
 // The text of a single property "P" holding the value written by f.
 std::string ValueText(const std::function<void(TWriter&)>& f) {
@@ -115,8 +118,7 @@ TEST(ObjectTextLayout, ScalarValues) {
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteInteger(-5); }), Wrap("  P = -5\r\n"));
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteInteger(int64_t(1) << 40); }),
               Wrap("  P = 1099511627776\r\n"));
-    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("alClient"); }),
-              Wrap("  P = alClient\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("alClient"); }), Wrap("  P = alClient\r\n"));
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("Null"); }), Wrap("  P = Null\r\n"));
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("nil"); }), Wrap("  P = nil\r\n"));
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteBoolean(true); }), Wrap("  P = True\r\n"));
@@ -155,9 +157,14 @@ TEST(ObjectTextLayout, LongStringsAreSplitIntoLinesOfSixtyFourCharacters) {
     std::string line(64, 'x');
     EXPECT_EQ(ValueText([&](TWriter& w) { w.WriteString(s); }),
               Wrap("  P = \r\n"
-                   "    '" + line + "' +\r\n"
-                   "    '" + line + "' +\r\n"
-                   "    '" + std::string(22, 'x') + "'\r\n"));
+                   "    '" +
+                   line +
+                   "' +\r\n"
+                   "    '" +
+                   line +
+                   "' +\r\n"
+                   "    '" +
+                   std::string(22, 'x') + "'\r\n"));
     // Exactly 64 characters stay on the property's line.
     EXPECT_EQ(ValueText([&](TWriter& w) { w.WriteString(line); }),
               Wrap("  P = '" + line + "'\r\n"));
@@ -206,17 +213,20 @@ TEST(ObjectTextLayout, ListsSetsCollectionsAndBinary) {
     std::string data(40, '\xAB');
     auto hex = [](int n) {
         std::string h;
-        for (int i = 0; i < n; ++i) h += "AB";
+        for (int i = 0; i < n; ++i)
+            h += "AB";
         return h;
     };
     EXPECT_EQ(ValueText([&](TWriter& w) {
                   w.WriteBinary([&](TStream* s) { s->WriteBuffer(data.data(), 40); });
               }),
               Wrap("  P = {\r\n"
-                   "    " + hex(32) + "\r\n"
-                   "    " + hex(8) + "}\r\n"));
-    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteBinary([](TStream*) {}); }),
-              Wrap("  P = {}\r\n"));
+                   "    " +
+                   hex(32) +
+                   "\r\n"
+                   "    " +
+                   hex(8) + "}\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteBinary([](TStream*) {}); }), Wrap("  P = {}\r\n"));
 }
 
 TEST(ObjectTextParser, TokensAndLineNumbers) {
@@ -249,7 +259,8 @@ TEST(ObjectTextParser, TokensAndLineNumbers) {
 }
 
 TEST(ObjectTextParser, SyntaxErrorsNameTheLine) {
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 'open\r\nend\r\n"), "Unterminated string on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 'open\r\nend\r\n"),
+              "Unterminated string on line 2");
     EXPECT_EQ(ParserError("object A: T\r\n  X 1\r\nend\r\n"),
               "'=' expected but integer found on line 2");
     EXPECT_EQ(ParserError("object A: T\r\n\r\n  X = )\r\nend\r\n"),
@@ -262,8 +273,7 @@ TEST(ObjectTextParser, SyntaxErrorsNameTheLine) {
               "Invalid character code on line 2");
     EXPECT_EQ(ParserError("object A: T\r\n  X = 1.5e\r\nend\r\n"),
               "Invalid floating point number: 1.5e on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = (1 2\r\n"),
-              "Invalid property value on line 3");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = (1 2\r\n"), "Invalid property value on line 3");
     EXPECT_EQ(ParserError("object A: T\r\n  X = 1\r\n"),
               "identifier expected but end of file found on line 3");
     EXPECT_EQ(ParserError(std::string("object A: T\r\n  X = \0\r\nend\r\n", 23)),
@@ -339,8 +349,8 @@ TEST(ObjectTextRoundTrip, EveryValueFormSurvives) {
     std::string binary = Object([](TWriter& w) {
         w.WriteStr("A");
         w.WriteListBegin();
-        for (int64_t v : {int64_t(0), int64_t(-128), int64_t(1000), int64_t(-100000),
-                          int64_t(1) << 40})
+        for (int64_t v :
+             {int64_t(0), int64_t(-128), int64_t(1000), int64_t(-100000), int64_t(1) << 40})
             w.WriteInteger(v);
         for (long double f : {0.1L, -0.142857142857142857L, 1e300L, 6.02214076e23L, 100.0L})
             w.WriteFloat(f);
@@ -356,7 +366,8 @@ TEST(ObjectTextRoundTrip, EveryValueFormSurvives) {
         w.WriteIdent("True");
         w.WriteIdent("nil");
         w.WriteBinary([](TStream* s) {
-            for (int i = 0; i < 256; ++i) s->WriteValue(static_cast<uint8_t>(i));
+            for (int i = 0; i < 256; ++i)
+                s->WriteValue(static_cast<uint8_t>(i));
         });
         w.WriteValue(vaSet);
         w.WriteStr("");
@@ -409,11 +420,11 @@ TEST(ObjectTextDetection, TestStreamFormatLooksAtTheFirstBytesAndKeepsThePositio
         std::string data;
         TStreamOriginalFormat format;
     } cases[] = {
-        {"TPF0\x01", sofBinary},  {"\xFF\x0A", sofBinary},   {"object A", sofText},
-        {"Object", sofText},      {"inherited", sofText},    {"Inline", sofText},
-        {" object", sofText},     {"\r\nobject", sofText},   {"\tobject", sofText},
-        {"\x0Bobject", sofText},  {"\nobject", sofUnknown},  {"TPF1", sofUnknown},
-        {"sys_bin", sofUnknown},  {"", sofUnknown},          {"TP", sofUnknown},
+        {"TPF0\x01", sofBinary}, {"\xFF\x0A", sofBinary},  {"object A", sofText},
+        {"Object", sofText},     {"inherited", sofText},   {"Inline", sofText},
+        {" object", sofText},    {"\r\nobject", sofText},  {"\tobject", sofText},
+        {"\x0Bobject", sofText}, {"\nobject", sofUnknown}, {"TPF1", sofUnknown},
+        {"sys_bin", sofUnknown}, {"", sofUnknown},         {"TP", sofUnknown},
     };
     for (const auto& c : cases) {
         TStringStream s("xx" + c.data);
@@ -453,7 +464,8 @@ TEST(ObjectTextDamage, DeepNestingIsRefusedInBothDirections) {
     std::string text = "object A: T\r\n  X = " + std::string(100000, '(') + "\r\nend\r\n";
     EXPECT_THROW(ToBinary(text), EParserError);
     std::string objects;
-    for (int i = 0; i < 5000; ++i) objects += "object A: T\r\n";
+    for (int i = 0; i < 5000; ++i)
+        objects += "object A: T\r\n";
     EXPECT_THROW(ToBinary(objects), EParserError);
     std::string binary = "TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X'}) + std::string(100000, '\x01');
     TStringStream in(binary), out;
