@@ -1,5 +1,7 @@
 #include "host/OTAUtils.h"
 
+#include "rtl/SysUtils.h"
+
 #include <QApplication>
 #include <QWidget>
 
@@ -9,22 +11,9 @@ using namespace ToolsAPI;
 
 namespace {
 
-std::string LowerCase(std::string s) {
-    for (char& c : s)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-    return s;
-}
-
-bool SameText(const std::string& a, const std::string& b) {
-    return LowerCase(a) == LowerCase(b);
-}
-
-std::string ExtractFileExt(const std::string& fileName) {
-    size_t slash = fileName.find_last_of("/\\");
-    size_t dot = fileName.rfind('.');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return {};
-    return fileName.substr(dot);
-}
+using rtl::ExtractFileExt;
+using rtl::LowerCase;
+using rtl::SameText;
 
 // Whether ext stands in the list text, as a plain substring: an empty extension stands in any
 // text, and so does a piece of one (".d" in ".dfm"). Extensions are compared without regard

@@ -26,51 +26,6 @@ void WriteFileBytes(const std::string& fileName, std::string_view bytes) {
     if (!out) throw rtl::EFCreateError("Cannot create file \"" + fileName + "\"");
 }
 
-bool FileExists(const std::string& fileName) {
-    std::error_code ec;
-    return !fileName.empty() && fs::is_regular_file(fileName, ec);
-}
-
-bool DirectoryExists(const std::string& name) {
-    std::error_code ec;
-    return !name.empty() && fs::is_directory(name, ec);
-}
-
-std::string LowerCase(std::string_view s) {
-    std::string r(s);
-    for (char& c : r)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-    return r;
-}
-
-bool SameText(std::string_view a, std::string_view b) {
-    return LowerCase(a) == LowerCase(b);
-}
-
-std::string ExtractFileName(const std::string& fileName) {
-    size_t p = fileName.find_last_of("/\\");
-    return p == std::string::npos ? fileName : fileName.substr(p + 1);
-}
-
-std::string ExtractFilePath(const std::string& fileName) {
-    size_t p = fileName.find_last_of("/\\");
-    return p == std::string::npos ? std::string() : fileName.substr(0, p + 1);
-}
-
-std::string ExtractFileExt(const std::string& fileName) {
-    std::string name = ExtractFileName(fileName);
-    size_t p = name.rfind('.');
-    return p == std::string::npos ? std::string() : name.substr(p);
-}
-
-std::string ChangeFileExt(const std::string& fileName, const std::string& ext) {
-    std::string path = ExtractFilePath(fileName);
-    std::string name = ExtractFileName(fileName);
-    size_t p = name.rfind('.');
-    if (p != std::string::npos) name.erase(p);
-    return path + name + ext;
-}
-
 namespace {
 // The entry of dir whose name equals name case-blind, or name itself.
 std::string MatchEntry(const fs::path& dir, const std::string& name) {
