@@ -416,6 +416,12 @@ TEST_F(ModelTest, EveryExampleFormLoadsIntoItsDesignerRoot) {
         EXPECT_EQ(rc->GetComponentHandle(), root);
     }
     EXPECT_EQ(model->GetActiveDesignerType(), "dfm");
+    // A frame placed on a form knows its class's ancestry from the project's other unit.
+    auto main = model->OpenModuleFile(File("Main.pas"), TOpenMode::Hidden);
+    TDesignComponent* frame = main->FormEditor()->Root()->FindComponent("InfoFrame1");
+    EXPECT_EQ(frame->ClassParentName(), "TFrame");
+    EXPECT_TRUE(frame->InheritsFrom("TWinControl"));
+    EXPECT_TRUE(frame->IsControl());
 }
 
 TEST_F(ModelTest, ADataModuleIsOwnedByItsDesignerWindowAndHasNoControls) {
