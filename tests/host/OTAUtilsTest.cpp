@@ -1,0 +1,541 @@
+// The IDE access layer against the headless model, and against small fakes where the rules
+// are about file names the model would not produce.
+#include "host/OTAUtils.h"
+#include "tests/workbench/TestFiles.h"
+#include "workbench/model/Files.h"
+#include "workbench/model/Model.h"
+
+#include <QApplication>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+using namespace zelvane;
+using namespace ToolsAPI;
+using workbench::TIDEModel;
+using workbench::TOpenMode;
+
+namespace {
+
+// Widgets need an application; the tests run on the offscreen platform.
+class TQtEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "host_tests";
+        static char* argv[] = {name, nullptr};
+        app_ = new QApplication(argc, argv);
+    }
+    void TearDown() override { delete app_; }
+
+private:
+    QApplication* app_ = nullptr;
+};
+const auto* const qtEnvironment = ::testing::AddGlobalTestEnvironment(new TQtEnvironment);
+
+class OTAUtilsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        model = TIDEModel::Create();
+        BorlandIDEServices = _di_IBorlandIDEServices(model.get());
+    }
+    void TearDown() override {
+        BorlandIDEServices = nullptr;
+        model = nullptr;
+    }
+    std::string File(const std::string& name) const { return copy.File(name); }
+    _di_IOTAProject OpenExample() {
+        return Query<IOTAProject>(model->OpenProjectFile(File("Example.dpr")));
+    }
+    _di_IOTAModule Open(const std::string& name, TOpenMode mode = TOpenMode::Show) {
+        return _di_IOTAModule(model->OpenModuleFile(File(name), mode).get());
+    }
+    // A second project in a directory of its own.
+    std::string WriteSecondProject() {
+        std::filesystem::create_directories(copy.Path() / "second");
+        testfiles::WriteFile(
+            File("second/Second.dpr"),
+            "program Second;\r\nuses\r\n  Tool in 'Tool.pas';\r\nbegin\r\nend.\r\n");
+        testfiles::WriteFile(File("second/Tool.pas"),
+                             "unit Tool;\r\ninterface\r\nimplementation\r\nend.\r\n");
+        return File("second/Second.dpr");
+    }
+
+    testfiles::TExampleCopy copy;
+    DelphiInterface<TIDEModel> model;
+};
+
+std::vector<std::string> Names(const std::vector<TDesignComponent*>& roots) {
+    std::vector<std::string> names;
+    for (auto* r : roots)
+        names.push_back(r->Name);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Services, modules and projects
+
+TEST_F(OTAUtilsTest, WithoutServicesEverythingIsEmpty) {
+    BorlandIDEServices = nullptr;
+    EXPECT_FALSE(OTAKeyboardServices());
+    EXPECT_EQ(GetProjectFormType(), "");
+    EXPECT_FALSE(GetActiveModule());
+    EXPECT_FALSE(GetActiveProject());
+    EXPECT_FALSE(GetProjectResource());
+    EXPECT_FALSE(GetActiveFormEditor());
+    EXPECT_FALSE(GetActiveSourceEditor());
+    EXPECT_EQ(GetEditorForm(), nullptr);
+    EXPECT_EQ(GetEditorForm2(), nullptr);
+    std::vector<_di_IOTAEditor> editors;
+    GetOpenedEditors(editors, mtUnit, false);
+    EXPECT_TRUE(editors.empty());
+    EXPECT_TRUE(GetProjectModuleNames().empty());
+}
+
+TEST_F(OTAUtilsTest, TheKeyboardServicesAndTheFormTypeComeFromTheIDE) {
+    EXPECT_TRUE(OTAKeyboardServices() == _di_IOTAKeyboardServices(model.get()));
+    EXPECT_EQ(GetProjectFormType(), "dfm");
+    EXPECT_EQ(GetProjectFormExt(), ".dfm");
+}
+
+TEST_F(OTAUtilsTest, TheActiveModuleIsTheCurrentOne) {
+    EXPECT_FALSE(GetActiveModule());
+    Open("Utils.pas");
+    Open("Main.pas");
+    EXPECT_EQ(GetActiveModule()->GetFileName(), File("Main.pas"));
+}
+
+TEST_F(OTAUtilsTest, ASingleLooseProjectIsActive) {
+    _di_IOTAProject project = OpenExample();
+    EXPECT_TRUE(GetActiveProject() == project);
+}
+
+TEST_F(OTAUtilsTest, TwoLooseProjectsAndNoGroupGiveNone) {
+    OpenExample();
+    model->OpenProjectFile(WriteSecondProject());
+    EXPECT_EQ(model->GetModuleCount(), 2);
+    EXPECT_FALSE(GetActiveProject());
+}
+
+TEST_F(OTAUtilsTest, AGroupSettlesTheActiveProjectWhateverElseIsOpen) {
+    model->OpenProjectFile(WriteSecondProject()); // loose, and before the group
+    _di_IOTAProjectGroup group =
+        Query<IOTAProjectGroup>(model->OpenProjectFile(File("Example.bpg")));
+    ASSERT_TRUE(group);
+    EXPECT_TRUE(GetActiveProject() == group->GetActiveProject());
+    EXPECT_EQ(GetActiveProject()->GetFileName(), File("Example.dpr"));
+}
+
+TEST_F(OTAUtilsTest, AnEmptyGroupGivesNoProject) {
+    testfiles::WriteFile(File("Empty.bpg"),
+                         "VERSION = BWS.01\r\nPROJECTS =\r\ndefault: $(PROJECTS)\r\n");
+    OpenExample(); // a loose project does not count once a group is open
+    model->OpenProjectFile(File("Empty.bpg"));
+    EXPECT_FALSE(GetActiveProject());
+}
+
+TEST_F(OTAUtilsTest, TheProjectResourceIsAnEditorOfTheActiveProject) {
+    EXPECT_FALSE(GetProjectResource());
+    OpenExample();
+    _di_IOTAProjectResource res = GetProjectResource();
+    ASSERT_TRUE(res);
+    EXPECT_EQ(res->GetFileName(), File("Example.res"));
+    model->CloseAll();
+    model->OpenProjectFile(WriteSecondProject()); // has no resource file
+    EXPECT_TRUE(GetActiveProject());
+    EXPECT_FALSE(GetProjectResource());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Editors
+
+TEST_F(OTAUtilsTest, FormAndSourceEditorsAreSeparateFacetsOfAModule) {
+    _di_IOTAModule main = Open("Main.pas");
+    _di_IOTAFormEditor form = GetFormEditorFromModule(main);
+    _di_IOTASourceEditor source = GetSourceEditorFromModule(main);
+    ASSERT_TRUE(form);
+    ASSERT_TRUE(source);
+    EXPECT_EQ(form->GetFileName(), File("Main.dfm"));
+    EXPECT_EQ(source->GetFileName(), File("Main.pas"));
+    EXPECT_FALSE(Supports<IOTASourceEditor>(form));
+    EXPECT_FALSE(Supports<IOTAFormEditor>(source));
+    EXPECT_FALSE(GetFormEditorFromModule(Open("Utils.pas")));
+    EXPECT_FALSE(GetFormEditorFromModule(nullptr));
+}
+
+TEST_F(OTAUtilsTest, TheActiveEditorsAreThoseOfTheCurrentModule) {
+    Open("Main.pas");
+    EXPECT_EQ(GetActiveFormEditor()->GetFileName(), File("Main.dfm"));
+    EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Main.pas"));
+    Open("Utils.pas");
+    EXPECT_FALSE(GetActiveFormEditor());
+    EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Utils.pas"));
+}
+
+TEST_F(OTAUtilsTest, TheDesignerGivesTheRootOfAFormEditorOnly) {
+    _di_IOTAModule main = Open("Main.pas");
+    _di_IDesigner designer = GetActiveFormDesigner(GetFormEditorFromModule(main));
+    ASSERT_TRUE(designer);
+    EXPECT_EQ(designer->GetRoot()->Name, "MainForm");
+    EXPECT_FALSE(GetActiveFormDesigner(nullptr));
+    EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(GetFormEditorFromModule(main)))->Name, "MainForm");
+    EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(GetSourceEditorFromModule(main))), nullptr);
+    EXPECT_EQ(GetFormFromEditor(nullptr), nullptr);
+}
+
+TEST_F(OTAUtilsTest, TheKindFilterTellsFormsDataModulesFramesAndReports) {
+    OpenExample();
+    auto root = [&](const std::string& unit, TProjectFormTypes types) {
+        return GetFormFromEditor(
+            _di_IOTAEditor(GetFormEditorFromModule(Open(unit, TOpenMode::Hidden))), types);
+    };
+    EXPECT_NE(root("Main.pas", {pfkForm}), nullptr);
+    EXPECT_EQ(root("Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}), nullptr);
+    EXPECT_NE(root("DataMod.pas", {pfkDataModule}), nullptr);
+    EXPECT_EQ(root("DataMod.pas", {pfkForm}), nullptr);
+    EXPECT_NE(root("Frame1.pas", {pfkFrame}), nullptr);
+    EXPECT_EQ(root("Frame1.pas", {pfkForm}), nullptr);
+}
+
+TEST_F(OTAUtilsTest, AReportCountsOnlyWhenItsDirectParentIsTQuickRep) {
+    testfiles::WriteFile(File("Report.pas"), "unit Report;\r\ninterface\r\ntype\r\n"
+                                             "  TSalesReport = class(TQuickRep)\r\n  end;\r\n"
+                                             "  TYearReport = class(TSalesReport)\r\n  end;\r\n"
+                                             "implementation\r\nend.\r\n");
+    testfiles::WriteFile(File("Report.dfm"),
+                         "object SalesReport: TSalesReport\r\n  Left = 0\r\nend\r\n");
+    testfiles::WriteFile(File("Year.pas"),
+                         "unit Year;\r\ninterface\r\nuses Report;\r\nimplementation\r\nend.\r\n");
+    testfiles::WriteFile(File("Year.dfm"),
+                         "object YearReport: TYearReport\r\n  Left = 0\r\nend\r\n");
+    testfiles::WriteFile(File("Reports.dpr"),
+                         "program Reports;\r\nuses\r\n"
+                         "  Report in 'Report.pas' {SalesReport},\r\n"
+                         "  Year in 'Year.pas' {YearReport};\r\nbegin\r\nend.\r\n");
+    model->OpenProjectFile(File("Reports.dpr"));
+    auto sales = _di_IOTAEditor(GetFormEditorFromModule(Open("Report.pas", TOpenMode::Hidden)));
+    auto year = _di_IOTAEditor(GetFormEditorFromModule(Open("Year.pas", TOpenMode::Hidden)));
+    EXPECT_NE(GetFormFromEditor(sales, {pfkQuickRep}), nullptr);
+    EXPECT_EQ(GetFormFromEditor(sales, {pfkForm, pfkFrame, pfkDataModule}), nullptr);
+    // A grandchild of TQuickRep is no report for the filter, and no form either.
+    EXPECT_EQ(GetFormFromEditor(year, AllProjectFormTypes), nullptr);
+    EXPECT_NE(GetFormFromEditor(year), nullptr);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Lists of forms and editors
+
+TEST_F(OTAUtilsTest, ProjectFormsOpenEveryModuleOfTheProject) {
+    OpenExample();
+    std::vector<TDesignComponent*> list = {nullptr}; // cleared first
+    GetProjectForms(list, AllProjectFormTypes);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"DataModuleMain", "InfoFrame", "MainForm",
+                                                     "SettingsForm"}));
+    EXPECT_EQ(model->GetModuleCount(), 6); // the project and its five units
+    GetProjectForms(list, {pfkForm});
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"MainForm", "SettingsForm"}));
+}
+
+TEST_F(OTAUtilsTest, OpenFormsAreFilteredByTheActiveProject) {
+    OpenExample();
+    Open("Main.pas");
+    testfiles::WriteFile(File("Loose.pas"), "unit Loose;\r\ninterface\r\ntype\r\n"
+                                            "  TLooseForm = class(TForm)\r\n  end;\r\n"
+                                            "implementation\r\nend.\r\n");
+    testfiles::WriteFile(File("Loose.dfm"), "object LooseForm: TLooseForm\r\nend\r\n");
+    Open("Loose.pas");
+    std::vector<TDesignComponent*> list;
+    GetProjectForms(list, AllProjectFormTypes, false);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"LooseForm", "MainForm"}));
+    GetProjectForms(list, AllProjectFormTypes, true);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"MainForm"}));
+
+    std::vector<_di_IOTAFormEditor> forms;
+    GetOpenedFormEditors(forms, AllProjectFormTypes, true);
+    ASSERT_EQ(forms.size(), 1u);
+    EXPECT_EQ(forms[0]->GetFileName(), File("Main.dfm"));
+}
+
+TEST_F(OTAUtilsTest, ProjectOnlyWithoutAProjectGivesNothing) {
+    Open("Main.pas");
+    std::vector<_di_IOTAEditor> editors;
+    GetOpenedEditors(editors, mtForm, true);
+    EXPECT_TRUE(editors.empty());
+    GetOpenedEditors(editors, mtForm, false);
+    EXPECT_EQ(editors.size(), 1u);
+    std::vector<TDesignComponent*> roots;
+    GetProjectForms(roots, AllProjectFormTypes, true);
+    EXPECT_TRUE(roots.empty());
+    std::vector<IOTASourceEditor*> sources;
+    GetOpenedSourceEditors(sources, true);
+    EXPECT_TRUE(sources.empty());
+}
+
+TEST_F(OTAUtilsTest, OpenedEditorsOfUnitsAreTheSourceEditors) {
+    OpenExample();
+    Open("Main.pas");
+    Open("Utils.pas");
+    std::vector<_di_IOTAEditor> editors;
+    GetOpenedEditors(editors, mtUnit, false);
+    std::vector<std::string> files;
+    for (auto& e : editors)
+        files.push_back(workbench::ExtractFileName(e->GetFileName()));
+    // The project's own source is an open module's source editor too.
+    EXPECT_EQ(files, (std::vector<std::string>{"Example.dpr", "Main.pas", "Utils.pas"}));
+    GetOpenedEditors(editors, mtForm, false);
+    ASSERT_EQ(editors.size(), 1u);
+    EXPECT_TRUE(Supports<IOTAFormEditor>(editors[0]));
+
+    std::vector<IOTASourceEditor*> sources;
+    GetOpenedSourceEditors(sources, true);
+    ASSERT_EQ(sources.size(), 3u);
+    EXPECT_EQ(sources[1]->GetFileName(), File("Main.pas"));
+    EXPECT_EQ(sources[1]->GetEditViewCount(), 1);
+}
+
+TEST_F(OTAUtilsTest, TheProjectsModulesAndTheirNames) {
+    std::vector<_di_IOTAModuleInfo> modules;
+    GetProjectModules(modules);
+    EXPECT_TRUE(modules.empty());
+    OpenExample();
+    GetProjectModules(modules);
+    EXPECT_EQ(modules.size(), 6u);
+
+    std::vector<std::string> names = {"kept"};
+    GetProjectModuleNames(names, mnkForm);
+    EXPECT_EQ(names, (std::vector<std::string>{"kept", "MainForm", "SettingsForm", "DataModuleMain",
+                                               "InfoFrame"}));
+    names.clear();
+    GetProjectModuleNames(names, mnkDesignClass);
+    EXPECT_TRUE(names.empty());
+    GetProjectModuleNames(names, mnkUnit);
+    EXPECT_EQ(names.size(), 6u);
+
+    TModuleNames all = GetProjectModuleNames();
+    ASSERT_EQ(all.size(), 6u);
+    EXPECT_EQ(all[2][mnkFile], File("DataMod.pas"));
+    EXPECT_EQ(all[2][mnkUnit], "DataMod");
+    EXPECT_EQ(all[2][mnkForm], "DataModuleMain");
+    EXPECT_EQ(all[2][mnkDesignClass], "TDataModule");
+    EXPECT_EQ(all[4][mnkForm], "");
+}
+
+// ---------------------------------------------------------------------------------------------
+// The IDE's windows
+
+TEST_F(OTAUtilsTest, TheEditorFormIsTheTopViewsWindowForm) {
+    QWidget form;
+    form.setObjectName("EditWindow_0");
+    QWidget* editor = new QWidget(&form);
+    editor->setObjectName("Editor");
+    QObject* tabs = new QObject(editor);
+    tabs->setObjectName("TabControl");
+    model->MainEditWindow()->SetForm(&form);
+
+    EXPECT_EQ(GetEditorForm(), nullptr); // no buffer yet
+    EXPECT_EQ(GetEditorFormComponent("Editor"), nullptr);
+    Open("Utils.pas");
+    EXPECT_EQ(GetEditorForm(), &form);
+    EXPECT_EQ(GetEditorForm2(), &form);
+    EXPECT_EQ(GetEditorFormComponent("editor"), editor);
+    EXPECT_EQ(GetEditorFormComponent("TABCONTROL"), tabs); // found at any depth
+    EXPECT_EQ(GetEditorFormComponent("Missing"), nullptr);
+}
+
+TEST_F(OTAUtilsTest, TheSecondEditorFormFollowsTheActiveSourceEditor) {
+    QWidget first, second;
+    model->MainEditWindow()->SetForm(&first);
+    Open("Utils.pas");
+    auto* window = model->NewEditWindow();
+    window->SetForm(&second);
+    auto module = model->OpenModuleFile(File("Main.pas"), TOpenMode::Hidden);
+    EXPECT_EQ(GetEditorForm2(), &first);
+    module->SourceEditor()->Show(); // a page in the main window
+    EXPECT_EQ(GetEditorForm2(), &first);
+    model->CloseAll();
+    auto frame = model->OpenModuleFile(File("Frame1.pas"), TOpenMode::Hidden);
+    frame->FormEditor()->Show(); // current, but its source has no view
+    EXPECT_EQ(GetEditorForm2(), nullptr);
+    model->OpenView(frame->SourceEditor(), window);
+    EXPECT_EQ(GetEditorForm2(), &second);
+}
+
+TEST_F(OTAUtilsTest, TheEditorFormIsFoundOnlyWhenVisible) {
+    QWidget other, edit;
+    other.setObjectName("AppBuilder");
+    edit.setObjectName("EditWindow_1");
+    other.show();
+    EXPECT_EQ(FindEditorForm(), nullptr);
+    edit.show();
+    EXPECT_EQ(FindEditorForm(), &edit);
+    edit.hide();
+    EXPECT_EQ(FindEditorForm(), nullptr);
+}
+
+// ---------------------------------------------------------------------------------------------
+// ShowModule
+
+namespace {
+
+// A module of editors with file names of any kind, and a services object whose action services
+// record what they are asked to open.
+struct TFakeEditor : TNotifierObject, virtual IOTASourceEditor {
+    explicit TFakeEditor(std::string f, std::vector<std::string>* log)
+        : file(std::move(f)), log(log) {}
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IOTASourceEditor>(this, iid, obj);
+    }
+    int AddNotifier(const _di_IOTANotifier&) override { return -1; }
+    void RemoveNotifier(int) override {}
+    std::string GetFileName() override { return file; }
+    bool GetModified() override { return false; }
+    void MarkModified() override {}
+    void Show() override { log->push_back("show " + file); }
+    _di_IOTAModule GetModule() override { return nullptr; }
+    int GetEditViewCount() override { return 0; }
+    _di_IOTAEditView GetEditView(int) override { return nullptr; }
+    int GetLinesInBuffer() override { return 0; }
+    std::string file;
+    std::vector<std::string>* log;
+};
+
+struct TFakeModule : TNotifierObject, virtual IOTAModule {
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IOTAModule>(this, iid, obj);
+    }
+    std::string GetFileName() override { return "Fake.pas"; }
+    int GetModuleFileCount() override { return static_cast<int>(editors.size()); }
+    _di_IOTAEditor GetModuleFileEditor(int i) override { return editors[static_cast<size_t>(i)]; }
+    int GetOwnerCount() override { return 0; }
+    _di_IOTAProject GetOwner(int) override { return nullptr; }
+    _di_IOTAEditor GetCurrentEditor() override { return nullptr; }
+    bool Close() override { return true; }
+    bool CloseModule(bool) override { return true; }
+    bool Save(bool, bool) override { return true; }
+    void Show() override {}
+    std::vector<_di_IOTAEditor> editors;
+};
+
+struct TFakeInfo : TInterfacedObject, virtual IOTAModuleInfo {
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IOTAModuleInfo>(this, iid, obj);
+    }
+    TOTAModuleType GetModuleType() override { return omtForm; }
+    std::string GetName() override { return "Fake"; }
+    std::string GetFileName() override { return "Fake.pas"; }
+    std::string GetFormName() override { return "FakeForm"; }
+    std::string GetDesignClass() override { return ""; }
+    _di_IOTAModule OpenModule() override {
+        ++opened;
+        return _di_IOTAModule(module.get());
+    }
+    DelphiInterface<TFakeModule> module = MakeInterfaced<TFakeModule>();
+    int opened = 0;
+};
+
+struct TFakeServices : TInterfacedObject, virtual IBorlandIDEServices, virtual IOTAActionServices {
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IBorlandIDEServices, IOTAActionServices>(this, iid, obj);
+    }
+    bool OpenFile(const std::string& f) override {
+        log->push_back("open " + f);
+        return true;
+    }
+    bool OpenProject(const std::string&, bool) override { return false; }
+    bool CloseFile(const std::string&) override { return false; }
+    bool SaveFile(const std::string&) override { return false; }
+    std::vector<std::string>* log = nullptr;
+};
+
+class ShowModuleTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        services->log = &log;
+        BorlandIDEServices = _di_IBorlandIDEServices(services.get());
+    }
+    void TearDown() override { BorlandIDEServices = nullptr; }
+    _di_IOTAModuleInfo Module(std::initializer_list<const char*> files) {
+        for (const char* f : files)
+            info->module->editors.push_back(_di_IOTAEditor(MakeInterfaced<TFakeEditor>(f, &log)));
+        return _di_IOTAModuleInfo(info.get());
+    }
+    std::vector<std::string> log;
+    DelphiInterface<TFakeServices> services = MakeInterfaced<TFakeServices>();
+    DelphiInterface<TFakeInfo> info = MakeInterfaced<TFakeInfo>();
+};
+
+} // namespace
+
+TEST_F(ShowModuleTest, AUnitShowsEverythingButFormsHeadersProjectOptionsAndResources) {
+    auto m = Module({"U.cpp", "U.h", "U.dfm", "U.xfm", "P.bpr", "P.res", "U.pas", "P.dpr"});
+    ShowModule(m, mnkUnit, false, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"show U.cpp", "show U.pas", "show P.dpr"}));
+    log.clear();
+    ShowModule(m, mnkFile, true, true); // the flags play no part for files
+    EXPECT_EQ(log, (std::vector<std::string>{"show U.cpp", "show U.pas", "show P.dpr"}));
+}
+
+TEST_F(ShowModuleTest, TheExtensionTestIsASubstringTest) {
+    // No extension, and a piece of a listed one, both stand in the list.
+    auto m = Module({"Makefile", "X.d", "X.re", "X.DFM", "X.inc"});
+    ShowModule(m, mnkUnit, false, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"show X.inc"}));
+}
+
+TEST_F(ShowModuleTest, AFormShowsTheFormAndOpensItsUnitUnlessFormOnly) {
+    auto m = Module({"U.pas", "U.dfm"});
+    ShowModule(m, mnkForm, false, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"open U.pas", "show U.dfm"}));
+    log.clear();
+    ShowModule(m, mnkForm, true, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"show U.dfm"}));
+    log.clear();
+    ShowModule(m, mnkForm, false, true); // displacing counts for C++ sources only
+    EXPECT_EQ(log, (std::vector<std::string>{"open U.pas", "show U.dfm"}));
+}
+
+TEST_F(ShowModuleTest, ADisplacingViewShowsACppSourceInPlaceOfOpeningIt) {
+    auto m = Module({"U.CPP", "U.h", "U.xfm"});
+    ShowModule(m, mnkForm, false, true);
+    EXPECT_EQ(log, (std::vector<std::string>{"show U.CPP", "show U.xfm"}));
+    log.clear();
+    ShowModule(m, mnkForm, false, false);
+    EXPECT_EQ(log, (std::vector<std::string>{"open U.CPP", "show U.xfm"}));
+}
+
+TEST_F(ShowModuleTest, ADesignClassOpensTheModuleAndShowsNothing) {
+    auto m = Module({"U.pas", "U.dfm"});
+    ShowModule(m, mnkDesignClass, false, false);
+    EXPECT_EQ(info->opened, 1);
+    EXPECT_TRUE(log.empty());
+    ShowModule(nullptr, mnkUnit, false, false);
+    EXPECT_TRUE(log.empty());
+}
+
+TEST_F(OTAUtilsTest, ShowModuleByNameFindsTheModuleByItsNameOfThatKind) {
+    OpenExample();
+    ShowModuleByName("MAIN", mnkUnit, false, false);
+    ASSERT_TRUE(GetActiveModule());
+    EXPECT_EQ(GetActiveModule()->GetFileName(), File("Main.pas"));
+    EXPECT_EQ(model->GetTopBuffer()->GetFileName(), File("Main.pas"));
+
+    ShowModuleByName("settingsform", mnkForm, true, false);
+    EXPECT_EQ(GetActiveModule()->GetFileName(), File("Settings.pas"));
+    EXPECT_TRUE(GetActiveFormEditor());
+    // The form alone was shown: the top buffer is still Main's.
+    EXPECT_EQ(model->GetTopBuffer()->GetFileName(), File("Main.pas"));
+
+    ShowModuleByName(File("Utils.pas"), mnkFile, false, false);
+    EXPECT_EQ(model->GetTopBuffer()->GetFileName(), File("Utils.pas"));
+
+    int before = model->GetModuleCount();
+    ShowModuleByName("Nothing", mnkUnit, false, false);
+    ShowModuleByName("TDataModule", mnkDesignClass, false, false); // never matched by text
+    EXPECT_EQ(model->GetModuleCount(), before);
+    ShowModuleByName("", mnkDesignClass, false, false); // matches the first module, shows nothing
+    EXPECT_EQ(model->GetTopBuffer()->GetFileName(), File("Utils.pas"));
+}

@@ -1,0 +1,206 @@
+// The seam's interface machinery: ids, counting, queries by facet, identity, notifier base,
+// and the host's two globals.
+#include "toolsapi/ToolsAPI.h"
+
+#include <gtest/gtest.h>
+
+using namespace ToolsAPI;
+
+namespace {
+
+int liveObjects = 0;
+
+// An object with two unrelated facets and a shared parent (IOTAEditor of both would not do:
+// the seam keeps form and source editors apart, so a test object takes view and actions).
+class TTwoFacets : public TInterfacedObject,
+                   public virtual IOTAEditActions,
+                   public virtual INTAEditWindow {
+public:
+    TTwoFacets() { ++liveObjects; }
+    ~TTwoFacets() override { --liveObjects; }
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IOTAEditActions, INTAEditWindow>(this, iid, obj);
+    }
+    void ClosePage() override { ++closed; }
+    QWidget* GetForm() override { return nullptr; }
+    int closed = 0;
+};
+
+class TWizard : public TNotifierObject, public virtual IOTAMenuWizard {
+public:
+    TWizard() { ++liveObjects; }
+    ~TWizard() override { --liveObjects; }
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IOTAMenuWizard>(this, iid, obj);
+    }
+    std::string GetIDString() override { return "Test.Wizard"; }
+    std::string GetName() override { return "Test Wizard"; }
+    TWizardState GetState() override { return WizardState(wsEnabled); }
+    void Execute() override {}
+    std::string GetMenuText() override { return "Test ..."; }
+};
+
+} // namespace
+
+TEST(InterfaceIds, ParsedAtCompileTimeAsTheRuntimeParsesThem) {
+    constexpr TGUID g = Guid("{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}");
+    EXPECT_EQ(g, rtl::TGUID::FromString("{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}"));
+    EXPECT_EQ(g.D1, 0xF17A7BCDu);
+    EXPECT_EQ(g.D4[7], 0xB3);
+}
+
+TEST(InterfaceIds, TheIDEsPublishedIdsAreKept) {
+    EXPECT_EQ(IOTAModuleServices::IID.ToString(), "{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}");
+    EXPECT_EQ(IOTAEditorServices::IID.ToString(), "{C2812BA7-C48D-11D2-9AE8-00A02457621F}");
+    EXPECT_EQ(IOTAKeyboardServices::IID.ToString(), "{F8CAF8D5-D263-11D2-ABD8-00C04FB16FB3}");
+    EXPECT_EQ(IOTAServices::IID.ToString(), "{577ECE00-59EE-4F21-8190-9FD8A45FE550}");
+    EXPECT_EQ(IOTAActionServices::IID.ToString(), "{F17A7BC9-E07D-11D1-AB0B-00C04FB16FB3}");
+    EXPECT_EQ(INTAServices::IID.ToString(), "{C17B3DF1-DFE5-11D2-A8C7-00C04FA32F53}");
+    EXPECT_EQ(IOTAProjectGroup::IID.ToString(), "{F17A7BCB-E07D-11D1-AB0B-00C04FB16FB3}");
+    EXPECT_EQ(IOTAProject::IID.ToString(), "{06C88136-F367-4D47-B8B4-CCACB3D7439A}");
+    EXPECT_EQ(IOTAProjectResource::IID.ToString(), "{26EB0E52-F97B-11D1-AB27-00C04FB16FB3}");
+    EXPECT_EQ(IOTASourceEditor::IID.ToString(), "{F17A7BD1-E07D-11D1-AB0B-00C04FB16FB3}");
+    EXPECT_EQ(IOTAFormEditor::IID.ToString(), "{F17A7BD2-E07D-11D1-AB0B-00C04FB16FB3}");
+    EXPECT_EQ(INTAFormEditor::IID.ToString(), "{56931EB9-329A-D411-87C6-9B2730412200}");
+}
+
+TEST(InterfaceIds, EveryInterfaceHasItsOwnId) {
+    std::vector<TGUID> ids = {IBorlandIDEServices::IID, IOTANotifier::IID,
+                              IOTAWizard::IID,          IOTAMenuWizard::IID,
+                              IOTAIDENotifier::IID,     IOTAFormNotifier::IID,
+                              IOTAEditor::IID,          IOTASourceEditor::IID,
+                              IOTAEditBuffer::IID,      IOTABufferOptions::IID,
+                              IOTAEditView::IID,        IOTAEditBlock::IID,
+                              IOTAEditPosition::IID,    IOTAEditActions::IID,
+                              INTAEditWindow::IID,      IOTAFormEditor::IID,
+                              INTAFormEditor::IID,      IDesigner::IID,
+                              IOTAComponent::IID,       IOTAModule::IID,
+                              IOTAModuleInfo::IID,      IOTAProject::IID,
+                              IOTAProjectGroup::IID,    IOTAProjectResource::IID,
+                              IOTAModuleServices::IID,  IOTAEditorServices::IID,
+                              IOTAServices::IID,        IOTAActionServices::IID,
+                              INTAServices::IID,        IOTAKeyboardServices::IID,
+                              IOTAKeyboardBinding::IID, IOTAKeyBindingServices::IID,
+                              IOTAKeyContext::IID,      IID_IInterface};
+    for (size_t i = 0; i < ids.size(); ++i)
+        for (size_t k = i + 1; k < ids.size(); ++k)
+            EXPECT_FALSE(ids[i] == ids[k]) << ids[i].ToString() << " is used twice";
+}
+
+TEST(BlockTypes, HaveTheIDEsOrdinals) {
+    EXPECT_EQ(int(btInclusive), 0);
+    EXPECT_EQ(int(btLine), 1);
+    EXPECT_EQ(int(btColumn), 2);
+    EXPECT_EQ(int(btNonInclusive), 3);
+    EXPECT_EQ(int(btUnknown), 4);
+    EXPECT_EQ(int(ofnFileOpened), 1);
+    EXPECT_EQ(int(ofnFileClosing), 2);
+    EXPECT_EQ(int(btPartial), 1);
+    EXPECT_EQ(int(krHandled), 1);
+}
+
+TEST(Counting, TheObjectGoesWithItsLastReference) {
+    liveObjects = 0;
+    {
+        DelphiInterface<TTwoFacets> a = MakeInterfaced<TTwoFacets>();
+        EXPECT_EQ(a->RefCount(), 1);
+        {
+            _di_IOTAEditActions actions(a);
+            DelphiInterface<TTwoFacets> copy = a;
+            EXPECT_EQ(a->RefCount(), 3);
+        }
+        EXPECT_EQ(a->RefCount(), 1);
+        DelphiInterface<TTwoFacets> moved = std::move(a);
+        EXPECT_FALSE(a);
+        EXPECT_EQ(moved->RefCount(), 1);
+        EXPECT_EQ(liveObjects, 1);
+    }
+    EXPECT_EQ(liveObjects, 0);
+}
+
+TEST(Counting, AssigningNullAndSelfAssignmentKeepTheCountRight) {
+    liveObjects = 0;
+    DelphiInterface<TTwoFacets> a = MakeInterfaced<TTwoFacets>();
+    auto& alias = a;
+    a = alias;
+    EXPECT_EQ(a->RefCount(), 1);
+    a = nullptr;
+    EXPECT_EQ(liveObjects, 0);
+}
+
+TEST(Queries, AnObjectAnswersEachOfItsFacetsAndNoOther) {
+    liveObjects = 0;
+    {
+        _di_IOTAEditActions actions(MakeInterfaced<TTwoFacets>());
+        _di_INTAEditWindow window;
+        ASSERT_TRUE(Supports(actions, window));
+        EXPECT_EQ(window->GetForm(), nullptr);
+        _di_IOTAEditView view;
+        EXPECT_FALSE(Supports(actions, view));
+        EXPECT_FALSE(view);
+        // The query's reference is counted and given back.
+        auto* obj = dynamic_cast<TTwoFacets*>(actions.get());
+        EXPECT_EQ(obj->RefCount(), 2);
+        window = nullptr;
+        EXPECT_EQ(obj->RefCount(), 1);
+        EXPECT_FALSE(Query<IOTAEditBlock>(actions));
+        EXPECT_FALSE(Supports<IOTAEditBlock>(_di_IOTAEditActions()));
+    }
+    EXPECT_EQ(liveObjects, 0);
+}
+
+TEST(Queries, AnInterfaceAnswersForItsParentInterfaces) {
+    liveObjects = 0;
+    {
+        _di_IOTAMenuWizard wizard(MakeInterfaced<TWizard>());
+        _di_IOTAWizard plain;
+        _di_IOTANotifier notifier;
+        EXPECT_TRUE(Supports(wizard, plain));
+        EXPECT_TRUE(Supports(wizard, notifier));
+        EXPECT_EQ(plain->GetIDString(), "Test.Wizard");
+        notifier->AfterSave(); // the base's notifications do nothing and are there to call
+        notifier->Modified();
+        EXPECT_FALSE(Supports<IOTAIDENotifier>(wizard));
+    }
+    EXPECT_EQ(liveObjects, 0);
+}
+
+TEST(Identity, TwoFacetsOfOneObjectCompareEqualAndOfTwoObjectsNot) {
+    _di_IOTAEditActions a(MakeInterfaced<TTwoFacets>());
+    _di_INTAEditWindow aWindow = Query<INTAEditWindow>(a);
+    _di_IOTAEditActions b(MakeInterfaced<TTwoFacets>());
+    EXPECT_TRUE(a == aWindow);
+    EXPECT_FALSE(b == aWindow);
+    EXPECT_FALSE(a == b);
+    EXPECT_TRUE(_di_IOTAEditActions() == nullptr);
+    EXPECT_FALSE(a == nullptr);
+}
+
+TEST(HostGlobals, WizardsGoToTheHostOnlyWhenOneTakesThem) {
+    liveObjects = 0;
+    {
+        _di_IOTAWizard wizard(MakeInterfaced<TWizard>());
+        SetRegisterWizardProc(nullptr);
+        EXPECT_FALSE(RegisterPackageWizard(wizard));
+        std::vector<_di_IOTAWizard> kept;
+        SetRegisterWizardProc([&](const _di_IOTAWizard& w) {
+            kept.push_back(w);
+            return true;
+        });
+        EXPECT_TRUE(RegisterPackageWizard(wizard));
+        EXPECT_FALSE(RegisterPackageWizard(nullptr));
+        ASSERT_EQ(kept.size(), 1u);
+        EXPECT_EQ(kept[0]->GetName(), "Test Wizard");
+        wizard = nullptr;
+        EXPECT_EQ(liveObjects, 1); // the host holds it
+        kept.clear();
+        SetRegisterWizardProc(nullptr);
+    }
+    EXPECT_EQ(liveObjects, 0);
+}
+
+TEST(HostGlobals, ServicesAreEmptyWithoutAHost) {
+    BorlandIDEServices = nullptr;
+    EXPECT_FALSE(IDEService<IOTAModuleServices>());
+    EXPECT_FALSE(IDEService<INTAServices>());
+}

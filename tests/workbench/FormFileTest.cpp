@@ -1,0 +1,198 @@
+// Form files read into design trees: the example forms in text and binary form, values of every
+// kind, writing back, and damaged files.
+#include "workbench/model/FormFile.h"
+#include "tests/workbench/TestFiles.h"
+
+#include "rtl/CodePage.h"
+
+#include <gtest/gtest.h>
+
+using namespace workbench;
+using ToolsAPI::TDesignComponent;
+using ToolsAPI::TDesignValueKind;
+
+namespace {
+std::string Example(const std::string& name) {
+    return (testfiles::ExamplesDir() / name).string();
+}
+std::string Utf8(const std::string& cp1251) {
+    return rtl::Cp1251ToUtf8(cp1251);
+}
+} // namespace
+
+TEST(FormFiles, TheTextFormOfMainLoadsWithItsComponentsInFileOrder) {
+    TFormFile f = LoadFormFile(Example("Main.dfm"));
+    EXPECT_EQ(f.Format, TFormFileFormat::Text);
+    TDesignComponent* root = f.Root.get();
+    EXPECT_EQ(root->ClassName, "TMainForm");
+    EXPECT_EQ(root->Name, "MainForm");
+    EXPECT_EQ(root->IntProp("Width"), 544);
+    EXPECT_EQ(Utf8(root->StrProp("Caption")), "Пример проекта");
+    EXPECT_EQ(root->StrProp("Color"), "clBtnFace");
+    EXPECT_EQ(root->FindProperty("Font.Style")->Text, "[]");
+    ASSERT_EQ(root->ChildCount(), 6);
+    EXPECT_EQ(root->Child(0)->Name, "TopPanel");
+    EXPECT_EQ(root->Child(5)->Name, "ActionList");
+    TDesignComponent* edit = root->FindComponent("nameedit"); // any case, any depth
+    ASSERT_NE(edit, nullptr);
+    EXPECT_EQ(edit->Parent()->Name, "TopPanel");
+    EXPECT_EQ(root->FindComponent("OpenAction")->IntProp("ShortCut"), 16463);
+    EXPECT_EQ(root->FindComponent("Nothing"), nullptr);
+}
+
+TEST(FormFiles, ValuesKeepTheirKinds) {
+    TFormFile f = LoadFormFile(Example("Main.dfm"));
+    TDesignComponent* memo = f.Root->FindComponent("NotesMemo");
+    const ToolsAPI::TDesignProperty* lines = memo->FindProperty("Lines.Strings");
+    ASSERT_NE(lines, nullptr);
+    EXPECT_EQ(lines->Kind, TDesignValueKind::List);
+    EXPECT_EQ(Utf8(lines->Text), "('Первая строка' 'Second line')");
+    EXPECT_EQ(f.Root->FindComponent("OkButton")->FindProperty("Default")->Kind,
+              TDesignValueKind::Boolean);
+    EXPECT_EQ(f.Root->FindComponent("OkButton")->IntProp("Default"), 1);
+    EXPECT_EQ(f.Root->FindComponent("StatusBar")->FindProperty("Panels")->Text, "<>");
+    EXPECT_EQ(f.Root->FindComponent("StatusBar")->FindProperty("Panels")->Kind,
+              TDesignValueKind::Collection);
+    EXPECT_EQ(f.Root->FindProperty("OnCreate")->Kind, TDesignValueKind::Ident);
+    EXPECT_EQ(f.Root->StrProp("OnCreate"), "FormCreate");
+}
+
+TEST(FormFiles, InlineFramesAndInheritedChildrenAreMarked) {
+    TFormFile f = LoadFormFile(Example("Main.dfm"));
+    TDesignComponent* frame = f.Root->FindComponent("InfoFrame1");
+    ASSERT_NE(frame, nullptr);
+    EXPECT_TRUE(frame->Inline);
+    EXPECT_FALSE(frame->Inherited);
+    EXPECT_EQ(frame->ClassName, "TInfoFrame");
+    ASSERT_EQ(frame->ChildCount(), 1);
+    EXPECT_TRUE(frame->Child(0)->Inherited);
+    EXPECT_EQ(Utf8(frame->Child(0)->StrProp("Caption")), "Сведения о файле");
+}
+
+TEST(FormFiles, TheBinaryFormOfSettingsLoads) {
+    std::string bytes = testfiles::ReadFile(Example("Settings.dfm"));
+    ASSERT_EQ(bytes.substr(0, 4), "TPF0"); // the example really is binary
+    TFormFile f = LoadFormFile(Example("Settings.dfm"));
+    EXPECT_EQ(f.Format, TFormFileFormat::Binary);
+    EXPECT_EQ(f.Root->ClassName, "TSettingsForm");
+    EXPECT_EQ(Utf8(f.Root->StrProp("Caption")), "Настройки");
+    EXPECT_EQ(f.Root->FindProperty("Font.Style")->Text, "[fsBold]");
+    EXPECT_EQ(f.Root->FindProperty("Font.Style")->Kind, TDesignValueKind::Set);
+    TDesignComponent* group = f.Root->FindComponent("ModeGroup");
+    ASSERT_NE(group, nullptr);
+    EXPECT_EQ(group->Parent()->Name, "GeneralSheet");
+    EXPECT_EQ(group->Parent()->Parent()->Name, "PageControl");
+    EXPECT_EQ(Utf8(group->FindProperty("Items.Strings")->Text),
+              "('Обычный' 'Расширенный' 'Only text')");
+}
+
+TEST(FormFiles, ABinaryFormBehindAResourceHeaderLoads) {
+    std::string binary = testfiles::ReadFile(Example("Settings.dfm"));
+    // Byte 255, type 10, the name, flags 4144 and the size, as the resource compiler writes.
+    std::string header;
+    header += '\xFF';
+    header += '\x0A';
+    header += '\0';
+    header += "SETTINGSFORM";
+    header += '\0';
+    header += "\x30\x10";
+    uint32_t size = static_cast<uint32_t>(binary.size());
+    header += std::string(reinterpret_cast<const char*>(&size), 4);
+    TFormFile f = ReadFormFile(header + binary, "resource");
+    EXPECT_EQ(f.Root->Name, "SettingsForm");
+}
+
+TEST(FormFiles, WritingBackGivesTheSameTreeInEitherForm) {
+    TFormFile original = LoadFormFile(Example("Main.dfm"));
+    for (TFormFileFormat format : {TFormFileFormat::Binary, TFormFileFormat::Text}) {
+        std::string bytes = WriteFormFile(*original.Root, format);
+        TFormFile again = ReadFormFile(bytes, "again");
+        EXPECT_EQ(again.Format, format);
+        auto a = original.Root->AllComponents(), b = again.Root->AllComponents();
+        ASSERT_EQ(a.size(), b.size());
+        for (size_t i = 0; i < a.size(); ++i) {
+            EXPECT_EQ(a[i]->Name, b[i]->Name);
+            EXPECT_EQ(a[i]->Inline, b[i]->Inline);
+            ASSERT_EQ(a[i]->Properties.size(), b[i]->Properties.size());
+            for (size_t k = 0; k < a[i]->Properties.size(); ++k)
+                EXPECT_EQ(a[i]->Properties[k].Text, b[i]->Properties[k].Text);
+        }
+    }
+    // The text form written from a text file is the file itself.
+    EXPECT_EQ(WriteFormFile(*original.Root, TFormFileFormat::Text),
+              testfiles::ReadFile(Example("Main.dfm")));
+}
+
+TEST(FormFiles, APropertyParsesFromItsTextForm) {
+    auto p = ParseDesignProperty("Caption", "'It''s'#13#10'ok'");
+    EXPECT_EQ(p.Kind, TDesignValueKind::String);
+    EXPECT_EQ(p.Str, "It's\r\nok");
+    EXPECT_EQ(p.Text, "'It''s'#13#10'ok'");
+    EXPECT_EQ(ParseDesignProperty("Anchors", "[akLeft, akTop]").Text, "[akLeft, akTop]");
+    EXPECT_EQ(ParseDesignProperty("Left", "-12").Int, -12);
+    EXPECT_EQ(ParseDesignProperty("Big", "12345678901").Int, 12345678901LL);
+    EXPECT_EQ(ParseDesignProperty("Ratio", "1.5").Kind, TDesignValueKind::Float);
+    EXPECT_EQ(ParseDesignProperty("Data", "{0A0B}").Str, std::string("\x0A\x0B"));
+    EXPECT_THROW(ParseDesignProperty("Left", "'unclosed"), EFormFileError);
+    EXPECT_THROW(ParseDesignProperty("Left", "1\r\n  Top = 2"), EFormFileError);
+}
+
+TEST(DamagedFormFiles, EveryCutOfABinaryFormRaisesAClearError) {
+    std::string bytes = testfiles::ReadFile(Example("Settings.dfm"));
+    for (size_t cut = 0; cut < bytes.size(); cut += 7) {
+        try {
+            ReadFormFile(bytes.substr(0, cut), "Settings.dfm");
+            ADD_FAILURE() << "a form cut at " << cut << " bytes was read";
+        } catch (const EFormFileError& e) {
+            EXPECT_NE(e.Message().find("Settings.dfm"), std::string::npos) << e.Message();
+        }
+    }
+}
+
+TEST(DamagedFormFiles, AnUnknownValueTagIsNamed) {
+    std::string bytes = "TPF0";
+    bytes += "\x06TForm1\x05"
+             "Form1";
+    bytes += "\x04Left\x7F"; // 0x7F is no value tag
+    try {
+        ReadFormFile(bytes, "Bad.dfm");
+        FAIL();
+    } catch (const EFormFileError& e) {
+        EXPECT_NE(e.Message().find("Bad.dfm"), std::string::npos);
+    }
+}
+
+TEST(DamagedFormFiles, ABinaryValueLongerThanTheFileIsRefused) {
+    std::string bytes = "TPF0";
+    bytes += "\x06TForm1\x05"
+             "Form1";
+    bytes += "\x04"
+             "Data"
+             "\x0A\xFF\xFF\xFF\x7F"
+             "abc";
+    EXPECT_THROW(ReadFormFile(bytes, "Huge.dfm"), EFormFileError);
+}
+
+TEST(DamagedFormFiles, TextErrorsAndForeignFilesRaise) {
+    EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = \r\nend", "a.dfm"), EFormFileError);
+    EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = 1\r\n", "b.dfm"), EFormFileError);
+    EXPECT_THROW(ReadFormFile("unit Main;", "c.dfm"), EFormFileError);
+    EXPECT_THROW(ReadFormFile("", "d.dfm"), EFormFileError);
+    EXPECT_THROW(ReadFormFile(std::string("TPF0\0\0", 6), "e.dfm"), EFormFileError);
+}
+
+TEST(DamagedFormFiles, NestingBeyondTheLimitIsRefusedWithoutExhaustingTheStack) {
+    std::string bytes = "TPF0";
+    for (int i = 0; i < 100000; ++i)
+        bytes += "\x02TA\x01"
+                 "a\x00";
+    EXPECT_THROW(ReadFormFile(bytes, "deep.dfm"), EFormFileError);
+    std::string list = "TPF0\x02TA\x01"
+                       "a\x01L";
+    list += std::string(100000, '\x01');
+    EXPECT_THROW(ReadFormFile(list, "deeplist.dfm"), EFormFileError);
+}
+
+TEST(DamagedFormFiles, AMissingFileRaises) {
+    EXPECT_THROW(LoadFormFile(Example("NoSuch.dfm")), rtl::EFOpenError);
+}
