@@ -238,7 +238,11 @@ HRESULT TComponent::QueryInterface(const TGUID& iid, void** obj) {
 TComponent* CreateComponent(TClass cls, TComponent* owner) {
     if (!cls->InheritsFrom(TComponent::StaticClass()))
         throw EInvalidCast("Class " + cls->Name + " is not a component class");
-    return static_cast<TComponent*>(CreateInstance(cls, owner));
+    // Built without an owner and inserted once whole, so that the owner's Notification sees the
+    // component as the class it is.
+    std::unique_ptr<TComponent> c(static_cast<TComponent*>(CreateInstance(cls, nullptr)));
+    if (owner) owner->InsertComponent(c.get());
+    return c.release();
 }
 
 TComponent* FindNestedComponent(TComponent* root, std::string_view namePath) {
@@ -313,13 +317,14 @@ TCollection::~TCollection() {
 }
 
 TCollectionItem* TCollection::Add() {
-    TObject* obj = CreateInstance(itemClass_, this);
-    auto* item = dynamic_cast<TCollectionItem*>(obj);
-    if (!item) {
-        delete obj;
+    // The item is built detached and joins the collection once it is whole, so that Notify and
+    // Update see it as the class it is.
+    std::unique_ptr<TObject> obj(CreateInstance(itemClass_, nullptr));
+    auto* item = dynamic_cast<TCollectionItem*>(obj.get());
+    if (!item)
         throw EInvalidCast("Class " + itemClass_->Name + " is not a collection item class");
-    }
-    if (item->collection_ != this) item->SetCollection(this);
+    item->SetCollection(this);
+    obj.release();
     return item;
 }
 
