@@ -33,4 +33,20 @@ for target in fuzz_binary fuzz_text; do
     echo "$target: no finding"
   fi
 done
+# The targets of other layers (in subdirectories of the fuzz build), each from an empty corpus.
+for exe in "$build"/fuzz/*/fuzz_*; do
+  [ -x "$exe" ] || continue
+  target=$(basename "$exe")
+  mkdir -p "$work/$target"
+  echo "== $target: ${seconds}s"
+  if ! "$exe" -max_total_time="$seconds" -max_len=16384 -timeout=10 -rss_limit_mb=2048 \
+       -print_final_stats=1 -artifact_prefix="$artifacts/$target-" "$work/$target" \
+       2>"$build/$target.log"; then
+    echo "$target: FINDING (see $build/$target.log and $artifacts)"
+    tail -n 40 "$build/$target.log"
+    status=1
+  else
+    echo "$target: no finding"
+  fi
+done
 exit $status
