@@ -6,10 +6,7 @@
 #include <map>
 #include <mutex>
 
-#if __has_include("rtl/Filer.h")
 #include "rtl/Filer.h"
-#define RTL_HAVE_FILER 1
-#endif
 
 namespace rtl {
 
@@ -221,13 +218,8 @@ void TComponent::SetAncestor(bool value) {
 
 void TComponent::Loaded() { state_.Exclude(csLoading); }
 
-#ifdef RTL_HAVE_FILER
 void TComponent::ReadState(TReader* reader) { reader->ReadData(this); }
 void TComponent::WriteState(TWriter* writer) { writer->WriteData(this); }
-#else
-void TComponent::ReadState(TReader*) { throw EFilerError("The component filer is not built"); }
-void TComponent::WriteState(TWriter*) { throw EFilerError("The component filer is not built"); }
-#endif
 
 std::string TComponent::GetNamePath() const { return name_; }
 

@@ -90,45 +90,6 @@ std::u16string Utf8ToUtf16(std::string_view s) {
     return r;
 }
 
-// The platform's string lists store their lines as the defined property "Strings": a list of
-// strings, written when the lines differ from the ancestor's (or, without one, when there are
-// any). While TStrings doesn't describe that property itself, the filer does it for it.
-constexpr bool StringsDefineThemselves =
-    !std::is_same_v<decltype(&TStrings::DefineProperties), void (TPersistent::*)(TFiler*)>;
-
-void DefineStringsProperty(TFiler* filer, TPersistent* instance) {
-    auto* strings = dynamic_cast<TStrings*>(instance);
-    if (!strings) return;
-    bool hasData;
-    if (auto* ancestor = dynamic_cast<TStrings*>(filer->Ancestor))
-        hasData = !strings->Equals(ancestor);
-    else
-        hasData = filer->Ancestor ? true : strings->Count() > 0;
-    filer->DefineProperty(
-        "Strings",
-        [strings](TReader* r) {
-            r->ReadListBegin();
-            strings->BeginUpdate();
-            try {
-                strings->Clear();
-                while (!r->EndOfList())
-                    strings->Add(r->ReadString());
-            } catch (...) {
-                strings->EndUpdate();
-                throw;
-            }
-            strings->EndUpdate();
-            r->ReadListEnd();
-        },
-        [strings](TWriter* w) {
-            w->WriteListBegin();
-            for (int i = 0; i < strings->Count(); ++i)
-                w->WriteString(strings->Strings(i));
-            w->WriteListEnd();
-        },
-        hasData);
-}
-
 std::string ObjectName(const TPersistent* obj) {
     std::string name = obj->GetNamePath();
     return name.empty() ? obj->ClassName() : name;
@@ -719,8 +680,6 @@ void TReader::ReadProperty(TPersistent* aInstance) {
                 // rest of the stream, so a failure in it isn't recoverable.
                 FCanHandleExcepts = false;
                 instance->DefineProperties(this);
-                if constexpr (!StringsDefineThemselves)
-                    if (!FPropName.empty()) DefineStringsProperty(this, instance);
                 FCanHandleExcepts = true;
                 if (!FPropName.empty()) ReadError("Property " + FPropName + " does not exist");
             }
@@ -1152,7 +1111,6 @@ void TWriter::WriteProperties(TPersistent* instance) {
         if (IsStoredProp(instance, p)) WriteProperty(instance, p);
     }
     instance->DefineProperties(this);
-    if constexpr (!StringsDefineThemselves) DefineStringsProperty(this, instance);
 }
 
 void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {

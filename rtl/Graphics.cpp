@@ -4,10 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
-#if __has_include("rtl/Filer.h")
 #include "rtl/Filer.h"
-#define RTL_HAVE_FILER 1
-#endif
 
 namespace rtl {
 
@@ -392,14 +389,10 @@ void TPicture::WriteData(TStream* stream) {
     if (graphic_) graphic_->WriteData(stream);
 }
 
-#ifdef RTL_HAVE_FILER
 void TPicture::DefineProperties(TFiler* filer) {
     filer->DefineBinaryProperty(
         "Data", [this](TStream* s) { ReadData(s); }, [this](TStream* s) { WriteData(s); },
         graphic_ && !graphic_->Empty());
 }
-#else
-void TPicture::DefineProperties(TFiler*) {}
-#endif
 
 } // namespace rtl

@@ -1,6 +1,7 @@
 #include "rtl/Lists.h"
 
 #include "rtl/FileStreams.h"
+#include "rtl/Filer.h"
 
 #include <algorithm>
 #include <cstring>
@@ -706,6 +707,35 @@ void TStringList::SetCaseSensitive(bool value) {
         Sort();
         sorted_ = true;
     }
+}
+
+void TStrings::DefineProperties(TFiler* filer) {
+    bool hasData;
+    if (auto* ancestor = dynamic_cast<TStrings*>(filer->Ancestor))
+        hasData = !Equals(ancestor);
+    else
+        hasData = filer->Ancestor ? true : Count() > 0;
+    filer->DefineProperty(
+        "Strings",
+        [this](TReader* r) {
+            r->ReadListBegin();
+            BeginUpdate();
+            try {
+                Clear();
+                while (!r->EndOfList()) Add(r->ReadString());
+            } catch (...) {
+                EndUpdate();
+                throw;
+            }
+            EndUpdate();
+            r->ReadListEnd();
+        },
+        [this](TWriter* w) {
+            w->WriteListBegin();
+            for (int i = 0; i < Count(); ++i) w->WriteString(Strings(i));
+            w->WriteListEnd();
+        },
+        hasData);
 }
 
 } // namespace rtl

@@ -98,6 +98,9 @@ public:
     void Append(const std::string& s) { Add(s); }
     virtual void AddStrings(TStrings* strings);
     void Assign(TPersistent* source) override;
+    // The lines are stored as the defined property "Strings": a list of strings, written when
+    // they differ from the ancestor's lines or, without an ancestor, when there are any.
+    void DefineProperties(TFiler* filer) override;
     void BeginUpdate();
     void EndUpdate();
     virtual void Clear() = 0;
