@@ -3,6 +3,9 @@
 # `make run` and the benchmarks use an optimised build.
 
 JOBS      ?= $(shell nproc)
+# Let ccache reuse objects across checkouts in different directories (CI clones afresh).
+export CCACHE_BASEDIR := $(CURDIR)
+export CCACHE_NOHASHDIR := 1
 TEST_DIR  := build/test
 REL_DIR   := build/release
 FUZZ_DIR  := build/fuzz
