@@ -1,0 +1,957 @@
+#include "rtl/ObjectText.h"
+
+#include "rtl/CodePage.h"
+#include "rtl/Filer.h"
+#include "rtl/SysUtils.h"
+
+#include <algorithm>
+#include <bit>
+#include <cfloat>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace rtl {
+
+RTL_IMPLEMENT_CLASS(TParser)
+
+namespace {
+
+constexpr int ParseBufSize = 4096;
+
+
+bool IsAlpha(int c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
+bool IsDigit(int c) { return c >= '0' && c <= '9'; }
+bool IsHex(int c) { return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
+int HexValue(int c) { return IsDigit(c) ? c - '0' : (c | 0x20) - 'a' + 10; }
+
+std::string TokenName(char t) {
+    switch (t) {
+    case toEOF: return "end of file";
+    case toSymbol: return "identifier";
+    case toString: return "string";
+    case toInteger: return "integer";
+    case toFloat: return "float";
+    case toWString: return "wide string";
+    default: return std::string("'") + t + "'";
+    }
+}
+
+// Rewrites the exponent of std::to_chars ("1e+20", "1.5e-07") in the platform's style
+// ("1E20", "1.5E-7").
+std::string TidyExponent(std::string s) {
+    size_t e = s.find('e');
+    if (e == std::string::npos) return s;
+    std::string mant = s.substr(0, e);
+    std::string exp = s.substr(e + 1);
+    bool neg = !exp.empty() && exp[0] == '-';
+    if (!exp.empty() && (exp[0] == '-' || exp[0] == '+')) exp.erase(0, 1);
+    size_t nz = exp.find_first_not_of('0');
+    exp = nz == std::string::npos ? "0" : exp.substr(nz);
+    return mant + "E" + (neg ? "-" : "") + exp;
+}
+
+std::string NonFinite(long double v) {
+    if (std::isnan(v)) return "NAN";
+    return v < 0 ? "-INF" : "INF";
+}
+
+int SignificantDigits(std::string_view s) {
+    int n = 0;
+    bool leading = true;
+    for (char c : s) {
+        if (c == 'e' || c == 'E') break;
+        if (!IsDigit(c)) continue;
+        if (leading && c == '0') continue;
+        leading = false;
+        ++n;
+    }
+    return n;
+}
+
+} // namespace
+
+std::string FormatStreamFloat(long double value) {
+    if (!std::isfinite(value)) return NonFinite(value);
+    // The fewest digits that give the value back, at most 18, laid out as printf's %g does with
+    // that precision: the text depends on the value alone, so converting it again gives it again.
+    char buf[80];
+    auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific);
+    std::string_view sci(buf, r.ptr - buf);
+    int digits = std::min(SignificantDigits(sci), 18);
+    // Whole numbers up to 18 digits are written out rather than with an exponent.
+    int exponent = 0;
+    if (size_t e = sci.find('e'); e != std::string_view::npos)
+        std::from_chars(sci.data() + e + (sci[e + 1] == '+' ? 2 : 1), sci.data() + sci.size(),
+                        exponent);
+    int precision = std::max({digits, std::min(exponent + 1, 18), 1});
+    r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, precision);
+    std::string s = TidyExponent(std::string(buf, r.ptr));
+    if (s.find_first_of(".E") == std::string::npos) s += ".0";
+    return s;
+}
+
+namespace {
+
+std::string FormatShortest(double value) {
+    if (!std::isfinite(value)) return NonFinite(value);
+    char buf[64];
+    auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general);
+    return TidyExponent(std::string(buf, r.ptr));
+}
+
+std::string FormatShortest(float value) {
+    if (!std::isfinite(value)) return NonFinite(value);
+    char buf[64];
+    auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general);
+    return TidyExponent(std::string(buf, r.ptr));
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// TParser
+
+TParser::TParser(TStream* stream) : FStream(stream), FBuf(ParseBufSize) {
+    if (!stream) throw EParserError("The parser needs a stream");
+    FBufOrigin = stream->GetPosition();
+    // A UTF-8 byte order mark in front of the text is passed over.
+    if (Peek() == 0xEF && FBufEnd - FBufPos >= 3 && FBuf[FBufPos + 1] == char(0xBB) &&
+        FBuf[FBufPos + 2] == char(0xBF))
+        FBufPos += 3;
+    NextToken();
+}
+
+TParser::~TParser() {
+    try {
+        FStream->Seek(FTokenStart, soBeginning);
+    } catch (...) {
+    }
+}
+
+bool TParser::Refill() {
+    FBufOrigin += FBufEnd;
+    FBufPos = 0;
+    int64_t n = FStream->Read(FBuf.data(), ParseBufSize);
+    FBufEnd = n > 0 ? static_cast<int>(n) : 0;
+    return FBufEnd > 0;
+}
+
+void TParser::Error(const std::string& message) {
+    throw EParserError(message + " on line " + std::to_string(FSourceLine));
+}
+
+void TParser::CheckToken(char t) {
+    if (FToken != t) Error(TokenName(t) + " expected but " + TokenName(FToken) + " found");
+}
+
+void TParser::CheckTokenSymbol(std::string_view s) {
+    CheckToken(toSymbol);
+    if (!SameText(FTokenStr, s))
+        Error("'" + std::string(s) + "' expected but '" + FTokenStr + "' found");
+}
+
+bool TParser::TokenSymbolIs(std::string_view s) const {
+    return FToken == toSymbol && SameText(FTokenStr, s);
+}
+
+void TParser::SkipBlanks() {
+    for (;;) {
+        int c = Peek();
+        if (c < 1 || c > ' ') return;
+        ++FBufPos;
+        if (c == '\n') ++FSourceLine;
+        else if (c == '\r') {
+            ++FSourceLine;
+            if (Peek() == '\n') ++FBufPos;
+        }
+    }
+}
+
+void TParser::SkipToNextToken() {
+    SkipBlanks();
+    FTokenStart = Offset();
+    FToken = toEOF;
+    FTokenStr.clear();
+}
+
+char TParser::NextToken() {
+    SkipBlanks();
+    FTokenStart = Offset();
+    FFloatType = 0;
+    FWide = false;
+    FTokenStr.clear();
+    int c = Peek();
+    if (c < 0) {
+        FToken = toEOF;
+    } else if (IsAlpha(c)) {
+        ReadSymbol();
+    } else if (IsDigit(c)) {
+        ReadNumber(false);
+    } else if (c == '$') {
+        ++FBufPos;
+        ReadHexNumber(false);
+    } else if (c == '-') {
+        ++FBufPos;
+        int d = Peek();
+        if (IsDigit(d)) ReadNumber(true);
+        else if (d == '$') {
+            ++FBufPos;
+            ReadHexNumber(true);
+        } else {
+            FToken = '-';
+            FTokenStr = "-";
+        }
+    } else if (c == '\'' || c == '#') {
+        ReadStringToken();
+    } else if (c == 0 || c >= 0x80) {
+        Error("Invalid character " + std::to_string(c) + " in text");
+    } else {
+        ++FBufPos;
+        FToken = static_cast<char>(c);
+        FTokenStr.assign(1, static_cast<char>(c));
+    }
+    return FToken;
+}
+
+void TParser::ReadSymbol() {
+    int c;
+    while ((c = Peek()) >= 0 && (IsAlpha(c) || IsDigit(c))) {
+        FTokenStr.push_back(static_cast<char>(c));
+        ++FBufPos;
+    }
+    FToken = toSymbol;
+}
+
+void TParser::ReadNumber(bool negative) {
+    if (negative) FTokenStr.push_back('-');
+    int c;
+    while (IsDigit(c = Peek())) {
+        FTokenStr.push_back(static_cast<char>(c));
+        ++FBufPos;
+    }
+    FToken = toInteger;
+    if (c == '.' || c == 'e' || c == 'E') {
+        FToken = toFloat;
+        bool dotAllowed = true, expAllowed = true;
+        for (;;) {
+            c = Peek();
+            if (c == '.' && dotAllowed) {
+                dotAllowed = false;
+                FTokenStr.push_back('.');
+                ++FBufPos;
+            } else if ((c == 'e' || c == 'E') && expAllowed) {
+                dotAllowed = expAllowed = false;
+                FTokenStr.push_back('e');
+                ++FBufPos;
+                c = Peek();
+                if (c == '+' || c == '-') {
+                    FTokenStr.push_back(static_cast<char>(c));
+                    ++FBufPos;
+                }
+                if (!IsDigit(Peek())) Error("Invalid floating point number: " + FTokenStr);
+            } else if (IsDigit(c)) {
+                FTokenStr.push_back(static_cast<char>(c));
+                ++FBufPos;
+            } else break;
+        }
+    }
+    c = Peek();
+    if (c == 's' || c == 'S' || c == 'c' || c == 'C' || c == 'd' || c == 'D') {
+        FFloatType = static_cast<char>(c | 0x20);
+        FToken = toFloat;
+        ++FBufPos;
+    }
+}
+
+void TParser::ReadHexNumber(bool negative) {
+    FTokenStr = negative ? "-$" : "$";
+    int c;
+    while (IsHex(c = Peek())) {
+        FTokenStr.push_back(static_cast<char>(c));
+        ++FBufPos;
+    }
+    if (FTokenStr.size() == (negative ? 2u : 1u)) Error("Invalid integer number: " + FTokenStr);
+    FToken = toInteger;
+}
+
+void TParser::MakeWide() {
+    if (FWide) return;
+    FWide = true;
+    FTokenWide = Cp1251ToUtf16(FTokenStr);
+}
+
+void TParser::ReadStringToken() {
+    FTokenWide.clear();
+    for (;;) {
+        int c = Peek();
+        if (c == '\'') {
+            ++FBufPos;
+            for (;;) {
+                c = Peek();
+                if (c < 0 || c == '\r' || c == '\n') Error("Unterminated string");
+                ++FBufPos;
+                if (c == '\'') {
+                    if (Peek() != '\'') break;
+                    ++FBufPos;
+                }
+                if (FWide) FTokenWide.push_back(Cp1251ToWide(static_cast<unsigned char>(c)));
+                else FTokenStr.push_back(static_cast<char>(c));
+            }
+        } else if (c == '#') {
+            ++FBufPos;
+            uint32_t code = 0;
+            int digits = 0;
+            if (Peek() == '$') {
+                ++FBufPos;
+                while (IsHex(c = Peek())) {
+                    code = code * 16 + HexValue(c);
+                    ++FBufPos;
+                    if (++digits > 4) Error("Invalid character code");
+                }
+            } else {
+                while (IsDigit(c = Peek())) {
+                    code = code * 10 + (c - '0');
+                    ++FBufPos;
+                    if (code > 0xFFFF) Error("Invalid character code");
+                    ++digits;
+                }
+            }
+            if (digits == 0) Error("Invalid character code");
+            if (code > 127) MakeWide();
+            if (FWide) FTokenWide.push_back(static_cast<char16_t>(code));
+            else FTokenStr.push_back(static_cast<char>(code));
+        } else break;
+    }
+    FToken = FWide ? toWString : toString;
+}
+
+std::string TParser::TokenComponentIdent() {
+    CheckToken(toSymbol);
+    while (Peek() == '.') {
+        ++FBufPos;
+        FTokenStr.push_back('.');
+        if (!IsAlpha(Peek())) Error("Identifier expected after '.'");
+        int c;
+        while ((c = Peek()) >= 0 && (IsAlpha(c) || IsDigit(c))) {
+            FTokenStr.push_back(static_cast<char>(c));
+            ++FBufPos;
+        }
+    }
+    return FTokenStr;
+}
+
+long double TParser::TokenFloat() {
+    std::string s = FTokenStr;
+    if (!s.empty() && s.back() == '.') s.push_back('0');
+    long double v = 0;
+    auto r = std::from_chars(s.data(), s.data() + s.size(), v);
+    if (r.ec != std::errc() || r.ptr != s.data() + s.size())
+        Error("Invalid floating point number: " + FTokenStr);
+    return v;
+}
+
+int64_t TParser::TokenInt() {
+    if (FToken != toInteger) Error("Integer expected but " + TokenName(FToken) + " found");
+    const char* p = FTokenStr.data();
+    const char* end = p + FTokenStr.size();
+    bool neg = *p == '-';
+    if (neg) ++p;
+    int base = 10;
+    if (*p == '$') {
+        ++p;
+        base = 16;
+    }
+    uint64_t u = 0;
+    auto r = std::from_chars(p, end, u, base);
+    if (r.ec != std::errc() || r.ptr != end)
+        Error("Invalid integer number: " + FTokenStr);
+    // As the platform does, an unsigned 64-bit value is taken with its bits as they are.
+    if (neg) {
+        if (u > uint64_t(std::numeric_limits<int64_t>::max()) + 1)
+            Error("Invalid integer number: " + FTokenStr);
+        return static_cast<int64_t>(0 - u);
+    }
+    return static_cast<int64_t>(u);
+}
+
+std::string TParser::TokenString() {
+    if (FToken == toWString) return Utf16ToCp1251(FTokenWide);
+    if (FToken == toFloat && FFloatType) return FTokenStr + FFloatType;
+    return FTokenStr;
+}
+
+std::u16string TParser::TokenWideString() {
+    if (FToken == toWString) return FTokenWide;
+    return Cp1251ToUtf16(FTokenStr);
+}
+
+void TParser::HexToBinary(TStream* stream) {
+    char out[ParseBufSize];
+    int n = 0;
+    for (;;) {
+        SkipBlanks();
+        int c = Peek();
+        if (!IsHex(c)) break;
+        ++FBufPos;
+        int d = Peek();
+        if (!IsHex(d)) Error("Wrong number of hexadecimal digits in binary value");
+        ++FBufPos;
+        out[n++] = static_cast<char>(HexValue(c) * 16 + HexValue(d));
+        if (n == ParseBufSize) {
+            stream->WriteBuffer(out, n);
+            n = 0;
+        }
+    }
+    if (n) stream->WriteBuffer(out, n);
+    NextToken();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Binary to text
+
+namespace {
+
+constexpr int LineLength = 64;
+
+// Names in the text form are identifiers, dotted for property paths and references; a stream
+// holding anything else has no text form that reads back as the same stream.
+bool IsNameText(std::string_view s, bool dotted, bool mayBeEmpty) {
+    if (s.empty()) return mayBeEmpty;
+    bool start = true;
+    for (char c : s) {
+        if (dotted && c == '.' && !start) {
+            start = true;
+            continue;
+        }
+        if (!(IsAlpha(c) || (!start && IsDigit(c)))) return false;
+        start = false;
+    }
+    return !start;
+}
+
+std::string CheckedName(std::string name, bool dotted, bool mayBeEmpty) {
+    if (!IsNameText(name, dotted, mayBeEmpty))
+        throw EReadError("Invalid name '" + name + "' in stream");
+    return name;
+}
+
+class BinaryToText {
+public:
+    BinaryToText(TStream* input, TStream* output) : r_(input), output_(output) {}
+
+    void Run() {
+        r_.ReadSignature();
+        ConvertObject(0);
+        Flush();
+    }
+
+private:
+    void Flush() {
+        if (!out_.empty()) output_->WriteBuffer(out_.data(), static_cast<int64_t>(out_.size()));
+        out_.clear();
+    }
+    void Maybeflush() {
+        if (out_.size() >= (1 << 16)) Flush();
+    }
+    void Indent(int n) { out_.append(static_cast<size_t>(n), ' '); }
+    void NewLine(int indent) {
+        out_ += "\r\n";
+        Indent(indent);
+    }
+    void Enter(int depth) {
+        if (depth > MaxNestingDepth) throw EReadError("Object stream nested too deeply");
+    }
+
+    void ConvertObject(int indent) {
+        Enter(indent / 2);
+        TFilerFlags flags = 0;
+        int32_t childPos = 0;
+        r_.ReadPrefix(flags, childPos);
+        std::string className = CheckedName(r_.ReadStr(), false, false);
+        std::string name = CheckedName(r_.ReadStr(), false, true);
+        Indent(indent);
+        out_ += (flags & ffInherited) ? "inherited " : (flags & ffInline) ? "inline " : "object ";
+        if (!name.empty()) {
+            out_ += name;
+            out_ += ": ";
+        }
+        out_ += className;
+        if (flags & ffChildPos) {
+            out_ += '[';
+            out_ += std::to_string(childPos);
+            out_ += ']';
+        }
+        out_ += "\r\n";
+        while (!r_.EndOfList()) ConvertProperty(indent + 2);
+        r_.ReadListEnd();
+        while (!r_.EndOfList()) ConvertObject(indent + 2);
+        r_.ReadListEnd();
+        Indent(indent);
+        out_ += "end\r\n";
+        Maybeflush();
+    }
+
+    void ConvertProperty(int indent) {
+        Indent(indent);
+        out_ += CheckedName(r_.ReadStr(), true, false);
+        out_ += " = ";
+        ConvertValue(indent);
+        out_ += "\r\n";
+        Maybeflush();
+    }
+
+    template <class Unit, class Printable>
+    void WriteQuoted(const Unit* s, size_t len, int indent, Printable printable) {
+        if (len == 0) {
+            out_ += "''";
+            return;
+        }
+        if (len > LineLength) NewLine(indent + 2);
+        size_t i = 0, lineStart = 0;
+        while (i < len) {
+            bool lineBreak = false;
+            if (printable(s[i])) {
+                out_ += '\'';
+                do {
+                    if (s[i] == '\'') out_ += "''";
+                    else out_ += static_cast<char>(s[i]);
+                    ++i;
+                } while (i < len && printable(s[i]) && i - lineStart < LineLength);
+                out_ += '\'';
+            } else {
+                out_ += '#';
+                out_ += std::to_string(static_cast<uint32_t>(s[i]));
+                ++i;
+            }
+            if (i - lineStart >= LineLength) lineBreak = true;
+            if (lineBreak && i < len) {
+                out_ += " +";
+                NewLine(indent + 2);
+                lineStart = i;
+            }
+            Maybeflush();
+        }
+    }
+
+    void WriteString(const std::string& s, int indent) {
+        WriteQuoted(reinterpret_cast<const unsigned char*>(s.data()), s.size(), indent,
+                    [](unsigned char c) { return c >= 32; });
+    }
+
+    void WriteWide(const std::u16string& w, int indent) {
+        WriteQuoted(w.data(), w.size(), indent, [](char16_t c) { return c >= 32 && c < 127; });
+    }
+
+    void ConvertValue(int indent) {
+        static const char hex[] = "0123456789ABCDEF";
+        switch (r_.NextValue()) {
+        case vaList: {
+            Enter(indent / 2);
+            r_.ReadValue();
+            out_ += '(';
+            while (!r_.EndOfList()) {
+                NewLine(indent + 2);
+                ConvertValue(indent + 2);
+            }
+            r_.ReadListEnd();
+            out_ += ')';
+            break;
+        }
+        case vaInt8:
+        case vaInt16:
+        case vaInt32:
+        case vaInt64: out_ += std::to_string(r_.ReadInt64()); break;
+        case vaExtended: out_ += FormatStreamFloat(r_.ReadFloat()); break;
+        case vaSingle:
+            out_ += FormatShortest(r_.ReadSingle());
+            out_ += 's';
+            break;
+        case vaCurrency: {
+            r_.ReadValue();
+            uint8_t b[8];
+            r_.Read(b, 8);
+            uint64_t raw = 0;
+            for (int i = 7; i >= 0; --i) raw = raw << 8 | b[i];
+            out_ += std::to_string(static_cast<int64_t>(raw));
+            out_ += 'c';
+            break;
+        }
+        case vaDate:
+            out_ += FormatShortest(r_.ReadDate());
+            out_ += 'd';
+            break;
+        case vaString:
+        case vaLString: WriteString(r_.ReadString(), indent); break;
+        case vaWString:
+        case vaUTF8String: WriteWide(r_.ReadWideString(), indent); break;
+        case vaIdent:
+        case vaFalse:
+        case vaTrue:
+        case vaNil:
+        case vaNull: out_ += CheckedName(r_.ReadIdent(), true, false); break;
+        case vaBinary: {
+            r_.ReadValue();
+            uint8_t b[4];
+            r_.Read(b, 4);
+            uint32_t count = uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 |
+                             uint32_t(b[3]) << 24;
+            out_ += '{';
+            uint8_t line[32];
+            while (count > 0) {
+                uint32_t n = std::min<uint32_t>(count, 32);
+                r_.Read(line, n);
+                count -= n;
+                NewLine(indent + 2);
+                for (uint32_t i = 0; i < n; ++i) {
+                    out_ += hex[line[i] >> 4];
+                    out_ += hex[line[i] & 15];
+                }
+                Maybeflush();
+            }
+            out_ += '}';
+            break;
+        }
+        case vaSet: {
+            r_.ReadValue();
+            out_ += '[';
+            bool first = true;
+            for (;;) {
+                std::string s = r_.ReadStr();
+                if (s.empty()) break;
+                if (!first) out_ += ", ";
+                first = false;
+                out_ += CheckedName(s, false, false);
+            }
+            out_ += ']';
+            break;
+        }
+        case vaCollection: {
+            Enter(indent / 2);
+            r_.ReadValue();
+            out_ += '<';
+            while (!r_.EndOfList()) {
+                NewLine(indent + 2);
+                out_ += "item";
+                TValueType v = r_.NextValue();
+                if (v == vaInt8 || v == vaInt16 || v == vaInt32) {
+                    out_ += '[';
+                    out_ += std::to_string(r_.ReadInteger());
+                    out_ += ']';
+                }
+                out_ += "\r\n";
+                r_.ReadListBegin();
+                while (!r_.EndOfList()) ConvertProperty(indent + 4);
+                r_.ReadListEnd();
+                Indent(indent + 2);
+                out_ += "end";
+            }
+            r_.ReadListEnd();
+            out_ += '>';
+            break;
+        }
+        default: {
+            uint8_t v = r_.ReadValue();
+            throw EReadError("Unknown value type " + std::to_string(v) + " in stream");
+        }
+        }
+    }
+
+    TReader r_;
+    TStream* output_;
+    std::string out_;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Text to binary
+
+class TextToBinary {
+public:
+    TextToBinary(TStream* input, TStream* output) : p_(input), w_(output) {}
+
+    void Run() {
+        w_.WriteSignature();
+        ConvertObject(0);
+        w_.FlushBuffer();
+    }
+
+private:
+    void Enter(int depth) {
+        if (depth > MaxNestingDepth) p_.Error("Objects nested too deeply");
+    }
+
+    bool AtObjectKeyword() const {
+        return p_.TokenSymbolIs("object") || p_.TokenSymbolIs("inherited") ||
+               p_.TokenSymbolIs("inline");
+    }
+
+    void ConvertObject(int depth) {
+        Enter(depth);
+        TFilerFlags flags = 0;
+        if (p_.TokenSymbolIs("inherited")) flags = ffInherited;
+        else if (p_.TokenSymbolIs("inline")) flags = ffInline;
+        else p_.CheckTokenSymbol("object");
+        p_.NextToken();
+        p_.CheckToken(toSymbol);
+        std::string name;
+        std::string className = p_.TokenString();
+        p_.NextToken();
+        if (p_.Token() == ':') {
+            p_.NextToken();
+            p_.CheckToken(toSymbol);
+            name = className;
+            className = p_.TokenString();
+            p_.NextToken();
+        }
+        int64_t childPos = 0;
+        if (p_.Token() == '[') {
+            p_.NextToken();
+            childPos = p_.TokenInt();
+            if (childPos < std::numeric_limits<int32_t>::min() ||
+                childPos > std::numeric_limits<int32_t>::max())
+                p_.Error("Child position out of range");
+            p_.NextToken();
+            p_.CheckToken(']');
+            p_.NextToken();
+            flags |= ffChildPos;
+        }
+        w_.WritePrefix(flags, static_cast<int32_t>(childPos));
+        w_.WriteStr(className);
+        w_.WriteStr(name);
+        while (!p_.TokenSymbolIs("end") && !AtObjectKeyword()) ConvertProperty(depth);
+        w_.WriteListEnd();
+        while (!p_.TokenSymbolIs("end")) ConvertObject(depth + 1);
+        // The root's "end" is the last token of this object: what follows belongs to the next.
+        if (depth == 0) p_.SkipToNextToken();
+        else p_.NextToken();
+        w_.WriteListEnd();
+    }
+
+    void ConvertProperty(int depth) {
+        p_.CheckToken(toSymbol);
+        std::string name = p_.TokenString();
+        for (;;) {
+            p_.NextToken();
+            if (p_.Token() != '.') break;
+            p_.NextToken();
+            p_.CheckToken(toSymbol);
+            name += '.';
+            name += p_.TokenString();
+        }
+        if (name.size() > 255) p_.Error("Property name too long: " + name.substr(0, 64) + "...");
+        w_.WriteStr(name);
+        p_.CheckToken('=');
+        p_.NextToken();
+        ConvertValue(depth + 1);
+    }
+
+    void ConvertStrings() {
+        bool wide = p_.Token() == toWString;
+        std::string s;
+        std::u16string ws;
+        if (wide) ws = p_.TokenWideString();
+        else s = p_.TokenString();
+        while (p_.NextToken() == '+') {
+            p_.NextToken();
+            if (p_.Token() != toString && p_.Token() != toWString) p_.CheckToken(toString);
+            if (!wide && p_.Token() == toWString) {
+                wide = true;
+                ws = Cp1251ToUtf16(s);
+            }
+            if (wide) ws += p_.TokenWideString();
+            else s += p_.TokenString();
+        }
+        if (wide) w_.WriteWideString(ws);
+        else w_.WriteString(s);
+    }
+
+    // Parses the number of a float token as T, rounded once from its digits.
+    template <class T> T ParseAs() {
+        std::string t = p_.TokenString();
+        if (p_.FloatType()) t.pop_back();
+        if (!t.empty() && t.back() == '.') t.push_back('0');
+        T v{};
+        auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+        if (r.ec == std::errc::result_out_of_range) p_.Error("Float value out of range: " + t);
+        if (r.ec != std::errc() || r.ptr != t.data() + t.size())
+            p_.Error("Invalid floating point number: " + t);
+        return v;
+    }
+
+    void ConvertFloat() {
+        switch (p_.FloatType()) {
+        case 's': w_.WriteSingle(ParseAs<float>()); break;
+        case 'd': w_.WriteDate(ParseAs<double>()); break;
+        case 'c': {
+            // The text holds the currency value times 10000, as the stream does.
+            long double raw = std::nearbyint(ParseAs<long double>());
+            if (!(raw >= -9223372036854775807.0L && raw <= 9223372036854775807.0L))
+                p_.Error("Currency value out of range");
+            w_.WriteValue(vaCurrency);
+            auto u = static_cast<uint64_t>(static_cast<int64_t>(raw));
+            uint8_t b[8];
+            for (int i = 0; i < 8; ++i) b[i] = static_cast<uint8_t>(u >> (8 * i));
+            w_.Write(b, 8);
+            break;
+        }
+        default: w_.WriteFloat(ParseAs<long double>());
+        }
+        p_.NextToken();
+    }
+
+    void ConvertValue(int depth) {
+        Enter(depth);
+        switch (p_.Token()) {
+        case toInteger:
+            w_.WriteInteger(p_.TokenInt());
+            p_.NextToken();
+            break;
+        case toFloat: ConvertFloat(); break;
+        case toString:
+        case toWString: ConvertStrings(); break;
+        case toSymbol:
+            w_.WriteIdent(p_.TokenComponentIdent());
+            p_.NextToken();
+            break;
+        case '[':
+            p_.NextToken();
+            w_.WriteValue(vaSet);
+            if (p_.Token() != ']') {
+                for (;;) {
+                    p_.CheckToken(toSymbol);
+                    w_.WriteStr(p_.TokenString());
+                    p_.NextToken();
+                    if (p_.Token() == ']') break;
+                    p_.CheckToken(',');
+                    p_.NextToken();
+                }
+            }
+            w_.WriteStr("");
+            p_.NextToken();
+            break;
+        case '(':
+            p_.NextToken();
+            w_.WriteListBegin();
+            while (p_.Token() != ')') ConvertValue(depth + 1);
+            w_.WriteListEnd();
+            p_.NextToken();
+            break;
+        case '<':
+            p_.NextToken();
+            w_.WriteValue(vaCollection);
+            while (p_.Token() != '>') {
+                p_.CheckTokenSymbol("item");
+                p_.NextToken();
+                if (p_.Token() == '[') {
+                    p_.NextToken();
+                    int64_t order = p_.TokenInt();
+                    if (order < std::numeric_limits<int32_t>::min() ||
+                        order > std::numeric_limits<int32_t>::max())
+                        p_.Error("Item order out of range");
+                    w_.WriteInteger(static_cast<int32_t>(order));
+                    p_.NextToken();
+                    p_.CheckToken(']');
+                    p_.NextToken();
+                }
+                w_.WriteListBegin();
+                while (!p_.TokenSymbolIs("end")) ConvertProperty(depth + 1);
+                p_.NextToken();
+                w_.WriteListEnd();
+            }
+            w_.WriteListEnd();
+            p_.NextToken();
+            break;
+        case '{': {
+            TMemoryStream data;
+            p_.HexToBinary(&data);
+            p_.CheckToken('}');
+            if (data.GetSize() > std::numeric_limits<int32_t>::max())
+                p_.Error("Binary value too large");
+            w_.WriteValue(vaBinary);
+            uint32_t n = static_cast<uint32_t>(data.GetSize());
+            uint8_t b[4] = {uint8_t(n), uint8_t(n >> 8), uint8_t(n >> 16), uint8_t(n >> 24)};
+            w_.Write(b, 4);
+            w_.Write(data.Memory(), data.GetSize());
+            p_.NextToken();
+            break;
+        }
+        default: p_.Error("Invalid property value");
+        }
+    }
+
+    TParser p_;
+    TWriter w_;
+};
+
+} // namespace
+
+void ObjectBinaryToText(TStream* input, TStream* output) {
+    BinaryToText(input, output).Run();
+}
+
+void ObjectTextToBinary(TStream* input, TStream* output) {
+    TextToBinary(input, output).Run();
+}
+
+void ObjectResourceToText(TStream* input, TStream* output) {
+    ReadResHeader(input);
+    ObjectBinaryToText(input, output);
+}
+
+void ObjectTextToResource(TStream* input, TStream* output) {
+    int64_t start = input->GetPosition();
+    std::string name;
+    {
+        TParser parser(input);
+        if (!parser.TokenSymbolIs("object") && !parser.TokenSymbolIs("inline"))
+            parser.CheckTokenSymbol("inherited");
+        parser.NextToken();
+        parser.CheckToken(toSymbol);
+        name = parser.TokenString();
+        parser.NextToken();
+        if (parser.Token() == ':') {
+            parser.NextToken();
+            parser.CheckToken(toSymbol);
+            name = parser.TokenString();
+        }
+    }
+    input->SetPosition(start);
+    for (char& c : name)
+        if (c >= 'a' && c <= 'z') c = char(c - 32);
+    int64_t fixup = 0;
+    WriteResourceHeader(output, name, fixup);
+    ObjectTextToBinary(input, output);
+    FixupResourceHeader(output, fixup);
+}
+
+TStreamOriginalFormat TestStreamFormat(TStream* stream) {
+    int64_t pos = stream->GetPosition();
+    unsigned char sig[4] = {0, 0, 0, 0};
+    int64_t n = 0;
+    try {
+        n = stream->Read(sig, 4);
+    } catch (...) {
+        stream->SetPosition(pos);
+        throw;
+    }
+    stream->SetPosition(pos);
+    if (n >= 1 && sig[0] == 0xFF) return sofBinary;
+    if (n == 4 && std::memcmp(sig, FilerSignature, 4) == 0) return sofBinary;
+    if (n >= 1) {
+        switch (sig[0]) {
+        case 'o':
+        case 'O':
+        case 'i':
+        case 'I':
+        case ' ':
+        case 13:
+        case 11:
+        case 9: return sofText;
+        default: break;
+        }
+    }
+    return sofUnknown;
+}
+
+} // namespace rtl

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Runs each fuzz target of the build directory $1 for a bounded time (FUZZ_SECONDS, 60 by
+# default) on a seed corpus made from the object stream corpus of the tests. Exits non-zero
+# when a target finds a crash; the input that caused it is kept in $1/fuzz-artifacts.
+set -euo pipefail
+build=${1:?usage: fuzz.sh BUILD_DIR}
+seconds=${FUZZ_SECONDS:-60}
+root=$(cd "$(dirname "$0")/.." && pwd)
+corpus_src=$root/tests/interop/corpus
+work=$build/fuzz-corpus
+artifacts=$build/fuzz-artifacts
+mkdir -p "$work/fuzz_binary" "$work/fuzz_text" "$artifacts"
+
+# Seeds: the text corpus for the parser; its binary and resource forms for the reader.
+for f in "$corpus_src"/*.txt; do
+  name=$(basename "$f" .txt)
+  cp "$f" "$work/fuzz_text/$name.txt"
+  "$build/tools/objconv" --to binary "$f" "$work/fuzz_binary/$name.bin"
+  "$build/tools/objconv" --to resource "$f" "$work/fuzz_binary/$name.res"
+done
+
+status=0
+for target in fuzz_binary fuzz_text; do
+  echo "== $target: ${seconds}s"
+  if ! "$build/fuzz/$target" -max_total_time="$seconds" -max_len=16384 -timeout=10 \
+       -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$artifacts/$target-" \
+       "$work/$target" 2>"$build/$target.log"; then
+    echo "$target: FINDING (see $build/$target.log and $artifacts)"
+    tail -n 40 "$build/$target.log"
+    status=1
+  else
+    grep -E "stat::number_of_executed_units|stat::new_units_added" "$build/$target.log" || true
+    echo "$target: no finding"
+  fi
+done
+exit $status

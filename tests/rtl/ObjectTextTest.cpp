@@ -1,0 +1,474 @@
+// The text form of object streams: the layout the converter writes, the parser and its errors,
+// round trips, objects stored back to back, the resource form and format detection.
+#include "rtl/Filer.h"
+#include "rtl/ObjectText.h"
+#include "rtl/Streams.h"
+#include "rtl/SysUtils.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <string>
+
+using namespace rtl;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Bytes(std::initializer_list<int> b) {
+    std::string s;
+    for (int x : b) s.push_back(static_cast<char>(x));
+    return s;
+}
+
+std::string ToText(const std::string& binary) {
+    TStringStream in(binary), out;
+    ObjectBinaryToText(&in, &out);
+    return out.DataString();
+}
+
+std::string ToBinary(const std::string& text) {
+    TStringStream in(text), out;
+    ObjectTextToBinary(&in, &out);
+    return out.DataString();
+}
+
+// A binary object of class TX named N with the given property records.
+std::string Object(const std::function<void(TWriter&)>& props) {
+    TStringStream s;
+    {
+        TWriter w(&s);
+        w.WriteSignature();
+        w.WriteStr("TX");
+        w.WriteStr("N");
+        props(w);
+        w.WriteListEnd();
+        w.WriteListEnd();
+    }
+    return s.DataString();
+}
+
+std::string Wrap(const std::string& lines) { return "object N: TX\r\n" + lines + "end\r\n"; }
+
+// The text of a single property "P" holding the value written by f.
+std::string ValueText(const std::function<void(TWriter&)>& f) {
+    return ToText(Object([&](TWriter& w) {
+        w.WriteStr("P");
+        f(w);
+    }));
+}
+
+std::string ParserError(const std::string& text) {
+    try {
+        ToBinary(text);
+    } catch (const EParserError& e) {
+        return e.Message();
+    }
+    return "no error";
+}
+
+// ---------------------------------------------------------------------------------------------
+
+TEST(ObjectTextLayout, ObjectHeadersAndNesting) {
+    TStringStream s;
+    {
+        TWriter w(&s);
+        w.WriteSignature();
+        w.WriteStr("TForm1");
+        w.WriteStr("Form1");
+        w.WriteListEnd();
+        w.WritePrefix(ffInherited, 0);
+        w.WriteStr("TButton");
+        w.WriteStr("B");
+        w.WriteListEnd();
+        w.WriteListEnd();
+        w.WritePrefix(ffInline | ffChildPos, 2);
+        w.WriteStr("TFrame");
+        w.WriteStr("F");
+        w.WriteStr("Tag");
+        w.WriteInteger(1);
+        w.WriteListEnd();
+        w.WriteStr("TNoName");
+        w.WriteStr("");
+        w.WriteListEnd();
+        w.WriteListEnd();
+        w.WriteListEnd();
+        w.WriteListEnd();
+    }
+    EXPECT_EQ(ToText(s.DataString()), "object Form1: TForm1\r\n"
+                                      "  inherited B: TButton\r\n"
+                                      "  end\r\n"
+                                      "  inline F: TFrame[2]\r\n"
+                                      "    Tag = 1\r\n"
+                                      "    object TNoName\r\n"
+                                      "    end\r\n"
+                                      "  end\r\n"
+                                      "end\r\n");
+}
+
+TEST(ObjectTextLayout, ScalarValues) {
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteInteger(-5); }), Wrap("  P = -5\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteInteger(int64_t(1) << 40); }),
+              Wrap("  P = 1099511627776\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("alClient"); }),
+              Wrap("  P = alClient\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("Null"); }), Wrap("  P = Null\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteIdent("nil"); }), Wrap("  P = nil\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteBoolean(true); }), Wrap("  P = True\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteFloat(1.5L); }), Wrap("  P = 1.5\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteSingle(2.5f); }), Wrap("  P = 2.5s\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteCurrency(1.5L); }), Wrap("  P = 15000c\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteDate(36526.5); }), Wrap("  P = 36526.5d\r\n"));
+}
+
+TEST(ObjectTextLayout, FloatsKeepAtMostEighteenDigitsAndAlwaysReadAsFloats) {
+    EXPECT_EQ(FormatStreamFloat(0.375L), "0.375");
+    EXPECT_EQ(FormatStreamFloat(100), "100.0");
+    EXPECT_EQ(FormatStreamFloat(-2), "-2.0");
+    EXPECT_EQ(FormatStreamFloat(0.1L), "0.1");
+    EXPECT_EQ(FormatStreamFloat(1e20L), "1E20");
+    EXPECT_EQ(FormatStreamFloat(1.5e-10L), "1.5E-10");
+    EXPECT_EQ(FormatStreamFloat(1.0L / 3), "0.333333333333333333");
+    // A double's value needs more than 18 digits in extended precision; it is rounded there.
+    EXPECT_EQ(FormatStreamFloat(static_cast<long double>(0.1)), "0.100000000000000006");
+}
+
+TEST(ObjectTextLayout, StringsEscapeControlCharactersAndDoubleApostrophes) {
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString(""); }), Wrap("  P = ''\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString("It's"); }), Wrap("  P = 'It''s'\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString(std::string("a\r\nb\0", 5)); }),
+              Wrap("  P = 'a'#13#10'b'#0\r\n"));
+    // Bytes of the code page stand as they are.
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString("\xCF\xF0\xE8"); }),
+              Wrap("  P = '\xCF\xF0\xE8'\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteWideString(u"A\u0416\u00E9'"); }),
+              Wrap("  P = 'A'#1046#233''''\r\n"));
+}
+
+TEST(ObjectTextLayout, LongStringsAreSplitIntoLinesOfSixtyFourCharacters) {
+    std::string s(150, 'x');
+    std::string line(64, 'x');
+    EXPECT_EQ(ValueText([&](TWriter& w) { w.WriteString(s); }),
+              Wrap("  P = \r\n"
+                   "    '" + line + "' +\r\n"
+                   "    '" + line + "' +\r\n"
+                   "    '" + std::string(22, 'x') + "'\r\n"));
+    // Exactly 64 characters stay on the property's line.
+    EXPECT_EQ(ValueText([&](TWriter& w) { w.WriteString(line); }),
+              Wrap("  P = '" + line + "'\r\n"));
+}
+
+TEST(ObjectTextLayout, ListsSetsCollectionsAndBinary) {
+    EXPECT_EQ(ValueText([](TWriter& w) {
+                  w.WriteListBegin();
+                  w.WriteString("a");
+                  w.WriteListBegin();
+                  w.WriteInteger(1);
+                  w.WriteListEnd();
+                  w.WriteListBegin();
+                  w.WriteListEnd();
+                  w.WriteListEnd();
+              }),
+              Wrap("  P = (\r\n"
+                   "    'a'\r\n"
+                   "    (\r\n"
+                   "      1)\r\n"
+                   "    ())\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) {
+                  w.WriteValue(vaSet);
+                  w.WriteStr("fsBold");
+                  w.WriteStr("fsItalic");
+                  w.WriteStr("");
+              }),
+              Wrap("  P = [fsBold, fsItalic]\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) {
+                  w.WriteValue(vaCollection);
+                  w.WriteListBegin();
+                  w.WriteStr("Caption");
+                  w.WriteString("one");
+                  w.WriteListEnd();
+                  w.WriteInteger(5);
+                  w.WriteListBegin();
+                  w.WriteListEnd();
+                  w.WriteListEnd();
+              }),
+              Wrap("  P = <\r\n"
+                   "    item\r\n"
+                   "      Caption = 'one'\r\n"
+                   "    end\r\n"
+                   "    item[5]\r\n"
+                   "    end>\r\n"));
+    std::string data(40, '\xAB');
+    auto hex = [](int n) {
+        std::string h;
+        for (int i = 0; i < n; ++i) h += "AB";
+        return h;
+    };
+    EXPECT_EQ(ValueText([&](TWriter& w) {
+                  w.WriteBinary([&](TStream* s) { s->WriteBuffer(data.data(), 40); });
+              }),
+              Wrap("  P = {\r\n"
+                   "    " + hex(32) + "\r\n"
+                   "    " + hex(8) + "}\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteBinary([](TStream*) {}); }),
+              Wrap("  P = {}\r\n"));
+}
+
+TEST(ObjectTextParser, TokensAndLineNumbers) {
+    TStringStream s("object Form1: TForm1\r\n  Left = -12\n  W = 1.5s $FF 'a'#66 'x'#1046\r\n");
+    TParser p(&s);
+    EXPECT_TRUE(p.TokenSymbolIs("OBJECT"));
+    EXPECT_EQ(p.NextToken(), toSymbol);
+    EXPECT_EQ(p.TokenString(), "Form1");
+    EXPECT_EQ(p.NextToken(), ':');
+    p.NextToken();
+    p.NextToken();
+    EXPECT_EQ(p.SourceLine(), 2);
+    EXPECT_EQ(p.TokenString(), "Left");
+    p.NextToken();
+    EXPECT_EQ(p.NextToken(), toInteger);
+    EXPECT_EQ(p.TokenInt(), -12);
+    p.NextToken();
+    EXPECT_EQ(p.SourceLine(), 3);
+    p.NextToken();
+    EXPECT_EQ(p.NextToken(), toFloat);
+    EXPECT_EQ(p.TokenFloat(), 1.5L);
+    EXPECT_EQ(p.FloatType(), 's');
+    EXPECT_EQ(p.NextToken(), toInteger);
+    EXPECT_EQ(p.TokenInt(), 255);
+    EXPECT_EQ(p.NextToken(), toString);
+    EXPECT_EQ(p.TokenString(), "aB");
+    EXPECT_EQ(p.NextToken(), toWString);
+    EXPECT_EQ(p.TokenWideString(), u"x\u0416");
+    EXPECT_EQ(p.NextToken(), toEOF);
+}
+
+TEST(ObjectTextParser, SyntaxErrorsNameTheLine) {
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 'open\r\nend\r\n"), "Unterminated string on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X 1\r\nend\r\n"),
+              "'=' expected but integer found on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n\r\n  X = )\r\nend\r\n"),
+              "Invalid property value on line 3");
+    EXPECT_EQ(ParserError("thing A: T\r\nend\r\n"),
+              "'object' expected but 'thing' found on line 1");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = {0A1}\r\nend\r\n"),
+              "Wrong number of hexadecimal digits in binary value on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 'a'#99999\r\nend\r\n"),
+              "Invalid character code on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 1.5e\r\nend\r\n"),
+              "Invalid floating point number: 1.5e on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = (1 2\r\n"),
+              "Invalid property value on line 3");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 1\r\n"),
+              "identifier expected but end of file found on line 3");
+    EXPECT_EQ(ParserError(std::string("object A: T\r\n  X = \0\r\nend\r\n", 23)),
+              "Invalid character 0 in text on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 1e99999s\r\nend\r\n"),
+              "Float value out of range: 1e99999 on line 2");
+    EXPECT_EQ(ParserError("object A: T\r\n  X = 99999999999999999999\r\nend\r\n"),
+              "Invalid integer number: 99999999999999999999 on line 2");
+}
+
+TEST(ObjectTextParser, ReadsThePlatformsOwnSpellings) {
+    // Upper-case keywords, hexadecimal integers, item orders with blanks, strings joined
+    // across lines, a byte order mark and blank lines.
+    std::string text = "\xEF\xBB\xBFOBJECT F: TF\r\n\r\n"
+                       "  A = $7F\n"
+                       "  B = 'x' +\r\n     'y'\r\n"
+                       "  C = < item [3] end >\r\n"
+                       "  D = TRUE\r\n"
+                       "END\r\n";
+    EXPECT_EQ(ToText(ToBinary(text)), "object F: TF\r\n"
+                                      "  A = 127\r\n"
+                                      "  B = 'xy'\r\n"
+                                      "  C = <\r\n"
+                                      "    item[3]\r\n"
+                                      "    end>\r\n"
+                                      "  D = True\r\n"
+                                      "end\r\n");
+}
+
+TEST(ObjectTextParser, NumbersChooseTheirTags) {
+    std::string b = ToBinary("object A: T\r\n  I = 300\r\n  F = 300.0\r\n  S = 1s\r\n"
+                             "  C = 25000c\r\n  D = 2d\r\n  W = 'a'#1046\r\n  N = Null\r\nend\r\n");
+    std::string expected = Bytes({'T', 'P', 'F', '0', 1, 'T', 1, 'A'});
+    auto prop = [&](const char* name, std::string value) {
+        expected += std::string(1, char(std::strlen(name))) + name + value;
+    };
+    prop("I", Bytes({vaInt16, 0x2C, 0x01}));
+    prop("F", Bytes({vaExtended, 0, 0, 0, 0, 0, 0, 0, 0x96, 0x07, 0x40}));
+    prop("S", Bytes({vaSingle, 0, 0, 0x80, 0x3F}));
+    prop("C", Bytes({vaCurrency, 0xA8, 0x61, 0, 0, 0, 0, 0, 0}));
+    prop("D", Bytes({vaDate, 0, 0, 0, 0, 0, 0, 0, 0x40}));
+    prop("W", Bytes({vaWString, 2, 0, 0, 0, 'a', 0, 0x16, 0x04}));
+    prop("N", Bytes({vaNull}));
+    expected += Bytes({0, 0});
+    EXPECT_EQ(b, expected);
+}
+
+fs::path CorpusDir() {
+    if (const char* s = std::getenv("ZELVANE_SOURCE_DIR"))
+        return fs::path(s) / "tests" / "interop" / "corpus";
+    return fs::path(__FILE__).parent_path().parent_path() / "interop" / "corpus";
+}
+
+std::string ReadFile(const fs::path& p) {
+    std::ifstream f(p, std::ios::binary);
+    std::stringstream ss;
+    ss << f.rdbuf();
+    return ss.str();
+}
+
+TEST(ObjectTextRoundTrip, CorpusTextAndBinaryConvertBothWaysUnchanged) {
+    for (const char* name : {"common.txt", "platform.txt", "form.txt"}) {
+        SCOPED_TRACE(name);
+        std::string text = ReadFile(CorpusDir() / name);
+        ASSERT_FALSE(text.empty());
+        std::string binary = ToBinary(text);
+        EXPECT_EQ(ToText(binary), text);
+        EXPECT_EQ(ToBinary(ToText(binary)), binary);
+    }
+}
+
+TEST(ObjectTextRoundTrip, EveryValueFormSurvives) {
+    std::string binary = Object([](TWriter& w) {
+        w.WriteStr("A");
+        w.WriteListBegin();
+        for (int64_t v : {int64_t(0), int64_t(-128), int64_t(1000), int64_t(-100000),
+                          int64_t(1) << 40})
+            w.WriteInteger(v);
+        for (long double f : {0.1L, -0.142857142857142857L, 1e300L, 6.02214076e23L, 100.0L})
+            w.WriteFloat(f);
+        w.WriteSingle(0.1f);
+        w.WriteSingle(-3.4028235e38f);
+        w.WriteCurrency(922337203685477.5807L);
+        w.WriteCurrency(-0.0001L);
+        w.WriteDate(45000.123456789);
+        w.WriteString(std::string(1000, 'q') + "\x01'\xFF");
+        w.WriteWideString(u"\u4E2D\u6587 and more text to go past sixty-four characters \u00E9");
+        w.WriteIdent("some.Ident");
+        w.WriteIdent("False");
+        w.WriteIdent("True");
+        w.WriteIdent("nil");
+        w.WriteBinary([](TStream* s) {
+            for (int i = 0; i < 256; ++i) s->WriteValue(static_cast<uint8_t>(i));
+        });
+        w.WriteValue(vaSet);
+        w.WriteStr("");
+        w.WriteListEnd();
+        w.WriteStr("N");
+        w.WriteIdent("Null");
+    });
+    EXPECT_EQ(ToBinary(ToText(binary)), binary);
+}
+
+TEST(ObjectTextRoundTrip, ObjectsStoredBackToBackConvertOneCallEach) {
+    std::string t1 = "object A: TA\r\n  X = 1\r\nend\r\n";
+    std::string t2 = "inherited B: TB\r\n  Y = 'two'\r\nend\r\n";
+    TStringStream text(t1 + "\r\n" + t2 + "\r\n"), binary;
+    ObjectTextToBinary(&text, &binary);
+    int64_t afterFirst = binary.GetPosition();
+    EXPECT_EQ(text.GetPosition(), static_cast<int64_t>(t1.size() + 2));
+    ObjectTextToBinary(&text, &binary);
+    EXPECT_EQ(text.GetPosition(), text.GetSize());
+
+    binary.SetPosition(0);
+    TStringStream back;
+    ObjectBinaryToText(&binary, &back);
+    EXPECT_EQ(binary.GetPosition(), afterFirst);
+    ObjectBinaryToText(&binary, &back);
+    EXPECT_EQ(binary.GetPosition(), binary.GetSize());
+    EXPECT_EQ(back.DataString(), t1 + t2);
+}
+
+TEST(ObjectTextResources, TextToResourceAndBack) {
+    std::string text = "object Form1: TForm1\r\n  Left = 1\r\nend\r\n";
+    TStringStream in(text), res;
+    ObjectTextToResource(&in, &res);
+    std::string r = res.DataString();
+    std::string binary = ToBinary(text);
+    std::string header = Bytes({0xFF, 0x0A, 0}) + "TFORM1" +
+                         Bytes({0, 0x30, 0x10, static_cast<int>(binary.size()), 0, 0, 0});
+    EXPECT_EQ(r, header + binary);
+    res.SetPosition(0);
+    TStringStream out;
+    ObjectResourceToText(&res, &out);
+    EXPECT_EQ(out.DataString(), text);
+    // Without a resource header the conversion refuses.
+    TStringStream plain(binary), sink;
+    EXPECT_THROW(ObjectResourceToText(&plain, &sink), EInvalidImage);
+}
+
+TEST(ObjectTextDetection, TestStreamFormatLooksAtTheFirstBytesAndKeepsThePosition) {
+    struct Case {
+        std::string data;
+        TStreamOriginalFormat format;
+    } cases[] = {
+        {"TPF0\x01", sofBinary},  {"\xFF\x0A", sofBinary},   {"object A", sofText},
+        {"Object", sofText},      {"inherited", sofText},    {"Inline", sofText},
+        {" object", sofText},     {"\r\nobject", sofText},   {"\tobject", sofText},
+        {"\x0Bobject", sofText},  {"\nobject", sofUnknown},  {"TPF1", sofUnknown},
+        {"sys_bin", sofUnknown},  {"", sofUnknown},          {"TP", sofUnknown},
+    };
+    for (const auto& c : cases) {
+        TStringStream s("xx" + c.data);
+        s.SetPosition(2);
+        EXPECT_EQ(TestStreamFormat(&s), c.format) << c.data;
+        EXPECT_EQ(s.GetPosition(), 2);
+    }
+}
+
+TEST(ObjectTextDamage, EveryTruncationOfABinaryStreamRaisesAReadError) {
+    std::string binary = ToBinary(ReadFile(CorpusDir() / "common.txt"));
+    for (size_t n = 0; n < binary.size(); ++n) {
+        TStringStream in(binary.substr(0, n)), out;
+        EXPECT_THROW(ObjectBinaryToText(&in, &out), EReadError) << n;
+    }
+}
+
+TEST(ObjectTextDamage, CorruptedTagsAndLengthsFailCleanly) {
+    std::string binary = ToBinary(ReadFile(CorpusDir() / "common.txt"));
+    int failures = 0;
+    for (size_t i = 4; i < binary.size(); i += 3) {
+        for (uint8_t b : {uint8_t(0x15), uint8_t(0xFF), uint8_t(0x0C), uint8_t(0x01)}) {
+            std::string bad = binary;
+            bad[i] = static_cast<char>(b);
+            TStringStream in(bad), out;
+            try {
+                ObjectBinaryToText(&in, &out);
+            } catch (const EReadError&) {
+                ++failures;
+            }
+        }
+    }
+    EXPECT_GT(failures, 0);
+}
+
+TEST(ObjectTextDamage, DeepNestingIsRefusedInBothDirections) {
+    std::string text = "object A: T\r\n  X = " + std::string(100000, '(') + "\r\nend\r\n";
+    EXPECT_THROW(ToBinary(text), EParserError);
+    std::string objects;
+    for (int i = 0; i < 5000; ++i) objects += "object A: T\r\n";
+    EXPECT_THROW(ToBinary(objects), EParserError);
+    std::string binary = "TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X'}) + std::string(100000, '\x01');
+    TStringStream in(binary), out;
+    EXPECT_THROW(ObjectBinaryToText(&in, &out), EReadError);
+}
+
+TEST(ObjectTextDamage, UnknownValueTagInBinary) {
+    std::string binary = "TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X', 21, 0, 0});
+    TStringStream in(binary), out;
+    try {
+        ObjectBinaryToText(&in, &out);
+        FAIL();
+    } catch (const EReadError& e) {
+        EXPECT_EQ(e.Message(), "Unknown value type 21 in stream");
+    }
+}
+
+} // namespace
