@@ -1,0 +1,427 @@
+// Application utilities: exceptions by number, error texts, paths, the log file, window
+// placement text, scrambling, and the operations behind the window system.
+#include "foundation/AppUtils.h"
+#include "foundation/Dialogs.h"
+
+#include "rtl/TypInfo.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+using namespace zelvane;
+namespace fs = std::filesystem;
+
+namespace apptest {
+using rtl::Exception;
+RTL_EXCEPTION(ETestError, Exception)
+} // namespace apptest
+using apptest::ETestError;
+
+namespace {
+
+std::string TempDir() {
+    static std::string dir = [] {
+        std::string d = CreateTempPath() + "zelv_app_" + std::to_string(getpid()) + "/";
+        fs::create_directories(d);
+        return d;
+    }();
+    return dir;
+}
+
+std::string Slurp(const std::string& name) {
+    std::ifstream f(name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(f), {});
+}
+
+// Installs a window system for one test and puts the old one back.
+struct WindowSystemGuard {
+    explicit WindowSystemGuard(TWindowSystem ws) : old(SetWindowSystem(std::move(ws))) {}
+    ~WindowSystemGuard() { SetWindowSystem(std::move(old)); }
+    TWindowSystem old;
+};
+
+} // namespace
+
+RTL_IMPLEMENT_CLASS(apptest::ETestError)
+
+// --- exceptions ------------------------------------------------------------------------------
+
+TEST(CreateException, RaisesTheClassWithTheTextOfTheNumber) {
+    try {
+        CreateException<ETestError>(SZeroFileSize);
+        FAIL() << "no exception";
+    } catch (const ETestError& e) {
+        EXPECT_EQ(e.Message(), "New file size should be higher than zero.");
+    }
+}
+
+TEST(CreateException, FormatsTheTextOfTheNumber) {
+    try {
+        CreateException<ETestError>(SIdentNotUnique, {"Abc"});
+        FAIL() << "no exception";
+    } catch (const ETestError& e) {
+        EXPECT_EQ(e.Message(), "Identifier value must be unique [Abc]");
+    }
+}
+
+TEST(CreateException, PlainAndFormattedText) {
+    EXPECT_THROW(
+        {
+            try {
+                CreateException<ETestError>(std::string("plain text"));
+            } catch (const ETestError& e) {
+                EXPECT_EQ(e.Message(), "plain text");
+                throw;
+            }
+        },
+        ETestError);
+    try {
+        CreateException<ETestError>("%s has %d lines", {"unit", 12});
+    } catch (const ETestError& e) {
+        EXPECT_EQ(e.Message(), "unit has 12 lines");
+    }
+}
+
+TEST(CreateException, UsesTheInstalledLanguageText) {
+    SetResStrLookup([](int id) { return id == SZeroFileSize ? std::string("Null") : ""; });
+    try {
+        CreateException<ETestError>(SZeroFileSize);
+    } catch (const ETestError& e) {
+        EXPECT_EQ(e.Message(), "Null");
+    }
+    SetResStrLookup(nullptr);
+}
+
+TEST(EIdentError, EveryConstructorSetsTheIdent) {
+    EIdentError a("text", 1);
+    EXPECT_EQ(a.Ident, 1);
+    EXPECT_EQ(a.Message(), "text");
+    EIdentError b("value %d", {7}, 2);
+    EXPECT_EQ(b.Ident, 2);
+    EXPECT_EQ(b.Message(), "value 7");
+    EIdentError c(TErrorInfo{3, "info"});
+    EXPECT_EQ(c.Ident, 3);
+    EXPECT_EQ(c.Message(), "info");
+    EIdentError d(TErrorInfo{4, "info %s"}, {"x"});
+    EXPECT_EQ(d.Ident, 4);
+    EXPECT_EQ(d.Message(), "info x");
+    EIdentError e(TResErrorInfo{5, SNoIdentIntf});
+    EXPECT_EQ(e.Ident, 5);
+    EXPECT_EQ(e.Message(), "Object should support interface IIdentIntf");
+    EIdentError f(TResErrorInfo{6, SIdentNotAcceptable}, {"1a"});
+    EXPECT_EQ(f.Ident, 6);
+    EXPECT_EQ(f.Message(), "Unacceptable value for identifier [1a]");
+    EXPECT_TRUE(f.InheritsFrom(rtl::Exception::StaticClass()));
+}
+
+TEST(ExceptionStr, HeaderAndMessageSeparatedByOneLineFeed) {
+    EXPECT_EQ(GetExceptionStr(), "");
+    try {
+        throw ETestError("Broken");
+    } catch (...) {
+        std::string s = GetExceptionStr();
+        EXPECT_EQ(s.rfind("Exception at ", 0), 0u) << s;
+        size_t lf = s.find('\n');
+        ASSERT_NE(lf, std::string::npos);
+        EXPECT_EQ(s.substr(lf - 11, 11), "ETestError:");
+        EXPECT_EQ(s.substr(lf + 1), "Broken.");
+        std::string full = GetFullExceptionStr();
+        EXPECT_EQ(full.substr(0, lf), s.substr(0, lf));
+        EXPECT_EQ(full.substr(lf), "\r\nBroken.");
+    }
+}
+
+TEST(ExceptionStr, NoSecondFullStopAndAtMost1024Bytes) {
+    try {
+        throw ETestError("Ends with a stop.");
+    } catch (...) {
+        std::string s = GetExceptionStr();
+        EXPECT_EQ(s.substr(s.size() - 5), "stop.");
+    }
+    try {
+        throw ETestError(std::string(3000, 'x'));
+    } catch (...) {
+        EXPECT_EQ(GetExceptionStr().size(), 1024u);
+    }
+}
+
+// --- paths -----------------------------------------------------------------------------------
+
+TEST(Paths, TravelUpDir) {
+    EXPECT_EQ(TravelUpDir("C:\\a\\b\\"), "C:\\a\\");
+    EXPECT_EQ(TravelUpDir("C:\\a\\b  "), "C:\\a\\");
+    EXPECT_EQ(TravelUpDir("C:\\a\\b"), "C:\\a\\");
+    EXPECT_EQ(TravelUpDir("abc"), "");
+    EXPECT_EQ(TravelUpDir(""), "");
+    EXPECT_EQ(TravelUpDir("/home/user/src/"), "/home/user/");
+    EXPECT_EQ(TravelUpDir("/x"), "/");
+}
+
+TEST(Paths, ExtractFileNameEx) {
+    EXPECT_EQ(ExtractFileNameEx("C:\\dir\\Unit1.pas"), "Unit1");
+    EXPECT_EQ(ExtractFileNameEx("C:Unit1.pas"), "Unit1");
+    EXPECT_EQ(ExtractFileNameEx("C:\\dir\\Makefile"), "Makefile");
+    EXPECT_EQ(ExtractFileNameEx("a.b.c"), "a.b");
+    EXPECT_EQ(ExtractFileNameEx("/usr/lib/libz.so"), "libz");
+    // A "." that stands only in the directory leaves no name.
+    EXPECT_EQ(ExtractFileNameEx("C:\\my.dir\\Makefile"), "");
+}
+
+TEST(Paths, ChangeFileName) {
+    EXPECT_EQ(ChangeFileName("C:\\dir\\Unit1.pas", "Main"), "C:\\dir\\Main.pas");
+    EXPECT_EQ(ChangeFileName("/src/Unit1.dfm", "Form"), "/src/Form.dfm");
+    EXPECT_EQ(ChangeFileName("noext", "other"), "other");
+}
+
+TEST(Paths, ReleaseStringCutsAtTheFirstZero) {
+    std::string s("abc\0def\0", 8);
+    ReleaseString(s);
+    EXPECT_EQ(s, "abc");
+    std::string t = "whole";
+    ReleaseString(t);
+    EXPECT_EQ(t, "whole");
+}
+
+TEST(Paths, AppDirTitleAndIniName) {
+    std::string dir = GetAppDir();
+    ASSERT_FALSE(dir.empty());
+    EXPECT_EQ(dir.back(), '/');
+    // The directory ends in a delimiter, so the ini name is the directory and ".ini".
+    EXPECT_EQ(GetAppIniFileName(), dir + ".ini");
+    // The test program is foundation_tests: only the first letter keeps its case.
+    EXPECT_EQ(GetTitle(), "foundation_tests");
+    EXPECT_EQ(DialogCaption, GetTitle());
+}
+
+TEST(Files, TempFilesAreNewAndUnique) {
+    std::string a = CreateTempFile("zel");
+    std::string b = CreateTempFile("zel");
+    EXPECT_NE(a, b);
+    EXPECT_EQ(a.rfind(CreateTempPath(), 0), 0u);
+    EXPECT_TRUE(fs::exists(a));
+    EXPECT_EQ(GetFileSizeEx(a), 0);
+    fs::remove(a);
+    fs::remove(b);
+}
+
+TEST(Files, ReadWriteAndSize) {
+    std::string name = TempDir() + "rw.txt";
+    WriteFileEx(std::string("line\r\n\0x", 8), name);
+    std::string data = "stale";
+    ReadFileEx(name, data);
+    EXPECT_EQ(data, std::string("line\r\n\0x", 8));
+    EXPECT_EQ(GetFileSizeEx(name), 8);
+    WriteFileEx("short", name);
+    ReadFileEx(name, data);
+    EXPECT_EQ(data, "short");
+    ReadFileEx(TempDir() + "missing.txt", data);
+    EXPECT_EQ(data, "");
+    // A file that can't be created is passed over.
+    EXPECT_NO_THROW(WriteFileEx("x", TempDir() + "no/such/dir/file.txt"));
+    EXPECT_THROW(GetFileSizeEx(TempDir() + "missing.txt"), rtl::EOSError);
+    EXPECT_THROW(GetFileSizeEx(-1), rtl::EOSError);
+}
+
+// --- the log ---------------------------------------------------------------------------------
+
+TEST(AddLogData, CreatesAndAppendsWithCrLf) {
+    std::string name = TempDir() + "append.log";
+    fs::remove(name);
+    AddLogData(name, "first", 1000);
+    AddLogData(name, "second", 1000);
+    EXPECT_EQ(Slurp(name), "first\r\nsecond\r\n");
+}
+
+TEST(AddLogData, FileOfExactlyTheMaximumStartsAnew) {
+    std::string name = TempDir() + "restart.log";
+    fs::remove(name);
+    AddLogData(name, "12345678", 10); // 10 bytes with CR LF
+    EXPECT_EQ(fs::file_size(name), 10u);
+    AddLogData(name, "next", 10);
+    EXPECT_EQ(Slurp(name), "next\r\n");
+    AddLogData(name, "more", 11); // 6 bytes: below the maximum, appended
+    EXPECT_EQ(Slurp(name), "next\r\nmore\r\n");
+}
+
+TEST(AddLogData, MaximumZeroNeverRestarts) {
+    std::string name = TempDir() + "endless.log";
+    fs::remove(name);
+    for (int i = 0; i < 50; ++i)
+        AddLogData(name, "0123456789", 0);
+    EXPECT_EQ(fs::file_size(name), 600u);
+}
+
+TEST(AddLogData, IoErrorsAreRaised) {
+    EXPECT_THROW(AddLogData(TempDir() + "no/dir/x.log", "t", 0), rtl::EInOutError);
+}
+
+// --- window placement ------------------------------------------------------------------------
+
+TEST(WinPlacement, TenNumbersInOrder) {
+    TWindowPlacement w;
+    w.Length = 44;
+    w.Flags = 2;
+    w.ShowCmd = 3;
+    w.MinPosition = {-1, -2};
+    w.MaxPosition = {-4, -8};
+    w.NormalPosition = {10, 20, 630, 470};
+    EXPECT_EQ(WinPlacementToString(w), "2,3,-1,-2,-4,-8,10,20,630,470");
+    TWindowPlacement r;
+    r.Length = 7;
+    StringToWinPlacement("2,3,-1,-2,-4,-8,10,20,630,470", r);
+    EXPECT_EQ(r.Length, 7u); // not set by the parse
+    r.Length = 44;
+    EXPECT_EQ(r, w);
+}
+
+TEST(WinPlacement, BadTextsFail) {
+    TWindowPlacement r;
+    EXPECT_THROW(StringToWinPlacement("1,2,3,4,5,6,7,8,9", r), rtl::EConvertError);
+    EXPECT_THROW(StringToWinPlacement("1,2,3,4,x,6,7,8,9,10", r), rtl::EConvertError);
+    EXPECT_THROW(StringToWinPlacement("", r), rtl::EConvertError);
+}
+
+TEST(WinPlacement, GoesThroughTheWindowSystem) {
+    std::vector<TWindowPlacement> applied;
+    TWindowSystem ws;
+    ws.GetWindowPlacement = [](HWND wnd, TWindowPlacement& p) {
+        EXPECT_EQ(p.Length, 44u);
+        p.ShowCmd = 3;
+        p.NormalPosition = {1, 2, 3, reinterpret_cast<intptr_t>(wnd) == 42 ? 4 : 0};
+        return true;
+    };
+    ws.SetWindowPlacement = [&](HWND, const TWindowPlacement& p) {
+        applied.push_back(p);
+        return true;
+    };
+    WindowSystemGuard guard(ws);
+    HWND wnd = reinterpret_cast<HWND>(42);
+    EXPECT_EQ(GetWinPlacement(wnd), "0,3,0,0,0,0,1,2,3,4");
+    SetWinPlacement(wnd, "", true);
+    EXPECT_TRUE(applied.empty());
+    SetWinPlacement(wnd, "0,3,0,0,0,0,1,2,3,4", false);
+    SetWinPlacement(wnd, "0,3,0,0,0,0,1,2,3,4", true);
+    ASSERT_EQ(applied.size(), 2u);
+    EXPECT_EQ(applied[0].ShowCmd, 3u);
+    EXPECT_EQ(applied[0].Length, 44u);
+    EXPECT_EQ(applied[1].ShowCmd, SW_SHOWNORMAL);
+    EXPECT_EQ(applied[1].NormalPosition, (TRect{1, 2, 3, 4}));
+}
+
+TEST(WinPlacement, WithoutAWindowSystem) {
+    WindowSystemGuard guard({});
+    EXPECT_EQ(GetWinPlacement(nullptr), "0,0,0,0,0,0,0,0,0,0");
+    EXPECT_NO_THROW(SetWinPlacement(nullptr, "1,1,0,0,0,0,1,2,3,4", true));
+    EXPECT_THROW(SetWinPlacement(nullptr, "1,1", true), rtl::EConvertError);
+}
+
+// --- hidden windows and keys -----------------------------------------------------------------
+
+TEST(HiddenWindow, MadeAndDestroyedThroughTheWindowSystem) {
+    std::vector<std::string> calls;
+    TWndProc made;
+    int dummy = 0;
+    TWindowSystem ws;
+    ws.AllocateWindow = [&](const std::string& cls, TWndProc proc) {
+        calls.push_back("alloc " + cls);
+        made = std::move(proc);
+        return static_cast<HWND>(&dummy);
+    };
+    ws.DestroyWindow = [&](HWND w) { calls.push_back(w == &dummy ? "destroy" : "destroy ?"); };
+    WindowSystemGuard guard(ws);
+    HWND wnd = nullptr;
+    EXPECT_TRUE(AllocHWnd(wnd, [](HWND, uint32_t msg, uintptr_t, intptr_t) {
+        return static_cast<intptr_t>(msg + 1);
+    }));
+    EXPECT_EQ(wnd, &dummy);
+    ASSERT_TRUE(made);
+    EXPECT_EQ(made(wnd, 0xC001, 0, 0), 0xC002);
+    EXPECT_EQ(SafeAllocHWnd(nullptr), &dummy);
+    DeallocHWnd(wnd);
+    EXPECT_EQ(calls, (std::vector<std::string>{"alloc TPZelvaneUtilWindow",
+                                               "alloc TPZelvaneUtilWindow", "destroy"}));
+}
+
+TEST(HiddenWindow, WithoutAWindowSystem) {
+    WindowSystemGuard guard({});
+    HWND wnd = reinterpret_cast<HWND>(1);
+    EXPECT_FALSE(AllocHWnd(wnd, nullptr));
+    EXPECT_EQ(wnd, nullptr);
+    EXPECT_THROW(SafeAllocHWnd(nullptr), rtl::EOSError);
+    EXPECT_NO_THROW(DeallocHWnd(nullptr));
+}
+
+TEST(ServiceKeyPressed, DownWhenTheStateIsNegative) {
+    EXPECT_FALSE(ServiceKeyPressed(0x11));
+    TWindowSystem ws;
+    ws.GetKeyState = [](int vk) -> int16_t { return vk == 0x11 ? int16_t(-128) : int16_t(1); };
+    WindowSystemGuard guard(ws);
+    EXPECT_TRUE(ServiceKeyPressed(0x11));
+    EXPECT_FALSE(ServiceKeyPressed(0x10)); // toggled, not down
+}
+
+// --- objects ---------------------------------------------------------------------------------
+
+namespace {
+struct NotAnObject {
+    virtual ~NotAnObject() = default;
+    int x = 0;
+};
+} // namespace
+
+TEST(LooksLikeObject, TellsObjectsFromOtherMemory) {
+    rtl::TObject obj;
+    ETestError err("x");
+    NotAnObject other;
+    int plain[4] = {1, 2, 3, 4};
+    EXPECT_TRUE(LooksLikeObject(&obj));
+    EXPECT_TRUE(LooksLikeObject(static_cast<rtl::TObject*>(&err)));
+    EXPECT_FALSE(LooksLikeObject(&other));
+    EXPECT_FALSE(LooksLikeObject(plain));
+    EXPECT_FALSE(LooksLikeObject(nullptr));
+    EXPECT_FALSE(LooksLikeObject(reinterpret_cast<void*>(16)));
+    long long word = 0x1234;
+    EXPECT_FALSE(LooksLikeObject(&word));
+}
+
+TEST(ObjGetInterface, FailsWithTheClassName) {
+    rtl::TObject obj;
+    try {
+        ObjGetInterface(&obj, rtl::TGUID::FromString("{00000000-0000-0000-C000-000000000046}"));
+        FAIL();
+    } catch (const rtl::Exception& e) {
+        EXPECT_EQ(e.Message(), "Object[TObject] does not support given interface.");
+        EXPECT_EQ(e.ClassType(), rtl::Exception::StaticClass());
+    }
+}
+
+// --- data ------------------------------------------------------------------------------------
+
+TEST(EncodeData, DecodeRestoresForEveryKey) {
+    std::string original;
+    for (int i = 0; i < 256; ++i)
+        original += static_cast<char>(i);
+    for (int key = 0; key < 256; ++key) {
+        std::string s = original;
+        EncodeData(s.data(), s.size(), static_cast<char>(key));
+        if (key != 0) {
+            EXPECT_NE(s, original);
+        }
+        DecodeData(s.data(), s.size(), static_cast<char>(key));
+        ASSERT_EQ(s, original) << key;
+    }
+}
+
+TEST(EncodeData, AddsTheKeyModulo256) {
+    unsigned char b[3] = {0x00, 0x7F, 0xFF};
+    EncodeData(b, 3, 2);
+    EXPECT_EQ(b[0], 0x02);
+    EXPECT_EQ(b[1], 0x81);
+    EXPECT_EQ(b[2], 0x01);
+    EncodeData(b, 0, 5); // nothing to do
+    EXPECT_EQ(b[0], 0x02);
+}

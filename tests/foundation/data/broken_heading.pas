@@ -1,0 +1,5 @@
+  procedure Apply;
+
+  procedure Foo(X: Integer)
+    ;
+  procedure Bar;
