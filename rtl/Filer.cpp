@@ -128,6 +128,11 @@ std::string ObjectName(const TPersistent* obj) {
 
 } // namespace
 
+void DefineFilerProperties(TFiler* filer, TPersistent* instance) {
+    instance->DefineProperties(filer);
+    if constexpr (!StringsDefineThemselves) DefineStringsProperty(filer, instance);
+}
+
 const char* ValueTypeName(uint8_t valueType) {
     static const char* const names[] = {
         "vaNull",   "vaList",   "vaInt8",       "vaInt16",    "vaInt32",   "vaExtended",
@@ -1000,8 +1005,7 @@ void TWriter::WriteProperties(TPersistent* instance) {
         if (!p) break;
         if (IsStoredProp(instance, p)) WriteProperty(instance, p);
     }
-    instance->DefineProperties(this);
-    if constexpr (!StringsDefineThemselves) DefineStringsProperty(this, instance);
+    DefineFilerProperties(this, instance);
 }
 
 void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
