@@ -797,6 +797,7 @@ TObjectStorageFormat DetectObjectFormat(TStream* stream) {
 }
 
 void LoadObjects(TObjectArray objects, TStream* stream) {
+    if (objects.empty()) return;
     switch (DetectObjectFormat(stream)) {
     case osfResBin: LoadObjectBinary(objects, stream, true); break;
     case osfBin: LoadObjectBinary(objects, stream, false); break;
