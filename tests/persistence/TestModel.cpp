@@ -17,6 +17,9 @@ void TLook::Assign(TPersistent* source) {
 TSample::TSample() : look_(std::make_unique<TLook>()) {}
 TSample::~TSample() = default;
 
+TPair::TPair() : look_(std::make_unique<TLook>()) {}
+TPair::~TPair() = default;
+
 TWidget::TWidget(TComponent* owner)
     : TComponent(owner), look_(std::make_unique<TLook>()), lines_(std::make_unique<TStringList>()),
       items_(std::make_unique<TCollection>(TItem::StaticClass())) {}
@@ -85,6 +88,12 @@ RTL_BEGIN_CLASS(model::TWidget)
     Property("Lines", &TWidget::GetLines, &TWidget::SetLines);
     Property("Items", &TWidget::GetItems, &TWidget::SetItems);
     Property("Buddy", &TWidget::Buddy);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TPair)
+    Property("Look", &TPair::GetLook, &TPair::SetLook);
+    Property("LookMore", &TPair::LookMore);
+    Property("Other", &TPair::Other);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TFieldHolder)

@@ -114,6 +114,21 @@ private:
     std::unique_ptr<TCollection> items_;
 };
 
+// A nested object and a sibling whose name starts with the nested object's name.
+class TPair : public TPersistent {
+    RTL_CLASS(TPair, TPersistent)
+public:
+    TPair();
+    ~TPair() override;
+    TLook* GetLook() const { return look_.get(); }
+    void SetLook(TLook* value) { look_->Assign(value); }
+    int32_t LookMore = 0;
+    int32_t Other = 0;
+
+private:
+    std::unique_ptr<TLook> look_;
+};
+
 // A class with a published field of a class that isn't registered.
 class TFieldHolder : public TPersistent {
     RTL_CLASS(TFieldHolder, TPersistent)
