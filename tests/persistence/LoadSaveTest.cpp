@@ -674,3 +674,42 @@ TEST(Files, ASuccessfulSaveReplacesTheFile) {
     GetProps(objs, expected, osfBin);
     EXPECT_EQ(ReadAll(file), expected);
 }
+
+// ---------------------------------------------------------------------------------------------
+// Damaged input
+
+TEST(DamagedInput, EveryCorruptionGivesAnExceptionNotACrash) {
+    DialogRecorder dialogs; // answers Yes: loading goes on as far as it can
+    TSample sample;
+    Filled(sample);
+    TWidget widget;
+    widget.GetLines()->Add("l");
+    widget.GetItems()->Add();
+    TObject* objs[] = {&sample, &widget};
+    for (TObjectStorageFormat format : {osfBin, osfText}) {
+        std::string good;
+        GetProps(objs, good, format);
+        for (size_t i = 0; i < good.size(); ++i)
+            for (int delta : {1, 0x7F, 0xFF}) {
+                std::string bad = good;
+                bad[i] = static_cast<char>(bad[i] + delta);
+                TSample s2;
+                TWidget w2;
+                TObject* dst[] = {&s2, &w2};
+                TStringStream in(bad);
+                try {
+                    LoadObjects(dst, &in);
+                } catch (const Exception&) {
+                }
+            }
+        // The line end after the last "end" of a text is not needed.
+        size_t needed = format == osfText ? good.size() - 2 : good.size();
+        for (size_t cut = 0; cut < needed; ++cut) {
+            TSample s2;
+            TWidget w2;
+            TObject* dst[] = {&s2, &w2};
+            TStringStream in(good.substr(0, cut));
+            EXPECT_THROW(LoadObjects(dst, &in), Exception) << cut;
+        }
+    }
+}
