@@ -96,8 +96,8 @@ TEST(TextDataHeader, EmptyDescriptionIsLabelAndSevenDashes) {
 TEST(TextDataHeader, TheUnderlineIsAsLongAsTheFirstLine) {
     TStringStream s;
     WriteTextDataHeader(&s, "e_ver: 1.01 d_ver: 99.99");
-    EXPECT_EQ(s.DataString(), "sys_txt e_ver: 1.01 d_ver: 99.99\r\n" + std::string(32, '-') +
-                                  "\r\n");
+    EXPECT_EQ(s.DataString(),
+              "sys_txt e_ver: 1.01 d_ver: 99.99\r\n" + std::string(32, '-') + "\r\n");
     char saved = SeparatorChar;
     SeparatorChar = '=';
     TStringStream t;
@@ -181,11 +181,16 @@ TEST(FormatDetection, ByTheFirstBytes) {
         std::string head;
         TObjectStorageFormat format;
     } cases[] = {
-        {std::string("\xFF\x0A\x00", 3), osfResBin}, {"TPF0\x04TFoo", osfBin},
-        {"object A: TFoo", osfText},                 {"OBJECT A", osfText},
-        {"inherited A: TFoo", osfText},              {"Inline A", osfText},
-        {"  object", osfText},                       {"\tobject", osfText},
-        {"\x0Bobject", osfText},                     {"\robject", osfText},
+        {std::string("\xFF\x0A\x00", 3), osfResBin},
+        {"TPF0\x04TFoo", osfBin},
+        {"object A: TFoo", osfText},
+        {"OBJECT A", osfText},
+        {"inherited A: TFoo", osfText},
+        {"Inline A", osfText},
+        {"  object", osfText},
+        {"\tobject", osfText},
+        {"\x0Bobject", osfText},
+        {"\robject", osfText},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.head);
@@ -197,8 +202,8 @@ TEST(FormatDetection, ByTheFirstBytes) {
 }
 
 TEST(FormatDetection, HeadersAndDescriptionLinesAreNotObjects) {
-    for (std::string head : {"sys_bin", "sys_txt", "stored Instance --> TFoo", "TPF", "TPF1",
-                             "\nobject", "", "TP"}) {
+    for (std::string head :
+         {"sys_bin", "sys_txt", "stored Instance --> TFoo", "TPF", "TPF1", "\nobject", "", "TP"}) {
         SCOPED_TRACE(head);
         TStringStream s(head);
         EXPECT_EQ(DataError([&] { DetectObjectFormat(&s); }), "Thread does not contain object.");
