@@ -97,6 +97,7 @@ std::string ObjectName(const TPersistent* obj) {
 
 } // namespace
 
+
 const char* ValueTypeName(uint8_t valueType) {
     static const char* const names[] = {
         "vaNull",    "vaList",  "vaInt8",       "vaInt16",  "vaInt32",    "vaExtended",

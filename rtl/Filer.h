@@ -358,6 +358,7 @@ private:
     void WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersistent* ancestor);
 };
 
+
 // The platform's streaming of components on a TStream.
 void WriteComponent(TStream* stream, TComponent* instance);
 void WriteDescendent(TStream* stream, TComponent* instance, TComponent* ancestor);
