@@ -181,7 +181,9 @@ TEST_F(DesignerTest, AnInlineFrameShowsTheFramesComponentsUnderTheFormsChanges) 
     auto* title = frame->findChild<QLabel*>("TitleLabel");
     ASSERT_NE(title, nullptr);
     EXPECT_EQ(title->text(), U("Сведения о файле"));
-    EXPECT_EQ(title->geometry(), QRect(8, 12, 56, 13));
+    EXPECT_EQ(title->pos(), QPoint(8, 12));
+    // An auto-sized label is as wide as its text.
+    EXPECT_GE(title->width(), title->fontMetrics().horizontalAdvance(title->text()));
     EXPECT_TRUE(title->font().bold());
     EXPECT_EQ(title->palette().color(QPalette::WindowText), QColor(0, 0, 0x80));
     // The components that the form leaves alone come from Frame1.dfm.
@@ -191,6 +193,8 @@ TEST_F(DesignerTest, AnInlineFrameShowsTheFramesComponentsUnderTheFormsChanges) 
     auto* bevel = frame->findChild<TPaintedControl*>("Bevel");
     ASSERT_NE(bevel, nullptr);
     EXPECT_EQ(bevel->Kind(), TControlKind::Bevel);
+    // The frame is 443 wide in its file and 536 on the form: its top-aligned bevel stretches.
+    EXPECT_EQ(bevel->geometry(), QRect(0, 0, 536, 2));
     // A click on a part the form does not change selects the frame; one on the overridden
     // label selects that label.
     TDesignComponent* inlineFrame = w->Root()->FindComponent("InfoFrame1");
@@ -313,6 +317,24 @@ TEST_F(DesignerTest, TheCommonControlsOfTheLibraryAndUnknownClassesAreBuilt) {
     EXPECT_EQ(Find<QComboBox>(w, "Combo")->currentText(), "b");
     EXPECT_EQ(Find<QToolButton>(w, "NewButton")->text(), "New");
     EXPECT_EQ(Find<QToolButton>(w, "NewButton")->parentWidget(), Find<QFrame>(w, "Tools"));
+}
+
+TEST_F(DesignerTest, ResizingTheWindowMovesTheControlsAsTheirAlignAndAnchorsTell) {
+    TDesignerWindow* w = Window("Main.pas");
+    QWidget* memo = Find<QPlainTextEdit>(w, "NotesMemo");
+    QWidget* panel = Find<QFrame>(w, "TopPanel");
+    QWidget* status = Find<TPaintedControl>(w, "StatusBar");
+    QWidget* ok = Find<QPushButton>(w, "OkButton");
+    QRect memoBefore = memo->geometry(), okBefore = ok->geometry();
+    w->show();
+    w->resize(w->width() + 100, w->height() + 40);
+    EXPECT_EQ(panel->geometry(), QRect(0, 0, 636, 41));                           // alTop
+    EXPECT_EQ(memo->geometry(), memoBefore.adjusted(0, 0, 100, 40));              // alClient
+    EXPECT_EQ(status->geometry(), QRect(0, 350, 636, 19));                        // alBottom
+    EXPECT_EQ(ok->geometry(), okBefore);                                          // left and top
+    EXPECT_EQ(Find<QFrame>(w, "InfoFrame1")->geometry(), QRect(0, 280, 636, 70)); // alBottom
+    // The form itself keeps its size in the file: the designer's window is only a view.
+    EXPECT_EQ(w->Root()->IntProp("Width"), 544);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -186,6 +186,7 @@ TEST_F(InspectorTest, ValuesOfAnotherKindAreRefusedAndChangeNothing) {
     EXPECT_FALSE(inspector.EditValue("Width", "wide"));
     EXPECT_FALSE(inspector.ErrorText().isEmpty());
     EXPECT_FALSE(inspector.EditValue("Width", "'75'"));
+    EXPECT_FALSE(inspector.EditValue("Width", "clRed")); // a colour's name for a width
     EXPECT_FALSE(inspector.EditValue("Default", "Maybe"));
     EXPECT_FALSE(inspector.EditValue("Left", "1 2"));
     EXPECT_FALSE(inspector.EditValue("Name", "1Button"));

@@ -606,6 +606,9 @@ QWidget* CreateControl(const TDesignComponent& c, QWidget* parent) {
         w->setGeometry(left, top, std::max(0, Int(c, "Width", 0)),
                        std::max(0, Int(c, "Height", 0)));
     }
+    // A label sizes itself to its text, unless AutoSize is off or it wraps its words.
+    if (kind == TControlKind::Label && Bool(c, "AutoSize", true) && !Bool(c, "WordWrap", false))
+        w->resize(w->sizeHint().width(), w->height());
     // Controls that are hidden at run time still show in the designer.
     if (!Bool(c, "Enabled", true)) w->setEnabled(false);
     return w;

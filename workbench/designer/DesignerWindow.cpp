@@ -220,6 +220,14 @@ QWidget* TDesignerWindow::BuildOne(const TDesignComponent& shown, QWidget* paren
     }
     Register(w, *c);
     if (IsContainer(kind)) BuildChildren(*c, w, depth + 1);
+    // An inline frame that the form sizes otherwise than its own file lays out its parts anew.
+    if (c != &shown) {
+        const TDesignComponent* ancestor = lookup_(shown.ClassName);
+        int dx = int(shown.IntProp("Width", 0) - ancestor->IntProp("Width", 0));
+        int dy = int(shown.IntProp("Height", 0) - ancestor->IntProp("Height", 0));
+        if (shown.FindProperty("Width") && ancestor->FindProperty("Width") && (dx || dy))
+            Stretch(w, dx, dy, 0);
+    }
     return w;
 }
 
@@ -327,6 +335,62 @@ void TDesignerWindow::Build() {
     UpdateSelection();
 }
 
+void TDesignerWindow::Stretch(QWidget* container, int dx, int dy, int depth) {
+    if (depth > rtl::MaxNestingDepth) return;
+    for (QWidget* child : container->findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        TDesignComponent* c = components_.value(child);
+        if (!c || ControlKindOf(*c) == TControlKind::NonVisual) continue;
+        // The parts of a frame take their Align from the frame's file, through the merged tree.
+        const TDesignComponent* shown = c;
+        for (const auto& [node, real] : real_)
+            if (real == c && node->Name == c->Name) shown = node;
+        std::string align = shown->StrProp("Align");
+        // What a form file leaves out is the class's default: status bars sit at the bottom,
+        // tool bars at the top.
+        if (!shown->FindProperty("Align")) {
+            TControlKind kind = ControlKindOf(*shown);
+            if (kind == TControlKind::StatusBar) align = "alBottom";
+            if (kind == TControlKind::ToolBar) align = "alTop";
+        }
+        std::string anchors = shown->StrProp("Anchors");
+        if (anchors.empty()) anchors = "[akLeft, akTop]";
+        bool left = anchors.find("akLeft") != std::string::npos;
+        bool right = anchors.find("akRight") != std::string::npos;
+        bool top = anchors.find("akTop") != std::string::npos;
+        bool bottom = anchors.find("akBottom") != std::string::npos;
+        QRect g = child->geometry();
+        int oldWidth = g.width(), oldHeight = g.height();
+        if (align == "alTop") {
+            g.setWidth(g.width() + dx);
+        } else if (align == "alBottom") {
+            g.setWidth(g.width() + dx);
+            g.moveTop(g.top() + dy);
+        } else if (align == "alLeft") {
+            g.setHeight(g.height() + dy);
+        } else if (align == "alRight") {
+            g.moveLeft(g.left() + dx);
+            g.setHeight(g.height() + dy);
+        } else if (align == "alClient") {
+            g.setWidth(g.width() + dx);
+            g.setHeight(g.height() + dy);
+        } else {
+            if (left && right)
+                g.setWidth(g.width() + dx);
+            else if (right)
+                g.moveLeft(g.left() + dx);
+            if (top && bottom)
+                g.setHeight(g.height() + dy);
+            else if (bottom)
+                g.moveTop(g.top() + dy);
+        }
+        g.setWidth(std::max(0, g.width()));
+        g.setHeight(std::max(0, g.height()));
+        child->setGeometry(g);
+        if (g.width() != oldWidth || g.height() != oldHeight)
+            Stretch(child, g.width() - oldWidth, g.height() - oldHeight, depth + 1);
+    }
+}
+
 void TDesignerWindow::Rebuild() {
     // The old widgets may be in the middle of an event: they go later.
     for (QWidget* old : {surface_, static_cast<QWidget*>(menu_), static_cast<QWidget*>(overlay_)})
@@ -415,7 +479,12 @@ bool TDesignerWindow::event(QEvent* e) {
 void TDesignerWindow::resizeEvent(QResizeEvent* e) {
     QWidget::resizeEvent(e);
     int menuHeight = menu_ ? menu_->height() : 0;
-    if (surface_) surface_->resize(width(), height() - menuHeight);
+    if (surface_) {
+        QSize old = surface_->size();
+        surface_->resize(width(), height() - menuHeight);
+        // The form's controls follow its size as their Align and Anchors tell.
+        Stretch(surface_, surface_->width() - old.width(), surface_->height() - old.height(), 0);
+    }
     if (menu_) menu_->resize(width(), menuHeight);
     if (overlay_) overlay_->setGeometry(rect());
     UpdateSelection();

@@ -107,6 +107,9 @@ private:
     void Renamed(const ToolsAPI::TDesignComponent* component);
     void Closed();
     void UpdateSelection();
+    // Moves and stretches the children of a container that has grown by dx, dy, as their Align
+    // and Anchors tell.
+    void Stretch(QWidget* container, int dx, int dy, int depth);
 
     DelphiInterface<TFormEditor> editor_;
     TAncestorLookup lookup_;

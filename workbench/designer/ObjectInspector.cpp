@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 
 namespace workbench::designer {
@@ -96,8 +97,14 @@ QString ShownValue(const TDesignProperty& p) {
     }
 }
 
-bool LooksLikeColorOrCursor(const std::string& s) {
-    return s.size() > 2 && s[0] == 'c' && (s[1] == 'l' || s[1] == 'r');
+// Colours and cursors are integers that have names: such a property takes either.
+bool TakesNamedIntegers(const std::string& propName, const std::string& ident) {
+    auto endsWith = [&](const char* tail) {
+        size_t n = std::strlen(tail);
+        return propName.size() >= n && rtl::SameText(propName.substr(propName.size() - n), tail);
+    };
+    bool named = ident.size() > 2 && ident[0] == 'c' && (ident[1] == 'l' || ident[1] == 'r');
+    return named && (endsWith("Color") || endsWith("Cursor"));
 }
 
 } // namespace
@@ -439,9 +446,9 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
         fits = true;
     }
     if ((oldKind == TDesignValueKind::Integer && parsed.Kind == TDesignValueKind::Ident &&
-         LooksLikeColorOrCursor(parsed.Str)) ||
+         TakesNamedIntegers(old->Name, parsed.Str)) ||
         (oldKind == TDesignValueKind::Ident && parsed.Kind == TDesignValueKind::Integer &&
-         LooksLikeColorOrCursor(old->Str)))
+         TakesNamedIntegers(old->Name, old->Str)))
         fits = true;
     if (!fits) {
         Report(QString::fromStdString(refusal));
