@@ -247,8 +247,7 @@ TFlagsPane::TFlagsPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget
 
 void TFlagsPane::PaintRow(QPainter& p, int row, const QRect& rect, bool) {
     QString line = QString(FlagBits[row].Short) + " " + QString::number(snapshot_->Flag(row));
-    bool changed = snapshot_->Changed(9);
-    p.setPen(changed && snapshot_->Flag(row) ? ChangedText : Qt::black);
+    p.setPen(Qt::black);
     p.drawText(rect.adjusted(4, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, line);
 }
 
@@ -259,6 +258,7 @@ TDumpPane::TDumpPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* 
     setObjectName("DumpView");
     offset_ = snapshot_->DumpStart();
     Rebase();
+    top_ = std::max(0, SelectedRow());
 }
 
 // The rows cover the known memory around the selection, from an address that is a multiple
@@ -334,6 +334,7 @@ TStackPane::TStackPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget
     setObjectName("StackView");
     offset_ = snapshot_->StackStart();
     Rebase();
+    top_ = std::max(0, SelectedRow());
 }
 
 // The rows are the double words of the known memory around the selection, aligned as ESP is.
