@@ -102,7 +102,7 @@ void TFormEditor::SaveToFile() {
     ForEachFormNotifier([](const _di_IOTAFormNotifier& n) { n->FormSaving(); });
     for (auto& [i, n] : notifiers_)
         n->BeforeSave();
-    WriteFileBytes(fileName_, WriteFormFile(*form_.Root, form_.Format));
+    WriteFileBytes(fileName_, WriteFormFile(form_));
     modified_ = false;
     for (auto& [i, n] : notifiers_)
         n->AfterSave();
@@ -155,7 +155,20 @@ void TFormEditor::Select(TDesignComponent* component, bool addToSelection) {
     if (!addToSelection) selection_.clear();
     if (std::find(selection_.begin(), selection_.end(), component) == selection_.end())
         selection_.push_back(component);
+    // A copy: a listener may remove itself while it is told.
+    auto listeners = selectionListeners_;
+    for (auto& [i, listener] : listeners)
+        if (listener) listener();
     if (model_ && model_->Events.SelectionChanged) model_->Events.SelectionChanged(this);
+}
+
+int TFormEditor::AddSelectionListener(std::function<void()> listener) {
+    selectionListeners_[nextSelectionListener_] = std::move(listener);
+    return nextSelectionListener_++;
+}
+
+void TFormEditor::RemoveSelectionListener(int index) {
+    selectionListeners_.erase(index);
 }
 
 namespace {
@@ -184,6 +197,15 @@ void TFormEditor::RenameComponent(TDesignComponent* component, const std::string
     MarkModified();
     ForEachFormNotifier(
         [&](const _di_IOTAFormNotifier& n) { n->ComponentRenamed(component, oldName, newName); });
+}
+
+void TFormEditor::Detach() {
+    if (!module_ && !model_) return;
+    module_ = nullptr;
+    model_ = nullptr;
+    auto notifiers = notifiers_;
+    for (auto& [i, n] : notifiers)
+        n->Destroyed();
 }
 
 void TFormEditor::Activate() {

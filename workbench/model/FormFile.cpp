@@ -16,10 +16,7 @@ using ToolsAPI::TDesignComponent;
 using ToolsAPI::TDesignProperty;
 using ToolsAPI::TDesignValueKind;
 
-namespace {
-
-// A string as the text form writes it: printable runs quoted, control characters as #n.
-std::string QuoteString(const std::string& s) {
+std::string QuoteFormString(const std::string& s) {
     if (s.empty()) return "''";
     std::string r;
     bool quoted = false;
@@ -36,6 +33,8 @@ std::string QuoteString(const std::string& s) {
     if (quoted) r += '\'';
     return r;
 }
+
+namespace {
 
 std::string Hex(const std::string& bytes) {
     std::string r;
@@ -96,7 +95,7 @@ public:
         case vaUTF8String:
             p.Kind = TDesignValueKind::String;
             p.Str = reader_.ReadString();
-            p.Text = QuoteString(p.Str);
+            p.Text = QuoteFormString(p.Str);
             break;
         case vaFalse:
         case vaTrue:
@@ -213,27 +212,67 @@ private:
     rtl::TReader reader_;
 };
 
-void WriteShortString(std::string& out, const std::string& s, const char* what) {
+// A short string of the stream (class, component and property names): the filer's WriteStr
+// would cut a longer one, which would make a stream that reads back wrong.
+void WriteShortString(rtl::TWriter& writer, const std::string& s, const char* what) {
     if (s.size() > 255)
         throw EFormFileError(std::string(what) + " \"" + s.substr(0, 40) +
                              "...\" is longer than 255 bytes");
-    out += static_cast<char>(s.size());
-    out += s;
+    writer.WriteStr(s);
 }
 
-void WriteComponent(std::string& out, const TDesignComponent& c) {
-    uint8_t flags = (c.Inherited ? rtl::ffInherited : 0) | (c.Inline ? rtl::ffInline : 0);
-    if (flags) out += static_cast<char>(0xF0 | flags);
-    WriteShortString(out, c.ClassName, "The class name");
-    WriteShortString(out, c.Name, "The component name");
-    for (const auto& p : c.Properties) {
-        WriteShortString(out, p.Name, "The property name");
-        out += PropertyRawValue(p);
+// One value through the filer. A value read from a stream goes back as it was stored, so that
+// the string kind, the integer width and the float form survive; a value set in the designer
+// is written from its kind, and the kinds with an inner structure from their text form.
+void WriteValue(rtl::TWriter& writer, const TDesignProperty& p) {
+    if (!p.Raw.empty()) {
+        writer.Write(p.Raw.data(), static_cast<int64_t>(p.Raw.size()));
+        return;
     }
-    out += '\0';
+    switch (p.Kind) {
+    case TDesignValueKind::Integer:
+        writer.WriteInteger(p.Int);
+        return;
+    case TDesignValueKind::String:
+        writer.WriteString(p.Str);
+        return;
+    case TDesignValueKind::Ident:
+        writer.WriteIdent(p.Str);
+        return;
+    case TDesignValueKind::Boolean:
+        writer.WriteBoolean(p.Int != 0);
+        return;
+    case TDesignValueKind::Null:
+        writer.WriteValue(rtl::vaNull);
+        return;
+    default: {
+        std::string raw = ParseDesignProperty(p.Name, p.Text).Raw;
+        writer.Write(raw.data(), static_cast<int64_t>(raw.size()));
+    }
+    }
+}
+
+void WriteComponent(rtl::TWriter& writer, const TDesignComponent& c, int depth) {
+    if (depth > rtl::MaxNestingDepth) throw EFormFileError("components are nested too deeply");
+    rtl::TFilerFlags flags = (c.Inherited ? rtl::ffInherited : 0) | (c.Inline ? rtl::ffInline : 0);
+    writer.WritePrefix(flags, 0);
+    WriteShortString(writer, c.ClassName, "The class name");
+    WriteShortString(writer, c.Name, "The component name");
+    for (const auto& p : c.Properties) {
+        if (p.Name.empty()) throw EFormFileError("A property of " + c.Name + " has no name");
+        WriteShortString(writer, p.Name, "The property name");
+        WriteValue(writer, p);
+    }
+    writer.WriteListEnd();
     for (int i = 0; i < c.ChildCount(); ++i)
-        WriteComponent(out, *c.Child(i));
-    out += '\0';
+        WriteComponent(writer, *c.Child(i), depth + 1);
+    writer.WriteListEnd();
+}
+
+// The name in a resource header that has been checked: it starts at byte 3 and ends at a zero.
+std::string ResourceNameOf(std::string_view bytes) {
+    size_t end = bytes.find('\0', 3);
+    return std::string(bytes.substr(3, end == std::string_view::npos ? 0 : end - 3));
 }
 
 } // namespace
@@ -252,8 +291,10 @@ TFormFile ReadFormFile(std::string_view bytes, const std::string& fileName) {
             break;
         }
         case rtl::sofBinary:
-            if (!bytes.empty() && static_cast<unsigned char>(bytes[0]) == 0xFF)
+            if (!bytes.empty() && static_cast<unsigned char>(bytes[0]) == 0xFF) {
                 rtl::ReadResHeader(&input);
+                result.ResourceName = ResourceNameOf(bytes);
+            }
             binary = std::string(bytes.substr(static_cast<size_t>(input.GetPosition())));
             result.Format = TFormFileFormat::Binary;
             break;
@@ -275,11 +316,29 @@ TFormFile LoadFormFile(const std::string& fileName) {
 }
 
 std::string WriteFormFile(const TDesignComponent& root, TFormFileFormat format) {
-    std::string binary(rtl::FilerSignature, 4);
-    WriteComponent(binary, root);
-    if (format == TFormFileFormat::Binary) return binary;
-    rtl::TStringStream input(binary), output;
-    rtl::ObjectBinaryToText(&input, &output);
+    rtl::TStringStream binary;
+    {
+        rtl::TWriter writer(&binary);
+        writer.WriteSignature();
+        WriteComponent(writer, root, 0);
+        writer.FlushBuffer();
+    }
+    if (format == TFormFileFormat::Binary) return binary.DataString();
+    binary.SetPosition(0);
+    rtl::TStringStream output;
+    rtl::ObjectBinaryToText(&binary, &output);
+    return output.DataString();
+}
+
+std::string WriteFormFile(const TFormFile& form) {
+    if (!form.Root) throw EFormFileError("There is no form to write");
+    std::string bytes = WriteFormFile(*form.Root, form.Format);
+    if (form.Format != TFormFileFormat::Binary || form.ResourceName.empty()) return bytes;
+    rtl::TStringStream output;
+    int64_t fixup = 0;
+    rtl::WriteResourceHeader(&output, form.ResourceName, fixup);
+    output.Write(bytes.data(), static_cast<int64_t>(bytes.size()));
+    rtl::FixupResourceHeader(&output, fixup);
     return output.DataString();
 }
 

@@ -330,11 +330,14 @@ public:
     void RenameComponent(TDesignComponent* component, const std::string& newName);
     // The designer brings the form to the front: FormActivated for the form notifiers.
     void Activate();
+    // Listeners of the selection, as the designer windows and the object inspector follow it;
+    // each is called after every change of the selection. The result is the index for
+    // RemoveSelectionListener.
+    int AddSelectionListener(std::function<void()> listener);
+    void RemoveSelectionListener(int index);
     TModelModule* Module() const { return module_; }
-    void Detach() {
-        module_ = nullptr;
-        model_ = nullptr;
-    }
+    // The module has closed: the notifiers are told Destroyed, and the editor keeps its tree.
+    void Detach();
 
 private:
     template <class F> void ForEachFormNotifier(F f);
@@ -350,6 +353,8 @@ private:
     std::vector<TDesignComponent*> selection_;
     std::map<int, _di_IOTANotifier> notifiers_;
     int nextNotifier_ = 0;
+    std::map<int, std::function<void()>> selectionListeners_;
+    int nextSelectionListener_ = 0;
 };
 
 class TDesigner : public TInterfacedObject, public virtual IDesigner {

@@ -1,0 +1,333 @@
+// The CPU window over the example snapshot: the snapshot format and its errors, every pane's
+// properties read by name while the selections move (as a capture reads them), and panes that
+// stop painting while their selection moves.
+#include "workbench/cpu/CPUView.h"
+#include "tests/workbench/TestFiles.h"
+
+#include <QApplication>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace workbench::cpu;
+
+namespace {
+
+std::string SnapshotFile() {
+    return (testfiles::ExamplesDir() / "Hello.snapshot").string();
+}
+
+// The five reads of a capture: a property as an integer, written as one, read as a string.
+qint64 Ord(QObject* o, const char* name) {
+    QVariant v = o->property(name);
+    EXPECT_TRUE(v.isValid()) << name;
+    return v.toLongLong();
+}
+void SetOrd(QObject* o, const char* name, qint64 value) {
+    EXPECT_TRUE(o->setProperty(name, QVariant::fromValue(quint32(value)))) << name;
+}
+std::string Str(QObject* o, const char* name) {
+    QVariant v = o->property(name);
+    EXPECT_TRUE(v.isValid()) << name;
+    return v.toString().toStdString();
+}
+QObject* Obj(QObject* o, const char* name) {
+    return o->property(name).value<QObject*>();
+}
+
+class CPUViewTest : public ::testing::Test {
+protected:
+    void SetUp() override { window.reset(TCPUWindow::Load(SnapshotFile())); }
+    QObject* Pane(const char* name) { return window->findChild<QObject*>(name); }
+    std::unique_ptr<TCPUWindow> window;
+};
+
+// The snapshot with one line replaced, for the errors.
+std::string Broken(const std::string& section, const std::string& line) {
+    return "[registers]\nEAX = 1\n[code]\n00401000 55 push ebp\n00401001 8BEC mov ebp,esp\n[" +
+           section + "]\n" + line + "\n";
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// The snapshot
+
+TEST(Snapshot, TheExampleHoldsCodeWithLabelsRegistersFlagsAndMemory) {
+    TMachineSnapshot s = TMachineSnapshot::Load(SnapshotFile());
+    ASSERT_EQ(s.Code().size(), 21u);
+    const TInstruction* sum = s.InstructionAt(0x408A70);
+    ASSERT_NE(sum, nullptr);
+    EXPECT_EQ(sum->Text, "add edx,eax");
+    EXPECT_EQ(sum->Label, "Hello.Sum:");
+    EXPECT_EQ(sum->Source, "Hello.dpr.6: Result := A + B;");
+    EXPECT_EQ(s.InstructionAt(0x408AAF)->Text, "mov edx,[$0040bdc4]"); // a byte inside
+    EXPECT_EQ(s.InstructionAt(0x408AD8), nullptr);
+    EXPECT_EQ(s.Register("eip"), 0x408A72u);
+    EXPECT_EQ(s.Register("ESP"), 0x12FFACu);
+    EXPECT_EQ(s.Register("CS"), 0x1Bu);
+    EXPECT_TRUE(s.Changed(3));  // EDX
+    EXPECT_FALSE(s.Changed(0)); // EAX
+    // The flags are EFL's bits: 206 is parity and interrupts enabled after 2 + 3.
+    EXPECT_EQ(s.Flag(0), 0u); // CF
+    EXPECT_EQ(s.Flag(1), 1u); // PF
+    EXPECT_EQ(s.Flag(3), 0u); // ZF
+    EXPECT_EQ(s.Flag(6), 1u); // IF
+    EXPECT_EQ(s.Flag(9), 0u); // IOPL
+    // The code is memory too, and the stack holds the return address into the main program.
+    EXPECT_EQ(s.Byte(0x408A78), 0x55);
+    EXPECT_EQ(s.DWord(0x12FFAC), 0x408A97u);
+    EXPECT_EQ(s.DWord(0x12FFC0), 0x12FFF0u);
+    EXPECT_FALSE(s.Byte(0x500000).has_value());
+    EXPECT_EQ(s.DumpStart(), 0x408AD8u);
+}
+
+TEST(Snapshot, DefaultsFollowTheRegistersAndMemoryJoinsAcrossLines) {
+    TMachineSnapshot s = TMachineSnapshot::Parse("[registers]\nEIP = 401001\nESP = 12FF00\n"
+                                                 "[code]\n00401000 55 push ebp\n"
+                                                 "00401001 8BEC mov ebp,esp\n"
+                                                 "[memory]\n00403000 01 02\n00403002 03\n"
+                                                 "0012FF00 AA BB CC DD\n");
+    EXPECT_EQ(s.DisassemblyStart(), 0x401001u);
+    EXPECT_EQ(s.StackStart(), 0x12FF00u);
+    EXPECT_EQ(s.DumpStart(), 0x12FF00u); // the first memory that is not code
+    auto range = s.RangeOf(0x403001);
+    ASSERT_TRUE(range.has_value());
+    EXPECT_EQ(range->first, 0x403000u);
+    EXPECT_EQ(range->second, 0x403003u);
+    EXPECT_EQ(s.DWord(0x12FF00), 0xDDCCBBAAu);
+    EXPECT_FALSE(s.DWord(0x12FF01).has_value());
+    EXPECT_EQ(s.Register("EBX"), 0u);
+}
+
+TEST(Snapshot, DamagedSnapshotsRaiseWithTheLine) {
+    struct Case {
+        std::string text, where;
+    } cases[] = {
+        {"EAX = 1\n", "(1)"},
+        {Broken("stack", "1"), "(6)"},
+        {Broken("registers", "EXX = 1"), "(7)"},
+        {Broken("registers", "EAX = 2"), "(7)"},
+        {Broken("registers", "CS = 10000"), "(7)"},
+        {Broken("registers", "EBX = G1"), "(7)"},
+        {Broken("registers", "EBX = 123456789"), "(7)"},
+        {Broken("code", "00401002 8B mov"), ""},
+        {Broken("code", "00401000 90 nop"), "(7)"},
+        {Broken("code", "00401010 8BE mov"), "(7)"},
+        {Broken("code", "00401010 8BEC"), "(7)"},
+        {Broken("code", "00401010 000000000000000000000000000000000000 db"), "(7)"},
+        {Broken("code", "label 00401001"), "(7)"},
+        {Broken("code", "label 00401002 Middle:"), "no instruction starts at 00401002"},
+        {Broken("memory", "00401000 90"), "given twice"},
+        {Broken("memory", "00403000"), "(7)"},
+        {Broken("memory", "00403000 1 2"), "(7)"},
+        {Broken("memory", "FFFFFFFF 00"), "4 GB"},
+        {Broken("views", "DumpView 1"), "(7)"},
+        {Broken("views", "Elsewhere = 1"), "(7)"},
+        {"[code\n", "(1)"},
+    };
+    for (const Case& c : cases) {
+        try {
+            TMachineSnapshot::Parse(c.text, "bad.snapshot");
+            ADD_FAILURE() << "accepted:\n" << c.text;
+        } catch (const ESnapshotError& e) {
+            EXPECT_NE(e.Message().find("bad.snapshot"), std::string::npos) << e.Message();
+            EXPECT_NE(e.Message().find(c.where), std::string::npos) << e.Message();
+        }
+    }
+    EXPECT_THROW(TMachineSnapshot::Load("/nonexistent/x.snapshot"), rtl::EFOpenError);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The panes by name
+
+TEST_F(CPUViewTest, TheWindowAndItsPanesAreFoundByName) {
+    EXPECT_EQ(window->objectName(), "DisassemblyView");
+    for (const char* name :
+         {"DisassemblerView1", "RegisterView", "FlagsView", "DumpView", "StackView"})
+        EXPECT_NE(Pane(name), nullptr) << name;
+}
+
+TEST_F(CPUViewTest, TheDisassemblyShowsTheInstructionOfAnyByteInside) {
+    QObject* pane = Pane("DisassemblerView1");
+    EXPECT_EQ(Ord(pane, "SelectedAddress"), 0x408A72);
+    EXPECT_EQ(Str(pane, "SelectedDisassembly"), "00408A72 8BC2             mov eax,edx");
+    EXPECT_EQ(Str(pane, "SelectedLabel"), "");
+    EXPECT_EQ(Str(pane, "SelectedSource"), "");
+    // The second byte of "add edx,eax" selects that instruction with its label and source.
+    SetOrd(pane, "SelectedAddress", 0x408A71);
+    EXPECT_EQ(Ord(pane, "SelectedAddress"), 0x408A70);
+    EXPECT_EQ(Str(pane, "SelectedDisassembly"), "00408A70 03D0             add edx,eax");
+    EXPECT_EQ(Str(pane, "SelectedLabel"), "Hello.Sum:");
+    EXPECT_EQ(Str(pane, "SelectedSource"), "Hello.dpr.6: Result := A + B;");
+    for (quint32 a = 0x408AAB; a < 0x408AB1; ++a) {
+        SetOrd(pane, "SelectedAddress", a);
+        EXPECT_EQ(Str(pane, "SelectedDisassembly"),
+                  "00408AAB 8B15C4BD4000     mov edx,[$0040bdc4]");
+    }
+    // Past the code: known memory as a byte of data, unknown memory as question marks.
+    SetOrd(pane, "SelectedAddress", 0x408AE0);
+    EXPECT_EQ(Str(pane, "SelectedDisassembly"), "00408AE0 48               db $48");
+    SetOrd(pane, "SelectedAddress", 0x500000);
+    EXPECT_EQ(Str(pane, "SelectedDisassembly"), "00500000 ??               ???");
+    EXPECT_EQ(Ord(pane, "SelectedAddress"), 0x500000);
+}
+
+// The disassembly read of a capture: step a byte at a time until the text changes.
+TEST_F(CPUViewTest, StepingByBytesUntilTheTextChangesReadsEachInstructionOnce) {
+    QObject* pane = Pane("DisassemblerView1");
+    SetOrd(pane, "SelectedAddress", 0x408A78);
+    qint64 kept = Ord(pane, "SelectedAddress");
+    auto compose = [&] {
+        std::string line;
+        if (auto l = Str(pane, "SelectedLabel"); !l.empty()) line += l + "\r\n";
+        if (auto s = Str(pane, "SelectedSource"); !s.empty()) line += s + "\r\n";
+        return line + Str(pane, "SelectedDisassembly");
+    };
+    std::vector<std::string> lines;
+    std::string previous;
+    for (int n = 0; n < 8; ++n) {
+        qint64 address = Ord(pane, "SelectedAddress");
+        std::string line = compose();
+        int tries = 0;
+        while (line == previous && tries <= 10) {
+            ++address;
+            ++tries;
+            SetOrd(pane, "SelectedAddress", address);
+            line = compose();
+        }
+        ASSERT_LE(tries, 10);
+        lines.push_back(line);
+        previous = line;
+    }
+    SetOrd(pane, "SelectedAddress", kept);
+    ASSERT_EQ(lines.size(), 8u);
+    EXPECT_EQ(lines[0], "Hello.Hello:\r\nHello.dpr.11: begin\r\n"
+                        "00408A78 55               push ebp");
+    EXPECT_EQ(lines[1], "00408A79 8BEC             mov ebp,esp");
+    EXPECT_EQ(lines[4], "00408A83 E8D8BAFFFF       call @InitExe");
+    EXPECT_EQ(lines[5], "Hello.dpr.12: Total := Sum(2, 3);\r\n"
+                        "00408A88 BA03000000       mov edx,$00000003");
+    EXPECT_EQ(lines[7], "00408A92 E8D9FFFFFF       call Sum");
+    EXPECT_EQ(Ord(pane, "SelectedAddress"), 0x408A78);
+}
+
+TEST_F(CPUViewTest, RegistersAndFlagsAreObjectsWithAPropertyForEachRow) {
+    QObject* regs = Obj(Pane("RegisterView"), "CurrentRegs");
+    ASSERT_NE(regs, nullptr);
+    const std::pair<const char*, qint64> expected[] = {
+        {"EAX", 0x2},      {"EBX", 0x7FFDF000}, {"ECX", 0x12FFB0}, {"EDX", 0x5},
+        {"ESI", 0},        {"EDI", 0},          {"EBP", 0x12FFC0}, {"ESP", 0x12FFAC},
+        {"EIP", 0x408A72}, {"EFL", 0x206},      {"CS", 0x1B},      {"DS", 0x23},
+        {"SS", 0x23},      {"ES", 0x23},        {"FS", 0x3B},      {"GS", 0}};
+    for (auto [name, value] : expected)
+        EXPECT_EQ(Ord(regs, name), value) << name;
+    QObject* flags = Obj(Pane("FlagsView"), "CurrentFlags");
+    ASSERT_NE(flags, nullptr);
+    const std::pair<const char*, qint64> flagValues[] = {{"Carry", 0},
+                                                         {"Parity", 1},
+                                                         {"AuxCarry", 0},
+                                                         {"Zero", 0},
+                                                         {"Sign", 0},
+                                                         {"Trap", 0},
+                                                         {"Interrupt", 1},
+                                                         {"Direction", 0},
+                                                         {"Overflow", 0},
+                                                         {"IOPL", 0},
+                                                         {"NestedTask", 0},
+                                                         {"Resume", 0},
+                                                         {"V86Mode", 0},
+                                                         {"Alignment", 0},
+                                                         {"VirtualInterruptFlag", 0},
+                                                         {"VirtualInterruptPending", 0},
+                                                         {"ID", 0}};
+    for (auto [name, value] : flagValues)
+        EXPECT_EQ(Ord(flags, name), value) << name;
+    // The registers are read, not written.
+    EXPECT_FALSE(regs->setProperty("EAX", 7));
+    EXPECT_EQ(Ord(regs, "EAX"), 2);
+}
+
+TEST_F(CPUViewTest, TheDumpGivesTheByteAtTheOffsetAsTwoDigits) {
+    QObject* dump = Pane("DumpView");
+    qint64 start = Ord(dump, "SelectedOffset");
+    EXPECT_EQ(start, 0x408AD8);
+    EXPECT_EQ(Str(dump, "SelectedData"), "FF");
+    // The eight bytes of the string from its first character, as a dump line reads them.
+    std::string text;
+    for (qint64 a = 0x408AE0; a < 0x408AE8; ++a) {
+        SetOrd(dump, "SelectedOffset", a);
+        text += char(std::stoi(Str(dump, "SelectedData"), nullptr, 16));
+    }
+    EXPECT_EQ(text, "Hello, w");
+    SetOrd(dump, "SelectedOffset", 0x408A7B);
+    EXPECT_EQ(Str(dump, "SelectedData"), "83"); // code is memory too
+    SetOrd(dump, "SelectedOffset", 0x600000);
+    EXPECT_EQ(Str(dump, "SelectedData"), "??");
+    SetOrd(dump, "SelectedOffset", start);
+    EXPECT_EQ(Ord(dump, "SelectedOffset"), start);
+}
+
+TEST_F(CPUViewTest, TheStackGivesTheDoubleWordAtTheOffsetAsEightDigits) {
+    QObject* stack = Pane("StackView");
+    EXPECT_EQ(Ord(stack, "SelectedOffset"), 0x12FFAC);
+    EXPECT_EQ(Str(stack, "SelectedData"), "00408A97");
+    // A capture walks down from the selection, four bytes at a time.
+    std::vector<std::string> words;
+    for (qint64 offset = 0x12FFC4; offset >= 0x12FFB8; offset -= 4) {
+        SetOrd(stack, "SelectedOffset", offset);
+        words.push_back(Str(stack, "SelectedData"));
+    }
+    EXPECT_EQ(words, (std::vector<std::string>{"77E8141A", "0012FFF0", "7FFDF000", "00000000"}));
+    SetOrd(stack, "SelectedOffset", 0x12FFAD); // between words: the bytes from there
+    EXPECT_EQ(Str(stack, "SelectedData"), "C000408A");
+    SetOrd(stack, "SelectedOffset", 0x130000);
+    EXPECT_EQ(Str(stack, "SelectedData"), "????????");
+}
+
+// ---------------------------------------------------------------------------------------------
+// Painting
+
+TEST_F(CPUViewTest, APaneFollowsItsSelectionWhenItPaints) {
+    window->show();
+    QApplication::processEvents();
+    auto* pane = window->Disassembly();
+    pane->repaint();
+    int top = pane->TopRow();
+    int paints = pane->PaintCount();
+    ASSERT_GT(paints, 0);
+    ASSERT_LT(pane->VisibleRows(), pane->RowCount()) << "the pane must be shorter than the code";
+    pane->setProperty("SelectedAddress", 0x408AC0u);
+    pane->repaint();
+    EXPECT_GT(pane->TopRow(), top);
+    EXPECT_GE(pane->SelectedRow(), pane->TopRow());
+    EXPECT_LT(pane->SelectedRow(), pane->TopRow() + pane->VisibleRows());
+}
+
+TEST_F(CPUViewTest, AFrozenPaneNeitherPaintsNorScrollsWhileItsSelectionMoves) {
+    window->show();
+    QApplication::processEvents();
+    for (TCPUPane* pane :
+         std::initializer_list<TCPUPane*>{window->Disassembly(), window->Dump(), window->Stack()}) {
+        const char* prop = pane == window->Disassembly() ? "SelectedAddress" : "SelectedOffset";
+        pane->repaint();
+        int paints = pane->PaintCount();
+        int top = pane->TopRow();
+        quint32 kept = pane->property(prop).toUInt();
+        pane->setUpdatesEnabled(false);
+        for (quint32 step = 0; step < 200; ++step) {
+            quint32 at = pane == window->Stack() ? kept - 4 * step : kept + step;
+            pane->setProperty(prop, at);
+            QApplication::processEvents();
+        }
+        EXPECT_EQ(pane->PaintCount(), paints) << pane->objectName().toStdString();
+        pane->setProperty(prop, kept);
+        pane->setUpdatesEnabled(true);
+        pane->repaint();
+        EXPECT_GT(pane->PaintCount(), paints);
+        // The selection is back, and so is everything the user sees.
+        EXPECT_EQ(pane->TopRow(), top) << pane->objectName().toStdString();
+        EXPECT_EQ(pane->property(prop).toUInt(), kept);
+    }
+}

@@ -1,0 +1,274 @@
+// The object inspector: what it shows of the selection, editing through the seam, values it
+// refuses, and saving the edited form in the form it was read in.
+#include "tests/workbench/TestFiles.h"
+#include "workbench/designer/FormDesigners.h"
+#include "workbench/model/Files.h"
+
+#include "rtl/CodePage.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+using namespace workbench;
+using namespace workbench::designer;
+using ToolsAPI::TDesignComponent;
+
+namespace {
+
+QString U(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+struct TModifiedCount : TNotifierObject {
+    void Modified() override { ++count; }
+    int count = 0;
+};
+
+class InspectorTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        model = TIDEModel::Create();
+        model->SetQuestion([](const std::string&, const std::string&) { return mrNo; });
+        model->OpenProjectFile(copy.File("Example.dpr"));
+        designers = std::make_unique<TFormDesigners>(model.get());
+        designers->SetInspector(&inspector);
+    }
+    void TearDown() override {
+        inspector.SetFormEditor(nullptr);
+        designers.reset();
+        QApplication::processEvents();
+        model->CloseAll();
+        model = nullptr;
+    }
+    TFormEditor* Open(const std::string& unit) {
+        module = model->OpenModuleFile(copy.File(unit), TOpenMode::Show);
+        TFormEditor* editor = module->FormEditor();
+        window = designers->Open(editor);
+        inspector.SetFormEditor(editor);
+        return editor;
+    }
+    void Select(TFormEditor* editor, const char* name) {
+        editor->Select(editor->Root()->FindComponent(name), false);
+    }
+
+    testfiles::TExampleCopy copy;
+    DelphiInterface<TIDEModel> model;
+    DelphiInterface<TModelModule> module;
+    std::unique_ptr<TFormDesigners> designers;
+    TDesignerWindow* window = nullptr;
+    TObjectInspector inspector;
+};
+
+} // namespace
+
+TEST_F(InspectorTest, TheInspectorIsTheFormPropertyInspectorWithAPopupMenu) {
+    EXPECT_EQ(inspector.objectName(), "PropertyInspector");
+    ASSERT_NE(inspector.PopupMenu(), nullptr);
+    QStringList items;
+    for (QAction* a : inspector.PopupMenu()->actions())
+        if (!a->isSeparator()) items << a->objectName();
+    EXPECT_EQ(items, (QStringList{"ExpandItem", "CollapseItem", "StayOnTopItem", "HideItem"}));
+    // Items put in front of the menu, as an expert does, stay there and are shown with it.
+    auto* own = new QAction("Display panel", inspector.PopupMenu());
+    inspector.PopupMenu()->insertAction(inspector.PopupMenu()->actions().front(), own);
+    EXPECT_EQ(inspector.PopupMenu()->actions().front(), own);
+    // Its commands work: Expand opens the nested properties, Collapse closes them again.
+    TFormEditor* editor = Open("Main.pas");
+    (void)editor;
+    inspector.PopupMenu()->actions()[1]->trigger();
+    QTreeWidget* grid = inspector.Grid();
+    bool anyOpen = false;
+    for (int i = 0; i < grid->topLevelItemCount(); ++i)
+        anyOpen |= grid->topLevelItem(i)->childCount() > 0 && grid->topLevelItem(i)->isExpanded();
+    EXPECT_TRUE(anyOpen);
+    inspector.PopupMenu()->actions()[2]->trigger();
+    for (int i = 0; i < grid->topLevelItemCount(); ++i)
+        EXPECT_FALSE(grid->topLevelItem(i)->isExpanded());
+}
+
+TEST_F(InspectorTest, TheSelectedComponentsPropertiesAreShownSortedWithTheNameFirst) {
+    TFormEditor* editor = Open("Main.pas");
+    // With nothing selected the form itself is shown.
+    EXPECT_EQ(inspector.Component(), editor->Root());
+    EXPECT_EQ(inspector.ValueText("Caption"), U("Пример проекта"));
+    EXPECT_EQ(inspector.ValueText("Font.Name"), "MS Sans Serif");
+    Select(editor, "OkButton");
+    EXPECT_EQ(inspector.Component()->Name, "OkButton");
+    EXPECT_EQ(inspector.PropertyNames(), (QStringList{"Name", "Caption", "Default", "Height",
+                                                      "Left", "TabOrder", "Top", "Width"}));
+    EXPECT_EQ(inspector.ValueText("Name"), "OkButton");
+    EXPECT_EQ(inspector.ValueText("Caption"), "OK");
+    EXPECT_EQ(inspector.ValueText("Default"), "True");
+    EXPECT_EQ(inspector.ComponentList()->currentText(), "OkButton: TButton");
+    // Events have a page of their own.
+    inspector.Pages()->setCurrentIndex(1);
+    EXPECT_EQ(inspector.PropertyNames(), (QStringList{"OnClick"}));
+    EXPECT_EQ(inspector.ValueText("OnClick"), "OkButtonClick");
+    inspector.Pages()->setCurrentIndex(0);
+    // Lists and collections are shown but not edited here.
+    Select(editor, "NotesMemo");
+    EXPECT_EQ(inspector.ValueText("Lines.Strings"), "(TStrings)");
+    EXPECT_FALSE(inspector.IsEditable("Lines.Strings"));
+    EXPECT_TRUE(inspector.IsEditable("ScrollBars"));
+}
+
+TEST_F(InspectorTest, ChoosingAComponentInTheListSelectsItInTheDesigner) {
+    TFormEditor* editor = Open("Main.pas");
+    QComboBox* list = inspector.ComponentList();
+    int index = list->findText("NameEdit: TEdit");
+    ASSERT_GE(index, 0);
+    list->setCurrentIndex(index);
+    emit list->activated(index);
+    ASSERT_EQ(editor->GetSelCount(), 1);
+    EXPECT_EQ(editor->Selection().front()->Name, "NameEdit");
+    EXPECT_EQ(window->SelectionRects().size(), 1);
+}
+
+TEST_F(InspectorTest, AnEditChangesTheModuleMarksItModifiedAndTheDesignerFollows) {
+    TFormEditor* editor = Open("Main.pas");
+    auto counter = MakeInterfaced<TModifiedCount>();
+    editor->AddNotifier(_di_IOTANotifier(counter.get()));
+    Select(editor, "OkButton");
+    ASSERT_FALSE(module->AnyModified());
+    ASSERT_TRUE(inspector.EditValue("Caption", U("Готово")));
+    EXPECT_TRUE(inspector.ErrorText().isEmpty());
+    EXPECT_TRUE(editor->GetModified());
+    EXPECT_TRUE(module->AnyModified());
+    EXPECT_EQ(counter->count, 1);
+    EXPECT_EQ(rtl::Cp1251ToUtf8(editor->Root()->FindComponent("OkButton")->StrProp("Caption")),
+              "Готово");
+    // The designer window shows the new caption, and the inspector too.
+    EXPECT_EQ(window->findChild<QPushButton*>("OkButton")->text(), U("Готово"));
+    EXPECT_EQ(inspector.ValueText("Caption"), U("Готово"));
+    // Integers, Booleans and identifiers.
+    ASSERT_TRUE(inspector.EditValue("Width", "90"));
+    EXPECT_EQ(window->findChild<QPushButton*>("OkButton")->width(), 90);
+    ASSERT_TRUE(inspector.EditValue("Default", "false"));
+    EXPECT_FALSE(window->findChild<QPushButton*>("OkButton")->isDefault());
+    EXPECT_EQ(inspector.ValueText("Default"), "False");
+    Select(editor, "NotesMemo");
+    ASSERT_TRUE(inspector.EditValue("ScrollBars", "ssNone"));
+    EXPECT_EQ(editor->Root()->FindComponent("NotesMemo")->StrProp("ScrollBars"), "ssNone");
+    // A colour takes a name or a number ($00BBGGRR).
+    editor->Select(editor->Root(), false);
+    ASSERT_TRUE(inspector.EditValue("Color", "clWindow")) << inspector.ErrorText().toStdString();
+    EXPECT_EQ(window->Surface()->palette().color(QPalette::Window), QColor(Qt::white));
+    ASSERT_TRUE(inspector.EditValue("Color", "255"));
+    EXPECT_EQ(window->Surface()->palette().color(QPalette::Window), QColor(255, 0, 0));
+    EXPECT_EQ(inspector.ValueText("Color"), "255");
+}
+
+TEST_F(InspectorTest, EditingTheGridItselfEditsTheProperty) {
+    TFormEditor* editor = Open("Main.pas");
+    Select(editor, "NameEdit");
+    QTreeWidget* grid = inspector.Grid();
+    QTreeWidgetItem* left = nullptr;
+    for (int i = 0; i < grid->topLevelItemCount(); ++i)
+        if (grid->topLevelItem(i)->text(0) == "Left") left = grid->topLevelItem(i);
+    ASSERT_NE(left, nullptr);
+    left->setText(1, "64");
+    QApplication::processEvents();
+    EXPECT_EQ(editor->Root()->FindComponent("NameEdit")->IntProp("Left"), 64);
+    EXPECT_EQ(window->findChild<QLineEdit*>("NameEdit")->x(), 64);
+}
+
+TEST_F(InspectorTest, ValuesOfAnotherKindAreRefusedAndChangeNothing) {
+    TFormEditor* editor = Open("Main.pas");
+    Select(editor, "OkButton");
+    EXPECT_FALSE(inspector.EditValue("Width", "wide"));
+    EXPECT_FALSE(inspector.ErrorText().isEmpty());
+    EXPECT_FALSE(inspector.EditValue("Width", "'75'"));
+    EXPECT_FALSE(inspector.EditValue("Width", "clRed")); // a colour's name for a width
+    EXPECT_FALSE(inspector.EditValue("Default", "Maybe"));
+    EXPECT_FALSE(inspector.EditValue("Left", "1 2"));
+    EXPECT_FALSE(inspector.EditValue("Name", "1Button"));
+    EXPECT_FALSE(inspector.EditValue("Name", "NameEdit")); // taken
+    EXPECT_FALSE(inspector.EditValue("Lines.Strings", "x"));
+    EXPECT_FALSE(inspector.EditValue("NoSuchProperty", "1"));
+    EXPECT_FALSE(editor->GetModified());
+    EXPECT_EQ(editor->Root()->FindComponent("OkButton")->IntProp("Width"), 75);
+    EXPECT_EQ(inspector.ValueText("Width"), "75");
+    // A good value clears the report.
+    ASSERT_TRUE(inspector.EditValue("Width", "80"));
+    EXPECT_TRUE(inspector.ErrorText().isEmpty());
+}
+
+TEST_F(InspectorTest, ARenameInTheInspectorFiresTheNotifierAndKeepsTheComponentShown) {
+    TFormEditor* editor = Open("Main.pas");
+    Select(editor, "NameEdit");
+    struct TRenames : TNotifierObject, virtual IOTAFormNotifier {
+        HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+            return QueryInterfaces<IOTAFormNotifier>(this, iid, obj);
+        }
+        void FormActivated() override {}
+        void FormSaving() override {}
+        void ComponentRenamed(TOTAHandle, const std::string& o, const std::string& n) override {
+            seen.push_back(o + "->" + n);
+        }
+        std::vector<std::string> seen;
+    };
+    auto renames = MakeInterfaced<TRenames>();
+    editor->AddNotifier(_di_IOTANotifier(renames.get()));
+    ASSERT_TRUE(inspector.EditValue("Name", "UserEdit"));
+    ASSERT_EQ(renames->seen.size(), 1u);
+    EXPECT_EQ(renames->seen[0], "NameEdit->UserEdit");
+    EXPECT_EQ(inspector.ValueText("Name"), "UserEdit");
+    EXPECT_EQ(inspector.ComponentList()->currentText(), "UserEdit: TEdit");
+    EXPECT_NE(window->findChild<QLineEdit*>("UserEdit"), nullptr);
+}
+
+TEST_F(InspectorTest, SavingWritesTheTextFormBackAndItReadsBackWithTheEdit) {
+    TFormEditor* editor = Open("Main.pas");
+    Select(editor, "OkButton");
+    ASSERT_TRUE(inspector.EditValue("Caption", U("Готово")));
+    ASSERT_TRUE(inspector.EditValue("Left", "300"));
+    ASSERT_TRUE(module->Save(false, false));
+    EXPECT_FALSE(editor->GetModified());
+    std::string bytes = testfiles::ReadFile(copy.File("Main.dfm"));
+    EXPECT_EQ(bytes.substr(0, 7), "object ");
+    EXPECT_NE(bytes.find("Caption = '" + rtl::Utf8ToCp1251("Готово") + "'"), std::string::npos);
+    TFormFile again = LoadFormFile(copy.File("Main.dfm"));
+    EXPECT_EQ(again.Format, TFormFileFormat::Text);
+    TDesignComponent* ok = again.Root->FindComponent("OkButton");
+    EXPECT_EQ(rtl::Cp1251ToUtf8(ok->StrProp("Caption")), "Готово");
+    EXPECT_EQ(ok->IntProp("Left"), 300);
+    // Everything else is as it was: only the two lines differ from the original file.
+    std::string original = testfiles::ReadFile(testfiles::ExamplesDir() / "Main.dfm");
+    std::string expected = original;
+    auto replace = [&](const std::string& from, const std::string& to) {
+        size_t at = expected.find(from);
+        ASSERT_NE(at, std::string::npos);
+        expected.replace(at, from.size(), to);
+    };
+    replace("      Left = 280\r\n", "      Left = 300\r\n");
+    replace("      Caption = 'OK'\r\n      Default",
+            "      Caption = '" + rtl::Utf8ToCp1251("Готово") + "'\r\n      Default");
+    EXPECT_EQ(bytes, expected);
+}
+
+TEST_F(InspectorTest, SavingTheBinaryFormWritesItBinaryAgain) {
+    TFormEditor* editor = Open("Settings.pas");
+    Select(editor, "RecentEdit");
+    ASSERT_TRUE(inspector.EditValue("Text", "12"));
+    ASSERT_TRUE(module->Save(false, false));
+    std::string bytes = testfiles::ReadFile(copy.File("Settings.dfm"));
+    ASSERT_EQ(bytes.substr(0, 4), "TPF0");
+    TFormFile again = LoadFormFile(copy.File("Settings.dfm"));
+    EXPECT_EQ(again.Format, TFormFileFormat::Binary);
+    EXPECT_EQ(again.Root->FindComponent("RecentEdit")->StrProp("Text"), "12");
+    // Only the value changed: the original with '8' in its place is what was written.
+    std::string original = testfiles::ReadFile(testfiles::ExamplesDir() / "Settings.dfm");
+    std::string oldValue = std::string("Text\x06\x01", 6) + "8";
+    size_t at = original.find(oldValue);
+    ASSERT_NE(at, std::string::npos);
+    original.replace(at, oldValue.size(), std::string("Text\x06\x02", 6) + "12");
+    EXPECT_EQ(bytes, original);
+}
