@@ -171,25 +171,6 @@ void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
     }
 }
 
-void TFitWriter::WriteCollection(TCollection* collection) {
-    TPersistent* savedAncestor = Ancestor;
-    Ancestor = nullptr;
-    try {
-        WriteValue(vaCollection);
-        if (collection)
-            for (int i = 0; i < collection->Count(); ++i) {
-                WriteListBegin();
-                WriteProperties(collection->GetItem(i));
-                WriteListEnd();
-            }
-        WriteListEnd();
-    } catch (...) {
-        Ancestor = savedAncestor;
-        throw;
-    }
-    Ancestor = savedAncestor;
-}
-
 void TFitWriter::WriteCollectionEx(TCollection* collection) {
     std::string savedPath = FPropPath;
     FPropPath.clear();
@@ -234,18 +215,20 @@ TFilteringWriter::TFilteringWriter(TStream* stream, int bufSize)
 
 TFilteringWriter::~TFilteringWriter() = default;
 
+namespace {
+// A copy of the given list of property paths, or none when no list is given.
+void AssignOrClear(TStrings& target, TStrings* source) {
+    if (source) target.Assign(source);
+    else target.Clear();
+}
+} // namespace
+
 void TFilteringWriter::SetIgnoredProps(TStrings* list) {
-    if (list)
-        ignoredProps_->Assign(list);
-    else
-        ignoredProps_->Clear();
+    AssignOrClear(*ignoredProps_, list);
 }
 
 void TFilteringWriter::SetStoredProps(TStrings* list) {
-    if (list)
-        storedProps_->Assign(list);
-    else
-        storedProps_->Clear();
+    AssignOrClear(*storedProps_, list);
 }
 
 void TFilteringWriter::PrepareObjProps() {
@@ -530,17 +513,11 @@ TPropSaver::TPropSaver()
 TPropSaver::~TPropSaver() = default;
 
 void TPropSaver::SetStoredProps(TStrings* list) {
-    if (list)
-        storedProps_->Assign(list);
-    else
-        storedProps_->Clear();
+    AssignOrClear(*storedProps_, list);
 }
 
 void TPropSaver::SetIgnoredProps(TStrings* list) {
-    if (list)
-        ignoredProps_->Assign(list);
-    else
-        ignoredProps_->Clear();
+    AssignOrClear(*ignoredProps_, list);
 }
 
 void TPropSaver::DoBeforeCreateWriter(TStream* stream, TFitWriter*& writer) {

@@ -70,7 +70,7 @@ public:
     // Writes one property, whatever its value; read-only and write-only properties never.
     void WriteProperty(rtl::TPersistent* instance, rtl::PPropInfo propInfo) override;
     // vaCollection, then each item's properties in a list, then the end of the list.
-    void WriteCollection(rtl::TCollection* collection);
+    // WriteCollection is the writer's own: it writes each item through WriteProperties.
     // WriteCollection from a DefineProperties handler, which runs with the path of its object.
     void WriteCollectionEx(rtl::TCollection* collection);
     // vaString for up to 255 bytes, vaLString beyond.
