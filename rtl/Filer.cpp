@@ -97,6 +97,10 @@ std::string ObjectName(const TPersistent* obj) {
 
 } // namespace
 
+void DefineFilerProperties(TFiler* filer, TPersistent* instance) {
+    instance->DefineProperties(filer);
+}
+
 const char* ValueTypeName(uint8_t valueType) {
     static const char* const names[] = {
         "vaNull",    "vaList",  "vaInt8",       "vaInt16",  "vaInt32",    "vaExtended",

@@ -358,6 +358,11 @@ private:
     void WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersistent* ancestor);
 };
 
+// Offers the stored properties of instance that aren't published to the filer (its
+// DefineProperties; string lists describe their lines there themselves). Writers that replace
+// WriteProperties call this for the defined properties.
+void DefineFilerProperties(TFiler* filer, TPersistent* instance);
+
 // The platform's streaming of components on a TStream.
 void WriteComponent(TStream* stream, TComponent* instance);
 void WriteDescendent(TStream* stream, TComponent* instance, TComponent* ancestor);

@@ -1,6 +1,7 @@
 #include "rtl/IniFiles.h"
 
 #include "rtl/Lists.h"
+#include "rtl/SafeFile.h"
 #include "rtl/Streams.h"
 
 #include <cerrno>
@@ -233,57 +234,13 @@ void LoadFile(const std::string& fileName, IniData& data) {
 
 } // namespace
 
-// A temporary file beside the target, written and flushed, then renamed over it, and the
-// directory flushed so that the rename lasts.
+// Written through a TSafeFileStream: a temporary file beside the target, renamed over it once
+// it is complete.
 void ReplaceFileAtomically(const std::string& fileName, const std::string& text) {
-    auto fail = [&]() { throw EIniFileException(SIniFileWriteError, {fileName}); };
-    if (fileName.empty()) fail();
-    // Write through a symbolic link to the file it names.
-    std::string target = fileName;
-    if (char* real = ::realpath(fileName.c_str(), nullptr)) {
-        target = real;
-        std::free(real);
-    }
-    std::string dir = target.find(PathDelim) == std::string::npos ? std::string(1, '.')
-                                                                  : ExtractFileDir(target);
-    std::string tmpl =
-        IncludeTrailingPathDelimiter(dir) + "." + ExtractFileName(target) + ".XXXXXX";
-    std::vector<char> tmpName(tmpl.begin(), tmpl.end());
-    tmpName.push_back('\0');
-    int fd = ::mkostemp(tmpName.data(), O_CLOEXEC);
-    if (fd < 0) fail();
-    bool ok = true;
-    // Keep the old file's permissions; a new file gets the usual ones.
-    struct stat st {};
-    mode_t mode;
-    if (::stat(target.c_str(), &st) == 0) {
-        mode = st.st_mode & 07777;
-    } else {
-        mode_t mask = ::umask(0);
-        ::umask(mask);
-        mode = 0666 & ~mask;
-    }
-    if (::fchmod(fd, mode) != 0) ok = false;
-    size_t done = 0;
-    while (ok && done < text.size()) {
-        ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0)
-            ok = false;
-        else
-            done += static_cast<size_t>(n);
-    }
-    if (ok && ::fsync(fd) != 0) ok = false;
-    if (::close(fd) != 0) ok = false;
-    if (ok && ::rename(tmpName.data(), target.c_str()) != 0) ok = false;
-    if (!ok) {
-        ::unlink(tmpName.data());
-        fail();
-    }
-    int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dfd >= 0) {
-        ::fsync(dfd);
-        ::close(dfd);
+    try {
+        WriteFileAtomically(fileName, text);
+    } catch (const Exception&) {
+        throw EIniFileException(SIniFileWriteError, {fileName});
     }
 }
 

@@ -1,0 +1,417 @@
+// The object savers: names, forms, hooks in their order, nil entries, format detection, safe
+// loads, and per-object lists of TPropSaver.
+#include "persistence/Storage.h"
+
+#include "TestModel.h"
+#include "rtl/FileStreams.h"
+#include "rtl/ObjectText.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+using namespace zelvane;
+using namespace model;
+namespace fs = std::filesystem;
+
+namespace {
+
+// Root objects of a binary stream: class, name and property names.
+struct Root {
+    std::string Class, Name;
+    std::vector<std::string> Props;
+};
+std::vector<Root> Roots(const std::string& data) {
+    TStringStream s(data);
+    TReader r(&s);
+    std::vector<Root> roots;
+    while (r.Position() < s.GetSize()) {
+        r.ReadSignature();
+        Root root;
+        root.Class = r.ReadStr();
+        root.Name = r.ReadStr();
+        while (!r.EndOfList()) {
+            root.Props.push_back(r.ReadStr());
+            r.SkipValue();
+        }
+        r.ReadListEnd();
+        r.ReadListEnd();
+        roots.push_back(root);
+    }
+    return roots;
+}
+
+std::string Save(TObjectSaver& saver, TPersistentArray objs, TNameArray names = {}) {
+    TStringStream s;
+    saver.SaveObjects(objs, names, &s);
+    return s.DataString();
+}
+
+// Records every hook call of a saver.
+class Listener : public TObject {
+public:
+    std::vector<std::string> log;
+    TFitWriter* supplyWriter = nullptr;
+    std::string vetoWrite = "<none>";
+    bool vetoRead = false;
+
+    void BeforeCreateWriter(TObjectSaver*, TStream*, TFitWriter*& w) {
+        log.push_back("BeforeCreateWriter");
+        if (supplyWriter) w = supplyWriter;
+    }
+    void AfterCreateWriter(TObjectSaver*, TFitWriter* w) {
+        log.push_back(std::string("AfterCreateWriter") + (w->SortProps ? " sorted" : ""));
+    }
+    void BeforeWrite(TObjectSaver*, TPersistent*, const std::string& name, TFitWriter*,
+                     bool& doWrite) {
+        log.push_back("BeforeWrite " + name);
+        if (name == vetoWrite) doWrite = false;
+    }
+    void AfterWrite(TObjectSaver*, TPersistent*, const std::string& name, TFitWriter*) {
+        log.push_back("AfterWrite " + name);
+    }
+    void BeforeCreateReader(TObjectSaver*, TStream*, TFitReader*&) {
+        log.push_back("BeforeCreateReader");
+    }
+    void AfterCreateReader(TObjectSaver*, TFitReader* r) {
+        log.push_back(std::string("AfterCreateReader") + (r->IgnoreErrors ? " ignoring" : ""));
+    }
+    void BeforeRead(TObjectSaver*, TPersistent* obj, TFitReader*, bool& doRead) {
+        log.push_back(std::string("BeforeRead ") + (obj ? "obj" : "nil") +
+                      (doRead ? " read" : " skip"));
+        if (vetoRead) doRead = false;
+    }
+    void AfterRead(TObjectSaver*, TPersistent* obj, TFitReader*, const std::string& name) {
+        log.push_back(std::string("AfterRead ") + (obj ? "obj " : "nil ") + name);
+    }
+
+    void Attach(TObjectSaver& s) {
+        s.OnBeforeCreateWriter = TSaverCreateWriterEvent::Of<&Listener::BeforeCreateWriter>(this);
+        s.OnAfterCreateWriter = TSaverWriterEvent::Of<&Listener::AfterCreateWriter>(this);
+        s.OnBeforeWriteObject = TSaverBeforeWriteEvent::Of<&Listener::BeforeWrite>(this);
+        s.OnAfterWriteObject = TSaverAfterWriteEvent::Of<&Listener::AfterWrite>(this);
+        s.OnBeforeCreateReader = TSaverCreateReaderEvent::Of<&Listener::BeforeCreateReader>(this);
+        s.OnAfterCreateReader = TSaverReaderEvent::Of<&Listener::AfterCreateReader>(this);
+        s.OnBeforeReadObject = TSaverBeforeReadEvent::Of<&Listener::BeforeRead>(this);
+        s.OnAfterReadObject = TSaverAfterReadEvent::Of<&Listener::AfterRead>(this);
+    }
+};
+
+class TempDir {
+public:
+    TempDir() {
+        path_ = fs::temp_directory_path() /
+                ("zelvane-saver-" + std::to_string(::getpid()) + "-" +
+                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(path_);
+        fs::create_directories(path_);
+    }
+    ~TempDir() { fs::remove_all(path_); }
+    std::string File(const std::string& name) const { return (path_ / name).string(); }
+    size_t Count() const {
+        return static_cast<size_t>(std::distance(fs::directory_iterator(path_), {}));
+    }
+
+private:
+    fs::path path_;
+};
+
+std::string ReadAll(const std::string& file) {
+    std::ifstream f(file, std::ios::binary);
+    std::stringstream ss;
+    ss << f.rdbuf();
+    return ss.str();
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Saving
+
+TEST(ObjectSaver, TheFormatExampleComesOutExactly) {
+    TFoo foo;
+    foo.Caption = "ab";
+    TObjectSaver saver;
+    TPersistent* objs[] = {&foo};
+    std::string names[] = {"B"};
+    EXPECT_EQ(HexBytes(Save(saver, objs, names)),
+              "54 50 46 30 04 54 46 6F 6F 01 42 05 57 69 64 74 68 02 64 07 43 61 70 74 69 6F 6E "
+              "06 02 61 62 00 00");
+}
+
+TEST(ObjectSaver, NamesComeFromTheArrayOrTheOwnerChain) {
+    TWidget app;
+    app.SetName("App");
+    auto* form = new TWidget(&app);
+    form->SetName("Form");
+    auto* panel = new TWidget(form);
+    panel->SetName("Panel");
+    auto* button = new TWidget(panel);
+    button->SetName("Button");
+    TWidget loose;
+    loose.SetName("Loose");
+    TFoo foo;
+    TObjectSaver saver;
+    Listener l;
+    l.Attach(saver);
+    TPersistent* objs[] = {button, &loose, &foo, panel};
+    std::string names[] = {"", "", "", "Given.Name"};
+    std::vector<Root> roots = Roots(Save(saver, objs, names));
+    ASSERT_EQ(roots.size(), 4u);
+    // Owners with a name and a named owner of their own stand in front; dots become underscores
+    // in the stream.
+    EXPECT_EQ(roots[0].Name, "Form_Panel_Button");
+    EXPECT_EQ(roots[1].Name, "Loose");
+    EXPECT_EQ(roots[2].Name, "");
+    EXPECT_EQ(roots[3].Name, "Given_Name");
+    EXPECT_EQ(roots[2].Class, "TFoo");
+    // The hooks see the names with their dots.
+    EXPECT_EQ(l.log, (std::vector<std::string>{
+                         "BeforeCreateWriter", "AfterCreateWriter", "BeforeWrite Form.Panel.Button",
+                         "AfterWrite Form.Panel.Button", "BeforeWrite Loose", "AfterWrite Loose",
+                         "BeforeWrite ", "AfterWrite ", "BeforeWrite Given.Name",
+                         "AfterWrite Given.Name"}));
+}
+
+TEST(ObjectSaver, SwitchesReachTheWriterAlsoASuppliedOne) {
+    TFoo foo;
+    TObjectSaver saver;
+    saver.SortProps = true;
+    Listener l;
+    TStringStream dummy;
+    auto* own = new TFitWriter(&dummy); // freed by the saver
+    l.supplyWriter = own;
+    l.Attach(saver);
+    TPersistent* objs[] = {&foo};
+    Save(saver, objs);
+    EXPECT_EQ(l.log[1], "AfterCreateWriter sorted");
+    EXPECT_EQ(Roots(dummy.DataString())[0].Props, (std::vector<std::string>{"Caption", "Width"}));
+}
+
+TEST(ObjectSaver, AVetoedObjectIsLeftOut) {
+    TFoo a, b;
+    TObjectSaver saver;
+    Listener l;
+    l.vetoWrite = "A";
+    l.Attach(saver);
+    TPersistent* objs[] = {&a, &b};
+    std::string names[] = {"A", "B"};
+    std::vector<Root> roots = Roots(Save(saver, objs, names));
+    ASSERT_EQ(roots.size(), 1u);
+    EXPECT_EQ(roots[0].Name, "B");
+    EXPECT_EQ(std::count(l.log.begin(), l.log.end(), "AfterWrite A"), 0);
+
+    // In text form the conversion still runs once per object and reads past the end.
+    saver.Format = sofText;
+    EXPECT_THROW(Save(saver, objs, names), EReadError);
+}
+
+TEST(ObjectSaver, TextIsTheConvertedBinary) {
+    TFoo a, b;
+    b.Caption = "x";
+    TObjectSaver saver;
+    saver.Format = sofText;
+    TPersistent* objs[] = {&a, &b};
+    std::string names[] = {"A"};
+    EXPECT_EQ(Save(saver, objs, names), "object A: TFoo\r\n  Width = 100\r\n  Caption = ''\r\nend\r\n"
+                                        "object TFoo\r\n  Width = 100\r\n  Caption = 'x'\r\nend\r\n");
+}
+
+TEST(ObjectSaver, UnknownFormatsAndNilObjectsAreRefused) {
+    TFoo foo;
+    TObjectSaver saver;
+    saver.Format = sofUnknown;
+    TPersistent* objs[] = {&foo};
+    EXPECT_THROW(Save(saver, objs), EFitWriterError);
+    TStringStream s("TPF0");
+    EXPECT_THROW(saver.LoadObjects(objs, &s), EFitReaderError);
+    saver.Format = sofBinary;
+    TPersistent* withNil[] = {nullptr};
+    EXPECT_THROW(Save(saver, withNil), EFitWriterError);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Loading
+
+TEST(ObjectSaver, RoundTripInBothForms) {
+    for (auto format : {sofBinary, sofText}) {
+        SCOPED_TRACE(int(format));
+        TSample s;
+        s.Count = 5;
+        s.Text = "it's";
+        s.GetLook()->Size = 20;
+        TFoo f;
+        f.Width = 0;
+        TObjectSaver saver;
+        saver.Format = format;
+        TPersistent* objs[] = {&s, &f};
+        std::string text;
+        saver.GetObjectProps(objs, text);
+        TSample s2;
+        TFoo f2;
+        TPersistent* dst[] = {&s2, &f2};
+        saver.SetObjectProps(dst, text);
+        EXPECT_EQ(s2.Count, 5);
+        EXPECT_EQ(s2.Text, "it's");
+        EXPECT_EQ(s2.GetLook()->Size, 20);
+        EXPECT_EQ(f2.Width, 0) << "a default value written by the fit writer is read back";
+    }
+}
+
+TEST(ObjectSaver, NilEntriesSkipTheirObjects) {
+    TFoo a, b, c;
+    a.Caption = "a";
+    b.Caption = "b";
+    c.Caption = "c";
+    TObjectSaver saver;
+    TPersistent* objs[] = {&a, &b, &c};
+    std::string names[] = {"A", "B", "C"};
+    std::string data = Save(saver, objs, names);
+    Listener l;
+    l.Attach(saver);
+    TFoo a2, c2;
+    TPersistent* dst[] = {&a2, nullptr, &c2};
+    TStringStream s(data);
+    saver.LoadObjects(dst, &s);
+    EXPECT_EQ(a2.Caption, "a");
+    EXPECT_EQ(c2.Caption, "c");
+    EXPECT_EQ(l.log, (std::vector<std::string>{"BeforeCreateReader", "AfterCreateReader",
+                                               "BeforeRead obj read", "AfterRead obj A",
+                                               "BeforeRead nil skip", "AfterRead nil B",
+                                               "BeforeRead obj read", "AfterRead obj C"}));
+
+    // A hook can skip an object too.
+    l.vetoRead = true;
+    TFoo a3;
+    TPersistent* one[] = {&a3};
+    TStringStream again(data);
+    saver.LoadObjects(one, &again);
+    EXPECT_EQ(a3.Caption, "");
+}
+
+TEST(ObjectSaver, IgnoreErrorsSilencesTheQuestion) {
+    TSample s;
+    TObjectSaver saver;
+    TPersistent* objs[] = {&s};
+    std::string data = Save(saver, objs);
+    DialogRecorder dialogs;
+    TFoo foo;
+    TPersistent* dst[] = {&foo};
+    saver.IgnoreErrors = true;
+    saver.SetObjectProps(dst, data);
+    EXPECT_TRUE(dialogs.texts.empty());
+    saver.IgnoreErrors = false;
+    saver.SetObjectProps(dst, data);
+    EXPECT_FALSE(dialogs.texts.empty());
+}
+
+TEST(ObjectSaver, AutoDetectionLeavesTheFormatFound) {
+    TFoo foo;
+    foo.Width = 1;
+    TObjectSaver writer;
+    writer.Format = sofText;
+    TPersistent* objs[] = {&foo};
+    std::string text = Save(writer, objs);
+
+    TObjectSaver saver;
+    saver.AutoDetectFormat = true;
+    TFoo target;
+    TPersistent* dst[] = {&target};
+    TStringStream s(text);
+    saver.LoadObjects(dst, &s);
+    EXPECT_EQ(saver.Format, sofText);
+    EXPECT_EQ(target.Width, 1);
+
+    // A data header isn't an object stream.
+    TStringStream header(std::string("sys_bin\0\0TPF0", 13));
+    EXPECT_THROW(saver.LoadObjects(dst, &header), EFitReaderError);
+    EXPECT_EQ(saver.Format, sofUnknown);
+}
+
+TEST(ObjectSaver, SafeLoadAnswersFalseWithoutAMessage) {
+    TempDir dir;
+    DialogRecorder dialogs;
+    TFoo foo;
+    foo.Caption = "kept";
+    TPersistent* objs[] = {&foo};
+    TObjectSaver saver;
+    EXPECT_FALSE(saver.SafeLoadObjects(objs, dir.File("missing.stx")));
+    std::ofstream(dir.File("damaged.sbn"), std::ios::binary) << "TPF0\x04TFoo\x00\x05Wid";
+    EXPECT_FALSE(saver.SafeLoadObjects(objs, dir.File("damaged.sbn")));
+    EXPECT_TRUE(dialogs.texts.empty());
+    EXPECT_EQ(foo.Caption, "kept");
+
+    saver.SaveObjects(objs, {}, dir.File("good.sbn"));
+    TFoo copy;
+    TPersistent* dst[] = {&copy};
+    EXPECT_TRUE(saver.SafeLoadObjects(dst, dir.File("good.sbn")));
+    EXPECT_EQ(copy.Caption, "kept");
+}
+
+TEST(ObjectSaver, AFailedFileSaveLeavesTheOldFile) {
+    TempDir dir;
+    std::string file = dir.File("ExpData.spc");
+    std::ofstream(file, std::ios::binary) << "old settings";
+    TFoo a, b;
+    TPersistent* objs[] = {&a, &b};
+    TObjectSaver saver;
+    struct Thrower : TObject {
+        void Before(TObjectSaver*, TPersistent*, const std::string& name, TFitWriter*, bool&) {
+            if (name == "second") throw EWriteError("disk full");
+        }
+    } thrower;
+    saver.OnBeforeWriteObject = TSaverBeforeWriteEvent::Of<&Thrower::Before>(&thrower);
+    std::string names[] = {"first", "second"};
+    EXPECT_THROW(saver.SaveObjects(objs, names, file), EWriteError);
+    EXPECT_EQ(ReadAll(file), "old settings");
+    EXPECT_EQ(dir.Count(), 1u);
+    saver.OnBeforeWriteObject = nullptr;
+    saver.SaveObjects(objs, names, file);
+    EXPECT_EQ(Roots(ReadAll(file)).size(), 2u);
+}
+
+// ---------------------------------------------------------------------------------------------
+// TPropSaver
+
+TEST(PropSaver, ListsApplyToTheObjectTheyName) {
+    TSample main, other;
+    TPropSaver saver;
+    saver.StoredProps()->Add("Main.Count");
+    saver.StoredProps()->Add("Main.Look");
+    saver.IgnoredProps()->Add("Main.Look.Color");
+    saver.IgnoredProps()->Add("Other.Text");
+    TPersistent* objs[] = {&main, &other};
+    std::string names[] = {"Main", "Other"};
+    std::vector<Root> roots = Roots(Save(saver, objs, names));
+    ASSERT_EQ(roots.size(), 2u);
+    EXPECT_EQ(roots[0].Props, (std::vector<std::string>{"Count", "Look.Size", "Look.Name"}));
+    TObjectSaver plain;
+    std::vector<std::string> all = Roots(Save(plain, objs, names))[1].Props;
+    all.erase(std::find(all.begin(), all.end(), "Text"));
+    EXPECT_EQ(roots[1].Props, all) << "Other is complete but for its ignored entry";
+}
+
+TEST(PropSaver, AnObjectWithoutEntriesIsWrittenWhole) {
+    TFoo foo;
+    TPropSaver saver;
+    saver.StoredProps()->Add("Main.Width");
+    TPersistent* objs[] = {&foo};
+    std::string names[] = {"Elsewhere"};
+    EXPECT_EQ(Roots(Save(saver, objs, names))[0].Props,
+              (std::vector<std::string>{"Width", "Caption"}));
+}
+
+TEST(PropSaver, SettersCopyTheLists) {
+    TStringList list;
+    list.Add("A.B");
+    TPropSaver saver;
+    saver.SetStoredProps(&list);
+    saver.SetIgnoredProps(&list);
+    list.Clear();
+    EXPECT_EQ(saver.StoredProps()->Count(), 1);
+    EXPECT_EQ(saver.IgnoredProps()->Text(), "A.B\r\n");
+}

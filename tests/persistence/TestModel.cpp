@@ -1,0 +1,102 @@
+#include "TestModel.h"
+
+#include <cstdio>
+
+namespace model {
+
+void TLook::Assign(TPersistent* source) {
+    if (auto* look = dynamic_cast<TLook*>(source)) {
+        Size = look->Size;
+        Name = look->Name;
+        Color = look->Color;
+        return;
+    }
+    TPersistent::Assign(source);
+}
+
+TSample::TSample() : look_(std::make_unique<TLook>()) {}
+TSample::~TSample() = default;
+
+TPair::TPair() : look_(std::make_unique<TLook>()) {}
+TPair::~TPair() = default;
+
+TWidget::TWidget(TComponent* owner)
+    : TComponent(owner), look_(std::make_unique<TLook>()), lines_(std::make_unique<TStringList>()),
+      items_(std::make_unique<TCollection>(TItem::StaticClass())) {}
+TWidget::~TWidget() = default;
+
+std::string HexBytes(const std::string& data) {
+    std::string s;
+    char buf[4];
+    for (unsigned char c : data) {
+        std::snprintf(buf, sizeof buf, "%02X", c);
+        if (!s.empty()) s += ' ';
+        s += buf;
+    }
+    return s;
+}
+
+} // namespace model
+
+using namespace model;
+
+RTL_BEGIN_CLASS(model::TFoo)
+    Property("Width", &TFoo::Width).Default(100);
+    Property("Caption", &TFoo::Caption);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TLook)
+    Property("Size", &TLook::Size).Default(8);
+    Property("Name", &TLook::Name);
+    Property<TColor>("Color", &TLook::Color).Default(clBlack);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TSample)
+    Property("Count", &TSample::Count).Default(0);
+    Property("Letter", &TSample::Letter);
+    Property("Shape", &TSample::Shape).Default(shCircle);
+    Property("Shapes", &TSample::Shapes).Default(TShapes{});
+    Property("Ratio", &TSample::Ratio);
+    Property("Stamp", &TSample::Stamp);
+    Property("Day", &TSample::Day);
+    Property("Clock", &TSample::Clock);
+    Property("Text", &TSample::Text);
+    Property("Wide", &TSample::Wide);
+    Property("Big", &TSample::Big);
+    Property("Data", &TSample::Data);
+    Property<TColor>("Color", &TSample::Color).Default(clRed);
+    Property("Flag", &TSample::Flag).Default(false);
+    Property("Look", &TSample::GetLook, &TSample::SetLook);
+    Property("Child", &TSample::Child);
+    Property("OnChange", &TSample::OnChange);
+    Property("ReadOnly", &TSample::ReadOnly, nullptr);
+    Property("WriteOnly", nullptr, &TSample::WriteOnly);
+    Property("Hidden", &TSample::Hidden).Stored(false);
+    Method<&TSample::Changed>("Changed");
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TItem)
+    Property("Caption", &TItem::Caption);
+    Property("Width", &TItem::Width).Default(50);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TWidget)
+    Property("Width", &TWidget::Width).Default(0);
+    Property("Caption", &TWidget::Caption);
+    Property("Shape", &TWidget::Shape).Default(shRectangle);
+    Property("Look", &TWidget::GetLook, &TWidget::SetLook);
+    Property("Lines", &TWidget::GetLines, &TWidget::SetLines);
+    Property("Items", &TWidget::GetItems, &TWidget::SetItems);
+    Property("Buddy", &TWidget::Buddy);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TPair)
+    Property("Look", &TPair::GetLook, &TPair::SetLook);
+    Property("LookMore", &TPair::LookMore);
+    Property("Other", &TPair::Other);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(model::TFieldHolder)
+    Field("FooField", &TFieldHolder::FooField);
+    Field("LookField", &TFieldHolder::LookField);
+RTL_END_CLASS
