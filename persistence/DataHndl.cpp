@@ -53,7 +53,9 @@ TSetNameProc SetNameProc = nullptr;
 // ---------------------------------------------------------------------------------------------
 // Enumerations and sets
 
-std::string EnumToStr(PTypeInfo typeInfo, int32_t value) { return GetEnumName(typeInfo, value); }
+std::string EnumToStr(PTypeInfo typeInfo, int32_t value) {
+    return GetEnumName(typeInfo, value);
+}
 
 int32_t StrToEnum(PTypeInfo typeInfo, const std::string& text) {
     int32_t value = GetEnumValue(typeInfo, text);
@@ -107,7 +109,8 @@ void FillEnumNames(PTypeInfo typeInfo, TStrings* list) {
     list->Clear();
     PTypeData data = GetTypeData(typeInfo);
     if (!data) return;
-    for (int32_t v = data->MinValue; v <= data->MaxValue; ++v) list->Add(GetEnumName(typeInfo, v));
+    for (int32_t v = data->MinValue; v <= data->MaxValue; ++v)
+        list->Add(GetEnumName(typeInfo, v));
 }
 
 bool ContainsIn(PTypeInfo typeInfo, const std::string& name) {
@@ -136,13 +139,17 @@ PPropInfo RequirePath(TObject*& holder, const std::string& path,
     return p;
 }
 
-[[noreturn]] void Unsupported() { CreateException<EDataHandlingError>(SUnsupportedVarType); }
+[[noreturn]] void Unsupported() {
+    CreateException<EDataHandlingError>(SUnsupportedVarType);
+}
 
 void CheckArgs(TObject* obj, PPropInfo propInfo) {
     if (!obj || !propInfo) CreateException<EDataHandlingError>(SPropNotExists, {std::string()});
 }
 
-bool IsDateType(PTypeInfo type) { return IsType(type, "TDateTime") || IsType(type, "TDate"); }
+bool IsDateType(PTypeInfo type) {
+    return IsType(type, "TDateTime") || IsType(type, "TDate");
+}
 
 } // namespace
 
@@ -180,7 +187,8 @@ std::string GetPropAsText(TObject* obj, PPropInfo propInfo) {
         }
         return IntToStr(value);
     }
-    case tkChar: return std::string(1, static_cast<char>(GetOrdProp(obj, propInfo)));
+    case tkChar:
+        return std::string(1, static_cast<char>(GetOrdProp(obj, propInfo)));
     case tkEnumeration:
         return EnumToStr(type, static_cast<int32_t>(GetOrdProp(obj, propInfo)));
     case tkFloat: {
@@ -191,9 +199,12 @@ std::string GetPropAsText(TObject* obj, PPropInfo propInfo) {
     }
     case tkString:
     case tkLString:
-    case tkWString: return GetStrProp(obj, propInfo);
-    case tkSet: return SetToStr(type, static_cast<uint32_t>(GetOrdProp(obj, propInfo)));
-    default: Unsupported();
+    case tkWString:
+        return GetStrProp(obj, propInfo);
+    case tkSet:
+        return SetToStr(type, static_cast<uint32_t>(GetOrdProp(obj, propInfo)));
+    default:
+        Unsupported();
     }
 }
 
@@ -214,22 +225,33 @@ void SetPropByText(TObject* obj, PPropInfo propInfo, const std::string& text) {
             if (!IdentToColor(text, color))
                 CreateException<EDataHandlingError>(SUnacceptableColor, {text});
             SetOrdProp(obj, propInfo, color);
-        } else SetOrdProp(obj, propInfo, StrToInt(text));
+        } else
+            SetOrdProp(obj, propInfo, StrToInt(text));
         break;
     case tkChar:
         SetOrdProp(obj, propInfo, text.empty() ? 0 : static_cast<unsigned char>(text[0]));
         break;
-    case tkEnumeration: SetOrdProp(obj, propInfo, StrToEnum(type, text)); break;
+    case tkEnumeration:
+        SetOrdProp(obj, propInfo, StrToEnum(type, text));
+        break;
     case tkFloat:
-        if (IsDateType(type)) SetFloatProp(obj, propInfo, StrToDateTime(text).Value);
-        else if (IsType(type, "TTime")) SetFloatProp(obj, propInfo, StrToTime(text).Value);
-        else SetFloatProp(obj, propInfo, StrToFloat(text));
+        if (IsDateType(type))
+            SetFloatProp(obj, propInfo, StrToDateTime(text).Value);
+        else if (IsType(type, "TTime"))
+            SetFloatProp(obj, propInfo, StrToTime(text).Value);
+        else
+            SetFloatProp(obj, propInfo, StrToFloat(text));
         break;
     case tkString:
     case tkLString:
-    case tkWString: SetStrProp(obj, propInfo, text); break;
-    case tkSet: SetOrdProp(obj, propInfo, StrToSet(type, text)); break;
-    default: Unsupported();
+    case tkWString:
+        SetStrProp(obj, propInfo, text);
+        break;
+    case tkSet:
+        SetOrdProp(obj, propInfo, StrToSet(type, text));
+        break;
+    default:
+        Unsupported();
     }
 }
 
@@ -250,7 +272,9 @@ void GetPropAsPtr(TObject* obj, PPropInfo propInfo, void*& value) {
         value = reinterpret_cast<void*>(
             static_cast<intptr_t>(static_cast<int32_t>(GetOrdProp(obj, propInfo))));
         break;
-    case tkClass: value = GetObjectProp(obj, propInfo); break;
+    case tkClass:
+        value = GetObjectProp(obj, propInfo);
+        break;
     case tkFloat:
         if (!value) throw EInvalidPointer(SInvalidPointer);
         *static_cast<long double*>(value) = GetFloatProp(obj, propInfo);
@@ -261,7 +285,8 @@ void GetPropAsPtr(TObject* obj, PPropInfo propInfo, void*& value) {
         if (!value) throw EInvalidPointer(SInvalidPointer);
         *static_cast<std::string*>(value) = GetStrProp(obj, propInfo);
         break;
-    default: Unsupported();
+    default:
+        Unsupported();
     }
 }
 
@@ -281,7 +306,9 @@ void SetPropByPtr(TObject* obj, PPropInfo propInfo, void* value) {
     case tkSet:
         SetOrdProp(obj, propInfo, static_cast<int32_t>(reinterpret_cast<intptr_t>(value)));
         break;
-    case tkClass: SetObjectProp(obj, propInfo, static_cast<TObject*>(value)); break;
+    case tkClass:
+        SetObjectProp(obj, propInfo, static_cast<TObject*>(value));
+        break;
     case tkFloat:
         if (!value) throw EInvalidPointer(SInvalidPointer);
         SetFloatProp(obj, propInfo, *static_cast<const long double*>(value));
@@ -292,7 +319,8 @@ void SetPropByPtr(TObject* obj, PPropInfo propInfo, void* value) {
         if (!value) throw EInvalidPointer(SInvalidPointer);
         SetStrProp(obj, propInfo, *static_cast<const std::string*>(value));
         break;
-    default: Unsupported();
+    default:
+        Unsupported();
     }
 }
 
@@ -309,13 +337,18 @@ Variant GetPropAsVariant(TObject* obj, PPropInfo propInfo) {
     case tkInteger:
     case tkChar:
     case tkEnumeration:
-    case tkSet: return Variant(static_cast<int32_t>(GetOrdProp(obj, propInfo)));
-    case tkClass: return Variant(GetOrdProp(obj, propInfo));
-    case tkFloat: return Variant(GetFloatProp(obj, propInfo));
+    case tkSet:
+        return Variant(static_cast<int32_t>(GetOrdProp(obj, propInfo)));
+    case tkClass:
+        return Variant(GetOrdProp(obj, propInfo));
+    case tkFloat:
+        return Variant(GetFloatProp(obj, propInfo));
     case tkString:
     case tkLString:
-    case tkWString: return Variant(GetStrProp(obj, propInfo));
-    default: Unsupported();
+    case tkWString:
+        return Variant(GetStrProp(obj, propInfo));
+    default:
+        Unsupported();
     }
 }
 
@@ -333,12 +366,19 @@ void SetPropByVariant(TObject* obj, PPropInfo propInfo, const Variant& value) {
     case tkChar:
     case tkEnumeration:
     case tkSet:
-    case tkClass: SetOrdProp(obj, propInfo, value.AsInt64()); break;
-    case tkFloat: SetFloatProp(obj, propInfo, value.AsReal()); break;
+    case tkClass:
+        SetOrdProp(obj, propInfo, value.AsInt64());
+        break;
+    case tkFloat:
+        SetFloatProp(obj, propInfo, value.AsReal());
+        break;
     case tkString:
     case tkLString:
-    case tkWString: SetStrProp(obj, propInfo, value.AsString()); break;
-    default: Unsupported();
+    case tkWString:
+        SetStrProp(obj, propInfo, value.AsString());
+        break;
+    default:
+        Unsupported();
     }
 }
 
@@ -381,7 +421,9 @@ void RegisterFieldClasses(TObject* obj, std::vector<TClass>& classes) {
     });
 }
 
-void UnRegisterFieldClasses(std::span<const TClass> classes) { UnRegisterClasses(classes); }
+void UnRegisterFieldClasses(std::span<const TClass> classes) {
+    UnRegisterClasses(classes);
+}
 
 TComponent* FindComponentEx(TComponent* root, const std::string& path) {
     return root ? FindNestedComponent(root, path) : nullptr;
@@ -408,8 +450,7 @@ TPersistent* AnalyseNamePath(TComponent* root, const std::string& path, std::str
 }
 
 bool AnalyseNamePath(TComponent* root, const std::string& path, TAnalysisFindings& findings) {
-    findings.Component =
-        AnalyseNamePath(root, path, findings.ComponentPath, findings.PropertyPath);
+    findings.Component = AnalyseNamePath(root, path, findings.ComponentPath, findings.PropertyPath);
     findings.PropInfo = nullptr;
     if (!findings.Component) return false;
     TObject* holder = findings.Component;
@@ -452,7 +493,8 @@ uint8_t ReadByte(TStream* stream) {
 // Reads up to and including the next byte 13; returns what stood before it.
 std::string ReadUpToCR(TStream* stream) {
     std::string text;
-    for (uint8_t b; (b = ReadByte(stream)) != CR;) text += static_cast<char>(b);
+    for (uint8_t b; (b = ReadByte(stream)) != CR;)
+        text += static_cast<char>(b);
     return text;
 }
 
@@ -526,7 +568,8 @@ void ReadDataHeader(TStream* stream, TObjectStorageFormat& format, bool& resForm
         ReadByte(stream); // the line feed
         ReadUpToCR(stream);
         ReadByte(stream);
-    } else CreateException<EDataHandlingError>(SLabelNotFound);
+    } else
+        CreateException<EDataHandlingError>(SLabelNotFound);
 }
 
 void ReadDataHeader(const std::string& fileName, TObjectStorageFormat& format, bool& resFormat,
@@ -600,7 +643,9 @@ TComponent* StreamRoot(TObject* obj, size_t index, TWrapper& wrapper) {
     return &wrapper;
 }
 
-bool IsComponent(TObject* obj) { return dynamic_cast<TComponent*>(obj) != nullptr; }
+bool IsComponent(TObject* obj) {
+    return dynamic_cast<TComponent*>(obj) != nullptr;
+}
 
 } // namespace
 
@@ -648,9 +693,8 @@ void SaveObjectText(TObjectArray objects, TStream* stream,
     binary.SetPosition(0);
     for (size_t i = 0; i < objects.size(); ++i) {
         if (!IsComponent(objects[i]))
-            WriteObjectDescription(objects[i],
-                                   i < descriptions.size() ? descriptions[i] : std::string(),
-                                   stream);
+            WriteObjectDescription(
+                objects[i], i < descriptions.size() ? descriptions[i] : std::string(), stream);
         ObjectBinaryToText(&binary, stream);
     }
 }
@@ -738,10 +782,12 @@ void LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
     reader.ReadSignature();
     for (size_t i = 0; i < objects.size(); ++i) {
         if (!objects[i]) {
-            while (!reader.EndOfList()) reader.SkipProperty();
+            while (!reader.EndOfList())
+                reader.SkipProperty();
         } else {
             TPersistent* target = RequirePersistent(objects[i], i);
-            while (!reader.EndOfList()) reader.ReadProperty(target);
+            while (!reader.EndOfList())
+                reader.ReadProperty(target);
         }
         reader.ReadListEnd();
     }
@@ -753,7 +799,8 @@ void LoadObjectBinaryEx(TObjectArray objects, const std::string& fileName) {
 
 void LoadComponentText(std::span<TComponent*> components, TStream* stream) {
     TMemoryStream binary;
-    for (size_t i = 0; i < components.size(); ++i) ObjectTextToBinary(stream, &binary);
+    for (size_t i = 0; i < components.size(); ++i)
+        ObjectTextToBinary(stream, &binary);
     binary.SetPosition(0);
     LoadComponentBinary(components, &binary, false);
 }
@@ -791,17 +838,25 @@ TObjectStorageFormat DetectObjectFormat(TStream* stream) {
     case 'I':
     case 'O':
     case 'i':
-    case 'o': return osfText;
-    default: CreateException<EDataHandlingError>(SNoObjectInStream);
+    case 'o':
+        return osfText;
+    default:
+        CreateException<EDataHandlingError>(SNoObjectInStream);
     }
 }
 
 void LoadObjects(TObjectArray objects, TStream* stream) {
     if (objects.empty()) return;
     switch (DetectObjectFormat(stream)) {
-    case osfResBin: LoadObjectBinary(objects, stream, true); break;
-    case osfBin: LoadObjectBinary(objects, stream, false); break;
-    default: LoadObjectText(objects, stream); break;
+    case osfResBin:
+        LoadObjectBinary(objects, stream, true);
+        break;
+    case osfBin:
+        LoadObjectBinary(objects, stream, false);
+        break;
+    default:
+        LoadObjectText(objects, stream);
+        break;
     }
 }
 
@@ -819,11 +874,14 @@ void SafeLoadObjects(TObjectArray objects, TStream* stream, TObjectStorageFormat
         component->Owner()->RemoveComponent(component);
     }
     auto restore = [&] {
-        for (auto& [component, owner] : removed) owner->InsertComponent(component);
+        for (auto& [component, owner] : removed)
+            owner->InsertComponent(component);
     };
     try {
-        if (format == osfBin) LoadObjectBinary(objects, stream, resFormat);
-        else LoadObjectText(objects, stream);
+        if (format == osfBin)
+            LoadObjectBinary(objects, stream, resFormat);
+        else
+            LoadObjectText(objects, stream);
     } catch (...) {
         restore();
         throw;
@@ -831,8 +889,8 @@ void SafeLoadObjects(TObjectArray objects, TStream* stream, TObjectStorageFormat
     restore();
 }
 
-void SafeLoadObjects(TObjectArray objects, const std::string& fileName,
-                     TObjectStorageFormat format, bool resFormat) {
+void SafeLoadObjects(TObjectArray objects, const std::string& fileName, TObjectStorageFormat format,
+                     bool resFormat) {
     WithFile(fileName, kReadDenyWrite,
              [&](TStream* s) { SafeLoadObjects(objects, s, format, resFormat); });
 }
@@ -845,8 +903,10 @@ TObjDataDscr LoadObjectData(TObjectArray objects, TStream* stream,
     bool skip = false;
     if (callback) callback(dscr, description, skip, data);
     if (!skip) {
-        if (dscr.StorageFormat == osfBin) LoadObjectBinary(objects, stream, dscr.ResFormat);
-        else if (dscr.StorageFormat == osfText) LoadObjectText(objects, stream);
+        if (dscr.StorageFormat == osfBin)
+            LoadObjectBinary(objects, stream, dscr.ResFormat);
+        else if (dscr.StorageFormat == osfText)
+            LoadObjectText(objects, stream);
     }
     return dscr;
 }
@@ -862,15 +922,19 @@ TObjDataDscr LoadObjectData(TObjectArray objects, const std::string& fileName,
 
 void GetProps(TObjectArray objects, std::string& text, TObjectStorageFormat format) {
     TStringStream stream;
-    if (format == osfBin) SaveObjectBinary(objects, &stream, false);
-    else if (format == osfText) SaveObjectText(objects, &stream);
+    if (format == osfBin)
+        SaveObjectBinary(objects, &stream, false);
+    else if (format == osfText)
+        SaveObjectText(objects, &stream);
     text = stream.DataString();
 }
 
 void SetProps(TObjectArray objects, const std::string& text, TObjectStorageFormat format) {
     TStringStream stream(text);
-    if (format == osfBin) LoadObjectBinary(objects, &stream, false);
-    else if (format == osfText) LoadObjectText(objects, &stream);
+    if (format == osfBin)
+        LoadObjectBinary(objects, &stream, false);
+    else if (format == osfText)
+        LoadObjectText(objects, &stream);
 }
 
 void SetPropsEx(TObjectArray objects, const std::string& text, TObjectStorageFormat format) {
@@ -889,8 +953,10 @@ std::vector<TPersistent*> PersistentArray(TObjectArray objects) {
 }
 
 void SetSaverFormat(TObjectSaver& saver, TObjectStorageFormat format) {
-    if (format == osfText) saver.Format = sofText;
-    else if (format == osfBin) saver.Format = sofBinary;
+    if (format == osfText)
+        saver.Format = sofText;
+    else if (format == osfBin)
+        saver.Format = sofBinary;
 }
 } // namespace
 

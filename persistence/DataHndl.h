@@ -40,17 +40,17 @@ using rtl::Exception;
 // ---------------------------------------------------------------------------------------------
 // Texts of this layer, by number
 
-constexpr int SPropNotExists = 50520;        // "Property by name ''%s'' does not exist."
-constexpr int SUnsupportedVarType = 50523;   // "Unsupported variable type."
-constexpr int SLoadErrorContinue = 50535;    // "Load error.%s%s.%sContinue loading?"
-constexpr int SPropNotFound = 50536;         // "Property %s not found"
-constexpr int SCollItemExists = 50537;       // "Collection's element ''%s'' already exists."
-constexpr int SObjectExists = 50538;         // "Object ''%s'' already exists."
-constexpr int SLabelNotFound = 50580;        // "Incorrect data format. Required label not found."
-constexpr int SUnacceptableValue = 50582;    // "%s is unacceptable value for type."
-constexpr int SIncorrectSetValue = 50583;    // "%s is incorrect value for set."
-constexpr int SUnacceptableColor = 50584;    // "%s is unacceptable value for TColor."
-constexpr int SNoObjectInStream = 50585;     // "Thread does not contain object."
+constexpr int SPropNotExists = 50520;      // "Property by name ''%s'' does not exist."
+constexpr int SUnsupportedVarType = 50523; // "Unsupported variable type."
+constexpr int SLoadErrorContinue = 50535;  // "Load error.%s%s.%sContinue loading?"
+constexpr int SPropNotFound = 50536;       // "Property %s not found"
+constexpr int SCollItemExists = 50537;     // "Collection's element ''%s'' already exists."
+constexpr int SObjectExists = 50538;       // "Object ''%s'' already exists."
+constexpr int SLabelNotFound = 50580;      // "Incorrect data format. Required label not found."
+constexpr int SUnacceptableValue = 50582;  // "%s is unacceptable value for type."
+constexpr int SIncorrectSetValue = 50583;  // "%s is incorrect value for set."
+constexpr int SUnacceptableColor = 50584;  // "%s is unacceptable value for TColor."
+constexpr int SNoObjectInStream = 50585;   // "Thread does not contain object."
 
 RTL_EXCEPTION(EDataHandlingError, Exception)
 
@@ -286,12 +286,12 @@ void LoadObjects(TObjectArray objects, const std::string& fileName);
 // with the given resFormat, any other form loads text.
 void SafeLoadObjects(TObjectArray objects, rtl::TStream* stream, TObjectStorageFormat format,
                      bool resFormat);
-void SafeLoadObjects(TObjectArray objects, const std::string& fileName,
-                     TObjectStorageFormat format, bool resFormat);
+void SafeLoadObjects(TObjectArray objects, const std::string& fileName, TObjectStorageFormat format,
+                     bool resFormat);
 
 // Called by LoadObjectData with what the header says; setting skip leaves the objects unread.
-using TLoadDataCallback = std::function<void(TObjDataDscr dscr, const std::string& description,
-                                             bool& skip, void* data)>;
+using TLoadDataCallback =
+    std::function<void(TObjDataDscr dscr, const std::string& description, bool& skip, void* data)>;
 // Reads the data header, asks the callback, and loads the objects in the form the header names.
 TObjDataDscr LoadObjectData(TObjectArray objects, rtl::TStream* stream,
                             const TLoadDataCallback& callback = nullptr, void* data = nullptr);

@@ -1,8 +1,8 @@
 #include "persistence/Storage.h"
 
 #include "rtl/Classes.h"
-#include "rtl/SafeFile.h"
 #include "rtl/FileStreams.h"
+#include "rtl/SafeFile.h"
 #include "rtl/SysUtils.h"
 
 #include <algorithm>
@@ -77,8 +77,10 @@ void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         int64_t value = GetOrdProp(instance, propInfo);
         WritePropName(name);
         std::string ident;
-        if (IntegerToIdent(type, value, ident)) WriteIdent(ident);
-        else WriteInteger(static_cast<int32_t>(value));
+        if (IntegerToIdent(type, value, ident))
+            WriteIdent(ident);
+        else
+            WriteInteger(static_cast<int32_t>(value));
         break;
     }
     case tkChar:
@@ -164,7 +166,8 @@ void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         }
         break;
     }
-    default: break; // nothing, not even the name
+    default:
+        break; // nothing, not even the name
     }
 }
 
@@ -225,21 +228,24 @@ void TFitWriter::DefineBinaryProperty(const std::string& name, const TStreamProc
 // TFilteringWriter
 
 TFilteringWriter::TFilteringWriter(TStream* stream, int bufSize)
-    : TFitWriter(stream, bufSize),
-      objProps_(std::make_unique<TStringList>()),
+    : TFitWriter(stream, bufSize), objProps_(std::make_unique<TStringList>()),
       storedProps_(std::make_unique<TStringList>()),
       ignoredProps_(std::make_unique<TStringList>()) {}
 
 TFilteringWriter::~TFilteringWriter() = default;
 
 void TFilteringWriter::SetIgnoredProps(TStrings* list) {
-    if (list) ignoredProps_->Assign(list);
-    else ignoredProps_->Clear();
+    if (list)
+        ignoredProps_->Assign(list);
+    else
+        ignoredProps_->Clear();
 }
 
 void TFilteringWriter::SetStoredProps(TStrings* list) {
-    if (list) storedProps_->Assign(list);
-    else storedProps_->Clear();
+    if (list)
+        storedProps_->Assign(list);
+    else
+        storedProps_->Clear();
 }
 
 void TFilteringWriter::PrepareObjProps() {
@@ -293,7 +299,8 @@ void TFitReader::ReadAsComponent(TPersistent* instance, std::string& name) {
     ReadSignature();
     ReadStr(); // the class name, which isn't checked
     name = ReadStr();
-    while (!EndOfList()) ReadProperty(instance);
+    while (!EndOfList())
+        ReadProperty(instance);
     ReadListEnd();
     ReadListEnd();
 }
@@ -302,7 +309,8 @@ void TFitReader::SkipObject(std::string& name) {
     ReadSignature();
     ReadStr();
     name = ReadStr();
-    while (!EndOfList()) SkipProperty();
+    while (!EndOfList())
+        SkipProperty();
     ReadListEnd();
     ReadListEnd();
 }
@@ -392,9 +400,14 @@ void TObjectSaver::DoAfterWriteObject(TPersistent* obj, const std::string& name,
 
 void TObjectSaver::SaveObjects(TPersistentArray objects, TNameArray names, TStream* stream) {
     switch (Format) {
-    case sofBinary: SaveObjectBinary(objects, names, stream); break;
-    case sofText: SaveObjectText(objects, names, stream); break;
-    default: throw EFitWriterError(SWriteError);
+    case sofBinary:
+        SaveObjectBinary(objects, names, stream);
+        break;
+    case sofText:
+        SaveObjectText(objects, names, stream);
+        break;
+    default:
+        throw EFitWriterError(SWriteError);
     }
 }
 
@@ -418,8 +431,7 @@ std::string OwnerChainName(TComponent* component) {
 }
 } // namespace
 
-void TObjectSaver::SaveObjectBinary(TPersistentArray objects, TNameArray names,
-                                    TStream* stream) {
+void TObjectSaver::SaveObjectBinary(TPersistentArray objects, TNameArray names, TStream* stream) {
     std::unique_ptr<TFitWriter> writer(CreateWriter(stream));
     for (size_t i = 0; i < objects.size(); ++i) {
         TPersistent* obj = objects[i];
@@ -443,15 +455,21 @@ void TObjectSaver::SaveObjectText(TPersistentArray objects, TNameArray names, TS
     TMemoryStream binary;
     SaveObjectBinary(objects, names, &binary);
     binary.SetPosition(0);
-    for (size_t i = 0; i < objects.size(); ++i) ObjectBinaryToText(&binary, stream);
+    for (size_t i = 0; i < objects.size(); ++i)
+        ObjectBinaryToText(&binary, stream);
 }
 
 void TObjectSaver::LoadObjects(TPersistentArray objects, TStream* stream) {
     if (AutoDetectFormat) Format = TestStreamFormat(stream);
     switch (Format) {
-    case sofBinary: LoadObjectBinary(objects, stream); break;
-    case sofText: LoadObjectText(objects, stream); break;
-    default: throw EFitReaderError(SReadError);
+    case sofBinary:
+        LoadObjectBinary(objects, stream);
+        break;
+    case sofText:
+        LoadObjectText(objects, stream);
+        break;
+    default:
+        throw EFitReaderError(SReadError);
     }
 }
 
@@ -466,15 +484,18 @@ void TObjectSaver::LoadObjectBinary(TPersistentArray objects, TStream* stream) {
         bool doRead = obj != nullptr;
         DoBeforeReadObject(obj, reader.get(), doRead);
         std::string name;
-        if (doRead && obj) reader->ReadAsComponent(obj, name);
-        else reader->SkipObject(name);
+        if (doRead && obj)
+            reader->ReadAsComponent(obj, name);
+        else
+            reader->SkipObject(name);
         DoAfterReadObject(obj, reader.get(), name);
     }
 }
 
 void TObjectSaver::LoadObjectText(TPersistentArray objects, TStream* stream) {
     TMemoryStream binary;
-    for (size_t i = 0; i < objects.size(); ++i) ObjectTextToBinary(stream, &binary);
+    for (size_t i = 0; i < objects.size(); ++i)
+        ObjectTextToBinary(stream, &binary);
     binary.SetPosition(0);
     LoadObjectBinary(objects, &binary);
 }
@@ -509,13 +530,17 @@ TPropSaver::TPropSaver()
 TPropSaver::~TPropSaver() = default;
 
 void TPropSaver::SetStoredProps(TStrings* list) {
-    if (list) storedProps_->Assign(list);
-    else storedProps_->Clear();
+    if (list)
+        storedProps_->Assign(list);
+    else
+        storedProps_->Clear();
 }
 
 void TPropSaver::SetIgnoredProps(TStrings* list) {
-    if (list) ignoredProps_->Assign(list);
-    else ignoredProps_->Clear();
+    if (list)
+        ignoredProps_->Assign(list);
+    else
+        ignoredProps_->Clear();
 }
 
 void TPropSaver::DoBeforeCreateWriter(TStream* stream, TFitWriter*& writer) {

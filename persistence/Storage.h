@@ -46,9 +46,9 @@ class TFixedCollection;
 class TFreeCollection;
 
 // Decides whether a property is written; canWrite starts true.
-using TCanWritePropertyEvent = rtl::TEvent<void(rtl::TPersistent* instance,
-                                                const std::string& propName,
-                                                rtl::PPropInfo propInfo, bool& canWrite)>;
+using TCanWritePropertyEvent =
+    rtl::TEvent<void(rtl::TPersistent* instance, const std::string& propName,
+                     rtl::PPropInfo propInfo, bool& canWrite)>;
 
 class TFitWriter : public rtl::TWriter {
     RTL_CLASS(TFitWriter, rtl::TWriter)
@@ -294,8 +294,7 @@ public:
     // component is made from its owners' names. The file is replaced only when all is written.
     void SaveObjects(TPersistentArray objects, TNameArray names, rtl::TStream* stream);
     void SaveObjects(TPersistentArray objects, TNameArray names, const std::string& fileName);
-    virtual void SaveObjectBinary(TPersistentArray objects, TNameArray names,
-                                  rtl::TStream* stream);
+    virtual void SaveObjectBinary(TPersistentArray objects, TNameArray names, rtl::TStream* stream);
     virtual void SaveObjectText(TPersistentArray objects, TNameArray names, rtl::TStream* stream);
 
     // Loads in Format, detected first with AutoDetectFormat. A nil entry passes over its object.

@@ -22,7 +22,7 @@ TSafeFileStream::TSafeFileStream(const std::string& fileName)
         std::free(real);
     }
     dir_ = target_.find(PathDelim) == std::string::npos ? std::string(1, '.')
-                                                         : ExtractFileDir(target_);
+                                                        : ExtractFileDir(target_);
     if (dir_.empty()) dir_ = std::string(1, PathDelim);
     std::string tmpl =
         IncludeTrailingPathDelimiter(dir_) + "." + ExtractFileName(target_) + ".XXXXXX";
@@ -50,7 +50,9 @@ TSafeFileStream::TSafeFileStream(const std::string& fileName)
     }
 }
 
-TSafeFileStream::~TSafeFileStream() { Discard(); }
+TSafeFileStream::~TSafeFileStream() {
+    Discard();
+}
 
 void TSafeFileStream::Discard() {
     if (open_) {

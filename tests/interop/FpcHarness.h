@@ -76,7 +76,8 @@ public:
             Value(ind + "    ");
         }
         r_.ReadListEnd();
-        while (!r_.EndOfList()) Object(ind + "  ");
+        while (!r_.EndOfList())
+            Object(ind + "  ");
         r_.ReadListEnd();
         Add(ind + "end");
     }
@@ -98,14 +99,17 @@ private:
         case vaList:
             r_.ReadValue();
             Add(ind + tag);
-            while (!r_.EndOfList()) Value(ind + "  ");
+            while (!r_.EndOfList())
+                Value(ind + "  ");
             r_.ReadListEnd();
             Add(ind + "end");
             break;
         case vaInt8:
         case vaInt16:
         case vaInt32:
-        case vaInt64: Add(ind + tag + " " + std::to_string(r_.ReadInt64())); break;
+        case vaInt64:
+            Add(ind + tag + " " + std::to_string(r_.ReadInt64()));
+            break;
         case vaExtended: {
             uint8_t b[10];
             ExtendedToBytes(r_.ReadFloat(), b);
@@ -149,7 +153,9 @@ private:
             Add(ind + tag + " " + Hex(w.data(), w.size() * 2));
             break;
         }
-        case vaIdent: Add(ind + tag + " " + r_.ReadIdent()); break;
+        case vaIdent:
+            Add(ind + tag + " " + r_.ReadIdent());
+            break;
         case vaBinary: {
             r_.ReadValue();
             uint32_t n;
@@ -162,7 +168,8 @@ private:
         case vaSet: {
             r_.ReadValue();
             std::string names;
-            for (std::string s; !(s = r_.ReadStr()).empty();) names += (names.empty() ? "" : ",") + s;
+            for (std::string s; !(s = r_.ReadStr()).empty();)
+                names += (names.empty() ? "" : ",") + s;
             Add(ind + tag + " " + names);
             break;
         }
@@ -186,7 +193,8 @@ private:
             r_.ReadListEnd();
             Add(ind + "end");
             break;
-        default: FAIL() << "unexpected tag " << int(v);
+        default:
+            FAIL() << "unexpected tag " << int(v);
         }
     }
 
@@ -210,10 +218,14 @@ inline std::string OurDump(const std::string& binary) {
 inline std::string OurConvert(const std::string& mode, const std::string& data) {
     TStringStream in(data), out;
     while (in.GetPosition() < in.GetSize()) {
-        if (mode == "b2t") ObjectBinaryToText(&in, &out);
-        else if (mode == "t2b") ObjectTextToBinary(&in, &out);
-        else if (mode == "r2t") ObjectResourceToText(&in, &out);
-        else ObjectTextToResource(&in, &out);
+        if (mode == "b2t")
+            ObjectBinaryToText(&in, &out);
+        else if (mode == "t2b")
+            ObjectTextToBinary(&in, &out);
+        else if (mode == "r2t")
+            ObjectResourceToText(&in, &out);
+        else
+            ObjectTextToResource(&in, &out);
     }
     return out.DataString();
 }
@@ -224,7 +236,6 @@ inline std::string Lf(std::string s) {
         if (c != '\r') r += c;
     return r;
 }
-
 
 // fpconv, compiled once per test suite into a directory of the build tree of its own.
 class FpcConverter {
@@ -245,8 +256,8 @@ public:
                           tool_.string() + " " + src.string() + " > " +
                           (dir_ / "fpc.log").string() + " 2>&1";
         if (std::system(cmd.c_str()) != 0 || !fs::exists(tool_))
-            CompileError = "fpc could not compile " + src.string() + ":\n" +
-                           ReadFile(dir_ / "fpc.log");
+            CompileError =
+                "fpc could not compile " + src.string() + ":\n" + ReadFile(dir_ / "fpc.log");
     }
 
     // Runs fpconv on input (a file's contents) and returns what it wrote.
@@ -259,8 +270,8 @@ public:
         std::string cmd = tool_.string() + " " + mode + " " + in.string() + " " + out.string() +
                           " 2> " + (dir_ / "work" / (base + ".err")).string();
         int rc = std::system(cmd.c_str());
-        EXPECT_EQ(rc, 0) << "fpconv " << mode << " failed: "
-                         << ReadFile(dir_ / "work" / (base + ".err"));
+        EXPECT_EQ(rc, 0) << "fpconv " << mode
+                         << " failed: " << ReadFile(dir_ / "work" / (base + ".err"));
         return ReadFile(out);
     }
 

@@ -14,10 +14,13 @@ namespace {
 
 std::string Bytes(std::initializer_list<int> bytes) {
     std::string s;
-    for (int b : bytes) s += static_cast<char>(b);
+    for (int b : bytes)
+        s += static_cast<char>(b);
     return s;
 }
-std::string Short(const std::string& s) { return static_cast<char>(s.size()) + s; }
+std::string Short(const std::string& s) {
+    return static_cast<char>(s.size()) + s;
+}
 
 // Writes one object as a root with a writer set up by setup.
 template <class W = TFitWriter, class Setup>
@@ -100,10 +103,10 @@ TEST(FitWriter, AnEmptyPropertyListIsSignatureTwoNamesAndTwoZeros) {
 TEST(FitWriter, EveryValueIsWrittenUnlikeThePlatformWriter) {
     TSample s; // every property at its default
     std::vector<std::string> names = Names(WriteRoot(&s));
-    EXPECT_EQ(names, (std::vector<std::string>{"Count", "Letter", "Shape", "Shapes", "Ratio",
-                                               "Stamp", "Day", "Clock", "Text", "Wide", "Big",
-                                               "Data", "Color", "Flag", "Look.Size", "Look.Name",
-                                               "Look.Color", "Child"}));
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"Count", "Letter", "Shape", "Shapes", "Ratio", "Stamp",
+                                        "Day", "Clock", "Text", "Wide", "Big", "Data", "Color",
+                                        "Flag", "Look.Size", "Look.Name", "Look.Color", "Child"}));
 }
 
 TEST(FitWriter, ValueTagsByKind) {
@@ -168,8 +171,8 @@ TEST(FitWriter, PropertiesThatCantBeReadBackNeverReachTheStream) {
 
 TEST(FitWriter, MethodsOnlyOnRequestAndOnlyWhenSet) {
     TSample s;
-    EXPECT_FALSE(Has(Names(WriteRoot(&s, "", [](TFitWriter& w) { w.StoreMethods = true; })),
-                     "OnChange"))
+    EXPECT_FALSE(
+        Has(Names(WriteRoot(&s, "", [](TFitWriter& w) { w.StoreMethods = true; })), "OnChange"))
         << "a nil handler writes nothing, not even the name";
     s.OnChange = TChangeEvent::Of<&TSample::Changed>(&s);
     EXPECT_FALSE(Has(Names(WriteRoot(&s)), "OnChange"));
@@ -186,8 +189,7 @@ TEST(FitWriter, MethodsOnlyOnRequestAndOnlyWhenSet) {
         void Handler(TObject*) {}
     } other;
     s.OnChange = TChangeEvent::Of<&Other::Handler>(&other);
-    EXPECT_THROW(WriteRoot(&s, "", [](TFitWriter& w) { w.StoreMethods = true; }),
-                 EFitWriterError);
+    EXPECT_THROW(WriteRoot(&s, "", [](TFitWriter& w) { w.StoreMethods = true; }), EFitWriterError);
 }
 
 TEST(FitWriter, SortedByNameOnRequest) {
@@ -218,8 +220,8 @@ TEST(FitWriter, CollectionsPropertiesStandAheadOfTheirItems) {
     std::string data = WriteRoot(&w);
     std::string items = Short("Items") + Bytes({14}) + Bytes({1}) + Short("Caption") +
                         Bytes({6, 1, 'a'}) + Short("Width") + Bytes({2, 50, 0}) + Bytes({1}) +
-                        Short("Caption") + Bytes({6, 0}) + Short("Width") +
-                        Bytes({2, 50, 0}) + Bytes({0});
+                        Short("Caption") + Bytes({6, 0}) + Short("Width") + Bytes({2, 50, 0}) +
+                        Bytes({0});
     EXPECT_NE(data.find(items), std::string::npos);
 
     TWidget copy;
@@ -276,18 +278,18 @@ template <class F> std::vector<std::string> Filtered(TPersistent* obj, F&& setup
 }
 void SetList(TStringList* list, std::initializer_list<const char*> entries) {
     list->Clear();
-    for (const char* e : entries) list->Add(e);
+    for (const char* e : entries)
+        list->Add(e);
 }
 } // namespace
 
 TEST(FilteringWriter, StoredPathsPassWithTheirContainersAndSubtrees) {
     TSample s, child;
     s.Child = &child;
-    std::vector<std::string> names = Filtered(&s, [](TFilteringWriter& w) {
-        SetList(w.StoredProps(), {"Child.Look"});
-    });
-    EXPECT_EQ(names, (std::vector<std::string>{"Child.Look.Size", "Child.Look.Name",
-                                               "Child.Look.Color"}));
+    std::vector<std::string> names =
+        Filtered(&s, [](TFilteringWriter& w) { SetList(w.StoredProps(), {"Child.Look"}); });
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"Child.Look.Size", "Child.Look.Name", "Child.Look.Color"}));
 }
 
 TEST(FilteringWriter, ContainersArePreparedFromEveryDot) {
@@ -300,9 +302,8 @@ TEST(FilteringWriter, ContainersArePreparedFromEveryDot) {
 
 TEST(FilteringWriter, TheCurrentObjectPathIsAPlainPrefix) {
     TPair p;
-    std::vector<std::string> names = Filtered(&p, [](TFilteringWriter& w) {
-        SetList(w.StoredProps(), {"Look"});
-    });
+    std::vector<std::string> names =
+        Filtered(&p, [](TFilteringWriter& w) { SetList(w.StoredProps(), {"Look"}); });
     // "LookMore" starts with "Look" and passes with it; "Other" doesn't.
     EXPECT_EQ(names,
               (std::vector<std::string>{"Look.Size", "Look.Name", "Look.Color", "LookMore"}));
@@ -335,9 +336,8 @@ TEST(FilteringWriter, AListOfStoredPathsKeepsDefinedPropertiesOut) {
     std::vector<std::string> names;
     std::string rootName;
     bool defined = true;
-    names = Names(WriteRoot<TFilteringWriter>(&w, "Main", [&](TFilteringWriter& fw) {
-        SetList(fw.StoredProps(), {"Width"});
-    }));
+    names = Names(WriteRoot<TFilteringWriter>(
+        &w, "Main", [&](TFilteringWriter& fw) { SetList(fw.StoredProps(), {"Width"}); }));
     EXPECT_EQ(names, std::vector<std::string>{"Width"});
     TStringStream s;
     TFilteringWriter fw(&s);

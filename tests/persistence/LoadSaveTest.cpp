@@ -23,12 +23,15 @@ namespace {
 
 std::string Bytes(std::initializer_list<int> bytes) {
     std::string s;
-    for (int b : bytes) s += static_cast<char>(b);
+    for (int b : bytes)
+        s += static_cast<char>(b);
     return s;
 }
 
 // A short string: its length byte and its characters.
-std::string Short(const std::string& s) { return static_cast<char>(s.size()) + s; }
+std::string Short(const std::string& s) {
+    return static_cast<char>(s.size()) + s;
+}
 
 TSample& Filled(TSample& s) {
     s.Count = 42;
@@ -79,7 +82,8 @@ public:
     std::string File(const std::string& name) const { return (path_ / name).string(); }
     std::vector<std::string> Entries() const {
         std::vector<std::string> names;
-        for (auto& e : fs::directory_iterator(path_)) names.push_back(e.path().filename().string());
+        for (auto& e : fs::directory_iterator(path_))
+            names.push_back(e.path().filename().string());
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -130,9 +134,8 @@ TEST(SaveBytes, AnObjectThatIsNoComponentTravelsInAWrapper) {
     std::string text;
     GetProps(objs, text, osfBin);
     EXPECT_EQ(HexBytes(text),
-              HexBytes("TPF0" + Short("TWrapper") + Short("") + Short("I.Width") +
-                       Bytes({2, 5}) + Short("I.Caption") + Bytes({6, 2, 'a', 'b'}) +
-                       Bytes({0, 0})));
+              HexBytes("TPF0" + Short("TWrapper") + Short("") + Short("I.Width") + Bytes({2, 5}) +
+                       Short("I.Caption") + Bytes({6, 2, 'a', 'b'}) + Bytes({0, 0})));
 }
 
 TEST(SaveBytes, ThePlatformWriterLeavesOutDefaults) {
@@ -152,8 +155,7 @@ TEST(SaveBytes, AComponentIsWrittenUnderItsOwnClassAndName) {
     std::string text;
     GetProps(objs, text, osfBin);
     EXPECT_EQ(text, "TPF0" + Short("TWidget") + Short("Main") + Short("Width") +
-                        Bytes({3, 0x2C, 0x01}) + Short("Items") + Bytes({14, 0}) +
-                        Bytes({0, 0}));
+                        Bytes({3, 0x2C, 0x01}) + Short("Items") + Bytes({14, 0}) + Bytes({0, 0}));
 }
 
 TEST(SaveBytes, EmptyArraysDoNothing) {
@@ -358,8 +360,10 @@ TEST(LoadArrays, NilComponentEntriesAreCreatedFromTheStream) {
         TWidget existing;
         TComponent* comps[] = {&existing, nullptr};
         TStringStream s(text);
-        if (format == osfBin) LoadComponentBinary(comps, &s, false);
-        else LoadComponentText(comps, &s);
+        if (format == osfBin)
+            LoadComponentBinary(comps, &s, false);
+        else
+            LoadComponentText(comps, &s);
         EXPECT_EQ(comps[0], &existing);
         EXPECT_EQ(existing.Width, 1);
         ASSERT_NE(comps[1], nullptr);
@@ -474,7 +478,8 @@ TEST_F(SafeLoad, MissingAndDamagedFiles) {
     EXPECT_THROW(SafeLoadObjects(objs, dir.File("missing.sbn"), osfBin, false), EFOpenError);
     EXPECT_EQ(owner.ComponentCount(), 2);
 
-    WriteAll(dir.File("damaged.sbn"), "TPF0\x07TWidget\x05" "First\x05Wi");
+    WriteAll(dir.File("damaged.sbn"), "TPF0\x07TWidget\x05"
+                                      "First\x05Wi");
     EXPECT_THROW(SafeLoadObjects(objs, dir.File("damaged.sbn"), osfBin, false), EReadError);
     EXPECT_EQ(owner.ComponentCount(), 2);
     EXPECT_EQ(first->Owner(), &owner);
@@ -501,14 +506,16 @@ TEST(ObjectData, HeaderCallbackThenObjects) {
         int calls = 0;
         int tag = 5;
         TObjDataDscr got = LoadObjectData(
-            dst, &s, [&](TObjDataDscr d, const std::string& description, bool& skip, void* data) {
+            dst, &s,
+            [&](TObjDataDscr d, const std::string& description, bool& skip, void* data) {
                 ++calls;
                 EXPECT_EQ(d.StorageFormat, osfBin);
                 EXPECT_EQ(d.ResFormat, res);
                 EXPECT_EQ(description, "1.01 99.99");
                 EXPECT_FALSE(skip);
                 EXPECT_EQ(data, &tag);
-            }, &tag);
+            },
+            &tag);
         EXPECT_EQ(calls, 1);
         EXPECT_EQ(got.ResFormat, res);
         EXPECT_EQ(target.Width, 9);
@@ -524,9 +531,8 @@ TEST(ObjectData, SkipLeavesTheObjectsAndTheStreamBehindTheHeader) {
     s.SetPosition(0);
     TFoo target;
     TObject* dst[] = {&target};
-    LoadObjectData(dst, &s, [](TObjDataDscr, const std::string&, bool& skip, void*) {
-        skip = true;
-    });
+    LoadObjectData(dst, &s,
+                   [](TObjDataDscr, const std::string&, bool& skip, void*) { skip = true; });
     EXPECT_EQ(target.Width, 100);
     EXPECT_EQ(s.GetPosition(), 7 + 2 + 4);
 }
@@ -642,8 +648,8 @@ TEST(Files, EveryFormThroughAFile) {
     load([&](TObjectArray d) { LoadObjectData(d, dir.File("d.sbn")); });
     load([&](TObjectArray d) { LoadObjectData(d, dir.File("d.stx")); });
     EXPECT_EQ(SkipDataHeader(dir.File("d.stx")), osfText);
-    EXPECT_EQ(dir.Entries(), (std::vector<std::string>{"a.sbe", "a.sbn", "a.sbr", "a.stx",
-                                                       "d.sbn", "d.stx"}));
+    EXPECT_EQ(dir.Entries(),
+              (std::vector<std::string>{"a.sbe", "a.sbn", "a.sbr", "a.stx", "d.sbn", "d.stx"}));
 }
 
 TEST(Files, AFailedSaveLeavesTheOldFileWhole) {

@@ -170,11 +170,11 @@ TEST(ObjectSaver, NamesComeFromTheArrayOrTheOwnerChain) {
     EXPECT_EQ(roots[3].Name, "Given_Name");
     EXPECT_EQ(roots[2].Class, "TFoo");
     // The hooks see the names with their dots.
-    EXPECT_EQ(l.log, (std::vector<std::string>{
-                         "BeforeCreateWriter", "AfterCreateWriter", "BeforeWrite Form.Panel.Button",
-                         "AfterWrite Form.Panel.Button", "BeforeWrite Loose", "AfterWrite Loose",
-                         "BeforeWrite ", "AfterWrite ", "BeforeWrite Given.Name",
-                         "AfterWrite Given.Name"}));
+    EXPECT_EQ(l.log, (std::vector<std::string>{"BeforeCreateWriter", "AfterCreateWriter",
+                                               "BeforeWrite Form.Panel.Button",
+                                               "AfterWrite Form.Panel.Button", "BeforeWrite Loose",
+                                               "AfterWrite Loose", "BeforeWrite ", "AfterWrite ",
+                                               "BeforeWrite Given.Name", "AfterWrite Given.Name"}));
 }
 
 TEST(ObjectSaver, SwitchesReachTheWriterAlsoASuppliedOne) {
@@ -217,8 +217,9 @@ TEST(ObjectSaver, TextIsTheConvertedBinary) {
     saver.Format = sofText;
     TPersistent* objs[] = {&a, &b};
     std::string names[] = {"A"};
-    EXPECT_EQ(Save(saver, objs, names), "object A: TFoo\r\n  Width = 100\r\n  Caption = ''\r\nend\r\n"
-                                        "object TFoo\r\n  Width = 100\r\n  Caption = 'x'\r\nend\r\n");
+    EXPECT_EQ(Save(saver, objs, names),
+              "object A: TFoo\r\n  Width = 100\r\n  Caption = ''\r\nend\r\n"
+              "object TFoo\r\n  Width = 100\r\n  Caption = 'x'\r\nend\r\n");
 }
 
 TEST(ObjectSaver, UnknownFormatsAndNilObjectsAreRefused) {

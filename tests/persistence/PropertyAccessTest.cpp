@@ -11,8 +11,12 @@ using namespace model;
 
 namespace {
 
-PTypeInfo ShapesType() { return rtl::TypeInfo<TShapes>(); }
-PTypeInfo ShapeType() { return rtl::TypeInfo<TShape>(); }
+PTypeInfo ShapesType() {
+    return rtl::TypeInfo<TShapes>();
+}
+PTypeInfo ShapeType() {
+    return rtl::TypeInfo<TShape>();
+}
 
 // Runs f and returns the message of the EDataHandlingError it raises.
 template <class F> std::string DataError(F&& f) {
@@ -25,7 +29,9 @@ template <class F> std::string DataError(F&& f) {
     return {};
 }
 
-uint32_t Bits(std::initializer_list<TShape> shapes) { return TShapes(shapes).Bits(); }
+uint32_t Bits(std::initializer_list<TShape> shapes) {
+    return TShapes(shapes).Bits();
+}
 
 } // namespace
 

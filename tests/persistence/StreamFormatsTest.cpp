@@ -96,8 +96,8 @@ TEST(TextDataHeader, EmptyDescriptionIsLabelAndSevenDashes) {
 TEST(TextDataHeader, TheUnderlineIsAsLongAsTheFirstLine) {
     TStringStream s;
     WriteTextDataHeader(&s, "e_ver: 1.01 d_ver: 99.99");
-    EXPECT_EQ(s.DataString(), "sys_txt e_ver: 1.01 d_ver: 99.99\r\n" + std::string(32, '-') +
-                                  "\r\n");
+    EXPECT_EQ(s.DataString(),
+              "sys_txt e_ver: 1.01 d_ver: 99.99\r\n" + std::string(32, '-') + "\r\n");
     char saved = SeparatorChar;
     SeparatorChar = '=';
     TStringStream t;
@@ -181,11 +181,16 @@ TEST(FormatDetection, ByTheFirstBytes) {
         std::string head;
         TObjectStorageFormat format;
     } cases[] = {
-        {std::string("\xFF\x0A\x00", 3), osfResBin}, {"TPF0\x04TFoo", osfBin},
-        {"object A: TFoo", osfText},                 {"OBJECT A", osfText},
-        {"inherited A: TFoo", osfText},              {"Inline A", osfText},
-        {"  object", osfText},                       {"\tobject", osfText},
-        {"\x0Bobject", osfText},                     {"\robject", osfText},
+        {std::string("\xFF\x0A\x00", 3), osfResBin},
+        {"TPF0\x04TFoo", osfBin},
+        {"object A: TFoo", osfText},
+        {"OBJECT A", osfText},
+        {"inherited A: TFoo", osfText},
+        {"Inline A", osfText},
+        {"  object", osfText},
+        {"\tobject", osfText},
+        {"\x0Bobject", osfText},
+        {"\robject", osfText},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.head);
@@ -197,11 +202,25 @@ TEST(FormatDetection, ByTheFirstBytes) {
 }
 
 TEST(FormatDetection, HeadersAndDescriptionLinesAreNotObjects) {
-    for (std::string head : {"sys_bin", "sys_txt", "stored Instance --> TFoo", "TPF", "TPF1",
-                             "\nobject", "", "TP"}) {
+    for (std::string head :
+         {"sys_bin", "sys_txt", "stored Instance --> TFoo", "TPF", "TPF1", "\nobject", "", "TP"}) {
         SCOPED_TRACE(head);
         TStringStream s(head);
         EXPECT_EQ(DataError([&] { DetectObjectFormat(&s); }), "Thread does not contain object.");
         EXPECT_EQ(s.GetPosition(), 0);
     }
+}
+
+TEST(FormatDetection, MessagesComeFromTheStringTable) {
+    // A language module's text for the number replaces the package's own.
+    TResStrLookup old = SetResStrLookup([](int id) {
+        return id == SNoObjectInStream ? std::string("Der Strom enth\xE4lt kein Objekt.")
+                                       : std::string();
+    });
+    TStringStream s("xyz");
+    std::string message = DataError([&] { DetectObjectFormat(&s); });
+    SetResStrLookup(old);
+    EXPECT_EQ(message, "Der Strom enth\xE4lt kein Objekt.");
+    EXPECT_EQ(PackageResStr(SLabelNotFound), "Incorrect data format. Required label not found.");
+    EXPECT_EQ(PackageResStr(SCollItemExists), "Collection\x92s element ''%s'' already exists.");
 }
