@@ -11,6 +11,10 @@
 // TObjectSaver drives them over arrays of objects, in binary or text form, with hooks before and
 // after the filer is made and each object is read or written. TPropSaver gives each object its
 // own lists of properties to store or leave out.
+//
+// TFixedCollection and TFreeCollection are collections whose set of items code decides, not the
+// stream: reading one only updates the items that code made or registered (see
+// StorageCollections.cpp).
 #pragma once
 
 #include "persistence/DataHndl.h"
@@ -19,6 +23,7 @@
 #include "rtl/ObjectText.h"
 #include "rtl/Streams.h"
 #include "rtl/TypInfo.h"
+#include "specification/SpcMng.h"
 
 #include <memory>
 #include <span>
@@ -37,6 +42,8 @@ extern std::string SUpdateObjectPropName;
 
 class TFitWriter;
 class TFitReader;
+class TFixedCollection;
+class TFreeCollection;
 
 // Decides whether a property is written; canWrite starts true.
 using TCanWritePropertyEvent =
@@ -144,6 +151,11 @@ public:
 
     bool Error(const std::string& message) override;
 
+    // Read a stored collection (the vaCollection value of a property) into a collection whose
+    // items code decides: see ReadFixedCollection and ReadFreeCollection below.
+    void ReadFixedCollection(TFixedCollection* collection, bool reorder);
+    void ReadFreeCollection(TFreeCollection* collection, bool reorder);
+
 protected:
     // Handlers named in the stream are the published methods of the root object.
     void* FindMethod(rtl::TComponent* root, const std::string& methodName) override;
@@ -151,6 +163,86 @@ protected:
 
     rtl::TPersistent* FRootObject = nullptr;
 };
+
+// ---------------------------------------------------------------------------------------------
+// Collections whose items code decides
+
+RTL_EXCEPTION(EFixedCollectionError, Exception)
+RTL_EXCEPTION(EFreeCollectionError, Exception)
+
+// A collection whose items are made by code, each with a unique key in a published string
+// property of the item class. A stream only updates the items whose key it names: items it
+// doesn't mention keep their state, and entries with keys no item has are dropped.
+class TFixedCollection : public TSpcCollection {
+    RTL_CLASS(TFixedCollection, TSpcCollection)
+public:
+    TFixedCollection(rtl::TPersistent* owner, rtl::TClass itemClass)
+        : TSpcCollection(owner, itemClass) {}
+
+    // The name of the items' published string property that holds the key.
+    virtual std::string GetUpdateName() const = 0;
+
+    // A new item with that key; 50537 when an item has it already (compared case-sensitively).
+    TSpcItem* Add(const std::string& key);
+};
+
+// The declared type of the objects a free collection carries: a class derives from it so that
+// its instances can be streamed through a TWrapperItem.
+class TNestedObject : public rtl::TPersistent {
+    RTL_CLASS(TNestedObject, rtl::TPersistent)
+};
+
+// An item of a free collection: the identifier of a live object and a reference to it, which
+// the item neither owns nor frees. Its properties stand in a stream as "AObjectID", then the
+// object's as "NestedObject.Xxx".
+class TWrapperItem : public TSpcItem {
+    RTL_CLASS(TWrapperItem, TSpcItem)
+public:
+    explicit TWrapperItem(rtl::TCollection* collection = nullptr) : TSpcItem(collection) {}
+
+    std::string AObjectID;
+    TNestedObject* NestedObject = nullptr;
+};
+
+// A collection of live objects that belong to others, registered by code under identifiers.
+// A stream updates the properties of the registered objects; it never creates an object, and
+// an entry whose identifier nobody registered is passed over.
+class TFreeCollection : public TSpcCollection {
+    RTL_CLASS(TFreeCollection, TSpcCollection)
+public:
+    // The item class must derive from TWrapperItem; EFreeCollectionError otherwise.
+    TFreeCollection(rtl::TPersistent* owner, rtl::TClass itemClass);
+
+    // Registers obj under the identifier; 50538 when an item has that identifier already
+    // (compared case-sensitively).
+    TWrapperItem* Add(TNestedObject* obj, const std::string& id);
+    // From another free collection: the same objects under the same identifiers and node names
+    // (shared, not copied). From anything else as a collection assigns.
+    void Assign(rtl::TPersistent* source) override;
+
+    TWrapperItem* GetItem(int index) const;
+    void SetItem(int index, TWrapperItem* value);
+    TWrapperItem* FindItemID(int32_t id) const;
+    TWrapperItem* operator[](int index) const { return GetItem(index); }
+    rtl::TClass GetItemClass() const { return ItemClass(); }
+    // The item registered under exactly that identifier, or nullptr.
+    TWrapperItem* FindObjectID(const std::string& id) const;
+};
+
+// Writes a collection from a DefineProperties handler, with whatever writer the handler is
+// given: the items' properties are named from the item, without the path of the object being
+// written (TFitWriter::WriteCollectionEx for a fit writer).
+void WriteCollectionEx(rtl::TWriter* writer, rtl::TCollection* collection);
+
+// Reads a stored collection into a fixed collection: all entries are read into a temporary
+// collection of the same kind first, then each entry, in stream order, is copied onto the
+// first item whose non-empty key equals the entry's (case-sensitively). With reorder, a matched
+// item moves to the entry's position.
+void ReadFixedCollection(rtl::TReader& reader, TFixedCollection* collection, bool reorder);
+// Reads a stored collection into a free collection: each entry must begin with "AObjectID"
+// (50536 otherwise), and its properties go to the item registered under that identifier, or are
+// passed over. With reorder, the item found moves to the entry's position.
+void ReadFreeCollection(rtl::TReader& reader, TFreeCollection* collection, bool reorder);
 
 class TObjectSaver;
 

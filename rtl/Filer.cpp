@@ -1752,7 +1752,16 @@ void TWriter::WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersis
         if (!ancestor || !CollectionsEqual(collection, dynamic_cast<TCollection*>(ancestorValue),
                                            Root, RootAncestor)) {
             WritePropName(name);
-            WriteCollection(collection);
+            // The items' properties are named from the item, not from the nested object that
+            // holds the collection: the reader reads them into each item.
+            FPropPath.clear();
+            try {
+                WriteCollection(collection);
+            } catch (...) {
+                FPropPath = savedPath;
+                throw;
+            }
+            FPropPath = savedPath;
         }
     }
 }

@@ -1,0 +1,421 @@
+#include "persistence/DataHndl2.h"
+
+#include "rtl/FileStreams.h"
+#include "rtl/ObjectText.h"
+#include "rtl/SafeFile.h"
+
+#include <cstring>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace zelvane {
+
+using namespace rtl;
+
+RTL_IMPLEMENT_CLASS(EObjectStorageError)
+RTL_IMPLEMENT_CLASS(EAdvReaderError)
+RTL_IMPLEMENT_CLASS(TObjectStorage)
+
+namespace {
+
+template <class F> void WithNewFile(const std::string& fileName, F&& f) {
+    TSafeFileStream file(fileName);
+    f(&file);
+    file.Commit();
+}
+
+template <class F> void WithFile(const std::string& fileName, F&& f) {
+    TFileStream file(fileName, fmOpenRead | fmShareDenyNone);
+    f(&file);
+}
+
+TPersistent* RequirePersistent(TObject* obj, size_t index) {
+    if (!obj) CreateException<EObjectStorageError>("Object %d of the array is nil.", {index});
+    auto* persistent = dynamic_cast<TPersistent*>(obj);
+    if (!persistent)
+        CreateException<EObjectStorageError>(
+            "Object %d of the array (%s) isn't persistent and can't be stored.",
+            {index, obj->ClassName()});
+    return persistent;
+}
+
+// The component that stands for an object in a component stream: itself, or the wrapper.
+TComponent* StreamRoot(TObject* obj, size_t index, TWrapper& wrapper) {
+    TPersistent* persistent = RequirePersistent(obj, index);
+    if (auto* component = dynamic_cast<TComponent*>(persistent)) return component;
+    wrapper.I = persistent;
+    return &wrapper;
+}
+
+bool IsComponent(TObject* obj) {
+    return dynamic_cast<TComponent*>(obj) != nullptr;
+}
+
+// Takes the components out of their owners, and puts them back when destroyed.
+class TOwnerRemoval {
+public:
+    template <class Range> explicit TOwnerRemoval(const Range& components) {
+        for (TComponent* component : components) {
+            if (!component || !component->Owner()) continue;
+            removed_.emplace_back(component, component->Owner());
+            component->Owner()->RemoveComponent(component);
+        }
+    }
+    ~TOwnerRemoval() {
+        for (auto& [component, owner] : removed_)
+            owner->InsertComponent(component);
+    }
+    TOwnerRemoval(const TOwnerRemoval&) = delete;
+    TOwnerRemoval& operator=(const TOwnerRemoval&) = delete;
+
+private:
+    std::vector<std::pair<TComponent*, TComponent*>> removed_;
+};
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Filers
+
+TAdvReader* TObjectStorage::CreateReader(TStream* stream) {
+    auto reader = std::make_unique<TAdvReader>(stream, BufSize);
+    reader->IgnoreErrors = IgnoreErrors;
+    if (OnCreateReader) OnCreateReader(this, reader.get());
+    return reader.release();
+}
+
+TAdvWriter* TObjectStorage::CreateWriter(TStream* stream) {
+    auto writer = std::make_unique<TAdvWriter>(stream, BufSize);
+    if (OnCreateWriter) OnCreateWriter(this, writer.get());
+    return writer.release();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Saving
+
+void TObjectStorage::SaveObjects(TObjectArray objects, TStream* stream) {
+    switch (Format) {
+    case osfBin:
+        SaveObjectBinary(objects, stream, false);
+        break;
+    case osfResBin:
+        SaveObjectBinary(objects, stream, true);
+        break;
+    case osfExtBin:
+        SaveObjectBinaryEx(objects, stream);
+        break;
+    case osfText:
+        SaveObjectText(objects, stream);
+        break;
+    default:
+        CreateException<EObjectStorageError>(SInvalidImage);
+    }
+}
+
+void TObjectStorage::SaveObjects(TObjectArray objects, const std::string& fileName) {
+    WithNewFile(fileName, [&](TStream* s) { SaveObjects(objects, s); });
+}
+
+void TObjectStorage::SaveObjectBinary(TObjectArray objects, TStream* stream, bool resFormat) {
+    std::unique_ptr<TAdvWriter> writer(CreateWriter(stream));
+    for (size_t i = 0; i < objects.size(); ++i) {
+        TWrapper wrapper;
+        TComponent* root = StreamRoot(objects[i], i, wrapper);
+        if (!resFormat) {
+            writer->WriteRootComponent(root);
+            continue;
+        }
+        // The header goes straight to the stream, so the writer is empty around it; its size is
+        // filled in once the object has reached the stream.
+        writer->FlushBuffer();
+        int64_t fixupInfo = 0;
+        WriteResourceHeader(stream, UpperCase(root->ClassName()), fixupInfo);
+        writer->WriteRootComponent(root);
+        writer->FlushBuffer();
+        FixupResourceHeader(stream, fixupInfo);
+    }
+    writer->FlushBuffer();
+}
+
+void TObjectStorage::SaveObjectBinaryEx(TObjectArray objects, TStream* stream) {
+    if (objects.empty()) return;
+    std::unique_ptr<TAdvWriter> writer(CreateWriter(stream));
+    writer->Write(ExtFilerSignature, 4);
+    for (size_t i = 0; i < objects.size(); ++i) {
+        writer->WriteProperties(RequirePersistent(objects[i], i));
+        writer->WriteListEnd();
+    }
+    writer->FlushBuffer();
+}
+
+void TObjectStorage::SaveObjectText(TObjectArray objects, TStream* stream) {
+    if (objects.empty()) return;
+    TMemoryStream binary;
+    SaveObjectBinary(objects, &binary, false);
+    binary.SetPosition(0);
+    for (TObject* obj : objects) {
+        if (!IsComponent(obj)) WriteObjectDescription(obj, stream);
+        ObjectBinaryToText(&binary, stream);
+    }
+}
+
+void TObjectStorage::WriteObjectDescription(TObject* obj, TStream* stream) {
+    zelvane::WriteObjectDescription(obj, std::string(), stream);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Loading
+
+void TObjectStorage::LoadObjects(TObjectArray objects, TStream* stream) {
+    if (AutoDetectFormat) SetFormat(stream);
+    switch (Format) {
+    case osfBin:
+        LoadObjectBinary(objects, stream, false);
+        break;
+    case osfResBin:
+        LoadObjectBinary(objects, stream, true);
+        break;
+    case osfExtBin:
+        LoadObjectBinaryEx(objects, stream);
+        break;
+    case osfText:
+        LoadObjectText(objects, stream);
+        break;
+    default:
+        CreateException<EObjectStorageError>(SInvalidImage);
+    }
+}
+
+void TObjectStorage::LoadObjects(TObjectArray objects, const std::string& fileName) {
+    WithFile(fileName, [&](TStream* s) { LoadObjects(objects, s); });
+}
+
+void TObjectStorage::LoadComponents(TComponentRefs components, TStream* stream) {
+    std::vector<TComponent*> present;
+    if (SafeLoad)
+        for (TComponent** ref : components)
+            if (ref && *ref) present.push_back(*ref);
+    TOwnerRemoval removal(present);
+    if (AutoDetectFormat) SetFormat(stream);
+    switch (Format) {
+    case osfBin:
+        LoadComponentBinary(components, stream, false);
+        break;
+    case osfResBin:
+        LoadComponentBinary(components, stream, true);
+        break;
+    case osfText:
+        LoadComponentText(components, stream);
+        break;
+    default:
+        break; // property lists hold no components
+    }
+}
+
+void TObjectStorage::LoadComponents(TComponentRefs components, const std::string& fileName) {
+    WithFile(fileName, [&](TStream* s) { LoadComponents(components, s); });
+}
+
+void TObjectStorage::LoadObjectBinary(TObjectArray objects, TStream* stream, bool resFormat) {
+    std::unique_ptr<TAdvReader> reader(CreateReader(stream));
+    for (size_t i = 0; i < objects.size(); ++i) {
+        if (resFormat) {
+            // The header is read from the stream itself, behind what the reader has taken.
+            reader->FlushBuffer();
+            ReadResHeader(stream);
+        }
+        TObject* obj = objects[i];
+        if (!obj) {
+            reader->ReadSignature();
+            reader->SkipComponent(true);
+        } else {
+            TWrapper wrapper;
+            reader->ReadRootComponent(StreamRoot(obj, i, wrapper));
+        }
+        if (resFormat) reader->FlushBuffer();
+    }
+}
+
+void TObjectStorage::LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
+    if (objects.empty()) return;
+    std::unique_ptr<TAdvReader> reader(CreateReader(stream));
+    char signature[4];
+    reader->Read(signature, 4);
+    if (std::memcmp(signature, ExtFilerSignature, 4) != 0)
+        CreateException<EAdvReaderError>(SInvalidImage);
+    for (size_t i = 0; i < objects.size(); ++i) {
+        if (!objects[i]) {
+            while (!reader->EndOfList())
+                reader->SkipProperty();
+        } else {
+            TPersistent* target = RequirePersistent(objects[i], i);
+            while (!reader->EndOfList())
+                reader->ReadProperty(target);
+        }
+        reader->ReadListEnd();
+    }
+}
+
+void TObjectStorage::LoadObjectText(TObjectArray objects, TStream* stream) {
+    TMemoryStream binary;
+    for (TObject* obj : objects) {
+        if (!IsComponent(obj)) SkipObjectDescription(stream);
+        ObjectTextToBinary(stream, &binary);
+    }
+    binary.SetPosition(0);
+    LoadObjectBinary(objects, &binary, false);
+}
+
+void TObjectStorage::LoadComponentBinary(TComponentRefs components, TStream* stream,
+                                         bool resFormat) {
+    std::unique_ptr<TAdvReader> reader(CreateReader(stream));
+    for (TComponent** ref : components) {
+        if (resFormat) {
+            reader->FlushBuffer();
+            ReadResHeader(stream);
+        }
+        if (ref) {
+            *ref = reader->ReadRootComponent(*ref);
+        } else {
+            // Read and dropped: the stream is kept in step with the array.
+            std::unique_ptr<TComponent> dropped(reader->ReadRootComponent(nullptr));
+        }
+        if (resFormat) reader->FlushBuffer();
+    }
+}
+
+void TObjectStorage::LoadComponentText(TComponentRefs components, TStream* stream) {
+    TMemoryStream binary;
+    for (size_t i = 0; i < components.size(); ++i)
+        ObjectTextToBinary(stream, &binary);
+    binary.SetPosition(0);
+    LoadComponentBinary(components, &binary, false);
+}
+
+void TObjectStorage::SkipObjectDescription(TStream* stream) {
+    zelvane::SkipObjectDescription(stream);
+}
+
+void TObjectStorage::SetFormat(TStream* stream) {
+    if (!TestStreamFormat(stream, Format)) CreateException<EObjectStorageError>(SInvalidImage);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Strings
+
+void TObjectStorage::GetObjectProps(TObjectArray objects, std::string& text) {
+    TStringStream stream;
+    SaveObjects(objects, &stream);
+    text = stream.DataString();
+}
+
+void TObjectStorage::SetObjectProps(TObjectArray objects, const std::string& text) {
+    TStringStream stream(text);
+    LoadObjects(objects, &stream);
+}
+
+void TObjectStorage::ImportObjectProps(TObjectArray targets, TObjectArray sources) {
+    bool saved = IgnoreErrors;
+    IgnoreErrors = true;
+    try {
+        std::string text;
+        GetObjectProps(sources, text);
+        SetObjectProps(targets, text);
+    } catch (...) {
+        IgnoreErrors = saved;
+        throw;
+    }
+    IgnoreErrors = saved;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Free functions
+
+bool TestStreamFormat(TStream* stream, TObjectStorageFormat& format) {
+    int64_t start = stream->GetPosition();
+    uint8_t head[4] = {0, 0, 0, 0};
+    stream->Read(head, 4);
+    stream->SetPosition(start);
+    if (head[0] == 255)
+        format = osfResBin;
+    else if (std::memcmp(head, FilerSignature, 4) == 0)
+        format = osfBin;
+    else if (std::memcmp(head, ExtFilerSignature, 4) == 0)
+        format = osfExtBin;
+    else {
+        switch (head[0]) {
+        case 9:
+        case 11:
+        case 13:
+        case ' ':
+        case 'I':
+        case 'O':
+        case 'i':
+        case 'o':
+        case 's':
+            format = osfText;
+            break;
+        default:
+            return false;
+        }
+    }
+    return true;
+}
+
+std::string TypeKindName(TTypeKind kind) {
+    static const char* const names[] = {
+        "tkUnknown", "tkInteger", "tkChar",   "tkEnumeration", "tkFloat",   "tkString",
+        "tkSet",     "tkClass",   "tkMethod", "tkWChar",       "tkLString", "tkWString",
+        "tkVariant", "tkArray",   "tkRecord", "tkInterface",   "tkInt64",   "tkDynArray"};
+    return kind <= tkDynArray ? names[kind] : names[tkUnknown];
+}
+
+void GetObjectPropsInfo(PTypeInfo typeInfo, TStrings* list) {
+    list->Clear();
+    if (!typeInfo) return;
+    for (PPropInfo p : GetPropList(typeInfo, tkAny, true)) {
+        PTypeInfo type = p->PropType;
+        list->Add(Format("%s: %s [%s]", {p->Name, type ? type->Name : std::string(),
+                                         TypeKindName(type ? type->Kind : tkUnknown)}));
+    }
+}
+
+namespace {
+std::string MethodKindName(TMethodKind kind) {
+    static const char* const names[] = {"mkProcedure",     "mkFunction",       "mkConstructor",
+                                        "mkDestructor",    "mkClassProcedure", "mkClassFunction",
+                                        "mkSafeProcedure", "mkSafeFunction"};
+    return kind <= mkSafeFunction ? names[kind] : "?";
+}
+
+// The first flag of a parameter that has a word of its own.
+std::string ParamFlagWord(uint8_t flags) {
+    if (flags & (1u << pfVar)) return "var ";
+    if (flags & (1u << pfConst)) return "const ";
+    if (flags & (1u << pfOut)) return "out ";
+    if (flags & (1u << pfAddress)) return "address ";
+    if (flags & (1u << pfReference)) return "reference ";
+    return {};
+}
+} // namespace
+
+void GetMethodParams(PTypeInfo typeInfo, TStrings* list) {
+    list->Clear();
+    if (!typeInfo || typeInfo->Kind != tkMethod) return;
+    PTypeData data = GetTypeData(typeInfo);
+    list->Add("Type Name: " + typeInfo->Name);
+    list->Add("Type Kind: " + TypeKindName(typeInfo->Kind));
+    list->Add("Method Kind: " + MethodKindName(data->MethodKind));
+    list->Add("Number of parameters: " + IntToStr(static_cast<int64_t>(data->Params.size())));
+    int number = 0;
+    for (const TParamInfo& param : data->Params) {
+        std::string line = "Param " + IntToStr(++number) + " > " + ParamFlagWord(param.Flags) +
+                           param.ParamName + ": ";
+        if (param.Flags & (1u << pfArray)) line += " array of ";
+        list->Add(line + param.TypeName);
+    }
+    if (data->MethodKind == mkFunction) list->Add("Returns > " + data->ResultType);
+}
+
+} // namespace zelvane

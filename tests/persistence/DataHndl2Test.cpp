@@ -1,0 +1,344 @@
+// TObjectStorage: the four storage forms through one configurable object, the wider form
+// detection that reads its own text of non-components back, the "TPF2" property lists, and the
+// type listings of DataHndl2.
+#include "persistence/DataHndl2.h"
+
+#include "TestModel.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+using namespace zelvane;
+using namespace rtl;
+using namespace model;
+
+namespace {
+
+TObjectStorageFormat Detect(const std::string& data, bool* ok = nullptr) {
+    TStringStream stream(data);
+    TObjectStorageFormat format = static_cast<TObjectStorageFormat>(77);
+    bool result = TestStreamFormat(&stream, format);
+    if (ok) *ok = result;
+    EXPECT_EQ(stream.GetPosition(), 0);
+    return format;
+}
+
+TEST(TestStreamFormat, FormsByTheirFirstBytes) {
+    EXPECT_EQ(Detect("\xFF\x0A\x00"), osfResBin);
+    EXPECT_EQ(Detect("TPF0xyz"), osfBin);
+    EXPECT_EQ(Detect("TPF2xyz"), osfExtBin);
+    for (std::string first : {"\t", "\x0B", "\r", " ", "I", "O", "i", "o", "s"})
+        EXPECT_EQ(Detect(first + "bject"), osfText) << int(first[0]);
+    // A data header of the text form starts with "s" too.
+    EXPECT_EQ(Detect("sys_txt rest"), osfText);
+}
+
+TEST(TestStreamFormat, NoneLeavesTheFormatAndThePosition) {
+    bool ok = true;
+    EXPECT_EQ(static_cast<int>(Detect("TPF1", &ok)), 77);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(static_cast<int>(Detect("", &ok)), 77);
+    EXPECT_FALSE(ok);
+    // Shorter than four bytes: compared as if zero-filled.
+    EXPECT_EQ(static_cast<int>(Detect("TP", &ok)), 77);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(Detect("\xFF", &ok), osfResBin);
+    EXPECT_TRUE(ok);
+
+    TStringStream stream("xxTPF2");
+    stream.SetPosition(2);
+    TObjectStorageFormat format = osfBin;
+    EXPECT_TRUE(TestStreamFormat(&stream, format));
+    EXPECT_EQ(format, osfExtBin);
+    EXPECT_EQ(stream.GetPosition(), 2);
+}
+
+TEST(ObjectStorage, Defaults) {
+    TObjectStorage storage;
+    EXPECT_FALSE(storage.AutoDetectFormat);
+    EXPECT_EQ(storage.BufSize, 4096);
+    EXPECT_FALSE(storage.IgnoreErrors);
+    EXPECT_FALSE(storage.SafeLoad);
+    EXPECT_EQ(storage.Format, osfBin);
+}
+
+struct Objects {
+    Objects() {
+        foo.Width = 5;
+        foo.Caption = "foo";
+        widget.SetName("Main");
+        widget.Width = 640;
+        widget.Caption = "Main form";
+        widget.GetLines()->Add("line");
+    }
+    TFoo foo;
+    TWidget widget;
+};
+
+class AllForms : public ::testing::TestWithParam<TObjectStorageFormat> {};
+
+TEST_P(AllForms, SaveAndLoadRoundTrip) {
+    Objects source;
+    TObjectStorage storage;
+    storage.Format = GetParam();
+    TObject* sources[] = {&source.foo, &source.widget};
+    std::string text;
+    storage.GetObjectProps(sources, text);
+    ASSERT_FALSE(text.empty());
+
+    TFoo foo;
+    TWidget widget;
+    TObject* targets[] = {&foo, &widget};
+    TObjectStorage reader;
+    reader.AutoDetectFormat = true;
+    reader.SetObjectProps(targets, text);
+    EXPECT_EQ(reader.Format, GetParam());
+    EXPECT_EQ(foo.Width, 5);
+    EXPECT_EQ(foo.Caption, "foo");
+    EXPECT_EQ(widget.Width, 640);
+    EXPECT_EQ(widget.Caption, "Main form");
+    EXPECT_EQ(widget.GetLines()->GetText(), "line\r\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(ObjectStorage, AllForms,
+                         ::testing::Values(osfBin, osfResBin, osfExtBin, osfText));
+
+TEST(ObjectStorage, ExtendedFormHasItsOwnSignature) {
+    Objects source;
+    TObjectStorage storage;
+    storage.Format = osfExtBin;
+    TObject* objects[] = {&source.foo};
+    std::string data;
+    storage.GetObjectProps(objects, data);
+    EXPECT_EQ(data.substr(0, 4), "TPF2");
+    EXPECT_EQ(data.substr(4, 6), std::string("\x05") + "Width");
+
+    // Binary property lists of the other signature are refused.
+    data[3] = '0';
+    TFoo foo;
+    TObject* targets[] = {&foo};
+    EXPECT_THROW(storage.SetObjectProps(targets, data), EAdvReaderError);
+    EXPECT_EQ(foo.Width, 100);
+}
+
+TEST(ObjectStorage, ResourceFormWrapsEachObject) {
+    Objects source;
+    TObjectStorage storage;
+    storage.Format = osfResBin;
+    TObject* objects[] = {&source.foo, &source.widget};
+    std::string data;
+    storage.GetObjectProps(objects, data);
+    EXPECT_EQ(static_cast<uint8_t>(data[0]), 0xFF);
+    EXPECT_NE(data.find("TWRAPPER"), std::string::npos);
+    EXPECT_NE(data.find("TWIDGET"), std::string::npos);
+    // The same bytes as the platform's resource writer gives for each object.
+    std::string expected;
+    {
+        TStringStream stream;
+        TWrapper wrapper;
+        wrapper.I = &source.foo;
+        WriteComponentRes(&stream, "TWRAPPER", &wrapper);
+        WriteComponentRes(&stream, "TWIDGET", &source.widget);
+        expected = stream.DataString();
+    }
+    EXPECT_EQ(HexBytes(data), HexBytes(expected));
+}
+
+TEST(ObjectStorage, TextOfANonComponentReadsBack) {
+    Objects source;
+    TObjectStorage storage;
+    storage.Format = osfText;
+    TObject* objects[] = {&source.foo};
+    std::string text;
+    storage.GetObjectProps(objects, text);
+    EXPECT_EQ(text.rfind("stored Instance --> TFoo\r\nobject TWrapper", 0), 0u) << text;
+    // DataHndl's detection doesn't take the "s" of the description line.
+    {
+        TStringStream stream(text);
+        EXPECT_THROW(DetectObjectFormat(&stream), EDataHandlingError);
+    }
+    TFoo foo;
+    TObject* targets[] = {&foo};
+    TObjectStorage reader;
+    reader.AutoDetectFormat = true;
+    reader.Format = osfExtBin;
+    reader.SetObjectProps(targets, text);
+    EXPECT_EQ(reader.Format, osfText);
+    EXPECT_EQ(foo.Caption, "foo");
+}
+
+TEST(ObjectStorage, SetFormatRefusesUnknownStreams) {
+    TObjectStorage storage;
+    TStringStream stream("garbage");
+    try {
+        storage.SetFormat(&stream);
+        FAIL() << "no exception";
+    } catch (const EObjectStorageError& e) {
+        EXPECT_EQ(e.Message(), SInvalidImage);
+    }
+    EXPECT_EQ(storage.Format, osfBin);
+}
+
+TEST(ObjectStorage, NilEntryPassesOverItsObject) {
+    Objects source;
+    TObjectStorage storage;
+    TObject* objects[] = {&source.foo, &source.widget};
+    std::string data;
+    storage.GetObjectProps(objects, data);
+    TWidget widget;
+    TObject* targets[] = {nullptr, &widget};
+    storage.SetObjectProps(targets, data);
+    EXPECT_EQ(widget.Width, 640);
+}
+
+TEST(ObjectStorage, ReaderAndWriterHooksAndErrors) {
+    struct THooks : TObject {
+        int readers = 0, writers = 0;
+        bool ignoring = false;
+        void Reader(TObjectStorage*, TAdvReader* r) {
+            ++readers;
+            ignoring = r->IgnoreErrors;
+        }
+        void Writer(TObjectStorage*, TAdvWriter*) { ++writers; }
+    } hooks;
+    TObjectStorage storage;
+    storage.IgnoreErrors = true;
+    storage.OnCreateReader = TStorageReaderEvent::Of<&THooks::Reader>(&hooks);
+    storage.OnCreateWriter = TStorageWriterEvent::Of<&THooks::Writer>(&hooks);
+    Objects source;
+    TObject* objects[] = {&source.foo};
+    std::string data;
+    storage.GetObjectProps(objects, data);
+    storage.SetObjectProps(objects, data);
+    EXPECT_EQ(hooks.writers, 1);
+    EXPECT_EQ(hooks.readers, 1);
+    EXPECT_TRUE(hooks.ignoring);
+}
+
+TEST(ObjectStorage, ImportSilencesTheReadersQuestion) {
+    // A TSample's properties read into a TFoo: most of them don't exist there.
+    TSample sample;
+    sample.Count = 4;
+    TFoo foo;
+    TObject* sources[] = {&sample};
+    TObject* targets[] = {&foo};
+    DialogRecorder dialogs;
+    TObjectStorage storage;
+    storage.ImportObjectProps(targets, sources);
+    EXPECT_TRUE(dialogs.texts.empty());
+    EXPECT_FALSE(storage.IgnoreErrors);
+
+    // Without the import's silence the same load asks.
+    std::string data;
+    storage.GetObjectProps(sources, data);
+    dialogs.answer = IDNO;
+    EXPECT_THROW(storage.SetObjectProps(targets, data), EReadError);
+    EXPECT_EQ(dialogs.texts.size(), 1u);
+}
+
+TEST(ObjectStorage, LoadComponentsIntoVariables) {
+    RegisterClass(TWidget::StaticClass());
+    Objects source;
+    TObjectStorage storage;
+    storage.Format = osfText;
+    TObject* objects[] = {&source.widget, &source.widget};
+    std::string text;
+    storage.GetObjectProps(objects, text);
+
+    TComponent* made = nullptr;
+    TComponent** refs[] = {nullptr, &made};
+    TStringStream stream(text);
+    storage.LoadComponents(refs, &stream);
+    ASSERT_NE(made, nullptr);
+    std::unique_ptr<TComponent> owned(made);
+    EXPECT_EQ(made->ClassName(), "TWidget");
+    EXPECT_EQ(made->Name(), "Main");
+    EXPECT_EQ(static_cast<TWidget*>(made)->Width, 640);
+}
+
+TEST(ObjectStorage, LoadComponentsOfPropertyListsLoadsNothing) {
+    Objects source;
+    TObjectStorage storage;
+    storage.Format = osfExtBin;
+    TObject* objects[] = {&source.widget};
+    std::string data;
+    storage.GetObjectProps(objects, data);
+    TWidget widget;
+    TComponent* ref = &widget;
+    TComponent** refs[] = {&ref};
+    TStringStream stream(data);
+    TObjectStorage reader;
+    reader.AutoDetectFormat = true;
+    EXPECT_NO_THROW(reader.LoadComponents(refs, &stream));
+    EXPECT_EQ(reader.Format, osfExtBin);
+    EXPECT_EQ(widget.Width, 0);
+}
+
+TEST(ObjectStorage, SafeLoadPutsComponentsBackAlsoOnFailure) {
+    TComponent owner;
+    owner.SetName("Owner");
+    auto* widget = new TWidget(&owner);
+    widget->SetName("Main");
+    TObjectStorage storage;
+    storage.SafeLoad = true;
+    TComponent* ref = widget;
+    TComponent** refs[] = {&ref};
+    TStringStream damaged(std::string("TPF0\x07TWidget\x04Main\x05Width\x02", 24));
+    EXPECT_THROW(storage.LoadComponents(refs, &damaged), EReadError);
+    EXPECT_EQ(widget->Owner(), &owner);
+    EXPECT_EQ(owner.FindComponent("Main"), widget);
+}
+
+TEST(TypeListings, PropertiesSortedByName) {
+    TStringList list;
+    list.Add("stale");
+    GetObjectPropsInfo(TypeInfo<TFoo*>(), &list);
+    ASSERT_EQ(list.Count(), 2);
+    EXPECT_EQ(list.Strings(0), "Caption: AnsiString [tkLString]");
+    EXPECT_EQ(list.Strings(1), "Width: Integer [tkInteger]");
+}
+
+TEST(TypeListings, MethodParameters) {
+    TStringList list;
+    GetMethodParams(TypeInfo<TChangeEvent>(), &list);
+    std::vector<std::string> lines;
+    for (int i = 0; i < list.Count(); ++i)
+        lines.push_back(list.Strings(i));
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{"Type Name: TChangeEvent", "Type Kind: tkMethod",
+                                        "Method Kind: mkProcedure", "Number of parameters: 1",
+                                        "Param 1 > Sender: TObject"}));
+
+    // Type information lives as long as the program, as that of declared types does.
+    static const PTypeInfo f =
+        MakeMethodType("TQueryEvent", mkFunction,
+                       {{1u << pfVar, "Key", "Word"},
+                        {(1u << pfConst) | (1u << pfArray), "Items", "Integer"},
+                        {1u << pfOut, "Res", "string"},
+                        {1u << pfAddress, "Addr", "Pointer"},
+                        {1u << pfReference, "Ref", "TObject"},
+                        {0, "Plain", "Byte"}},
+                       "Boolean");
+    GetMethodParams(f, &list);
+    lines.clear();
+    for (int i = 0; i < list.Count(); ++i)
+        lines.push_back(list.Strings(i));
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "Type Name: TQueryEvent", "Type Kind: tkMethod", "Method Kind: mkFunction",
+                         "Number of parameters: 6", "Param 1 > var Key: Word",
+                         "Param 2 > const Items:  array of Integer", "Param 3 > out Res: string",
+                         "Param 4 > address Addr: Pointer", "Param 5 > reference Ref: TObject",
+                         "Param 6 > Plain: Byte", "Returns > Boolean"}));
+}
+
+TEST(TypeListings, OtherTypesGiveNoParameters) {
+    TStringList list;
+    list.Add("stale");
+    GetMethodParams(TypeInfo<int32_t>(), &list);
+    EXPECT_EQ(list.Count(), 0);
+    GetMethodParams(nullptr, &list);
+    EXPECT_EQ(list.Count(), 0);
+}
+
+} // namespace

@@ -1,0 +1,231 @@
+// Property value classes: how they are stored in object streams, how the editor's block of
+// functions reads and writes them, and how it classifies a value.
+#include "persistence/PropTypes.h"
+#include "persistence/DataHndl.h"
+#include "persistence/Storage.h"
+
+#include "TestModel.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using namespace zelvane;
+using namespace rtl;
+
+namespace {
+
+class TValues : public TPersistent {
+    RTL_CLASS(TValues, TPersistent)
+public:
+    TValues()
+        : colors(std::make_unique<TCheckStrings>()), mode(std::make_unique<TSelectStrings>()),
+          notes(std::make_unique<TMemoStrings>()), font(std::make_unique<TFontEx>()) {}
+    std::unique_ptr<TCheckStrings> colors;
+    std::unique_ptr<TSelectStrings> mode;
+    std::unique_ptr<TMemoStrings> notes;
+    std::unique_ptr<TFontEx> font;
+    TShortCutString Key = "Ctrl+S";
+};
+
+RTL_BEGIN_CLASS(TValues)
+Property(
+    "Colors", [](const TValues& v) { return v.colors.get(); },
+    [](TValues& v, TCheckStrings* s) { v.colors->Assign(s); });
+Property(
+    "Mode", [](const TValues& v) { return v.mode.get(); },
+    [](TValues& v, TSelectStrings* s) { v.mode->Assign(s); });
+Property(
+    "Notes", [](const TValues& v) { return v.notes.get(); },
+    [](TValues& v, TMemoStrings* s) { v.notes->Assign(s); });
+Property(
+    "Font", [](const TValues& v) { return v.font.get(); },
+    [](TValues& v, TFontEx* f) { v.font->Assign(f); });
+Property("Key", &TValues::Key);
+RTL_END_CLASS
+
+const TSpcEditorProFuncs& Funcs() {
+    return SpcEditorProFuncs();
+}
+
+std::vector<std::string> RecordNames(const std::string& data) {
+    TStringStream stream(data);
+    TReader reader(&stream);
+    reader.ReadSignature();
+    TFilerFlags flags;
+    int32_t childPos;
+    reader.ReadPrefix(flags, childPos);
+    reader.ReadStr();
+    reader.ReadStr();
+    std::vector<std::string> names;
+    while (!reader.EndOfList()) {
+        names.push_back(reader.ReadStr());
+        reader.SkipValue();
+    }
+    return names;
+}
+
+TEST(PropTypes, ListsStoreTheirLinesAndTheirValueUnderThePropertysPath) {
+    TValues values;
+    values.colors->SetText("Red\r\nGreen\r\n");
+    values.colors->CheckedInds = "1";
+    values.mode->SetText("One\r\n");
+    values.mode->ItemIndex = -1;
+    values.notes->SetText("a\r\n");
+    std::string data;
+    TObjectSaver saver;
+    TPersistent* objects[] = {&values};
+    saver.GetObjectProps(objects, data);
+    std::vector<std::string> names = RecordNames(data);
+    std::vector<std::string> expected = {"Colors.CheckedInds",
+                                         "Colors.Strings",
+                                         "Mode.ItemIndex",
+                                         "Mode.Strings",
+                                         "Notes.Strings",
+                                         "Font.Charset",
+                                         "Font.Color",
+                                         "Font.Height",
+                                         "Font.Pitch",
+                                         "Font.Style",
+                                         "Key"};
+    EXPECT_EQ(names, expected);
+    EXPECT_NE(data.find(std::string("\x0E") + "Colors.Strings" + "\x01\x06\x03" + "Red" +
+                        "\x06\x05" + "Green" + '\0'),
+              std::string::npos);
+    // A chosen index of -1 is stored as it is.
+    EXPECT_NE(data.find(std::string("\x0E") + "Mode.ItemIndex" + "\x02\xFF"), std::string::npos);
+
+    TValues loaded;
+    loaded.colors->SetText("old\r\n");
+    loaded.mode->ItemIndex = 4;
+    TPersistent* targets[] = {&loaded};
+    saver.SetObjectProps(targets, data);
+    EXPECT_EQ(loaded.colors->GetText(), "Red\r\nGreen\r\n");
+    EXPECT_EQ(loaded.colors->CheckedInds, "1");
+    EXPECT_EQ(loaded.mode->ItemIndex, -1);
+    EXPECT_EQ(loaded.notes->GetText(), "a\r\n");
+}
+
+TEST(PropTypes, ShortCutStringIsKnownByItsTypeName) {
+    PPropInfo p = GetPropInfo(TValues::StaticClass(), "Key");
+    ASSERT_NE(p, nullptr);
+    EXPECT_EQ(p->PropType->Name, "TShortCutString");
+    EXPECT_TRUE(IsType(p->PropType, "tshortcutstring"));
+    EXPECT_EQ(p->PropType->Kind, tkLString);
+}
+
+TEST(PropTypes, ValueKindsInTheirOrder) {
+    TCheckStrings check;
+    TSelectStrings select;
+    TMemoStrings memo;
+    TStringList list;
+    TFontEx fontEx;
+    TFont font;
+    TPictureEx pictureEx;
+    TPicture picture;
+    TBitmap bitmap;
+    TIcon icon;
+    model::TFoo other;
+    EXPECT_EQ(Funcs().GetValueKind(&check), 2);
+    EXPECT_EQ(Funcs().GetValueKind(&select), 3);
+    EXPECT_EQ(Funcs().GetValueKind(&memo), 1);
+    EXPECT_EQ(Funcs().GetValueKind(&list), 1);
+    EXPECT_EQ(Funcs().GetValueKind(&fontEx), 4);
+    EXPECT_EQ(Funcs().GetValueKind(&font), 4);
+    EXPECT_EQ(Funcs().GetValueKind(&pictureEx), 5);
+    EXPECT_EQ(Funcs().GetValueKind(&picture), 5);
+    EXPECT_EQ(Funcs().GetValueKind(&bitmap), 6);
+    EXPECT_EQ(Funcs().GetValueKind(&icon), 6);
+    EXPECT_EQ(Funcs().GetValueKind(&other), 0);
+    EXPECT_EQ(Funcs().GetValueKind(nullptr), 0);
+}
+
+TEST(PropTypes, TextAccessors) {
+    TCheckStrings check;
+    Funcs().SetCheckStrings(&check, "a\r\nb\r\n", "0,5");
+    // The indices stay as given, even past the last line.
+    EXPECT_EQ(check.CheckedInds, "0,5");
+    EXPECT_EQ(check.Count(), 2);
+    std::string text, inds;
+    Funcs().GetCheckStrings(&check, text, inds);
+    EXPECT_EQ(text, "a\r\nb\r\n");
+    EXPECT_EQ(inds, "0,5");
+    Funcs().SetCheckStrings(&check, "only\r\n", inds);
+    EXPECT_EQ(check.CheckedInds, "0,5");
+
+    TSelectStrings select;
+    Funcs().SetSelectStrings(&select, "x\r\ny\r\nz\r\n", 2);
+    int32_t index = 0;
+    Funcs().GetSelectStrings(&select, text, index);
+    EXPECT_EQ(text, "x\r\ny\r\nz\r\n");
+    EXPECT_EQ(index, 2);
+
+    TMemoStrings memo;
+    Funcs().SetStringsText(&memo, "one\r\ntwo");
+    EXPECT_EQ(memo.Count(), 2);
+    EXPECT_EQ(Funcs().GetStringsText(&memo), "one\r\ntwo\r\n");
+}
+
+TEST(PropTypes, CheckedIndexes) {
+    EXPECT_EQ(CheckedIndexes("0,2"), (std::vector<int>{0, 2}));
+    EXPECT_EQ(CheckedIndexes(""), (std::vector<int>{}));
+    EXPECT_EQ(CheckedIndexes("3,-1,1,x,,7"), (std::vector<int>{3, 1, 7}));
+    EXPECT_EQ(CheckedIndexes("99999999999999999999"), (std::vector<int>{}));
+    EXPECT_EQ(MakeCheckedInds({4, 0, 2, 0}), "0,2,4");
+    EXPECT_EQ(MakeCheckedInds({}), "");
+}
+
+TEST(PropTypes, FontSnapshotOfDefaultsHoldsNoFontProperty) {
+    TFontEx defaults;
+    std::string snapshot = Funcs().GetFontProps(&defaults);
+    EXPECT_EQ(snapshot.rfind("TPF0", 0), 0u);
+    EXPECT_EQ(snapshot.find("I."), std::string::npos) << model::HexBytes(snapshot);
+
+    // Only the pitch is reset by it: a snapshot leaves a default pitch out.
+    TFontEx target;
+    target.Pitch = fpFixed;
+    target.Height = -20;
+    target.Name = "Arial";
+    Funcs().SetFontProps(&target, snapshot);
+    EXPECT_EQ(target.Pitch, fpDefault);
+    EXPECT_EQ(target.Height, -20);
+    EXPECT_EQ(target.Name, "Arial");
+}
+
+TEST(PropTypes, FontSnapshotRoundTrip) {
+    TFontEx source;
+    source.Name = "Courier New";
+    source.Height = -16;
+    source.Style = {fsUnderline};
+    source.Color = clMaroon;
+    source.Charset = RUSSIAN_CHARSET;
+    std::string snapshot = Funcs().GetFontProps(&source);
+    TFont target;
+    target.Pitch = fpVariable;
+    Funcs().SetFontProps(&target, snapshot);
+    EXPECT_TRUE(target == source);
+}
+
+TEST(PropTypes, PictureSnapshotRoundTripAndEmptying) {
+    TPictureEx source;
+    auto icon = std::make_unique<TIcon>();
+    icon->SetBytes(std::string("\x00\x00\x01\x00icon-bytes", 14));
+    source.SetGraphic(icon.get());
+    std::string snapshot = Funcs().GetPictureProps(&source);
+    TPicture target;
+    Funcs().SetPictureProps(&target, snapshot);
+    ASSERT_NE(target.Graphic(), nullptr);
+    EXPECT_EQ(target.Graphic()->ClassName(), "TIcon");
+    EXPECT_EQ(target.Graphic()->Bytes(), icon->Bytes());
+
+    // An empty picture's snapshot empties the target, which is cleared before it is read.
+    TPictureEx empty;
+    Funcs().SetPictureProps(&target, Funcs().GetPictureProps(&empty));
+    EXPECT_EQ(target.Graphic(), nullptr);
+}
+
+TEST(PropTypes, BlockIsPublishedAsUserData) {
+    EXPECT_EQ(GetUserData(GetInitData(), SpcEditorProName), &SpcEditorProFuncs());
+}
+
+} // namespace

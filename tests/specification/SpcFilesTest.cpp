@@ -1,0 +1,444 @@
+// Specification files: what SaveSpc writes, how LoadSpc reads a realistic settings tree back
+// in both forms, how the fixed and free collections keep the program's authority over a file
+// from another set of experts, and how damaged and foreign files fail.
+#include "SpcModel.h"
+
+#include "persistence/DataHndl.h"
+#include "rtl/ObjectText.h"
+#include "specification/SpcConst.h"
+#include "specification/SpcMng.h"
+
+#include <gtest/gtest.h>
+
+using namespace spcmodel;
+
+namespace {
+
+class SpcFiles : public ::testing::Test {
+protected:
+    std::string Saved(TProgram& p, TObjectStorageFormat format, const std::string& name = "a") {
+        std::string file = dir_.File(name + SpcFileExt(format));
+        SaveSpc(&p.settings, file, format);
+        return file;
+    }
+    TObjectStorageFormat Load(TProgram& p, const std::string& file, bool showErrors = true) {
+        TPersistent* obj = &p.settings;
+        return LoadSpc(obj, file, false, showErrors);
+    }
+    TempDir dir_;
+};
+
+// Every value of the filled tree, as it should come back.
+void ExpectFilled(TProgram& p) {
+    TSettings& s = p.settings;
+    EXPECT_EQ(s.Title, "My \xC0\xC1 settings");
+    EXPECT_EQ(s.Version, 70000);
+    TViewSettings* v = s.GetView();
+    EXPECT_EQ(v->Depth, -5);
+    EXPECT_EQ(v->Layout, loTabs);
+    EXPECT_EQ(v->GetColumns()->GetText(), "Name\r\nSize\r\nDate\r\n");
+    EXPECT_EQ(v->GetColumns()->CheckedInds, "0,2");
+    EXPECT_EQ(v->GetSort()->GetText(), "Ascending\r\nDescending\r\n");
+    EXPECT_EQ(v->GetSort()->ItemIndex, 1);
+    EXPECT_EQ(v->GetNotes()->Count(), 3);
+    EXPECT_EQ(v->GetNotes()->Strings(1), "");
+    EXPECT_EQ(v->GetNotes()->Strings(2), "third, after an empty line");
+    EXPECT_EQ(v->GetFont()->Name, "Courier New");
+    EXPECT_EQ(v->GetFont()->Height, -13);
+    EXPECT_EQ(v->GetFont()->Color, clNavy);
+    EXPECT_EQ(v->GetFont()->Style, (TFontStyles{fsBold, fsItalic}));
+    EXPECT_EQ(v->GetFont()->Pitch, fpFixed);
+    ASSERT_NE(v->GetPicture()->Graphic(), nullptr);
+    EXPECT_EQ(v->GetPicture()->Graphic()->ClassName(), "TBitmap");
+    EXPECT_EQ(v->GetPicture()->Graphic()->Bytes(), TinyBitmap());
+    ASSERT_EQ(s.GetHistory()->Count(), 2);
+    EXPECT_EQ(As<THistoryItem>(s.GetHistory()->GetItem(1))->FileName, "Utils.pas");
+    EXPECT_EQ(As<THistoryItem>(s.GetHistory()->GetItem(1))->Line, 200);
+    ASSERT_EQ(s.Active()->Count(), 3);
+    EXPECT_FALSE(s.Active()->Expert(0)->Active);
+    EXPECT_TRUE(s.Active()->Expert(1)->Active);
+    EXPECT_FALSE(s.Active()->Expert(2)->Active);
+    EXPECT_FALSE(p.editor.AutoSave);
+    EXPECT_EQ(p.editor.SaveKey, "Ctrl+Shift+S");
+    EXPECT_EQ(p.editor.TabWidth, 2);
+    EXPECT_EQ(p.editor.GetState()->GetText(), "Left=10\r\nTop=20\r\n");
+    EXPECT_TRUE(p.units.SortByName);
+    EXPECT_EQ(p.units.Filter, "*.dpr;*.pas");
+}
+
+// ---------------------------------------------------------------------------------------------
+// The file's bytes
+
+TEST_F(SpcFiles, BinaryFileIsOneRootObject) {
+    TProgram p;
+    FillNonDefault(p);
+    std::string bytes = ReadAll(Saved(p, osfBin));
+    std::string head = std::string("TPF0") + "\x09" + "TSettings" + '\0';
+    ASSERT_GT(bytes.size(), head.size() + 2);
+    EXPECT_EQ(bytes.substr(0, head.size()), head);
+    EXPECT_EQ(bytes.substr(bytes.size() - 2), std::string(2, '\0'));
+
+    // The records, in declaration order, nested objects flat, the defined ones last.
+    TStringStream stream(bytes);
+    TReader reader(&stream);
+    reader.ReadSignature();
+    TFilerFlags flags = 0xFF;
+    int32_t childPos = 0;
+    reader.ReadPrefix(flags, childPos);
+    EXPECT_EQ(flags, 0);
+    EXPECT_EQ(reader.ReadStr(), "TSettings");
+    EXPECT_EQ(reader.ReadStr(), "");
+    std::vector<std::string> names;
+    while (!reader.EndOfList()) {
+        names.push_back(reader.ReadStr());
+        reader.SkipValue();
+    }
+    reader.ReadListEnd();
+    EXPECT_TRUE(reader.EndOfList());
+    reader.ReadListEnd();
+    EXPECT_EQ(reader.Position(), static_cast<int64_t>(bytes.size()));
+    std::vector<std::string> expected = {"Title",
+                                         "Version",
+                                         "View.Depth",
+                                         "View.Layout",
+                                         "View.Columns.CheckedInds",
+                                         "View.Columns.Strings",
+                                         "View.Sort.ItemIndex",
+                                         "View.Sort.Strings",
+                                         "View.Notes.Strings",
+                                         "View.Font.Charset",
+                                         "View.Font.Color",
+                                         "View.Font.Height",
+                                         "View.Font.Name",
+                                         "View.Font.Pitch",
+                                         "View.Font.Style",
+                                         "View.Picture.Data",
+                                         "History",
+                                         "ActiveExperts_",
+                                         "CustomData_"};
+    EXPECT_EQ(names, expected);
+}
+
+TEST_F(SpcFiles, DefaultValuesAreWrittenToo) {
+    TProgram p;
+    std::string bytes = ReadAll(Saved(p, osfBin));
+    // A fit writer writes what equals the declared default as well.
+    EXPECT_NE(bytes.find("\x0A"
+                         "View.Depth"
+                         "\x02\x03"),
+              std::string::npos);
+    EXPECT_NE(bytes.find("\x13"
+                         "View.Sort.ItemIndex"
+                         "\x02\xFF"),
+              std::string::npos);
+}
+
+TEST_F(SpcFiles, ResourceAndExtendedFormsSaveAsPlainBinary) {
+    TProgram p;
+    FillNonDefault(p);
+    std::string plain = ReadAll(Saved(p, osfBin, "plain"));
+    EXPECT_EQ(ReadAll(Saved(p, osfResBin, "res")), plain);
+    EXPECT_EQ(ReadAll(Saved(p, osfExtBin, "ext")), plain);
+}
+
+TEST_F(SpcFiles, TextFileIsTheBinaryObjectAsText) {
+    TProgram p;
+    FillNonDefault(p);
+    std::string binary = ReadAll(Saved(p, osfBin));
+    std::string text = ReadAll(Saved(p, osfText));
+    EXPECT_EQ(text.rfind("object TSettings\r\n", 0), 0u) << text.substr(0, 40);
+    EXPECT_EQ(text.substr(text.size() - 5), "end\r\n");
+    TStringStream in(binary), out;
+    ObjectBinaryToText(&in, &out);
+    EXPECT_EQ(text, out.DataString());
+}
+
+// ---------------------------------------------------------------------------------------------
+// Round trips
+
+TEST_F(SpcFiles, BinaryRoundTripRestoresTheWholeTree) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string file = Saved(saved, osfBin);
+    TProgram loaded;
+    EXPECT_EQ(Load(loaded, file), osfBin);
+    ExpectFilled(loaded);
+}
+
+TEST_F(SpcFiles, TextRoundTripRestoresTheWholeTree) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string file = Saved(saved, osfText);
+    TProgram loaded;
+    EXPECT_EQ(Load(loaded, file), osfText);
+    ExpectFilled(loaded);
+}
+
+TEST_F(SpcFiles, FormIsToldFromTheContentNotTheExtension) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string text = ReadAll(Saved(saved, osfText));
+    std::string misnamed = dir_.File("text.sbn");
+    WriteAll(misnamed, text);
+    TProgram loaded;
+    EXPECT_EQ(Load(loaded, misnamed), osfText);
+    ExpectFilled(loaded);
+}
+
+TEST_F(SpcFiles, PlainCollectionIsRebuiltFromTheFile) {
+    TProgram saved;
+    saved.settings.GetHistory()->AddFile("One.pas", 1);
+    std::string file = Saved(saved, osfBin);
+    TProgram loaded;
+    loaded.settings.GetHistory()->AddFile("Old.pas", 5);
+    loaded.settings.GetHistory()->AddFile("Older.pas", 6);
+    Load(loaded, file);
+    ASSERT_EQ(loaded.settings.GetHistory()->Count(), 1);
+    EXPECT_EQ(As<THistoryItem>(loaded.settings.GetHistory()->GetItem(0))->FileName, "One.pas");
+}
+
+// ---------------------------------------------------------------------------------------------
+// The program decides which items exist
+
+TEST_F(SpcFiles, OlderFileUpdatesOnlyTheItemsCodeKnows) {
+    // The file of an older build: an expert that is gone, one the new build still has, and the
+    // settings of an expert that no longer registers any.
+    TProgram older({"BlockMng", "GoneMng"}, true);
+    older.settings.Active()->Find("BlockMng")->Active = false;
+    older.settings.Active()->Find("GoneMng")->Active = false;
+    older.units.Filter = "*.old";
+    older.editor.TabWidth = 3;
+    older.editor.SaveKey = "Ctrl+F2";
+    std::string file = Saved(older, osfBin);
+
+    // The new build knows other experts, and its unit manager doesn't store anything.
+    TProgram newer({"ViewMng", "BlockMng", "CpuMng"}, false);
+    newer.settings.Active()->Find("ViewMng")->Active = false;
+    TCustomData* custom = newer.settings.Custom();
+    TWrapperItem* editorItem = custom->GetItem(0);
+    TActiveExperts* active = newer.settings.Active();
+    TExpertInfo* first = active->Expert(0);
+
+    Load(newer, file);
+
+    // The known expert got the file's state; the others kept theirs; nothing was made.
+    ASSERT_EQ(active->Count(), 3);
+    EXPECT_EQ(active->Expert(0), first);
+    EXPECT_EQ(active->Expert(0)->ExpertName, "ViewMng");
+    EXPECT_FALSE(active->Expert(0)->Active);
+    EXPECT_EQ(active->Expert(1)->ExpertName, "BlockMng");
+    EXPECT_FALSE(active->Expert(1)->Active);
+    EXPECT_EQ(active->Expert(2)->ExpertName, "CpuMng");
+    EXPECT_TRUE(active->Expert(2)->Active);
+    EXPECT_EQ(active->Find("GoneMng"), nullptr);
+    // Node names are the program's, not the file's.
+    EXPECT_EQ(active->Expert(1)->NodeName(), "BlockMng expert");
+
+    // The registered object took its stored values; the unknown identifier was passed over.
+    ASSERT_EQ(custom->Count(), 1);
+    EXPECT_EQ(custom->GetItem(0), editorItem);
+    EXPECT_EQ(editorItem->NestedObject, &newer.editor);
+    EXPECT_EQ(newer.editor.TabWidth, 3);
+    EXPECT_EQ(newer.editor.SaveKey, "Ctrl+F2");
+    EXPECT_EQ(newer.units.Filter, "*.pas");
+}
+
+TEST_F(SpcFiles, NewerFileWithAPropertyTheClassLacksLoadsTheRest) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string bytes = ReadAll(Saved(saved, osfBin));
+    // Rename the stored "Version" into a property the class doesn't have: same length.
+    size_t at = bytes.find("\x07"
+                           "Version");
+    ASSERT_NE(at, std::string::npos);
+    bytes.replace(at + 1, 7, "Revised");
+    std::string file = dir_.File("newer.sbn");
+    WriteAll(file, bytes);
+
+    {
+        // Silently, when the caller asked for no messages.
+        DialogRecorder dialogs;
+        TProgram loaded;
+        Load(loaded, file, false);
+        EXPECT_TRUE(dialogs.texts.empty());
+        EXPECT_EQ(loaded.settings.Version, 1);
+        loaded.settings.Version = 70000;
+        ExpectFilled(loaded);
+    }
+    {
+        // Otherwise the user is asked, and Yes goes on.
+        DialogRecorder dialogs;
+        dialogs.answer = IDYES;
+        TProgram loaded;
+        Load(loaded, file, true);
+        ASSERT_EQ(dialogs.texts.size(), 1u);
+        EXPECT_NE(dialogs.texts[0].find("Load error."), std::string::npos);
+        EXPECT_NE(dialogs.texts[0].find("Revised"), std::string::npos);
+        EXPECT_NE(dialogs.texts[0].find("Continue loading?"), std::string::npos);
+        EXPECT_EQ(loaded.settings.Title, "My \xC0\xC1 settings");
+        EXPECT_EQ(loaded.editor.TabWidth, 2);
+    }
+    {
+        // No stops the load with the platform's read error, the object filled up to there.
+        DialogRecorder dialogs;
+        dialogs.answer = IDNO;
+        TProgram loaded;
+        EXPECT_THROW(Load(loaded, file, true), EReadError);
+        EXPECT_EQ(dialogs.texts.size(), 1u);
+        EXPECT_EQ(loaded.settings.Title, "My \xC0\xC1 settings");
+        EXPECT_EQ(loaded.settings.GetView()->Depth, 3);
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Damaged and foreign files
+
+TEST_F(SpcFiles, MissingFileFailsWith51502AndLeavesTheObject) {
+    TProgram p;
+    p.settings.Title = "kept";
+    std::string file = dir_.File("none.sbn");
+    try {
+        Load(p, file);
+        FAIL() << "no exception";
+    } catch (const ESpcMngError& e) {
+        EXPECT_EQ(e.Message(), "Specification file: " + file + " not found.");
+    }
+    EXPECT_EQ(p.settings.Title, "kept");
+}
+
+TEST_F(SpcFiles, FileWithADataHeaderIsNotASpecification) {
+    TProgram p;
+    FillNonDefault(p);
+    std::string file = dir_.File("header.sbn");
+    TObject* objects[] = {&p.settings};
+    SaveObjectDataBinary(objects, file, "1.01 99.99", false);
+    TProgram loaded;
+    EXPECT_THROW(Load(loaded, file), EReadError);
+    EXPECT_EQ(loaded.settings.Title, "Settings");
+}
+
+TEST_F(SpcFiles, NilObjectFailsWith51501) {
+    TPersistent* none = nullptr;
+    EXPECT_THROW(SaveSpc(none, dir_.File("x.sbn"), osfBin), ESpcMngError);
+    EXPECT_THROW(LoadSpc(none, dir_.File("x.sbn")), ESpcMngError);
+}
+
+TEST_F(SpcFiles, BadValueIsPassedOverWhenErrorsAreIgnored) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string bytes = ReadAll(Saved(saved, osfBin));
+    // "View.Layout" holds an identifier the enumeration doesn't have: same length.
+    size_t at = bytes.find("\x06"
+                           "loTabs");
+    ASSERT_NE(at, std::string::npos);
+    bytes.replace(at + 1, 6, "loGrid");
+    std::string file = dir_.File("badvalue.sbn");
+    WriteAll(file, bytes);
+
+    DialogRecorder dialogs;
+    TProgram quiet;
+    Load(quiet, file, false);
+    EXPECT_TRUE(dialogs.texts.empty());
+    EXPECT_EQ(quiet.settings.GetView()->Layout, loTree);
+    EXPECT_EQ(quiet.settings.GetView()->GetFont()->Name, "Courier New");
+    EXPECT_EQ(quiet.editor.TabWidth, 2);
+
+    dialogs.answer = IDNO;
+    TProgram asked;
+    EXPECT_THROW(Load(asked, file, true), EReadError);
+    ASSERT_EQ(dialogs.texts.size(), 1u);
+    EXPECT_NE(dialogs.texts[0].find("loGrid"), std::string::npos);
+}
+
+TEST_F(SpcFiles, TruncatedFileLoadsUpToTheCutAndFails) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string bytes = ReadAll(Saved(saved, osfBin));
+    size_t at = bytes.find("History");
+    ASSERT_NE(at, std::string::npos);
+    std::string file = dir_.File("cut.sbn");
+    WriteAll(file, bytes.substr(0, at + 20));
+    TProgram loaded;
+    EXPECT_THROW(Load(loaded, file, false), EReadError);
+    EXPECT_EQ(loaded.settings.Title, "My \xC0\xC1 settings");
+    EXPECT_EQ(loaded.settings.GetView()->GetFont()->Name, "Courier New");
+    EXPECT_EQ(loaded.editor.TabWidth, 8);
+}
+
+TEST_F(SpcFiles, FreeEntryWithoutIdentifierFailsTheLoadWithoutAQuestion) {
+    TProgram saved;
+    std::string bytes = ReadAll(Saved(saved, osfBin));
+    size_t at = bytes.find("\x09"
+                           "AObjectID");
+    ASSERT_NE(at, std::string::npos);
+    bytes.replace(at + 1, 9, "AObjectXX");
+    std::string file = dir_.File("noid.sbn");
+    WriteAll(file, bytes);
+    DialogRecorder dialogs;
+    TProgram loaded;
+    try {
+        Load(loaded, file, true);
+        FAIL() << "no exception";
+    } catch (const EReadError& e) {
+        EXPECT_NE(e.Message().find("Property AObjectID not found"), std::string::npos)
+            << e.Message();
+    }
+    EXPECT_TRUE(dialogs.texts.empty());
+}
+
+TEST_F(SpcFiles, GarbageFailsWithAReadError) {
+    std::string file = dir_.File("garbage.sbn");
+    WriteAll(file, "#!/bin/sh\nexit 0\n");
+    TProgram p;
+    EXPECT_THROW(Load(p, file, false), EReadError);
+    WriteAll(file, "");
+    EXPECT_THROW(Load(p, file, false), Exception);
+    WriteAll(file, "object TSettings\r\n  Title = 'x\r\n");
+    EXPECT_THROW(Load(p, file, false), Exception);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Replaceable procedures and RecreateSpc
+
+TObjectStorageFormat gLoadedFormat;
+std::string gSavedTo;
+
+void SaveRecorder(TPersistent*, const std::string& fileName, TObjectStorageFormat format) {
+    gSavedTo = fileName;
+    gLoadedFormat = format;
+}
+
+TObjectStorageFormat LoadRecorder(TPersistent*&, const std::string& fileName, bool, bool) {
+    gSavedTo = fileName;
+    return osfExtBin;
+}
+
+TEST_F(SpcFiles, SaveAndLoadGoThroughTheProcedureVariables) {
+    EXPECT_EQ(SaveSpcProc, &SaveSpcInner);
+    EXPECT_EQ(LoadSpcProc, &LoadSpcInner);
+    SaveSpcProc = &SaveRecorder;
+    LoadSpcProc = &LoadRecorder;
+    TProgram p;
+    SaveSpc(&p.settings, "somewhere.stx", osfText);
+    EXPECT_EQ(gSavedTo, "somewhere.stx");
+    EXPECT_EQ(gLoadedFormat, osfText);
+    TPersistent* obj = &p.settings;
+    EXPECT_EQ(LoadSpc(obj, "elsewhere.sbn"), osfExtBin);
+    EXPECT_EQ(gSavedTo, "elsewhere.sbn");
+    SaveSpcProc = &SaveSpcInner;
+    LoadSpcProc = &LoadSpcInner;
+}
+
+TEST(RecreateSpc, MakesAFreshObjectOfTheSameClass) {
+    TPersistent* obj = new TViewSettings();
+    static_cast<TViewSettings*>(obj)->Depth = 42;
+    TPersistent* made = RecreateSpc(obj);
+    EXPECT_EQ(made, obj);
+    ASSERT_NE(dynamic_cast<TViewSettings*>(obj), nullptr);
+    EXPECT_EQ(static_cast<TViewSettings*>(obj)->Depth, 3);
+    delete obj;
+    TPersistent* none = nullptr;
+    EXPECT_THROW(RecreateSpc(none), ESpcMngError);
+}
+
+} // namespace

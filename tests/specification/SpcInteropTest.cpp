@@ -1,0 +1,76 @@
+// Specification files read by Free Pascal's Classes unit: the binary file of SaveSpc is one
+// object stream that its reader lists value for value as ours does, and the text file converts
+// back to the same bytes on both sides.
+#include "SpcModel.h"
+
+#include "specification/SpcMng.h"
+#include "tests/interop/FpcHarness.h"
+
+#include <gtest/gtest.h>
+
+using namespace spcmodel;
+using namespace interop;
+
+namespace {
+
+class SpcInterop : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { fpc_.Prepare("interop-specification"); }
+
+    void SetUp() override {
+        if (!fpc_.SkipReason.empty()) GTEST_SKIP() << fpc_.SkipReason;
+        ASSERT_TRUE(fpc_.CompileError.empty()) << fpc_.CompileError;
+    }
+
+    static inline FpcConverter fpc_;
+    TempDir dir_;
+};
+
+TEST_F(SpcInterop, BinaryFileIsReadByFreePascal) {
+    TProgram p;
+    FillNonDefault(p);
+    std::string file = dir_.File("settings.sbn");
+    SaveSpc(&p.settings, file, osfBin);
+    std::string binary = ReadAll(file);
+    std::string listing = fpc_.Run("dump", binary);
+    EXPECT_EQ(listing, OurDump(binary));
+    EXPECT_EQ(listing.rfind("object 0 0 TSettings \n", 0), 0u) << listing.substr(0, 60);
+    std::string fpcText = fpc_.Run("b2t", binary);
+    EXPECT_EQ(fpcText.rfind("object TSettings", 0), 0u);
+    EXPECT_NE(fpcText.find("ActiveExperts_ = <"), std::string::npos);
+}
+
+TEST_F(SpcInterop, TextFileConvertsBackToTheBinaryFileOnBothSides) {
+    TProgram p;
+    FillNonDefault(p);
+    std::string binFile = dir_.File("settings.sbn");
+    std::string textFile = dir_.File("settings.stx");
+    SaveSpc(&p.settings, binFile, osfBin);
+    SaveSpc(&p.settings, textFile, osfText);
+    std::string binary = ReadAll(binFile);
+    std::string text = ReadAll(textFile);
+    EXPECT_EQ(fpc_.Run("t2b", text), binary);
+    EXPECT_EQ(OurConvert("t2b", text), binary);
+}
+
+TEST_F(SpcInterop, FreePascalsTextLoadsAsASpecification) {
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string binFile = dir_.File("settings.sbn");
+    SaveSpc(&saved.settings, binFile, osfBin);
+    // Free Pascal's own text of the file (its strings with characters above 127 come as
+    // "#192" codes) is a text specification that loads into the tree.
+    std::string fpcText = fpc_.Run("b2t", ReadAll(binFile));
+    std::string textFile = dir_.File("fpc.stx");
+    WriteAll(textFile, fpcText);
+    TProgram loaded;
+    TPersistent* obj = &loaded.settings;
+    EXPECT_EQ(LoadSpc(obj, textFile, false, true), osfText);
+    EXPECT_EQ(loaded.settings.GetView()->Depth, -5);
+    EXPECT_EQ(loaded.settings.GetView()->GetFont()->Name, "Courier New");
+    EXPECT_EQ(loaded.settings.GetView()->GetColumns()->CheckedInds, "0,2");
+    EXPECT_EQ(loaded.editor.SaveKey, "Ctrl+Shift+S");
+    EXPECT_FALSE(loaded.settings.Active()->Expert(0)->Active);
+}
+
+} // namespace

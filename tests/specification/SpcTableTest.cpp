@@ -1,0 +1,423 @@
+// Version lines and their check, reading one branch of a file, and the table of functions the
+// editor works through, with its user data.
+#include "SpcModel.h"
+
+#include "persistence/DataHndl.h"
+#include "persistence/PropTypes.h"
+#include "specification/SpcConst.h"
+#include "specification/SpcMng.h"
+#include "specification/SpcVers.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstring>
+
+using namespace spcmodel;
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// Versions
+
+class Separator {
+public:
+    explicit Separator(char c) : saved_(DecimalSeparator) { DecimalSeparator = c; }
+    ~Separator() { DecimalSeparator = saved_; }
+
+private:
+    char saved_;
+};
+
+TEST(Versions, Constants) {
+    EXPECT_EQ(cEditorVersion.Raw, 10100);
+    EXPECT_EQ(cDelphiVersion.Raw, 999900);
+}
+
+TEST(Versions, MakeVerInfoWritesWithADot) {
+    std::string text = "untouched";
+    MakeVerInfo(osfBin, text);
+    EXPECT_EQ(text, "1.01 99.99");
+    MakeVerInfo(osfText, text);
+    EXPECT_EQ(text, "e_ver: 1.01 d_ver: 99.99");
+    text = "untouched";
+    MakeVerInfo(osfExtBin, text);
+    MakeVerInfo(osfResBin, text);
+    EXPECT_EQ(text, "untouched");
+
+    Separator comma(',');
+    MakeVerInfo(osfBin, text);
+    EXPECT_EQ(text, "1.01 99.99");
+    EXPECT_EQ(DecimalSeparator, ',');
+}
+
+TEST(Versions, ParsedTimesTenThousand) {
+    TSpcVersions v = ParseVerInfo(osfBin, "1.01 99.99");
+    EXPECT_EQ(v.Editor, 10100);
+    EXPECT_EQ(v.Delphi, 999900);
+    v = ParseVerInfo(osfText, " e_ver: 2.5 d_ver: 6.0001");
+    EXPECT_EQ(v.Editor, 25000);
+    EXPECT_EQ(v.Delphi, 60001);
+}
+
+TEST(Versions, MalformedLinesFailWith51504) {
+    try {
+        ParseVerInfo(osfBin, "1.01");
+        FAIL() << "no exception";
+    } catch (const ESpcMngError& e) {
+        EXPECT_EQ(e.Message(), "Version information has incorrect format: 1.01.");
+    }
+    EXPECT_THROW(ParseVerInfo(osfText, "e_ver: 1.01"), ESpcMngError);
+    EXPECT_THROW(ParseVerInfo(osfText, "d_ver: 1 e_ver: 2"), ESpcMngError);
+    EXPECT_THROW(ParseVerInfo(osfBin, "one two"), ESpcMngError);
+    EXPECT_THROW(ParseVerInfo(osfBin, "1e999 1"), ESpcMngError);
+}
+
+TEST(Versions, ReadWithTheCurrentSeparator) {
+    Separator comma(',');
+    std::string text;
+    MakeVerInfo(osfBin, text);
+    EXPECT_THROW(ParseVerInfo(osfBin, text), ESpcMngError);
+    EXPECT_EQ(ParseVerInfo(osfBin, "1,5 2,25").Delphi, 22500);
+}
+
+TEST(CheckVer, WithoutCheckingOnlyParses) {
+    DialogRecorder dialogs;
+    TVerCheckData data{false, "x.sbn"};
+    bool skip = true;
+    CheckVer({osfBin, false}, "9.99 99.99", skip, &data);
+    EXPECT_FALSE(skip);
+    EXPECT_TRUE(dialogs.texts.empty());
+    EXPECT_THROW(CheckVer({osfBin, false}, "9.99", skip, &data), ESpcMngError);
+    EXPECT_THROW(CheckVer({osfText, false}, "9.99 1.0", skip, nullptr), ESpcMngError);
+}
+
+TEST(CheckVer, FileOfThisVersionRaisesTheDelphiQuestion) {
+    DialogRecorder dialogs;
+    dialogs.answer = IDNO;
+    TVerCheckData data{true, "settings.sbn"};
+    bool skip = false;
+    CheckVer({osfBin, false}, "1.01 99.99", skip, &data);
+    EXPECT_TRUE(skip);
+    ASSERT_EQ(dialogs.texts.size(), 1u);
+    EXPECT_EQ(dialogs.texts[0],
+              "Downloaded file of the specification settings.sbn is created by a later Delphi "
+              "version. Delphi editor version: 99.99 file version: 99.99.Possible incorrect work "
+              "with specification because of RTTI structure changes in new version.Continue "
+              "load file?");
+    dialogs.answer = IDYES;
+    CheckVer({osfText, false}, " e_ver: 1.01 d_ver: 99.99", skip, &data);
+    EXPECT_FALSE(skip);
+}
+
+TEST(CheckVer, LaterEditorAsksAndOtherDelphiVersionsDoNot) {
+    DialogRecorder dialogs;
+    dialogs.answer = IDNO;
+    TVerCheckData data{true, "settings.sbn"};
+    bool skip = false;
+    CheckVer({osfBin, false}, "1.00 6.00", skip, &data);
+    EXPECT_FALSE(skip);
+    EXPECT_TRUE(dialogs.texts.empty());
+    CheckVer({osfBin, false}, "1.02 6.00", skip, &data);
+    EXPECT_TRUE(skip);
+    ASSERT_EQ(dialogs.texts.size(), 1u);
+    EXPECT_EQ(dialogs.texts[0],
+              "Specification file settings.sbn created with later editor versionCurrent editor "
+              "version: 1.01 in file version: 1.02.Loading may be incorrect. Continue load file?");
+}
+
+TEST(CheckVer, TheDelphiAnswerOverridesTheEditorAnswer) {
+    DialogRecorder dialogs;
+    TVerCheckData data{true, "settings.sbn"};
+    bool skip = false;
+    int calls = 0;
+    TWindowSystem ws;
+    ws.MessageBox = [&](HWND, const std::string&, const std::string&, uint32_t) {
+        return ++calls == 1 ? IDNO : IDYES;
+    };
+    TWindowSystem old = SetWindowSystem(ws);
+    CheckVer({osfBin, false}, "2.00 99.99", skip, &data);
+    SetWindowSystem(old);
+    EXPECT_EQ(calls, 2);
+    EXPECT_FALSE(skip);
+}
+
+TEST(CheckVer, SkipsTheLoadOfAFileWithAVersionHeader) {
+    TempDir dir;
+    TProgram saved;
+    FillNonDefault(saved);
+    std::string version;
+    MakeVerInfo(osfBin, version);
+    std::string file = dir.File("with-header.sbn");
+    TObject* objects[] = {&saved.settings};
+    SaveObjectDataBinary(objects, file, version, false);
+
+    DialogRecorder dialogs;
+    dialogs.answer = IDNO;
+    TProgram skipped;
+    TObject* targets[] = {&skipped.settings};
+    TVerCheckData data{true, file};
+    LoadObjectData(targets, file, &CheckVer, &data);
+    EXPECT_EQ(dialogs.texts.size(), 1u);
+    EXPECT_EQ(skipped.settings.Title, "Settings");
+
+    dialogs.answer = IDYES;
+    TProgram loaded;
+    TObject* targets2[] = {&loaded.settings};
+    LoadObjectData(targets2, file, &CheckVer, &data);
+    EXPECT_EQ(loaded.settings.Title, "My \xC0\xC1 settings");
+    EXPECT_EQ(loaded.settings.GetView()->GetSort()->ItemIndex, 1);
+}
+
+// ---------------------------------------------------------------------------------------------
+// One branch of a file
+
+class SingleNode : public ::testing::Test {
+protected:
+    void SetUp() override {
+        FillNonDefault(saved_);
+        file_ = dir_.File("data.sbn");
+        TObject* objects[] = {&saved_.settings};
+        // A wrapped object's records are named "I.Xxx".
+        SaveObjectDataBinary(objects, file_, "1.01 99.99", false);
+    }
+    TempDir dir_;
+    TProgram saved_;
+    std::string file_;
+};
+
+TEST_F(SingleNode, ObjectBranchLandsOnTheTargetsOwnProperties) {
+    TViewSettings view;
+    EXPECT_TRUE(LoadSingleNode(&view, "I.View", file_));
+    EXPECT_EQ(view.Depth, -5);
+    EXPECT_EQ(view.Layout, loTabs);
+    EXPECT_EQ(view.GetColumns()->CheckedInds, "0,2");
+    EXPECT_EQ(view.GetColumns()->Count(), 3);
+    EXPECT_EQ(view.GetFont()->Name, "Courier New");
+    ASSERT_NE(view.GetPicture()->Graphic(), nullptr);
+    EXPECT_EQ(view.GetPicture()->Graphic()->Bytes(), TinyBitmap());
+    // The file itself is left as it was.
+    TProgram again;
+    TObject* targets[] = {&again.settings};
+    LoadObjectData(targets, file_);
+    EXPECT_EQ(again.settings.GetView()->Depth, -5);
+}
+
+TEST_F(SingleNode, NodeNameIsComparedWithoutCase) {
+    TViewSettings view;
+    EXPECT_TRUE(LoadSingleNode(&view, "i.VIEW", file_));
+    EXPECT_EQ(view.Depth, -5);
+}
+
+TEST_F(SingleNode, CollectionBranchIsReadIntoTheCollection) {
+    THistory history(nullptr);
+    history.AddFile("stale.pas", 1);
+    EXPECT_TRUE(LoadSingleNode(&history, "I.History", file_));
+    ASSERT_EQ(history.Count(), 2);
+    EXPECT_EQ(As<THistoryItem>(history.GetItem(0))->FileName, "Main.pas");
+    EXPECT_EQ(As<THistoryItem>(history.GetItem(1))->Line, 200);
+}
+
+TEST_F(SingleNode, CollectionNodeThatHoldsNoCollectionFails) {
+    THistory history(nullptr);
+    EXPECT_THROW(LoadSingleNode(&history, "I.Title", file_), EReadError);
+}
+
+TEST_F(SingleNode, EmptyShortenedNameIsReportedByTheReader) {
+    // "I.Title" is the whole name of a record: what is left of it names nothing.
+    TViewSettings view;
+    try {
+        LoadSingleNode(&view, "I.Title", file_);
+        FAIL() << "no exception";
+    } catch (const EReadError& e) {
+        EXPECT_NE(e.Message().find("without a name"), std::string::npos) << e.Message();
+    }
+}
+
+TEST_F(SingleNode, NoMatchingRecordGivesFalse) {
+    TViewSettings view;
+    EXPECT_FALSE(LoadSingleNode(&view, "I.Nothing", file_));
+    EXPECT_FALSE(LoadSingleNode(&view, "View", file_));
+    EXPECT_EQ(view.Depth, 3);
+}
+
+TEST_F(SingleNode, OtherTargetsAndFormsGiveFalse) {
+    TFontEx font;
+    EXPECT_FALSE(LoadSingleNode(&font, "I.View.Font", file_));
+    std::string text = dir_.File("data.stx");
+    TObject* objects[] = {&saved_.settings};
+    SaveObjectDataText(objects, text, {}, "e_ver: 1.01 d_ver: 99.99");
+    TViewSettings view;
+    EXPECT_FALSE(LoadSingleNode(&view, "I.View", text));
+    EXPECT_EQ(view.Depth, 3);
+}
+
+TEST_F(SingleNode, FileWithoutAHeaderFailsWith50580) {
+    std::string plain = dir_.File("plain.sbn");
+    SaveSpc(&saved_.settings, plain, osfBin);
+    TViewSettings view;
+    EXPECT_THROW(LoadSingleNode(&view, "View", plain), EDataHandlingError);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The table of functions
+
+TEST(InitData, FieldsStandInTheirOrder) {
+    constexpr size_t w = sizeof(void*);
+    EXPECT_EQ(offsetof(TInitData, UserData), 0 * w);
+    EXPECT_EQ(offsetof(TInitData, UserDataCount), 1 * w);
+    EXPECT_EQ(offsetof(TInitData, LoadSpc), 2 * w);
+    EXPECT_EQ(offsetof(TInitData, SaveSpc), 3 * w);
+    EXPECT_EQ(offsetof(TInitData, CreateSpc), 4 * w);
+    EXPECT_EQ(offsetof(TInitData, FreeSpc), 6 * w);
+    EXPECT_EQ(offsetof(TInitData, CollectionNextID), 10 * w);
+    EXPECT_EQ(offsetof(TInitData, CollectionCount), 15 * w);
+    EXPECT_EQ(offsetof(TInitData, ItemSetIndex), 18 * w);
+    EXPECT_EQ(offsetof(TInitData, GetProps), 19 * w);
+    EXPECT_EQ(offsetof(TInitData, ComponentName), 23 * w);
+    EXPECT_EQ(offsetof(TInitData, ObjectBaseClass), 27 * w);
+    EXPECT_EQ(offsetof(TInitData, ClassBaseClass), 28 * w);
+    EXPECT_EQ(offsetof(TInitData, GetPropAsPtr), 30 * w);
+    EXPECT_EQ(offsetof(TInitData, WrapperItemClass), 31 * w);
+}
+
+TEST(InitData, FillSetsEveryFunctionAndKeepsTheUserData) {
+    TInitData before = GetInitData();
+    TInitData d = FillInitData();
+    EXPECT_EQ(d.UserData, before.UserData);
+    EXPECT_EQ(d.UserDataCount, before.UserDataCount);
+    auto* words = reinterpret_cast<void* const*>(&d);
+    for (int i = 2; i < 32; ++i)
+        EXPECT_NE(words[i], nullptr) << "entry " << i + 1;
+    EXPECT_EQ(std::memcmp(&d, &GlobalInitData(), sizeof d), 0);
+}
+
+TEST(InitData, EntriesWorkOnObjects) {
+    TInitData d = FillInitData();
+    TProgram p;
+    FillNonDefault(p);
+
+    std::unique_ptr<TObject> made(d.CreateSpc(TViewSettings::StaticClass()));
+    EXPECT_EQ(made->ClassName(), "TViewSettings");
+    TPersistent* spc = new TViewSettings();
+    d.FreeSpc(spc);
+    EXPECT_EQ(spc, nullptr);
+
+    THistory* history = p.settings.GetHistory();
+    EXPECT_EQ(d.CollectionCount(history), 2);
+    int32_t next = d.CollectionNextID(history);
+    TCollectionItem* added = d.CollectionAdd(history);
+    EXPECT_EQ(added->ID(), next);
+    EXPECT_EQ(d.CollectionNextID(history), next + 1);
+    EXPECT_EQ(d.CollectionGetItem(history, 2), added);
+    EXPECT_EQ(d.ItemCollection(added), history);
+    EXPECT_EQ(d.ItemGetIndex(added), 2);
+    d.ItemSetIndex(added, 0);
+    EXPECT_EQ(d.CollectionGetItem(history, 0), added);
+    d.CollectionDelete(history, 0);
+    EXPECT_EQ(d.CollectionCount(history), 2);
+    d.CollectionSetItem(history, 0, history->GetItem(1));
+    EXPECT_EQ(As<THistoryItem>(history->GetItem(0))->FileName, "Utils.pas");
+    d.CollectionClear(history);
+    EXPECT_EQ(d.CollectionCount(history), 0);
+
+    EXPECT_EQ(d.CollectionOwnerName(history), "TSettings");
+    THistory orphan(nullptr);
+    EXPECT_EQ(d.CollectionOwnerName(&orphan), "");
+    EXPECT_EQ(d.CollectionPropName(&orphan), "THistory");
+    EXPECT_EQ(d.CollectionPropName(history), "History");
+
+    EXPECT_EQ(d.ObjectClassName(&p.settings), "TSettings");
+    EXPECT_EQ(d.ObjectClassType(&p.settings), TSettings::StaticClass());
+    EXPECT_EQ(d.ObjectClassInfo(&p.settings), p.settings.ClassInfo());
+    EXPECT_TRUE(d.ObjectIsClass(&p.settings, TSpcObject::StaticClass()));
+    EXPECT_FALSE(d.ObjectIsClass(&p.settings, TSpcItem::StaticClass()));
+    EXPECT_EQ(d.ObjectBaseClass(p.settings.Active()), ciCollection);
+    EXPECT_EQ(d.ClassBaseClass(TCustomDataItem::StaticClass()), ciSpcItem);
+    EXPECT_EQ(d.WrapperItemClass(), TWrapperItem::StaticClass());
+    TComponent named;
+    named.SetName("Named");
+    EXPECT_EQ(d.ComponentName(&named), "Named");
+    EXPECT_EQ(d.ObjectMethodAddress(&p.settings, std::string(300, 'x')), nullptr);
+
+    PPropInfo depth = GetPropInfo(TViewSettings::StaticClass(), "Depth");
+    void* value = nullptr;
+    d.GetPropAsPtr(p.settings.GetView(), depth, value);
+    EXPECT_EQ(static_cast<int32_t>(reinterpret_cast<intptr_t>(value)), -5);
+    d.SetPropByPtr(p.settings.GetView(), depth, reinterpret_cast<void*>(intptr_t{12}));
+    EXPECT_EQ(p.settings.GetView()->Depth, 12);
+}
+
+TEST(InitData, PropsGoThroughTheSaver) {
+    TInitData d = FillInitData();
+    TProgram source, target;
+    FillNonDefault(source);
+    std::string text;
+    TObject* sources[] = {source.settings.GetView()};
+    d.GetProps(TObjectArray(sources), text, osfText);
+    EXPECT_EQ(text.rfind("object TViewSettings", 0), 0u);
+    TObject* targets[] = {target.settings.GetView()};
+    d.SetProps(TObjectArray(targets), text, osfText);
+    EXPECT_EQ(target.settings.GetView()->Depth, -5);
+    EXPECT_EQ(target.settings.GetView()->GetNotes()->Count(), 3);
+}
+
+TEST(InitData, LoadAndSaveEntriesAreTheFileFunctions) {
+    TInitData d = FillInitData();
+    TempDir dir;
+    TProgram saved, loaded;
+    FillNonDefault(saved);
+    d.SaveSpc(&saved.settings, dir.File("t.stx"), osfText);
+    TPersistent* obj = &loaded.settings;
+    EXPECT_EQ(d.LoadSpc(obj, dir.File("t.stx"), false, true), osfText);
+    EXPECT_EQ(loaded.settings.GetView()->Layout, loTabs);
+}
+
+TEST(InitData, SetCopiesAWholeTable) {
+    TInitData original = FillInitData();
+    TInitData other{};
+    other.UserDataCount = 0;
+    other.CollectionCount = [](TCollection*) -> int32_t { return 99; };
+    SetInitData(other);
+    TInitData now = GetInitData();
+    EXPECT_EQ(now.LoadSpc, nullptr);
+    EXPECT_EQ(now.UserData, nullptr);
+    THistory history(nullptr);
+    EXPECT_EQ(now.CollectionCount(&history), 99);
+    SetInitData(original);
+    EXPECT_EQ(std::memcmp(&original, &GlobalInitData(), sizeof original), 0);
+}
+
+TEST(UserData, PropertyValueClassesPublishTheirBlock) {
+    TInitData d = GetInitData();
+    void* block = GetUserData(d, "_@SpcEditorPro");
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(block, &SpcEditorProFuncs());
+    EXPECT_EQ(GetUserData(d, "_@spceditorpro"), nullptr);
+}
+
+TEST(UserData, AddedInOrderFoundByExactName) {
+    TInitData d{};
+    int a = 1, b = 2, c = 3;
+    AddUserData(d, TUserData::Make("First", &a));
+    AddUserData(d, TUserData::Make("Second", &b));
+    AddUserData(d, TUserData::Make("First", &c));
+    EXPECT_EQ(d.UserDataCount, 3);
+    EXPECT_EQ(d.UserData[1].GetName(), "Second");
+    EXPECT_EQ(GetUserData(d, "First"), &a);
+    EXPECT_EQ(GetUserData(d, "Second"), &b);
+    EXPECT_EQ(GetUserData(d, "second"), nullptr);
+    EXPECT_EQ(GetUserData(d, "Third"), nullptr);
+    ClearUserData(d);
+    EXPECT_EQ(d.UserDataCount, 0);
+    EXPECT_EQ(GetUserData(d, "First"), nullptr);
+}
+
+TEST(UserData, NameIsAShortStringOfAtMost31Characters) {
+    TUserData u = TUserData::Make(std::string(40, 'n'), nullptr);
+    EXPECT_EQ(u.GetName(), std::string(31, 'n'));
+    EXPECT_EQ(static_cast<uint8_t>(u.Name[0]), 31);
+    EXPECT_EQ(sizeof(u.Name), 32u);
+}
+
+} // namespace
