@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 using namespace zelvane;
@@ -38,6 +39,9 @@ SortResult Sort(const std::vector<std::string>& lines) {
 }
 
 std::filesystem::path DataDir() {
+    // CTest names the source tree; __FILE__ may be relative to the build directory.
+    if (const char* root = std::getenv("ZELVANE_SOURCE_DIR"))
+        return std::filesystem::path(root) / "tests" / "foundation" / "data";
     return std::filesystem::path(__FILE__).parent_path() / "data";
 }
 
