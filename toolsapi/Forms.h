@@ -182,7 +182,7 @@ public:
     virtual std::vector<TTabEntry> GetTabs() = 0;
     virtual void SetTabs(const std::vector<TTabEntry>& tabs) = 0;
     // The current tab, -1 for none. Setting it does not fire OnChange, as on the platform; an
-    // index out of range gives -1.
+    // index out of range leaves the current tab as it is.
     virtual int GetTabIndex() = 0;
     virtual void SetTabIndex(int index) = 0;
     // Fired when the user picks a tab; the edit window's handler shows the page of the current

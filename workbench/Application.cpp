@@ -189,6 +189,9 @@ TWorkbenchApplication::TWorkbenchApplication(int& argc, char** argv) : QApplicat
     ToolsAPI::Application = this;
     ToolsAPI::Screen = this;
     installEventFilter(this);
+    // The active form changes with the focus window, and with the focus widget inside modal
+    // boxes that take the focus before their window is active.
+    connect(this, &QGuiApplication::focusWindowChanged, this, [this] { CheckActiveForm(); });
     connect(this, &QApplication::focusChanged, this, [this] { CheckActiveForm(); });
 
     // The idle update: when the event loop is about to wait, at most every 100 ms; a timer

@@ -75,7 +75,7 @@ void TEditTabControl::SetTabs(const std::vector<TTabEntry>& tabs) {
 
 void TEditTabControl::SetTabIndex(int index) {
     quiet_ = true;
-    setCurrentIndex(index >= 0 && index < count() ? index : -1);
+    if (index >= 0 && index < count()) setCurrentIndex(index);
     quiet_ = false;
 }
 
