@@ -153,6 +153,15 @@ TEST_F(ApplicationTest, PostedMessagesArriveLaterInOrderWithTheirParameters) {
     DeallocateHWnd(wnd);
 }
 
+TEST_F(ApplicationTest, ProcessMessagesDeliversWhatWasPostedBeforeItReturns) {
+    std::vector<uint32_t> got;
+    HWND wnd = AllocateHWnd([&](TMessage& m) { got.push_back(m.Msg); });
+    PostMessage(wnd, 0xC020, 0, 0);
+    Application->ProcessMessages();
+    EXPECT_EQ(got, std::vector<uint32_t>({0xC020u}));
+    DeallocateHWnd(wnd);
+}
+
 TEST_F(ApplicationTest, SendMessageRunsAtOnceAndGivesTheResult) {
     HWND wnd = AllocateHWnd([](TMessage& m) { m.Result = static_cast<intptr_t>(m.WParam) * 2; });
     EXPECT_EQ(SendMessage(wnd, 0xC01E, 21, 0), 42);

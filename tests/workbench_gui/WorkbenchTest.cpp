@@ -39,6 +39,17 @@ TEST_F(WorkbenchTest, MainMenuHasTheIDEsTopItemsInOrder) {
                            "Tools", "Help"}));
 }
 
+TEST_F(WorkbenchTest, TheMainFormIsTheApplicationsAndTheEditorHasTheFocus) {
+    EXPECT_EQ(Application->GetMainForm(), main);
+    EXPECT_EQ(Application->GetHandle(), static_cast<HWND>(static_cast<QWidget*>(main)));
+    ASSERT_TRUE(WaitFor([&] { return Screen->GetActiveForm() == EditWindow(); }));
+    EXPECT_EQ(Screen->GetActiveControl(), Editor());
+    bool listed = false;
+    for (int i = 0; i < Screen->GetFormCount(); ++i)
+        if (Screen->GetForm(i) == EditWindow()) listed = true;
+    EXPECT_TRUE(listed);
+}
+
 TEST_F(WorkbenchTest, TheActionListHoldsTheNamedCommands) {
     QWidget* list = IDEService<INTAServices>()->GetActionList();
     ASSERT_NE(list, nullptr);
