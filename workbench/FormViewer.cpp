@@ -108,8 +108,12 @@ void TFormViewer::SetFormEditor(TFormEditor* editor) {
     TDesignComponent* root = editor ? editor->Root() : nullptr;
     if (root) {
         setWindowTitle(Text(root->StrProp("Caption").empty() ? root->Name : root->StrProp("Caption")));
-        int w = static_cast<int>(root->IntProp("ClientWidth", root->IntProp("Width", 400)));
-        int h = static_cast<int>(root->IntProp("ClientHeight", root->IntProp("Height", 300)));
+        // The stored outer size counts the borders and the caption (and a main menu's bar), as
+        // the platform's windows have them; the client area is what the components fill.
+        const bool menu = !root->StrProp("Menu").empty();
+        int w = static_cast<int>(root->IntProp("ClientWidth", root->IntProp("Width", 408) - 8));
+        int h = static_cast<int>(
+            root->IntProp("ClientHeight", root->IntProp("Height", 327) - 27 - (menu ? 19 : 0)));
         resize(std::clamp(w, 120, 1200), std::clamp(h + 22, 80, 900));
     }
     update();

@@ -28,6 +28,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <tuple>
 
 namespace workbench {
@@ -637,7 +638,10 @@ void TMainForm::ArrangeWindows() {
     projectManager_->setGeometry(screen.left() + 2, below, left - 6, screen.bottom() - below - 2);
     editWindow_->setGeometry(screen.left() + left, below, screen.width() - left - 2,
                              screen.bottom() - below - 2);
-    formViewer_->move(screen.left() + left + 120, below + 80);
+    // The form floats over the right part of the editor, where source lines are short.
+    formViewer_->move(std::max(screen.left() + left + 40,
+                               screen.right() - formViewer_->width() - 40),
+                      below + 150);
 }
 
 void TMainForm::ShowAll() {
