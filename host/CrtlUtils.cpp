@@ -35,7 +35,8 @@ void RepaintControl(QWidget* control, TRepaintFlags flags) {
     };
     paint(control);
     if (flags.Contains(rfAllChildren))
-        for (QWidget* child : control->findChildren<QWidget*>()) paint(child);
+        for (QWidget* child : control->findChildren<QWidget*>())
+            paint(child);
 }
 
 void BeginUpdateControl(QWidget* control) {

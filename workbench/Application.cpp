@@ -35,34 +35,53 @@ QEvent::Type MessageEventType() {
 
 class TMessageEvent : public QEvent {
 public:
-    explicit TMessageEvent(const TMessage& message) : QEvent(MessageEventType()), Message(message) {}
+    explicit TMessageEvent(const TMessage& message)
+        : QEvent(MessageEventType()), Message(message) {}
     TMessage Message;
 };
 
 // The platform's cursors as Qt's shapes.
 Qt::CursorShape CursorShape(TCursor cursor) {
     switch (cursor) {
-    case crNone: return Qt::BlankCursor;
-    case crCross: return Qt::CrossCursor;
-    case crIBeam: return Qt::IBeamCursor;
-    case crSizeNESW: return Qt::SizeBDiagCursor;
-    case crSizeNS: return Qt::SizeVerCursor;
-    case crSizeNWSE: return Qt::SizeFDiagCursor;
-    case crSizeWE: return Qt::SizeHorCursor;
-    case crUpArrow: return Qt::UpArrowCursor;
+    case crNone:
+        return Qt::BlankCursor;
+    case crCross:
+        return Qt::CrossCursor;
+    case crIBeam:
+        return Qt::IBeamCursor;
+    case crSizeNESW:
+        return Qt::SizeBDiagCursor;
+    case crSizeNS:
+        return Qt::SizeVerCursor;
+    case crSizeNWSE:
+        return Qt::SizeFDiagCursor;
+    case crSizeWE:
+        return Qt::SizeHorCursor;
+    case crUpArrow:
+        return Qt::UpArrowCursor;
     case crHourGlass:
-    case crSQLWait: return Qt::WaitCursor;
+    case crSQLWait:
+        return Qt::WaitCursor;
     case crDrag:
-    case crMultiDrag: return Qt::DragCopyCursor;
+    case crMultiDrag:
+        return Qt::DragCopyCursor;
     case crNoDrop:
-    case crNo: return Qt::ForbiddenCursor;
-    case crHSplit: return Qt::SplitHCursor;
-    case crVSplit: return Qt::SplitVCursor;
-    case crAppStart: return Qt::BusyCursor;
-    case crHelp: return Qt::WhatsThisCursor;
-    case crHandPoint: return Qt::PointingHandCursor;
-    case crSizeAll: return Qt::SizeAllCursor;
-    default: return Qt::ArrowCursor;
+    case crNo:
+        return Qt::ForbiddenCursor;
+    case crHSplit:
+        return Qt::SplitHCursor;
+    case crVSplit:
+        return Qt::SplitVCursor;
+    case crAppStart:
+        return Qt::BusyCursor;
+    case crHelp:
+        return Qt::WhatsThisCursor;
+    case crHandPoint:
+        return Qt::PointingHandCursor;
+    case crSizeAll:
+        return Qt::SizeAllCursor;
+    default:
+        return Qt::ArrowCursor;
     }
 }
 
@@ -98,24 +117,41 @@ int WorkbenchMessageBox(HWND owner, const std::string& text, const std::string& 
     box.setWindowTitle(QString::fromStdString(rtl::Cp1251ToUtf8(caption)));
     box.setText(QString::fromStdString(rtl::Cp1251ToUtf8(text)));
     switch (style & 0xF0) {
-    case zelvane::MB_ICONSTOP: box.setIcon(QMessageBox::Critical); break;
-    case zelvane::MB_ICONQUESTION: box.setIcon(QMessageBox::Question); break;
-    case zelvane::MB_ICONEXCLAMATION: box.setIcon(QMessageBox::Warning); break;
-    case zelvane::MB_ICONINFORMATION: box.setIcon(QMessageBox::Information); break;
-    default: break;
+    case zelvane::MB_ICONSTOP:
+        box.setIcon(QMessageBox::Critical);
+        break;
+    case zelvane::MB_ICONQUESTION:
+        box.setIcon(QMessageBox::Question);
+        break;
+    case zelvane::MB_ICONEXCLAMATION:
+        box.setIcon(QMessageBox::Warning);
+        break;
+    case zelvane::MB_ICONINFORMATION:
+        box.setIcon(QMessageBox::Information);
+        break;
+    default:
+        break;
     }
     switch (style & 0x0F) {
-    case zelvane::MB_YESNO: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
+    case zelvane::MB_YESNO:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        break;
     case zelvane::MB_YESNOCANCEL:
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         break;
-    default: box.setStandardButtons(QMessageBox::Ok); break;
+    default:
+        box.setStandardButtons(QMessageBox::Ok);
+        break;
     }
     switch (box.exec()) {
-    case QMessageBox::Yes: return zelvane::IDYES;
-    case QMessageBox::No: return zelvane::IDNO;
-    case QMessageBox::Ok: return zelvane::IDOK;
-    default: return zelvane::IDCANCEL;
+    case QMessageBox::Yes:
+        return zelvane::IDYES;
+    case QMessageBox::No:
+        return zelvane::IDNO;
+    case QMessageBox::Ok:
+        return zelvane::IDOK;
+    default:
+        return zelvane::IDCANCEL;
     }
 }
 
@@ -150,13 +186,26 @@ int16_t WorkbenchKeyState(int key) {
     Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
     bool down = false;
     switch (key) {
-    case VK_SHIFT: down = mods & Qt::ShiftModifier; break;
-    case VK_CONTROL: down = mods & Qt::ControlModifier; break;
-    case VK_MENU: down = mods & Qt::AltModifier; break;
-    case VK_LBUTTON: down = buttons & Qt::LeftButton; break;
-    case VK_RBUTTON: down = buttons & Qt::RightButton; break;
-    case VK_MBUTTON: down = buttons & Qt::MiddleButton; break;
-    default: break;
+    case VK_SHIFT:
+        down = mods & Qt::ShiftModifier;
+        break;
+    case VK_CONTROL:
+        down = mods & Qt::ControlModifier;
+        break;
+    case VK_MENU:
+        down = mods & Qt::AltModifier;
+        break;
+    case VK_LBUTTON:
+        down = buttons & Qt::LeftButton;
+        break;
+    case VK_RBUTTON:
+        down = buttons & Qt::RightButton;
+        break;
+    case VK_MBUTTON:
+        down = buttons & Qt::MiddleButton;
+        break;
+    default:
+        break;
     }
     return down ? static_cast<int16_t>(-32768) : 0;
 }
@@ -215,8 +264,7 @@ TWorkbenchApplication::TWorkbenchApplication(int& argc, char** argv) : QApplicat
         // The procedure receives the window's own handle, known only once it exists.
         auto holder = std::make_shared<HWND>(nullptr);
         HWND wnd = AllocateHWnd([proc, holder](TMessage& m) {
-            if (proc)
-                m.Result = proc(*holder, m.Msg, m.WParam, m.LParam);
+            if (proc) m.Result = proc(*holder, m.Msg, m.WParam, m.LParam);
         });
         *holder = wnd;
         return wnd;
@@ -325,10 +373,10 @@ bool TWorkbenchApplication::IsHiddenWindow(HWND wnd) const {
     return hiddenWindows_.count(static_cast<THiddenWindow*>(wnd)) > 0;
 }
 
-bool TWorkbenchApplication::PostMessage(HWND wnd, uint32_t msg, uintptr_t wParam,
-                                        intptr_t lParam) {
+bool TWorkbenchApplication::PostMessage(HWND wnd, uint32_t msg, uintptr_t wParam, intptr_t lParam) {
     if (!IsHiddenWindow(wnd)) return false;
-    postEvent(static_cast<THiddenWindow*>(wnd), new TMessageEvent(TMessage{msg, wParam, lParam, 0}));
+    postEvent(static_cast<THiddenWindow*>(wnd),
+              new TMessageEvent(TMessage{msg, wParam, lParam, 0}));
     return true;
 }
 
@@ -363,8 +411,7 @@ void TWorkbenchApplication::SetActionUpdate(QAction* action, TActionUpdateProc p
     }
     updates_[action] = std::move(proc);
     if (!known)
-        connect(action, &QObject::destroyed, this,
-                [this, action] { updates_.erase(action); });
+        connect(action, &QObject::destroyed, this, [this, action] { updates_.erase(action); });
 }
 
 void TWorkbenchApplication::RunUpdate(QAction* action) {

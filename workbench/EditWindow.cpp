@@ -40,12 +40,14 @@ TEditTabControl::TEditTabControl(QWidget* parent) : QTabBar(parent) {
 }
 
 std::string TEditTabControl::GetTabText(int index) {
-    if (index < 0 || index >= count()) throw rtl::EListError("Tab index out of bounds (" + std::to_string(index) + ")");
+    if (index < 0 || index >= count())
+        throw rtl::EListError("Tab index out of bounds (" + std::to_string(index) + ")");
     return ToBytes(tabText(index));
 }
 
 void* TEditTabControl::GetTabObject(int index) {
-    if (index < 0 || index >= count()) throw rtl::EListError("Tab index out of bounds (" + std::to_string(index) + ")");
+    if (index < 0 || index >= count())
+        throw rtl::EListError("Tab index out of bounds (" + std::to_string(index) + ")");
     return reinterpret_cast<void*>(tabData(index).value<quintptr>());
 }
 
@@ -234,7 +236,7 @@ void TEditWindowForm::UpdateStatus() {
     TSourceEditor& buffer = view->Buffer();
     position_->setText(QStringLiteral("%1: %2").arg(view->Cursor().Row).arg(view->Cursor().Col));
     modified_->setText(buffer.GetModified() ? QStringLiteral("Modified") : QString());
-    mode_->setText(buffer.IsReadOnly()                              ? QStringLiteral("Read only")
+    mode_->setText(buffer.IsReadOnly()                          ? QStringLiteral("Read only")
                    : buffer.GetBufferOptions()->GetInsertMode() ? QStringLiteral("Insert")
                                                                 : QStringLiteral("Overwrite"));
     fileLabel_->setText(FromBytes(buffer.GetFileName()));

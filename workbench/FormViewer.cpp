@@ -32,7 +32,8 @@ void Bevel(QPainter& p, const QRect& r, bool raised) {
 
 // Draws one component and its children; origin is the top left of its parent's client area.
 void DrawComponent(QPainter& p, TDesignComponent* c, QPoint origin) {
-    const int left = static_cast<int>(c->IntProp("Left")), top = static_cast<int>(c->IntProp("Top"));
+    const int left = static_cast<int>(c->IntProp("Left")),
+              top = static_cast<int>(c->IntProp("Top"));
     if (!c->IsControl()) {
         // A non-visual component: a small box with its name below.
         QRect box(origin.x() + left, origin.y() + top, 28, 28);
@@ -62,7 +63,8 @@ void DrawComponent(QPainter& p, TDesignComponent* c, QPoint origin) {
                c->InheritsFrom("TSpinEdit") || c->InheritsFrom("TStringGrid")) {
         p.fillRect(r, Qt::white);
         Bevel(p, r, false);
-        p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignLeft | Qt::AlignTop, Text(c->StrProp("Text")));
+        p.drawText(r.adjusted(4, 2, -4, -2), Qt::AlignLeft | Qt::AlignTop,
+                   Text(c->StrProp("Text")));
         if (c->InheritsFrom("TComboBox")) {
             QRect b(r.right() - 16, r.top() + 2, 15, r.height() - 3);
             p.fillRect(b, kFace);
@@ -107,7 +109,8 @@ void TFormViewer::SetFormEditor(TFormEditor* editor) {
     editor_ = editor;
     TDesignComponent* root = editor ? editor->Root() : nullptr;
     if (root) {
-        setWindowTitle(Text(root->StrProp("Caption").empty() ? root->Name : root->StrProp("Caption")));
+        setWindowTitle(
+            Text(root->StrProp("Caption").empty() ? root->Name : root->StrProp("Caption")));
         // The stored outer size counts the borders and the caption (and a main menu's bar), as
         // the platform's windows have them; the client area is what the components fill.
         const bool menu = !root->StrProp("Menu").empty();

@@ -25,47 +25,76 @@ std::string Lower(std::string_view s) {
     return r;
 }
 
-
 // Reserved words and the directives that the platform's editor shows as reserved words.
 const std::set<std::string_view>& PascalWords() {
-    static const std::set<std::string_view> words = {
-    "absolute",      "abstract",    "and",          "array",        "as",
-    "asm",           "assembler",   "automated",    "begin",        "case",
-    "cdecl",         "class",       "const",        "constructor",  "default",
-    "destructor",    "dispid",      "dispinterface", "div",         "do",
-    "downto",        "dynamic",     "else",         "end",          "except",
-    "export",        "exports",     "external",     "far",          "file",
-    "finalization",  "finally",     "for",          "forward",      "function",
-    "goto",          "if",          "implementation", "in",         "index",
-    "inherited",     "initialization", "inline",    "interface",    "is",
-    "label",         "library",     "message",      "mod",          "nil",
-    "not",           "object",      "of",           "on",           "or",
-    "out",           "overload",    "override",     "packed",       "pascal",
-    "private",       "procedure",   "program",      "property",     "protected",
-    "public",        "published",   "raise",        "read",         "record",
-    "register",      "reintroduce", "repeat",       "resourcestring", "safecall",
-    "set",           "shl",         "shr",          "stdcall",      "string",
-    "then",          "threadvar",   "to",           "try",          "type",
-    "unit",          "until",
-    "uses", "var", "virtual", "while", "with", "write", "xor", "stored"};
+    static const std::set<std::string_view> words = {"absolute",     "abstract",
+                                                     "and",          "array",
+                                                     "as",           "asm",
+                                                     "assembler",    "automated",
+                                                     "begin",        "case",
+                                                     "cdecl",        "class",
+                                                     "const",        "constructor",
+                                                     "default",      "destructor",
+                                                     "dispid",       "dispinterface",
+                                                     "div",          "do",
+                                                     "downto",       "dynamic",
+                                                     "else",         "end",
+                                                     "except",       "export",
+                                                     "exports",      "external",
+                                                     "far",          "file",
+                                                     "finalization", "finally",
+                                                     "for",          "forward",
+                                                     "function",     "goto",
+                                                     "if",           "implementation",
+                                                     "in",           "index",
+                                                     "inherited",    "initialization",
+                                                     "inline",       "interface",
+                                                     "is",           "label",
+                                                     "library",      "message",
+                                                     "mod",          "nil",
+                                                     "not",          "object",
+                                                     "of",           "on",
+                                                     "or",           "out",
+                                                     "overload",     "override",
+                                                     "packed",       "pascal",
+                                                     "private",      "procedure",
+                                                     "program",      "property",
+                                                     "protected",    "public",
+                                                     "published",    "raise",
+                                                     "read",         "record",
+                                                     "register",     "reintroduce",
+                                                     "repeat",       "resourcestring",
+                                                     "safecall",     "set",
+                                                     "shl",          "shr",
+                                                     "stdcall",      "string",
+                                                     "then",         "threadvar",
+                                                     "to",           "try",
+                                                     "type",         "unit",
+                                                     "until",        "uses",
+                                                     "var",          "virtual",
+                                                     "while",        "with",
+                                                     "write",        "xor",
+                                                     "stored"};
     return words;
 }
 
 const std::set<std::string_view>& CppWords() {
     static const std::set<std::string_view> words = {
-    "__classid",  "__closure",  "__fastcall",  "__property", "__published", "alignas",
-    "alignof",    "asm",        "auto",        "bool",       "break",       "case",
-    "catch",      "char",       "class",       "const",      "const_cast",  "constexpr",
-    "continue",   "decltype",   "default",     "delete",     "do",          "double",
-    "dynamic_cast", "else",     "enum",        "explicit",   "export",      "extern",
-    "false",      "float",      "for",         "friend",     "goto",        "if",
-    "inline",     "int",        "long",        "mutable",    "namespace",   "new",
-    "noexcept",   "nullptr",    "operator",    "private",    "protected",   "public",
-    "register",   "reinterpret_cast", "return", "short",     "signed",      "sizeof",
-    "static",     "static_cast", "struct",     "switch",     "template",    "this",
-    "throw",      "true",       "try",         "typedef",    "typeid",      "typename",
-    "union",      "unsigned",   "using",       "virtual",    "void",        "volatile",
-    "wchar_t",    "while"};
+        "__classid",   "__closure",  "__fastcall", "__property", "__published",
+        "alignas",     "alignof",    "asm",        "auto",       "bool",
+        "break",       "case",       "catch",      "char",       "class",
+        "const",       "const_cast", "constexpr",  "continue",   "decltype",
+        "default",     "delete",     "do",         "double",     "dynamic_cast",
+        "else",        "enum",       "explicit",   "export",     "extern",
+        "false",       "float",      "for",        "friend",     "goto",
+        "if",          "inline",     "int",        "long",       "mutable",
+        "namespace",   "new",        "noexcept",   "nullptr",    "operator",
+        "private",     "protected",  "public",     "register",   "reinterpret_cast",
+        "return",      "short",      "signed",     "sizeof",     "static",
+        "static_cast", "struct",     "switch",     "template",   "this",
+        "throw",       "true",       "try",        "typedef",    "typeid",
+        "typename",    "union",      "unsigned",   "using",      "virtual",
+        "void",        "volatile",   "wchar_t",    "while"};
     return words;
 }
 
@@ -73,7 +102,8 @@ struct TRunBuilder {
     std::vector<TTokenRun> Runs;
     void Add(int start, int end, TTokenKind kind) {
         if (end <= start) return;
-        if (!Runs.empty() && Runs.back().Kind == kind && Runs.back().Start + Runs.back().Length == start)
+        if (!Runs.empty() && Runs.back().Kind == kind &&
+            Runs.back().Start + Runs.back().Length == start)
             Runs.back().Length += end - start;
         else
             Runs.push_back({start, end - start, kind});
@@ -82,7 +112,7 @@ struct TRunBuilder {
 
 // Finds the end of a comment that started before pos: the index after its closing mark, or -1.
 int FindCommentEnd(std::string_view line, int pos, TLineState state) {
-    std::string_view close = state == TLineState::BraceComment ? "}"
+    std::string_view close = state == TLineState::BraceComment   ? "}"
                              : state == TLineState::ParenComment ? "*)"
                                                                  : "*/";
     size_t at = line.find(close, static_cast<size_t>(pos));
@@ -178,8 +208,8 @@ std::vector<TTokenRun> HighlightPascal(std::string_view line, TLineState& state)
             int j = i;
             while (j < n && IsIdentChar(line[j]))
                 ++j;
-            b.Add(i, j, IsPascalKeyword(line.substr(i, j - i)) ? TTokenKind::Keyword
-                                                                : TTokenKind::Text);
+            b.Add(i, j,
+                  IsPascalKeyword(line.substr(i, j - i)) ? TTokenKind::Keyword : TTokenKind::Text);
             i = j;
         } else if (std::isspace(static_cast<unsigned char>(c))) {
             b.Add(i, i + 1, TTokenKind::Text);
@@ -245,8 +275,8 @@ std::vector<TTokenRun> HighlightCpp(std::string_view line, TLineState& state) {
             int j = i;
             while (j < n && IsIdentChar(line[j]))
                 ++j;
-            b.Add(i, j, IsCppKeyword(line.substr(i, j - i)) ? TTokenKind::Keyword
-                                                             : TTokenKind::Text);
+            b.Add(i, j,
+                  IsCppKeyword(line.substr(i, j - i)) ? TTokenKind::Keyword : TTokenKind::Text);
             i = j;
         } else if (std::isspace(static_cast<unsigned char>(c))) {
             b.Add(i, i + 1, TTokenKind::Text);
@@ -287,9 +317,12 @@ bool IsCppKeyword(std::string_view word) {
 std::vector<TTokenRun> HighlightLine(TSourceLanguage language, std::string_view line,
                                      TLineState& state) {
     switch (language) {
-    case TSourceLanguage::Pascal: return HighlightPascal(line, state);
-    case TSourceLanguage::Cpp: return HighlightCpp(line, state);
-    default: break;
+    case TSourceLanguage::Pascal:
+        return HighlightPascal(line, state);
+    case TSourceLanguage::Cpp:
+        return HighlightCpp(line, state);
+    default:
+        break;
     }
     state = TLineState::Normal;
     if (line.empty()) return {};

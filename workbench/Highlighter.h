@@ -26,9 +26,9 @@ TSourceLanguage LanguageOfFile(std::string_view fileName);
 // The state at a line end: inside no comment, or inside a comment that goes on.
 enum class TLineState : int {
     Normal = 0,
-    BraceComment,    // Pascal { ... }
-    ParenComment,    // Pascal (* ... *)
-    BlockComment,    // C++ /* ... */
+    BraceComment, // Pascal { ... }
+    ParenComment, // Pascal (* ... *)
+    BlockComment, // C++ /* ... */
 };
 
 // Splits one line into runs that cover it from start to end; state is the state at the line's

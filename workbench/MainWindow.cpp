@@ -74,10 +74,9 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
     auto* pmLayout = new QVBoxLayout(projectManager_);
     pmLayout->setContentsMargins(0, 0, 0, 0);
     pmLayout->addWidget(projectTree_);
-    connect(projectTree_, &QTreeWidget::itemActivated, this,
-            [this](QTreeWidgetItem* item, int) {
-                Guarded(nullptr, [&] { ProjectItemActivated(item); });
-            });
+    connect(projectTree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item, int) {
+        Guarded(nullptr, [&] { ProjectItemActivated(item); });
+    });
 
     formViewer_ = new TFormViewer(this);
 
@@ -95,9 +94,12 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
                         owner ? owner : static_cast<QWidget*>(editWindow_));
         box.setObjectName(QStringLiteral("ConfirmBox"));
         switch (box.exec()) {
-        case QMessageBox::Yes: return static_cast<int>(mrYes);
-        case QMessageBox::No: return static_cast<int>(mrNo);
-        default: return static_cast<int>(mrCancel);
+        case QMessageBox::Yes:
+            return static_cast<int>(mrYes);
+        case QMessageBox::No:
+            return static_cast<int>(mrNo);
+        default:
+            return static_cast<int>(mrCancel);
         }
     });
     RefreshProjectTree();
@@ -123,8 +125,7 @@ QAction* TMainForm::AddAction(QMenu* menu, const char* name, const QString& text
     auto* action = new QAction(text, this);
     action->setObjectName(QString::fromLatin1(name));
     if (!keys.isEmpty()) action->setShortcut(QKeySequence(keys));
-    if (run)
-        connect(action, &QAction::triggered, this, [run] { Guarded(nullptr, run); });
+    if (run) connect(action, &QAction::triggered, this, [run] { Guarded(nullptr, run); });
     addAction(action);
     if (menu) menu->addAction(action);
     actions_[name] = action;
@@ -168,57 +169,68 @@ void TMainForm::CreateMenus() {
 
     QMenu* file = bar->addMenu(QStringLiteral("&File"));
     file->setObjectName(QStringLiteral("FileMenu"));
-    AddAction(file, "FileOpenCommand", QStringLiteral("&Open..."), QStringLiteral("Ctrl+O"), [this] {
-        QString name = QFileDialog::getOpenFileName(
-            this, QStringLiteral("Open"), QString(),
-            QStringLiteral("Sources (*.pas *.dpr *.dpk *.cpp *.h *.bpr *.bpg *.dfm);;All files (*)"));
-        if (!name.isEmpty() && !model_->OpenFile(ToBytes(name)))
-            throw rtl::EFOpenError("Cannot open file \"" + ToBytes(name) + "\"");
-    })->setIcon(st->standardIcon(QStyle::SP_DialogOpenButton));
+    AddAction(
+        file, "FileOpenCommand", QStringLiteral("&Open..."), QStringLiteral("Ctrl+O"),
+        [this] {
+            QString name = QFileDialog::getOpenFileName(
+                this, QStringLiteral("Open"), QString(),
+                QStringLiteral(
+                    "Sources (*.pas *.dpr *.dpk *.cpp *.h *.bpr *.bpg *.dfm);;All files (*)"));
+            if (!name.isEmpty() && !model_->OpenFile(ToBytes(name)))
+                throw rtl::EFOpenError("Cannot open file \"" + ToBytes(name) + "\"");
+        })
+        ->setIcon(st->standardIcon(QStyle::SP_DialogOpenButton));
     AddAction(file, "FileOpenProjectCommand", QStringLiteral("Open Pro&ject..."),
-              QStringLiteral("Ctrl+F11"), [this] {
+              QStringLiteral("Ctrl+F11"),
+              [this] {
                   QString name = QFileDialog::getOpenFileName(
                       this, QStringLiteral("Open Project"), QString(),
                       QStringLiteral("Projects (*.dpr *.dpk *.bpr *.bpk *.bpg)"));
                   if (!name.isEmpty()) OpenProject(ToBytes(name));
-              })->setIcon(st->standardIcon(QStyle::SP_DirOpenIcon));
+              })
+        ->setIcon(st->standardIcon(QStyle::SP_DirOpenIcon));
     file->addSeparator();
-    AddAction(file, "FileSaveCommand", QStringLiteral("&Save"), QStringLiteral("Ctrl+S"),
-              [this] {
-                  if (TSourceEditor* b = TopBuffer())
-                      if (b->Module()) b->Module()->Save(false, true);
-              },
-              hasView)
+    AddAction(
+        file, "FileSaveCommand", QStringLiteral("&Save"), QStringLiteral("Ctrl+S"),
+        [this] {
+            if (TSourceEditor* b = TopBuffer())
+                if (b->Module()) b->Module()->Save(false, true);
+        },
+        hasView)
         ->setIcon(st->standardIcon(QStyle::SP_DialogSaveButton));
-    AddAction(file, "FileSaveAllCommand", QStringLiteral("Sav&e All"),
-              QStringLiteral("Shift+Ctrl+S"), [this] { model_->SaveAll(); },
-              [this] { return model_->GetModuleCount() > 0; });
+    AddAction(
+        file, "FileSaveAllCommand", QStringLiteral("Sav&e All"), QStringLiteral("Shift+Ctrl+S"),
+        [this] { model_->SaveAll(); }, [this] { return model_->GetModuleCount() > 0; });
     file->addSeparator();
-    AddAction(file, "FileCloseCommand", QStringLiteral("&Close"), QStringLiteral("Ctrl+F4"),
-              [this] {
-                  if (TEditView* v = TopView()) v->ClosePage();
-              },
-              hasView);
-    AddAction(file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(),
-              [this] { model_->CloseAll(); }, [this] { return model_->GetModuleCount() > 0; });
+    AddAction(
+        file, "FileCloseCommand", QStringLiteral("&Close"), QStringLiteral("Ctrl+F4"),
+        [this] {
+            if (TEditView* v = TopView()) v->ClosePage();
+        },
+        hasView);
+    AddAction(
+        file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(),
+        [this] { model_->CloseAll(); }, [this] { return model_->GetModuleCount() > 0; });
     file->addSeparator();
     AddAction(file, "FileExitCommand", QStringLiteral("E&xit"), QStringLiteral("Alt+F4"),
               [this] { close(); });
 
     QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
     edit->setObjectName(QStringLiteral("EditMenu"));
-    AddAction(edit, "EditUndoCommand", QStringLiteral("&Undo"), QStringLiteral("Ctrl+Z"),
-              [this] {
-                  if (TSourceEditor* b = TopBuffer()) b->Undo();
-                  editWindow_->Editor()->Refresh();
-              },
-              [this, writable] { return writable() && TopBuffer()->Buffer().CanUndo(); });
-    AddAction(edit, "EditRedoCommand", QStringLiteral("&Redo"), QStringLiteral("Shift+Ctrl+Z"),
-              [this] {
-                  if (TSourceEditor* b = TopBuffer()) b->Redo();
-                  editWindow_->Editor()->Refresh();
-              },
-              [this, writable] { return writable() && TopBuffer()->Buffer().CanRedo(); });
+    AddAction(
+        edit, "EditUndoCommand", QStringLiteral("&Undo"), QStringLiteral("Ctrl+Z"),
+        [this] {
+            if (TSourceEditor* b = TopBuffer()) b->Undo();
+            editWindow_->Editor()->Refresh();
+        },
+        [this, writable] { return writable() && TopBuffer()->Buffer().CanUndo(); });
+    AddAction(
+        edit, "EditRedoCommand", QStringLiteral("&Redo"), QStringLiteral("Shift+Ctrl+Z"),
+        [this] {
+            if (TSourceEditor* b = TopBuffer()) b->Redo();
+            editWindow_->Editor()->Refresh();
+        },
+        [this, writable] { return writable() && TopBuffer()->Buffer().CanRedo(); });
     edit->addSeparator();
     // Cut, copy, paste, delete and select all act on the editor as its keys do.
     auto key = [this](int k, Qt::KeyboardModifiers m) {
@@ -228,23 +240,24 @@ void TMainForm::CreateMenus() {
         };
     };
     AddAction(edit, "EditCutCommand", QStringLiteral("Cu&t"), QStringLiteral("Ctrl+X"),
-              key(Qt::Key_X, Qt::ControlModifier), [hasBlock, writable] { return hasBlock() && writable(); });
+              key(Qt::Key_X, Qt::ControlModifier),
+              [hasBlock, writable] { return hasBlock() && writable(); });
     AddAction(edit, "EditCopyCommand", QStringLiteral("&Copy"), QStringLiteral("Ctrl+C"),
               key(Qt::Key_C, Qt::ControlModifier), hasBlock);
     AddAction(edit, "EditPasteCommand", QStringLiteral("&Paste"), QStringLiteral("Ctrl+V"),
               key(Qt::Key_V, Qt::ControlModifier), writable);
-    AddAction(edit, "EditDeleteCommand", QStringLiteral("&Delete"), QStringLiteral("Ctrl+Del"),
-              [this] {
-                  if (TEditView* v = TopView()) v->GetBlock()->Delete();
-                  editWindow_->Editor()->Refresh();
-              },
-              [hasBlock, writable] { return hasBlock() && writable(); });
+    AddAction(
+        edit, "EditDeleteCommand", QStringLiteral("&Delete"), QStringLiteral("Ctrl+Del"),
+        [this] {
+            if (TEditView* v = TopView()) v->GetBlock()->Delete();
+            editWindow_->Editor()->Refresh();
+        },
+        [hasBlock, writable] { return hasBlock() && writable(); });
     AddAction(edit, "EditSelectAllCommand", QStringLiteral("Se&lect All"), QStringLiteral("Ctrl+A"),
               key(Qt::Key_A, Qt::ControlModifier), hasView);
     edit->addSeparator();
-    QAction* readOnly = AddAction(
-        edit, "EditReadOnlyCommand", QStringLiteral("Read &Only"), QString(),
-        [this] {
+    QAction* readOnly =
+        AddAction(edit, "EditReadOnlyCommand", QStringLiteral("Read &Only"), QString(), [this] {
             if (TSourceEditor* b = TopBuffer()) b->SetIsReadOnly(!b->IsReadOnly());
             editWindow_->Editor()->Refresh();
         });
@@ -257,14 +270,16 @@ void TMainForm::CreateMenus() {
 
     QMenu* search = bar->addMenu(QStringLiteral("&Search"));
     search->setObjectName(QStringLiteral("SearchMenu"));
-    AddAction(search, "SearchFindCommand", QStringLiteral("&Find..."), QStringLiteral("Ctrl+F"),
-              [this] { FindText(false); }, hasView);
-    AddAction(search, "SearchAgainCommand", QStringLiteral("&Search Again"), QStringLiteral("F3"),
-              [this] { FindText(true); },
-              [this, hasView] { return hasView() && !lastSearch_.empty(); });
+    AddAction(
+        search, "SearchFindCommand", QStringLiteral("&Find..."), QStringLiteral("Ctrl+F"),
+        [this] { FindText(false); }, hasView);
+    AddAction(
+        search, "SearchAgainCommand", QStringLiteral("&Search Again"), QStringLiteral("F3"),
+        [this] { FindText(true); }, [this, hasView] { return hasView() && !lastSearch_.empty(); });
     search->addSeparator();
-    AddAction(search, "SearchGoToCommand", QStringLiteral("&Go to Line Number..."),
-              QStringLiteral("Alt+G"), [this] { GoToLine(); }, hasView);
+    AddAction(
+        search, "SearchGoToCommand", QStringLiteral("&Go to Line Number..."),
+        QStringLiteral("Alt+G"), [this] { GoToLine(); }, hasView);
 
     QMenu* view = bar->addMenu(QStringLiteral("&View"));
     view->setObjectName(QStringLiteral("ViewMenu"));
@@ -274,22 +289,27 @@ void TMainForm::CreateMenus() {
                   projectManager_->raise();
               });
     view->addSeparator();
-    AddAction(view, "ViewUnitsCommand", QStringLiteral("U&nits..."), QStringLiteral("Ctrl+F12"),
-              [this] { ViewUnits(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
-    AddAction(view, "ViewFormsCommand", QStringLiteral("&Forms..."), QStringLiteral("Shift+F12"),
-              [this] { ViewForms(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
-    AddAction(view, "ViewSwapSourceFormCommand", QStringLiteral("Toggle Form/&Unit"),
-              QStringLiteral("F12"),
-              [this] {
-                  if (formViewer_->isVisible() && formViewer_->isActiveWindow()) {
-                      editWindow_->activateWindow();
-                      editWindow_->raise();
-                  } else if (TSourceEditor* b = TopBuffer()) {
-                      if (b->Module())
-                          if (TFormEditor* f = b->Module()->FormEditor()) f->Show();
-                  }
-              },
-              [this] { return TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor(); });
+    AddAction(
+        view, "ViewUnitsCommand", QStringLiteral("U&nits..."), QStringLiteral("Ctrl+F12"),
+        [this] { ViewUnits(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
+    AddAction(
+        view, "ViewFormsCommand", QStringLiteral("&Forms..."), QStringLiteral("Shift+F12"),
+        [this] { ViewForms(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
+    AddAction(
+        view, "ViewSwapSourceFormCommand", QStringLiteral("Toggle Form/&Unit"),
+        QStringLiteral("F12"),
+        [this] {
+            if (formViewer_->isVisible() && formViewer_->isActiveWindow()) {
+                editWindow_->activateWindow();
+                editWindow_->raise();
+            } else if (TSourceEditor* b = TopBuffer()) {
+                if (b->Module())
+                    if (TFormEditor* f = b->Module()->FormEditor()) f->Show();
+            }
+        },
+        [this] {
+            return TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor();
+        });
 
     QMenu* project = bar->addMenu(QStringLiteral("&Project"));
     project->setObjectName(QStringLiteral("ProjectMenu"));
@@ -326,8 +346,9 @@ void TMainForm::CreateMenus() {
 
     QMenu* tools = bar->addMenu(QStringLiteral("&Tools"));
     tools->setObjectName(QStringLiteral("ToolsMenu"));
-    AddAction(tools, "ToolsEditorOptionsCommand", QStringLiteral("&Editor Options..."), QString(),
-              [this] { EditorOptions(); }, hasView);
+    AddAction(
+        tools, "ToolsEditorOptionsCommand", QStringLiteral("&Editor Options..."), QString(),
+        [this] { EditorOptions(); }, hasView);
 
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
     help->setObjectName(QStringLiteral("HelpMenu"));
@@ -353,7 +374,8 @@ void TMainForm::CreateToolBars() {
     QToolBar* viewBar = addToolBar(QStringLiteral("View"));
     viewBar->setObjectName(QStringLiteral("ViewToolBar"));
     viewBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    auto* viewUnit = new QAction(st->standardIcon(QStyle::SP_FileIcon), QStringLiteral("View Unit"), this);
+    auto* viewUnit =
+        new QAction(st->standardIcon(QStyle::SP_FileIcon), QStringLiteral("View Unit"), this);
     viewUnit->setObjectName(QStringLiteral("ViewUnitButton"));
     connect(viewUnit, &QAction::triggered, this, &TMainForm::ViewUnits);
     auto* viewForm = new QAction(st->standardIcon(QStyle::SP_FileDialogDetailedView),
@@ -371,7 +393,8 @@ void TMainForm::CreateToolBars() {
 
     QToolBar* debug = addToolBar(QStringLiteral("Debug"));
     debug->setObjectName(QStringLiteral("DebugToolBar"));
-    for (const char* n : {"RunRunCommand", "RunResetCommand", "RunTraceIntoCommand", "RunStepOverCommand"})
+    for (const char* n :
+         {"RunRunCommand", "RunResetCommand", "RunTraceIntoCommand", "RunStepOverCommand"})
         debug->addAction(actions_[n]);
 
     model_->SetToolBar("StandardToolBar", standard);
@@ -437,7 +460,9 @@ void TMainForm::RefreshProjectTree() {
             auto* item = new QTreeWidgetItem(top);
             std::string form = info->GetFormName();
             item->setText(0, FromBytes(info->GetName()) +
-                                 (form.empty() ? QString() : QStringLiteral(" {") + FromBytes(form) + QLatin1Char('}')));
+                                 (form.empty()
+                                      ? QString()
+                                      : QStringLiteral(" {") + FromBytes(form) + QLatin1Char('}')));
             item->setToolTip(0, FromBytes(info->GetFileName()));
             item->setIcon(0, style()->standardIcon(QStyle::SP_FileIcon));
             item->setData(0, Qt::UserRole, FromBytes(info->GetFileName()));
@@ -546,8 +571,9 @@ void TMainForm::FindText(bool again) {
         editWindow_->Editor()->Refresh();
         return;
     }
-    QMessageBox::information(this, QStringLiteral("Information"),
-                             QStringLiteral("Search string '%1' not found").arg(FromBytes(lastSearch_)));
+    QMessageBox::information(
+        this, QStringLiteral("Information"),
+        QStringLiteral("Search string '%1' not found").arg(FromBytes(lastSearch_)));
 }
 
 void TMainForm::GoToLine() {
@@ -639,9 +665,9 @@ void TMainForm::ArrangeWindows() {
     editWindow_->setGeometry(screen.left() + left, below, screen.width() - left - 2,
                              screen.bottom() - below - 2);
     // The form floats over the right part of the editor, where source lines are short.
-    formViewer_->move(std::max(screen.left() + left + 40,
-                               screen.right() - formViewer_->width() - 40),
-                      below + 150);
+    formViewer_->move(
+        std::max(screen.left() + left + 40, screen.right() - formViewer_->width() - 40),
+        below + 150);
 }
 
 void TMainForm::ShowAll() {

@@ -50,12 +50,18 @@ TSourceEdit::TSourceEdit(QWidget* parent) : QAbstractScrollArea(parent) {
 
 QColor TSourceEdit::TokenColor(TTokenKind kind) {
     switch (kind) {
-    case TTokenKind::Keyword: return QColor(0, 0, 0);
-    case TTokenKind::Comment: return QColor(0, 0, 128);
-    case TTokenKind::String: return QColor(0, 0, 255);
-    case TTokenKind::Number: return QColor(0, 0, 255);
-    case TTokenKind::Directive: return QColor(0, 128, 0);
-    default: return QColor(0, 0, 0);
+    case TTokenKind::Keyword:
+        return QColor(0, 0, 0);
+    case TTokenKind::Comment:
+        return QColor(0, 0, 128);
+    case TTokenKind::String:
+        return QColor(0, 0, 255);
+    case TTokenKind::Number:
+        return QColor(0, 0, 255);
+    case TTokenKind::Directive:
+        return QColor(0, 128, 0);
+    default:
+        return QColor(0, 0, 0);
     }
 }
 
@@ -165,10 +171,14 @@ void TSourceEdit::EnsureCursorVisible() {
 
 bool TSourceEdit::IsSelected(int row, int col, TTextPos s, TTextPos e, TOTABlockType style) const {
     switch (style) {
-    case btLine: return row >= s.Row && row <= e.Row;
-    case btColumn: return row >= s.Row && row <= e.Row && col >= s.Col && col < e.Col;
-    case btInclusive: return TTextPos{row, col} >= s && TTextPos{row, col} <= e;
-    default: return TTextPos{row, col} >= s && TTextPos{row, col} < e;
+    case btLine:
+        return row >= s.Row && row <= e.Row;
+    case btColumn:
+        return row >= s.Row && row <= e.Row && col >= s.Col && col < e.Col;
+    case btInclusive:
+        return TTextPos{row, col} >= s && TTextPos{row, col} <= e;
+    default:
+        return TTextPos{row, col} >= s && TTextPos{row, col} < e;
     }
 }
 
@@ -253,8 +263,7 @@ void TSourceEdit::paintEvent(QPaintEvent*) {
         QPoint c = PointOf(v->Cursor());
         if (c.x() >= gutter - 1) {
             const bool insert = buffer->GetBufferOptions()->GetInsertMode();
-            p.fillRect(QRect(c.x(), c.y(), insert ? 2 : charWidth_, lineHeight_),
-                       QColor(0, 0, 0));
+            p.fillRect(QRect(c.x(), c.y(), insert ? 2 : charWidth_, lineHeight_), QColor(0, 0, 0));
         }
     }
 }
@@ -386,10 +395,18 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
                 MoveTo({c.Row, c.Col + 1}, shift, style);
             }
             return;
-        case Qt::Key_Up: MoveTo({c.Row - 1, c.Col}, shift, style); return;
-        case Qt::Key_Down: MoveTo({c.Row + 1, c.Col}, shift, style); return;
-        case Qt::Key_PageUp: MoveTo({c.Row - rows, c.Col}, shift, style); return;
-        case Qt::Key_PageDown: MoveTo({c.Row + rows, c.Col}, shift, style); return;
+        case Qt::Key_Up:
+            MoveTo({c.Row - 1, c.Col}, shift, style);
+            return;
+        case Qt::Key_Down:
+            MoveTo({c.Row + 1, c.Col}, shift, style);
+            return;
+        case Qt::Key_PageUp:
+            MoveTo({c.Row - rows, c.Col}, shift, style);
+            return;
+        case Qt::Key_PageDown:
+            MoveTo({c.Row + rows, c.Col}, shift, style);
+            return;
         case Qt::Key_Home:
             MoveTo(ctrl ? TTextPos{1, 1} : TTextPos{c.Row, 1}, shift, style);
             return;
@@ -400,8 +417,12 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
                 MoveTo({c.Row, text.LineLength(c.Row) + 1}, shift, style);
             return;
         case Qt::Key_Return:
-        case Qt::Key_Enter: TypeText("\r\n"); return;
-        case Qt::Key_Tab: TypeText("  "); return;
+        case Qt::Key_Enter:
+            TypeText("\r\n");
+            return;
+        case Qt::Key_Tab:
+            TypeText("  ");
+            return;
         case Qt::Key_Backspace:
         case Qt::Key_Delete:
             try {
@@ -421,7 +442,8 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
             buffer.GetBufferOptions()->SetInsertMode(!buffer.GetBufferOptions()->GetInsertMode());
             Refresh();
             return;
-        default: break;
+        default:
+            break;
         }
         if (ctrl && !alt) {
             switch (event->key()) {
@@ -437,8 +459,12 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
                 EnsureCursorVisible();
                 Refresh();
                 return;
-            case Qt::Key_A: SelectAll(); return;
-            case Qt::Key_C: CopyBlock(); return;
+            case Qt::Key_A:
+                SelectAll();
+                return;
+            case Qt::Key_C:
+                CopyBlock();
+                return;
             case Qt::Key_X:
                 CopyBlock();
                 if (buffer.BlockValid()) {
@@ -450,8 +476,12 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
                 }
                 Refresh();
                 return;
-            case Qt::Key_V: Paste(); return;
-            default: event->ignore(); return;
+            case Qt::Key_V:
+                Paste();
+                return;
+            default:
+                event->ignore();
+                return;
             }
         }
         QString typed = event->text();

@@ -75,7 +75,8 @@ int main(int argc, char** argv) {
             Guarded(nullptr, [&] { model->OpenModuleFile(resolve(f), TOpenMode::Show); });
         if (parser.isSet(formOpt))
             Guarded(nullptr, [&] {
-                if (auto m = model->OpenModuleFile(resolve(parser.value(formOpt)), TOpenMode::Background))
+                if (auto m = model->OpenModuleFile(resolve(parser.value(formOpt)),
+                                                   TOpenMode::Background))
                     if (TFormEditor* f = m->FormEditor()) f->Show();
             });
         mainForm.ArrangeWindows();
@@ -102,7 +103,8 @@ int main(int argc, char** argv) {
                 if (QScreen* screen = QGuiApplication::primaryScreen()) {
                     QPixmap shot = screen->grabWindow(0);
                     if (shot.save(file))
-                        std::cout << "workbench: screenshot saved to " << file.toStdString() << '\n';
+                        std::cout << "workbench: screenshot saved to " << file.toStdString()
+                                  << '\n';
                     else
                         std::cerr << "workbench: could not save the screenshot to "
                                   << file.toStdString() << '\n';

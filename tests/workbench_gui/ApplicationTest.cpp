@@ -31,9 +31,8 @@ public:
 class ApplicationTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        App()->SetErrorBox([this](const std::string&, const std::string& text) {
-            shown.push_back(text);
-        });
+        App()->SetErrorBox(
+            [this](const std::string&, const std::string& text) { shown.push_back(text); });
         App()->SetOnException(nullptr);
     }
     void TearDown() override {
@@ -42,8 +41,7 @@ protected:
         Screen->SetOnActiveFormChange(nullptr);
     }
     void HookSink() {
-        App()->SetOnException(
-            TExceptionEvent::Of<&TExceptionSink::OnException>(&sink));
+        App()->SetOnException(TExceptionEvent::Of<&TExceptionSink::OnException>(&sink));
     }
     TExceptionSink sink;
     std::vector<std::string> shown;

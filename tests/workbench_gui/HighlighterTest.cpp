@@ -17,8 +17,7 @@ TTokenKind KindAt(const std::vector<TTokenRun>& runs, int offset) {
 }
 
 std::vector<TTokenRun> Line(TSourceLanguage lang, std::string_view text,
-                            TLineState start = TLineState::Normal,
-                            TLineState* end = nullptr) {
+                            TLineState start = TLineState::Normal, TLineState* end = nullptr) {
     TLineState s = start;
     auto runs = HighlightLine(lang, text, s);
     if (end) *end = s;

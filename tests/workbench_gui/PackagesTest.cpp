@@ -1,8 +1,8 @@
 // Design-time packages in the running workbench: the package list, loading a package whose
 // wizard adds a menu beside "Tools" with a working command, unloading it again, and packages
 // that fail (raising in Register, lacking the entry, missing) without taking the IDE down.
-#include "tests/workbench_gui/Fixture.h"
 #include "workbench/Packages.h"
+#include "tests/workbench_gui/Fixture.h"
 
 #include <QAction>
 #include <QMenu>
@@ -35,7 +35,8 @@ using PackagesTest = WorkbenchFixture;
 
 TEST_F(PackagesTest, APackagesWizardAddsAMenuBesideToolsWhoseCommandRuns) {
     TPackageLoader loader;
-    ASSERT_TRUE(loader.Load(PackageFile("MenuPackage"))) << (loader.Reports().empty() ? "" : loader.Reports()[0]);
+    ASSERT_TRUE(loader.Load(PackageFile("MenuPackage")))
+        << (loader.Reports().empty() ? "" : loader.Reports()[0]);
     ASSERT_EQ(loader.Packages().size(), 1u);
     ASSERT_EQ(loader.Packages()[0].Wizards.size(), 1u);
     EXPECT_EQ(loader.Packages()[0].Wizards[0]->GetIDString(), "Zelvane.TestPack");
@@ -130,14 +131,15 @@ TEST_F(PackageListTest, TheSettingsFileListsPackagesRelativeToItselfInFileOrder)
     std::filesystem::create_directories(dir.Path() / "conf");
     testfiles::WriteFile(dir.File("conf/workbench.ini"),
                          "[Other]\r\nA=ignored.so\r\n[Packages]\r\nZeta=libz.so\r\n"
-                         "Alpha=" + dir.File("abs/liba.so") + "\r\nDup=libz.so\r\n");
+                         "Alpha=" +
+                             dir.File("abs/liba.so") + "\r\nDup=libz.so\r\n");
     TPackageListOptions options;
     options.NoDefault = true;
     options.SettingsFile = dir.File("conf/workbench.ini");
     options.Packages = {dir.File("conf/libz.so"), dir.File("cmd.so")};
     EXPECT_EQ(PackageList(options, dir.Path().string()),
-              std::vector<std::string>({dir.File("conf/libz.so"), dir.File("abs/liba.so"),
-                                        dir.File("cmd.so")}))
+              std::vector<std::string>(
+                  {dir.File("conf/libz.so"), dir.File("abs/liba.so"), dir.File("cmd.so")}))
         << "each file once, the settings' before the command line's";
 }
 

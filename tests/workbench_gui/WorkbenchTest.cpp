@@ -35,8 +35,8 @@ TEST_F(WorkbenchTest, MainMenuHasTheIDEsTopItemsInOrder) {
     ASSERT_TRUE(services);
     ASSERT_EQ(services->GetMainMenu(), main->menuBar());
     EXPECT_EQ(MenuCaptions(main->menuBar()),
-              QStringList({"File", "Edit", "Search", "View", "Project", "Run", "Component",
-                           "Tools", "Help"}));
+              QStringList({"File", "Edit", "Search", "View", "Project", "Run", "Component", "Tools",
+                           "Help"}));
 }
 
 TEST_F(WorkbenchTest, TheMainFormIsTheApplicationsAndTheEditorHasTheFocus) {
@@ -56,9 +56,9 @@ TEST_F(WorkbenchTest, TheActionListHoldsTheNamedCommands) {
     QStringList names;
     for (QAction* a : list->actions())
         names << a->objectName();
-    for (const char* n : {"FileCloseAllCommand", "FileSaveCommand", "FileOpenCommand",
-                          "EditUndoCommand", "SearchFindCommand", "ViewUnitsCommand",
-                          "ViewFormsCommand"})
+    for (const char* n :
+         {"FileCloseAllCommand", "FileSaveCommand", "FileOpenCommand", "EditUndoCommand",
+          "SearchFindCommand", "ViewUnitsCommand", "ViewFormsCommand"})
         EXPECT_TRUE(names.contains(QString::fromLatin1(n))) << n;
 }
 
@@ -94,8 +94,8 @@ QAction* ToolButton(QToolBar* bar, const QString& caption) {
 }
 
 TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
-    QAction* viewUnit =
-        ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"), QStringLiteral("View Unit"));
+    QAction* viewUnit = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
+                                   QStringLiteral("View Unit"));
     ASSERT_NE(viewUnit, nullptr);
     QStringList listed;
     WhenModal([&](QWidget* dialog) {
@@ -117,15 +117,17 @@ TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
 }
 
 TEST_F(WorkbenchTest, ViewFormListsFormsAndShowsTheChosenFormInTheViewer) {
-    QAction* viewForm =
-        ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"), QStringLiteral("View Form"));
+    QAction* viewForm = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
+                                   QStringLiteral("View Form"));
     QStringList listed;
     WhenModal([&](QWidget* dialog) {
         auto* list = dialog->findChild<QListWidget*>(QStringLiteral("ModuleList"));
         for (int i = 0; i < list->count(); ++i)
             listed << list->item(i)->text();
         list->clearSelection();
-        list->findItems(QStringLiteral("SettingsForm"), Qt::MatchExactly).first()->setSelected(true);
+        list->findItems(QStringLiteral("SettingsForm"), Qt::MatchExactly)
+            .first()
+            ->setSelected(true);
         static_cast<QDialog*>(dialog)->accept();
     });
     Application->UpdateActions();
@@ -336,8 +338,8 @@ TEST_F(WorkbenchTest, MouseDragMarksAStreamAndAltDragAColumn) {
     EXPECT_EQ(b.BlockEnd(), (TTextPos{3, 4}));
 
     QTest::mousePress(Editor()->viewport(), Qt::LeftButton, Qt::AltModifier, from);
-    QMouseEvent altMove(QEvent::MouseMove, to, Editor()->viewport()->mapToGlobal(to),
-                        Qt::NoButton, Qt::LeftButton, Qt::AltModifier);
+    QMouseEvent altMove(QEvent::MouseMove, to, Editor()->viewport()->mapToGlobal(to), Qt::NoButton,
+                        Qt::LeftButton, Qt::AltModifier);
     QApplication::sendEvent(Editor()->viewport(), &altMove);
     QTest::mouseRelease(Editor()->viewport(), Qt::LeftButton, Qt::AltModifier, to);
     EXPECT_EQ(b.Block().Style, btColumn);
@@ -408,9 +410,8 @@ TEST_F(WorkbenchTest, CancelInConfirmKeepsTheUnitOpenAndYesSavesIt) {
     View()->ClosePage();
     ASSERT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main", "Utils"}));
-    WhenModal([](QWidget* box) {
-        qobject_cast<QMessageBox*>(box)->button(QMessageBox::Yes)->click();
-    });
+    WhenModal(
+        [](QWidget* box) { qobject_cast<QMessageBox*>(box)->button(QMessageBox::Yes)->click(); });
     Command("FileCloseCommand");
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")).substr(0, 4), "kept");
