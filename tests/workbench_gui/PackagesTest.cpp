@@ -1,0 +1,146 @@
+// Design-time packages in the running workbench: the package list, loading a package whose
+// wizard adds a menu beside "Tools" with a working command, unloading it again, and packages
+// that fail (raising in Register, lacking the entry, missing) without taking the IDE down.
+#include "workbench/Packages.h"
+#include "tests/workbench_gui/Fixture.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <filesystem>
+
+using namespace wbtest;
+
+namespace {
+
+std::string PackageFile(const std::string& name) {
+    return std::string(ZELVANE_TEST_PACKAGE_DIR) + "/lib" + name + ".so";
+}
+
+QStringList MenuCaptions(QMenuBar* bar) {
+    QStringList r;
+    for (QAction* a : bar->actions())
+        r << a->text().remove(QLatin1Char('&'));
+    return r;
+}
+
+bool HasAction(QWidget* list, const QString& name) {
+    for (QAction* a : list->actions())
+        if (a->objectName() == name) return true;
+    return false;
+}
+
+using PackagesTest = WorkbenchFixture;
+
+TEST_F(PackagesTest, APackagesWizardAddsAMenuBesideToolsWhoseCommandRuns) {
+    TPackageLoader loader;
+    ASSERT_TRUE(loader.Load(PackageFile("MenuPackage")))
+        << (loader.Reports().empty() ? "" : loader.Reports()[0]);
+    ASSERT_EQ(loader.Packages().size(), 1u);
+    ASSERT_EQ(loader.Packages()[0].Wizards.size(), 1u);
+    EXPECT_EQ(loader.Packages()[0].Wizards[0]->GetIDString(), "Zelvane.TestPack");
+
+    QStringList captions = MenuCaptions(main->menuBar());
+    int tools = static_cast<int>(captions.indexOf(QStringLiteral("Tools")));
+    ASSERT_GE(tools, 0);
+    EXPECT_EQ(captions.value(tools + 1), QStringLiteral("Test Pack"));
+    QWidget* actionList = IDEService<INTAServices>()->GetActionList();
+    ASSERT_TRUE(HasAction(actionList, QStringLiteral("TestPackGreetCommand")));
+
+    // The command runs through the seam into the top view's buffer.
+    QAction* greet = main->menuBar()->findChild<QAction*>(QStringLiteral("TestPackGreetCommand"));
+    ASSERT_NE(greet, nullptr);
+    Application->UpdateActions();
+    EXPECT_TRUE(greet->isEnabled());
+    greet->trigger();
+    EXPECT_NE(Line(1).find("{ greetings from the test pack }"), std::string::npos);
+    // Its shortcut is live in the edit window, as the action list's are.
+    EXPECT_EQ(greet->shortcutContext(), Qt::ApplicationShortcut);
+
+    // Its update handler follows the IDE: with nothing open it is off.
+    model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
+    model->CloseAll();
+    Application->UpdateActions();
+    EXPECT_FALSE(greet->isEnabled());
+
+    loader.UnloadAll();
+    EXPECT_TRUE(loader.Packages().empty());
+    EXPECT_FALSE(MenuCaptions(main->menuBar()).contains(QStringLiteral("Test Pack")));
+    EXPECT_FALSE(HasAction(actionList, QStringLiteral("TestPackGreetCommand")));
+    EXPECT_TRUE(loader.Reports().empty());
+}
+
+TEST_F(PackagesTest, APackageThatRaisesInRegisterIsReportedAndTheIDEGoesOn) {
+    TPackageLoader loader;
+    EXPECT_FALSE(loader.Load(PackageFile("FailingPackage")));
+    ASSERT_EQ(loader.Reports().size(), 1u);
+    EXPECT_NE(loader.Reports()[0].find("refuses to register"), std::string::npos);
+    // The exception went to the application's hook, here the error box.
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_NE(errors[0].find("refuses to register"), std::string::npos);
+    // The IDE still works: a second, good package loads, and a command runs.
+    EXPECT_TRUE(loader.Load(PackageFile("MenuPackage")));
+    EXPECT_TRUE(MenuCaptions(main->menuBar()).contains(QStringLiteral("Test Pack")));
+    std::string before = Line(1);
+    QTest::keyClicks(Editor(), "k");
+    EXPECT_EQ(Line(1), "k" + before);
+    loader.UnloadAll();
+}
+
+TEST_F(PackagesTest, ALibraryWithoutRegisterIsReportedAndNotKept) {
+    TPackageLoader loader;
+    EXPECT_FALSE(loader.Load(PackageFile("NoEntryPackage")));
+    ASSERT_EQ(loader.Reports().size(), 1u);
+    EXPECT_NE(loader.Reports()[0].find("has no entry point Register"), std::string::npos);
+    EXPECT_TRUE(loader.Packages().empty());
+    EXPECT_EQ(errors.size(), 1u);
+}
+
+TEST_F(PackagesTest, AMissingFileIsReportedAndTheRestStillLoads) {
+    TPackageLoader loader;
+    loader.LoadAll({PackageFile("DoesNotExist"), PackageFile("MenuPackage")});
+    ASSERT_EQ(loader.Reports().size(), 1u);
+    EXPECT_NE(loader.Reports()[0].find("Can't load package"), std::string::npos);
+    ASSERT_EQ(loader.Packages().size(), 1u);
+    EXPECT_EQ(loader.Packages()[0].FileName, PackageFile("MenuPackage"));
+}
+
+// ---------------------------------------------------------------------------------------------
+// The package list
+
+class PackageListTest : public ::testing::Test {
+protected:
+    testfiles::TTempDir dir;
+};
+
+TEST_F(PackageListTest, TheDefaultPackageComesFirstWhenItExistsAndIsNoErrorWhenMissing) {
+    TPackageListOptions options;
+    options.SettingsFile = dir.File("none.ini");
+    EXPECT_TRUE(PackageList(options, dir.Path().string()).empty());
+    testfiles::WriteFile(dir.File("libzelvane.so"), "");
+    options.Packages = {dir.File("extra.so")};
+    EXPECT_EQ(PackageList(options, dir.Path().string()),
+              std::vector<std::string>({dir.File("libzelvane.so"), dir.File("extra.so")}));
+    options.NoDefault = true;
+    EXPECT_EQ(PackageList(options, dir.Path().string()),
+              std::vector<std::string>({dir.File("extra.so")}));
+}
+
+TEST_F(PackageListTest, TheSettingsFileListsPackagesRelativeToItselfInFileOrder) {
+    std::filesystem::create_directories(dir.Path() / "conf");
+    testfiles::WriteFile(dir.File("conf/workbench.ini"),
+                         "[Other]\r\nA=ignored.so\r\n[Packages]\r\nZeta=libz.so\r\n"
+                         "Alpha=" +
+                             dir.File("abs/liba.so") + "\r\nDup=libz.so\r\n");
+    TPackageListOptions options;
+    options.NoDefault = true;
+    options.SettingsFile = dir.File("conf/workbench.ini");
+    options.Packages = {dir.File("conf/libz.so"), dir.File("cmd.so")};
+    EXPECT_EQ(PackageList(options, dir.Path().string()),
+              std::vector<std::string>(
+                  {dir.File("conf/libz.so"), dir.File("abs/liba.so"), dir.File("cmd.so")}))
+        << "each file once, the settings' before the command line's";
+}
+
+} // namespace

@@ -1,0 +1,506 @@
+#include "workbench/Application.h"
+
+#include "foundation/AppUtils.h"
+#include "foundation/Dialogs.h"
+#include "rtl/CodePage.h"
+#include "rtl/TypInfo.h"
+
+#include <QAbstractEventDispatcher>
+#include <QAction>
+#include <QCursor>
+#include <QEvent>
+#include <QMenu>
+#include <QMessageBox>
+#include <QScreen>
+#include <QTimer>
+#include <QWidget>
+#include <QWindow>
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+RTL_IMPLEMENT_CLASS(TScreenObject)
+
+using namespace ToolsAPI;
+
+namespace {
+
+// The event that carries a window message to a hidden window.
+QEvent::Type MessageEventType() {
+    static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
+    return type;
+}
+
+class TMessageEvent : public QEvent {
+public:
+    explicit TMessageEvent(const TMessage& message)
+        : QEvent(MessageEventType()), Message(message) {}
+    TMessage Message;
+};
+
+// The platform's cursors as Qt's shapes.
+Qt::CursorShape CursorShape(TCursor cursor) {
+    switch (cursor) {
+    case crNone:
+        return Qt::BlankCursor;
+    case crCross:
+        return Qt::CrossCursor;
+    case crIBeam:
+        return Qt::IBeamCursor;
+    case crSizeNESW:
+        return Qt::SizeBDiagCursor;
+    case crSizeNS:
+        return Qt::SizeVerCursor;
+    case crSizeNWSE:
+        return Qt::SizeFDiagCursor;
+    case crSizeWE:
+        return Qt::SizeHorCursor;
+    case crUpArrow:
+        return Qt::UpArrowCursor;
+    case crHourGlass:
+    case crSQLWait:
+        return Qt::WaitCursor;
+    case crDrag:
+    case crMultiDrag:
+        return Qt::DragCopyCursor;
+    case crNoDrop:
+    case crNo:
+        return Qt::ForbiddenCursor;
+    case crHSplit:
+        return Qt::SplitHCursor;
+    case crVSplit:
+        return Qt::SplitVCursor;
+    case crAppStart:
+        return Qt::BusyCursor;
+    case crHelp:
+        return Qt::WhatsThisCursor;
+    case crHandPoint:
+        return Qt::PointingHandCursor;
+    case crSizeAll:
+        return Qt::SizeAllCursor;
+    default:
+        return Qt::ArrowCursor;
+    }
+}
+
+// A window of the screen's list: a top-level widget that is a form, not a popup or tip.
+bool IsForm(QWidget* w) {
+    if (!w->isWindow()) return false;
+    Qt::WindowType type = w->windowType();
+    return type != Qt::Popup && type != Qt::ToolTip && type != Qt::SplashScreen &&
+           type != Qt::Desktop && !qobject_cast<QMenu*>(w);
+}
+
+QWidget* TopLevelWidget(HWND wnd) {
+    if (!wnd) return nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w == wnd) return w;
+    return nullptr;
+}
+
+QWidget* AnyWidget(HWND wnd) {
+    if (!wnd) return nullptr;
+    for (QWidget* w : QApplication::allWidgets())
+        if (w == wnd) return w;
+    return nullptr;
+}
+
+constexpr int VK_LBUTTON = 0x01, VK_RBUTTON = 0x02, VK_MBUTTON = 0x04, VK_SHIFT = 0x10,
+              VK_CONTROL = 0x11, VK_MENU = 0x12;
+
+// The foundation's message box: the style's buttons and icon, the platform's answer codes.
+int WorkbenchMessageBox(HWND owner, const std::string& text, const std::string& caption,
+                        uint32_t style) {
+    QMessageBox box(TopLevelWidget(owner));
+    box.setWindowTitle(QString::fromStdString(rtl::Cp1251ToUtf8(caption)));
+    box.setText(QString::fromStdString(rtl::Cp1251ToUtf8(text)));
+    switch (style & 0xF0) {
+    case zelvane::MB_ICONSTOP:
+        box.setIcon(QMessageBox::Critical);
+        break;
+    case zelvane::MB_ICONQUESTION:
+        box.setIcon(QMessageBox::Question);
+        break;
+    case zelvane::MB_ICONEXCLAMATION:
+        box.setIcon(QMessageBox::Warning);
+        break;
+    case zelvane::MB_ICONINFORMATION:
+        box.setIcon(QMessageBox::Information);
+        break;
+    default:
+        break;
+    }
+    switch (style & 0x0F) {
+    case zelvane::MB_YESNO:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        break;
+    case zelvane::MB_YESNOCANCEL:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        break;
+    default:
+        box.setStandardButtons(QMessageBox::Ok);
+        break;
+    }
+    switch (box.exec()) {
+    case QMessageBox::Yes:
+        return zelvane::IDYES;
+    case QMessageBox::No:
+        return zelvane::IDNO;
+    case QMessageBox::Ok:
+        return zelvane::IDOK;
+    default:
+        return zelvane::IDCANCEL;
+    }
+}
+
+bool WorkbenchGetPlacement(HWND wnd, zelvane::TWindowPlacement& p) {
+    QWidget* w = TopLevelWidget(wnd);
+    if (!w) return false;
+    p = {};
+    p.Length = zelvane::kWindowPlacementLength;
+    p.ShowCmd = w->isMinimized() ? 2 : w->isMaximized() ? 3 : zelvane::SW_SHOWNORMAL;
+    QRect r = w->isMaximized() || w->isMinimized() ? w->normalGeometry() : w->geometry();
+    p.MinPosition = {-1, -1};
+    p.MaxPosition = {-1, -1};
+    p.NormalPosition = {r.left(), r.top(), r.left() + r.width(), r.top() + r.height()};
+    return true;
+}
+
+bool WorkbenchSetPlacement(HWND wnd, const zelvane::TWindowPlacement& p) {
+    QWidget* w = TopLevelWidget(wnd);
+    if (!w) return false;
+    const zelvane::TRect& r = p.NormalPosition;
+    if (r.Right > r.Left && r.Bottom > r.Top)
+        w->setGeometry(r.Left, r.Top, r.Right - r.Left, r.Bottom - r.Top);
+    if (p.ShowCmd == 3)
+        w->showMaximized();
+    else if (p.ShowCmd == 2 || p.ShowCmd == 6)
+        w->showMinimized();
+    return true;
+}
+
+int16_t WorkbenchKeyState(int key) {
+    Qt::KeyboardModifiers mods = QGuiApplication::queryKeyboardModifiers();
+    Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
+    bool down = false;
+    switch (key) {
+    case VK_SHIFT:
+        down = mods & Qt::ShiftModifier;
+        break;
+    case VK_CONTROL:
+        down = mods & Qt::ControlModifier;
+        break;
+    case VK_MENU:
+        down = mods & Qt::AltModifier;
+        break;
+    case VK_LBUTTON:
+        down = buttons & Qt::LeftButton;
+        break;
+    case VK_RBUTTON:
+        down = buttons & Qt::RightButton;
+        break;
+    case VK_MBUTTON:
+        down = buttons & Qt::MiddleButton;
+        break;
+    default:
+        break;
+    }
+    return down ? static_cast<int16_t>(-32768) : 0;
+}
+
+} // namespace
+
+// A hidden window: an object that receives the messages posted to it.
+class THiddenWindow : public QObject {
+public:
+    explicit THiddenWindow(TWndMethod method) : method_(std::move(method)) {}
+    intptr_t Deliver(TMessage message) {
+        if (method_) method_(message);
+        return message.Result;
+    }
+
+protected:
+    bool event(QEvent* e) override {
+        if (e->type() != MessageEventType()) return QObject::event(e);
+        Deliver(static_cast<TMessageEvent*>(e)->Message);
+        return true;
+    }
+
+private:
+    TWndMethod method_;
+};
+
+// ---------------------------------------------------------------------------------------------
+
+TWorkbenchApplication::TWorkbenchApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    ToolsAPI::Application = this;
+    ToolsAPI::Screen = this;
+    installEventFilter(this);
+    // The active form changes with the focus window, and with the focus widget inside modal
+    // boxes that take the focus before their window is active.
+    connect(this, &QGuiApplication::focusWindowChanged, this, [this] { CheckActiveForm(); });
+    connect(this, &QApplication::focusChanged, this, [this] { CheckActiveForm(); });
+
+    // The idle update: when the event loop is about to wait, at most every 100 ms; a timer
+    // catches the last change of a burst.
+    idleTimer_ = new QTimer(this);
+    idleTimer_->setSingleShot(true);
+    connect(idleTimer_, &QTimer::timeout, this, [this] { Idle(); });
+    sinceIdle_.start();
+    if (auto* dispatcher = QAbstractEventDispatcher::instance())
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, [this] {
+            if (inUpdate_ || idleTimer_->isActive()) return;
+            qint64 elapsed = sinceIdle_.elapsed();
+            idleTimer_->start(elapsed >= 100 ? 0 : static_cast<int>(100 - elapsed));
+        });
+
+    zelvane::TWindowSystem system;
+    system.MessageBox = WorkbenchMessageBox;
+    system.GetWindowPlacement = WorkbenchGetPlacement;
+    system.SetWindowPlacement = WorkbenchSetPlacement;
+    system.AllocateWindow = [this](const std::string&, zelvane::TWndProc proc) -> HWND {
+        // The procedure receives the window's own handle, known only once it exists.
+        auto holder = std::make_shared<HWND>(nullptr);
+        HWND wnd = AllocateHWnd([proc, holder](TMessage& m) {
+            if (proc) m.Result = proc(*holder, m.Msg, m.WParam, m.LParam);
+        });
+        *holder = wnd;
+        return wnd;
+    };
+    system.DestroyWindow = [this](HWND wnd) { DeallocateHWnd(wnd); };
+    system.GetKeyState = WorkbenchKeyState;
+    zelvane::SetWindowSystem(std::move(system));
+}
+
+TWorkbenchApplication::~TWorkbenchApplication() {
+    zelvane::SetWindowSystem({});
+    for (THiddenWindow* w : hiddenWindows_)
+        delete w;
+    hiddenWindows_.clear();
+    if (ToolsAPI::Application == this) ToolsAPI::Application = nullptr;
+    if (ToolsAPI::Screen == this) ToolsAPI::Screen = nullptr;
+}
+
+TWorkbenchApplication* TWorkbenchApplication::Instance() {
+    return dynamic_cast<TWorkbenchApplication*>(QCoreApplication::instance());
+}
+
+bool TWorkbenchApplication::notify(QObject* receiver, QEvent* event) {
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (...) {
+        HandleException(nullptr);
+        return false;
+    }
+}
+
+// ---------------------------------------------------------------------------------------------
+// Title, exceptions, messages
+
+std::string TWorkbenchApplication::GetTitle() {
+    return rtl::Utf8ToCp1251(applicationDisplayName().toStdString());
+}
+
+void TWorkbenchApplication::SetTitle(const std::string& title) {
+    setApplicationDisplayName(QString::fromStdString(rtl::Cp1251ToUtf8(title)));
+}
+
+void TWorkbenchApplication::HandleException(rtl::TObject* sender) {
+    std::exception_ptr current = std::current_exception();
+    if (!current) return;
+    try {
+        std::rethrow_exception(current);
+    } catch (rtl::EAbort&) {
+        // The silent exception.
+    } catch (rtl::Exception& e) {
+        if (onException_)
+            onException_(sender, &e);
+        else
+            ShowException(&e);
+    } catch (std::exception& e) {
+        rtl::Exception wrapped(std::string(e.what()));
+        if (onException_)
+            onException_(sender, &wrapped);
+        else
+            ShowException(&wrapped);
+    } catch (...) {
+        rtl::Exception wrapped(std::string("An exception of an unknown type was raised"));
+        if (onException_)
+            onException_(sender, &wrapped);
+        else
+            ShowException(&wrapped);
+    }
+}
+
+void TWorkbenchApplication::ShowException(rtl::Exception* e) {
+    if (!e) return;
+    std::string text = e->Message();
+    if (!text.empty() && text.back() != '.') text += '.';
+    std::string caption = GetTitle();
+    if (errorBox_) {
+        errorBox_(caption, text);
+        return;
+    }
+    std::cerr << "workbench: " << rtl::Cp1251ToUtf8(text) << '\n';
+    QMessageBox::critical(mainForm_, QString::fromStdString(rtl::Cp1251ToUtf8(caption)),
+                          QString::fromStdString(rtl::Cp1251ToUtf8(text)));
+}
+
+void TWorkbenchApplication::ProcessMessages() {
+    QApplication::processEvents(QEventLoop::AllEvents);
+    QApplication::sendPostedEvents();
+}
+
+HWND TWorkbenchApplication::AllocateHWnd(TWndMethod method) {
+    auto* window = new THiddenWindow(std::move(method));
+    window->setObjectName(QStringLiteral("TPUtilWindow"));
+    hiddenWindows_.insert(window);
+    return window;
+}
+
+void TWorkbenchApplication::DeallocateHWnd(HWND wnd) {
+    auto it = hiddenWindows_.find(static_cast<THiddenWindow*>(wnd));
+    if (it == hiddenWindows_.end()) return;
+    THiddenWindow* window = *it;
+    hiddenWindows_.erase(it);
+    // Deleting the object drops the events still queued for it.
+    delete window;
+}
+
+bool TWorkbenchApplication::IsHiddenWindow(HWND wnd) const {
+    return hiddenWindows_.count(static_cast<THiddenWindow*>(wnd)) > 0;
+}
+
+bool TWorkbenchApplication::PostMessage(HWND wnd, uint32_t msg, uintptr_t wParam, intptr_t lParam) {
+    if (!IsHiddenWindow(wnd)) return false;
+    postEvent(static_cast<THiddenWindow*>(wnd),
+              new TMessageEvent(TMessage{msg, wParam, lParam, 0}));
+    return true;
+}
+
+intptr_t TWorkbenchApplication::SendMessage(HWND wnd, uint32_t msg, uintptr_t wParam,
+                                            intptr_t lParam) {
+    if (IsHiddenWindow(wnd))
+        return static_cast<THiddenWindow*>(wnd)->Deliver(TMessage{msg, wParam, lParam, 0});
+    // The two messages the add-in sends to controls.
+    if (QWidget* w = AnyWidget(wnd)) {
+        if (msg == WM_SETREDRAW) {
+            w->setUpdatesEnabled(wParam != 0);
+        } else if (msg == WM_CANCELMODE) {
+            if (QWidget::mouseGrabber() == w) w->releaseMouse();
+        }
+    }
+    return 0;
+}
+
+QWidget* TWorkbenchApplication::GetCapture() {
+    return QWidget::mouseGrabber();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Actions
+
+void TWorkbenchApplication::SetActionUpdate(QAction* action, TActionUpdateProc proc) {
+    if (!action) return;
+    bool known = updates_.count(action) > 0;
+    if (!proc) {
+        updates_.erase(action);
+        return;
+    }
+    updates_[action] = std::move(proc);
+    if (!known)
+        connect(action, &QObject::destroyed, this, [this, action] { updates_.erase(action); });
+}
+
+void TWorkbenchApplication::RunUpdate(QAction* action) {
+    auto it = updates_.find(action);
+    if (it == updates_.end()) return;
+    TActionUpdateProc proc = it->second; // the handler may remove itself
+    Guarded(nullptr, [&] { proc(action); });
+}
+
+void TWorkbenchApplication::UpdateActions() {
+    if (inUpdate_) return;
+    inUpdate_ = true;
+    std::vector<QAction*> actions;
+    for (auto& [a, p] : updates_)
+        actions.push_back(a);
+    for (QAction* a : actions)
+        RunUpdate(a);
+    inUpdate_ = false;
+}
+
+void TWorkbenchApplication::UpdateMenuActions(QWidget* menu) {
+    for (QAction* a : menu->actions())
+        RunUpdate(a);
+}
+
+void TWorkbenchApplication::Idle() {
+    sinceIdle_.restart();
+    ++idleUpdates_;
+    UpdateActions();
+}
+
+bool TWorkbenchApplication::eventFilter(QObject* watched, QEvent* event) {
+    // Before a menu shows, its actions update, as the platform's menus did on opening.
+    if (event->type() == QEvent::Show)
+        if (auto* menu = qobject_cast<QMenu*>(watched)) UpdateMenuActions(menu);
+    return QApplication::eventFilter(watched, event);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Screen
+
+int TWorkbenchApplication::GetFormCount() {
+    int n = 0;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (IsForm(w)) ++n;
+    return n;
+}
+
+QWidget* TWorkbenchApplication::GetForm(int index) {
+    int n = 0;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (IsForm(w) && n++ == index) return w;
+    return nullptr;
+}
+
+QWidget* TWorkbenchApplication::GetActiveForm() {
+    QWidget* w = QApplication::activeModalWidget();
+    if (!w) w = QApplication::activeWindow();
+    return w;
+}
+
+QWidget* TWorkbenchApplication::GetActiveControl() {
+    return QApplication::focusWidget();
+}
+
+void TWorkbenchApplication::CheckActiveForm() {
+    QWidget* active = GetActiveForm();
+    if (active == lastActiveForm_) return;
+    lastActiveForm_ = active;
+    if (onActiveFormChange_) {
+        TNotifyEvent handler = onActiveFormChange_;
+        Guarded(&screenObject_, [&] { handler(&screenObject_); });
+    }
+}
+
+void TWorkbenchApplication::SetCursor(TCursor cursor) {
+    if (cursor_ != crDefault) QApplication::restoreOverrideCursor();
+    cursor_ = cursor;
+    if (cursor_ != crDefault) QApplication::setOverrideCursor(QCursor(CursorShape(cursor_)));
+}
+
+int TWorkbenchApplication::GetWidth() {
+    QScreen* s = primaryScreen();
+    return s ? s->geometry().width() : 0;
+}
+
+int TWorkbenchApplication::GetHeight() {
+    QScreen* s = primaryScreen();
+    return s ? s->geometry().height() : 0;
+}
+
+} // namespace workbench

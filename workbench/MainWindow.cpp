@@ -1,0 +1,705 @@
+#include "workbench/MainWindow.h"
+
+#include "rtl/CodePage.h"
+#include "rtl/SysUtils.h"
+#include "toolsapi/Forms.h"
+#include "workbench/Application.h"
+#include "workbench/EditWindow.h"
+#include "workbench/FormViewer.h"
+
+#include <QAction>
+#include <QActionEvent>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QStyle>
+#include <QToolBar>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <tuple>
+
+namespace workbench {
+
+using namespace ToolsAPI;
+
+namespace {
+
+QString FromBytes(const std::string& s) {
+    return QString::fromStdString(rtl::Cp1251ToUtf8(s));
+}
+
+std::string ToBytes(const QString& s) {
+    return rtl::Utf8ToCp1251(s.toStdString());
+}
+
+// The project whose modules the lists show: the group's active project, or the one open project.
+TProjectModule* ActiveProject(TIDEModel* model) {
+    for (int i = 0; i < model->GetModuleCount(); ++i)
+        if (auto group = Query<IOTAProjectGroup>(model->GetModule(i)))
+            return dynamic_cast<TProjectModule*>(group->GetActiveProject().get());
+    std::vector<TProjectModule*> projects = model->Projects();
+    return projects.size() == 1 ? projects.front() : nullptr;
+}
+
+const char* kNoCompiler = "The workbench edits sources; it has no compiler or debugger";
+
+} // namespace
+
+TMainForm::TMainForm(TIDEModel* model) : model_(model) {
+    setObjectName(QStringLiteral("AppBuilder"));
+    setWindowTitle(QStringLiteral("Zelvane Workbench"));
+    if (auto* app = TWorkbenchApplication::Instance()) app->SetMainForm(this);
+
+    editWindow_ = new TEditWindowForm(model, model->MainEditWindow(), this);
+
+    projectManager_ = new QWidget(this, Qt::Window);
+    projectManager_->setObjectName(QStringLiteral("ProjectManagerForm"));
+    projectManager_->setWindowTitle(QStringLiteral("Project Manager"));
+    projectTree_ = new QTreeWidget(projectManager_);
+    projectTree_->setObjectName(QStringLiteral("ProjectTree"));
+    projectTree_->setHeaderLabels({QStringLiteral("Files")});
+    auto* pmLayout = new QVBoxLayout(projectManager_);
+    pmLayout->setContentsMargins(0, 0, 0, 0);
+    pmLayout->addWidget(projectTree_);
+    connect(projectTree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item, int) {
+        Guarded(nullptr, [&] { ProjectItemActivated(item); });
+    });
+
+    formViewer_ = new TFormViewer(this);
+
+    CreateMenus();
+    CreateToolBars();
+    HookModel();
+
+    model->SetMainMenu(menuBar());
+    model->SetActionList(this);
+    // The model's questions ("Confirm" when a modified module closes) as message boxes.
+    model->SetQuestion([this](const std::string& caption, const std::string& text) {
+        QWidget* owner = QApplication::activeWindow();
+        QMessageBox box(QMessageBox::Question, FromBytes(caption), FromBytes(text),
+                        QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+                        owner ? owner : static_cast<QWidget*>(editWindow_));
+        box.setObjectName(QStringLiteral("ConfirmBox"));
+        switch (box.exec()) {
+        case QMessageBox::Yes:
+            return static_cast<int>(mrYes);
+        case QMessageBox::No:
+            return static_cast<int>(mrNo);
+        default:
+            return static_cast<int>(mrCancel);
+        }
+    });
+    RefreshProjectTree();
+}
+
+TMainForm::~TMainForm() {
+    model_->Events = {};
+    model_->SetQuestion(nullptr);
+    model_->SetMainMenu(nullptr);
+    model_->SetActionList(nullptr);
+    for (const char* name : {"StandardToolBar", "ViewToolBar", "DebugToolBar"})
+        model_->SetToolBar(name, nullptr);
+    if (auto* app = TWorkbenchApplication::Instance())
+        if (app->GetMainForm() == this) app->SetMainForm(nullptr);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Actions and menus
+
+QAction* TMainForm::AddAction(QMenu* menu, const char* name, const QString& text,
+                              const QString& keys, std::function<void()> run,
+                              std::function<bool()> enabled) {
+    auto* action = new QAction(text, this);
+    action->setObjectName(QString::fromLatin1(name));
+    if (!keys.isEmpty()) action->setShortcut(QKeySequence(keys));
+    if (run) connect(action, &QAction::triggered, this, [run] { Guarded(nullptr, run); });
+    addAction(action);
+    if (menu) menu->addAction(action);
+    actions_[name] = action;
+    if (enabled) {
+        if (Application)
+            Application->SetActionUpdate(action,
+                                         [enabled](QAction* a) { a->setEnabled(enabled()); });
+        action->setEnabled(enabled());
+    }
+    return action;
+}
+
+QAction* TMainForm::Action(const std::string& name) const {
+    auto it = actions_.find(name);
+    return it == actions_.end() ? nullptr : it->second;
+}
+
+QMenu* TMainForm::TopMenu(const std::string& caption) const {
+    for (QAction* a : menuBar()->actions())
+        if (a->menu() && a->text().remove(QLatin1Char('&')) == QString::fromStdString(caption))
+            return a->menu();
+    return nullptr;
+}
+
+TEditView* TMainForm::TopView() const {
+    return editWindow_ ? editWindow_->CurrentView() : nullptr;
+}
+
+TSourceEditor* TMainForm::TopBuffer() const {
+    TEditView* v = TopView();
+    return v ? &v->Buffer() : nullptr;
+}
+
+void TMainForm::CreateMenus() {
+    QMenuBar* bar = menuBar();
+    bar->setObjectName(QStringLiteral("MainMenu"));
+    auto hasView = [this] { return TopView() != nullptr; };
+    auto writable = [this] { return TopBuffer() && !TopBuffer()->IsReadOnly(); };
+    auto hasBlock = [this] { return TopBuffer() && TopBuffer()->BlockValid(); };
+    QStyle* st = style();
+
+    QMenu* file = bar->addMenu(QStringLiteral("&File"));
+    file->setObjectName(QStringLiteral("FileMenu"));
+    AddAction(
+        file, "FileOpenCommand", QStringLiteral("&Open..."), QStringLiteral("Ctrl+O"),
+        [this] {
+            QString name = QFileDialog::getOpenFileName(
+                this, QStringLiteral("Open"), QString(),
+                QStringLiteral(
+                    "Sources (*.pas *.dpr *.dpk *.cpp *.h *.bpr *.bpg *.dfm);;All files (*)"));
+            if (!name.isEmpty() && !model_->OpenFile(ToBytes(name)))
+                throw rtl::EFOpenError("Cannot open file \"" + ToBytes(name) + "\"");
+        })
+        ->setIcon(st->standardIcon(QStyle::SP_DialogOpenButton));
+    AddAction(file, "FileOpenProjectCommand", QStringLiteral("Open Pro&ject..."),
+              QStringLiteral("Ctrl+F11"),
+              [this] {
+                  QString name = QFileDialog::getOpenFileName(
+                      this, QStringLiteral("Open Project"), QString(),
+                      QStringLiteral("Projects (*.dpr *.dpk *.bpr *.bpk *.bpg)"));
+                  if (!name.isEmpty()) OpenProject(ToBytes(name));
+              })
+        ->setIcon(st->standardIcon(QStyle::SP_DirOpenIcon));
+    file->addSeparator();
+    AddAction(
+        file, "FileSaveCommand", QStringLiteral("&Save"), QStringLiteral("Ctrl+S"),
+        [this] {
+            if (TSourceEditor* b = TopBuffer())
+                if (b->Module()) b->Module()->Save(false, true);
+        },
+        hasView)
+        ->setIcon(st->standardIcon(QStyle::SP_DialogSaveButton));
+    AddAction(
+        file, "FileSaveAllCommand", QStringLiteral("Sav&e All"), QStringLiteral("Shift+Ctrl+S"),
+        [this] { model_->SaveAll(); }, [this] { return model_->GetModuleCount() > 0; });
+    file->addSeparator();
+    AddAction(
+        file, "FileCloseCommand", QStringLiteral("&Close"), QStringLiteral("Ctrl+F4"),
+        [this] {
+            if (TEditView* v = TopView()) v->ClosePage();
+        },
+        hasView);
+    AddAction(
+        file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(),
+        [this] { model_->CloseAll(); }, [this] { return model_->GetModuleCount() > 0; });
+    file->addSeparator();
+    AddAction(file, "FileExitCommand", QStringLiteral("E&xit"), QStringLiteral("Alt+F4"),
+              [this] { close(); });
+
+    QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
+    edit->setObjectName(QStringLiteral("EditMenu"));
+    AddAction(
+        edit, "EditUndoCommand", QStringLiteral("&Undo"), QStringLiteral("Ctrl+Z"),
+        [this] {
+            if (TSourceEditor* b = TopBuffer()) b->Undo();
+            editWindow_->Editor()->Refresh();
+        },
+        [this, writable] { return writable() && TopBuffer()->Buffer().CanUndo(); });
+    AddAction(
+        edit, "EditRedoCommand", QStringLiteral("&Redo"), QStringLiteral("Shift+Ctrl+Z"),
+        [this] {
+            if (TSourceEditor* b = TopBuffer()) b->Redo();
+            editWindow_->Editor()->Refresh();
+        },
+        [this, writable] { return writable() && TopBuffer()->Buffer().CanRedo(); });
+    edit->addSeparator();
+    // Cut, copy, paste, delete and select all act on the editor as its keys do.
+    auto key = [this](int k, Qt::KeyboardModifiers m) {
+        return [this, k, m] {
+            QKeyEvent press(QEvent::KeyPress, k, m);
+            QApplication::sendEvent(editWindow_->Editor(), &press);
+        };
+    };
+    AddAction(edit, "EditCutCommand", QStringLiteral("Cu&t"), QStringLiteral("Ctrl+X"),
+              key(Qt::Key_X, Qt::ControlModifier),
+              [hasBlock, writable] { return hasBlock() && writable(); });
+    AddAction(edit, "EditCopyCommand", QStringLiteral("&Copy"), QStringLiteral("Ctrl+C"),
+              key(Qt::Key_C, Qt::ControlModifier), hasBlock);
+    AddAction(edit, "EditPasteCommand", QStringLiteral("&Paste"), QStringLiteral("Ctrl+V"),
+              key(Qt::Key_V, Qt::ControlModifier), writable);
+    AddAction(
+        edit, "EditDeleteCommand", QStringLiteral("&Delete"), QStringLiteral("Ctrl+Del"),
+        [this] {
+            if (TEditView* v = TopView()) v->GetBlock()->Delete();
+            editWindow_->Editor()->Refresh();
+        },
+        [hasBlock, writable] { return hasBlock() && writable(); });
+    AddAction(edit, "EditSelectAllCommand", QStringLiteral("Se&lect All"), QStringLiteral("Ctrl+A"),
+              key(Qt::Key_A, Qt::ControlModifier), hasView);
+    edit->addSeparator();
+    QAction* readOnly =
+        AddAction(edit, "EditReadOnlyCommand", QStringLiteral("Read &Only"), QString(), [this] {
+            if (TSourceEditor* b = TopBuffer()) b->SetIsReadOnly(!b->IsReadOnly());
+            editWindow_->Editor()->Refresh();
+        });
+    readOnly->setCheckable(true);
+    if (Application)
+        Application->SetActionUpdate(readOnly, [this](QAction* a) {
+            a->setEnabled(TopBuffer() != nullptr);
+            a->setChecked(TopBuffer() && TopBuffer()->IsReadOnly());
+        });
+
+    QMenu* search = bar->addMenu(QStringLiteral("&Search"));
+    search->setObjectName(QStringLiteral("SearchMenu"));
+    AddAction(
+        search, "SearchFindCommand", QStringLiteral("&Find..."), QStringLiteral("Ctrl+F"),
+        [this] { FindText(false); }, hasView);
+    AddAction(
+        search, "SearchAgainCommand", QStringLiteral("&Search Again"), QStringLiteral("F3"),
+        [this] { FindText(true); }, [this, hasView] { return hasView() && !lastSearch_.empty(); });
+    search->addSeparator();
+    AddAction(
+        search, "SearchGoToCommand", QStringLiteral("&Go to Line Number..."),
+        QStringLiteral("Alt+G"), [this] { GoToLine(); }, hasView);
+
+    QMenu* view = bar->addMenu(QStringLiteral("&View"));
+    view->setObjectName(QStringLiteral("ViewMenu"));
+    AddAction(view, "ViewPrjMgrCommand", QStringLiteral("&Project Manager"),
+              QStringLiteral("Ctrl+Alt+F11"), [this] {
+                  projectManager_->show();
+                  projectManager_->raise();
+              });
+    view->addSeparator();
+    AddAction(
+        view, "ViewUnitsCommand", QStringLiteral("U&nits..."), QStringLiteral("Ctrl+F12"),
+        [this] { ViewUnits(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
+    AddAction(
+        view, "ViewFormsCommand", QStringLiteral("&Forms..."), QStringLiteral("Shift+F12"),
+        [this] { ViewForms(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
+    AddAction(
+        view, "ViewSwapSourceFormCommand", QStringLiteral("Toggle Form/&Unit"),
+        QStringLiteral("F12"),
+        [this] {
+            if (formViewer_->isVisible() && formViewer_->isActiveWindow()) {
+                editWindow_->activateWindow();
+                editWindow_->raise();
+            } else if (TSourceEditor* b = TopBuffer()) {
+                if (b->Module())
+                    if (TFormEditor* f = b->Module()->FormEditor()) f->Show();
+            }
+        },
+        [this] {
+            return TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor();
+        });
+
+    QMenu* project = bar->addMenu(QStringLiteral("&Project"));
+    project->setObjectName(QStringLiteral("ProjectMenu"));
+    for (auto [name, text, keys] :
+         {std::tuple{"ProjectCompileCommand", "&Compile", "Ctrl+F9"},
+          std::tuple{"ProjectBuildCommand", "&Build", "Shift+F9"},
+          std::tuple{"ProjectSyntaxCommand", "S&yntax Check", ""},
+          std::tuple{"ProjectOptionsCommand", "&Options...", "Shift+Ctrl+F11"}}) {
+        QAction* a = AddAction(project, name, QString::fromLatin1(text), QString::fromLatin1(keys),
+                               nullptr, [] { return false; });
+        a->setStatusTip(QString::fromLatin1(kNoCompiler));
+        a->setToolTip(QString::fromLatin1(kNoCompiler));
+    }
+
+    QMenu* run = bar->addMenu(QStringLiteral("&Run"));
+    run->setObjectName(QStringLiteral("RunMenu"));
+    for (auto [name, text, keys] : {std::tuple{"RunRunCommand", "&Run", "F9"},
+                                    std::tuple{"RunStepOverCommand", "&Step Over", "F8"},
+                                    std::tuple{"RunTraceIntoCommand", "&Trace Into", "F7"},
+                                    std::tuple{"RunResetCommand", "Program R&eset", "Ctrl+F2"}}) {
+        QAction* a = AddAction(run, name, QString::fromLatin1(text), QString::fromLatin1(keys),
+                               nullptr, [] { return false; });
+        a->setStatusTip(QString::fromLatin1(kNoCompiler));
+    }
+    actions_["RunRunCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaPlay));
+    actions_["RunResetCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaStop));
+    actions_["RunStepOverCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaSeekForward));
+    actions_["RunTraceIntoCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaSkipForward));
+
+    QMenu* component = bar->addMenu(QStringLiteral("&Component"));
+    component->setObjectName(QStringLiteral("ComponentMenu"));
+    AddAction(component, "ComponentInstallPackagesCommand", QStringLiteral("Install &Packages..."),
+              QString(), [this] { ShowPackages(); });
+
+    QMenu* tools = bar->addMenu(QStringLiteral("&Tools"));
+    tools->setObjectName(QStringLiteral("ToolsMenu"));
+    AddAction(
+        tools, "ToolsEditorOptionsCommand", QStringLiteral("&Editor Options..."), QString(),
+        [this] { EditorOptions(); }, hasView);
+
+    QMenu* help = bar->addMenu(QStringLiteral("&Help"));
+    help->setObjectName(QStringLiteral("HelpMenu"));
+    AddAction(help, "HelpAboutCommand", QStringLiteral("&About..."), QString(), [this] {
+        QMessageBox::about(this, QStringLiteral("About"),
+                           QStringLiteral("Zelvane Workbench\n\nThe host IDE of the Zelvane "
+                                          "add-in pack: projects, units, forms and packages."));
+    });
+}
+
+void TMainForm::CreateToolBars() {
+    QStyle* st = style();
+    QToolBar* standard = addToolBar(QStringLiteral("Standard"));
+    standard->setObjectName(QStringLiteral("StandardToolBar"));
+    standard->addAction(actions_["FileOpenCommand"]);
+    standard->addAction(actions_["FileOpenProjectCommand"]);
+    standard->addAction(actions_["FileSaveCommand"]);
+    actions_["FileSaveAllCommand"]->setIcon(st->standardIcon(QStyle::SP_DriveFDIcon));
+    standard->addAction(actions_["FileSaveAllCommand"]);
+    actions_["ViewPrjMgrCommand"]->setIcon(st->standardIcon(QStyle::SP_FileDialogListView));
+    standard->addAction(actions_["ViewPrjMgrCommand"]);
+
+    QToolBar* viewBar = addToolBar(QStringLiteral("View"));
+    viewBar->setObjectName(QStringLiteral("ViewToolBar"));
+    viewBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    auto* viewUnit =
+        new QAction(st->standardIcon(QStyle::SP_FileIcon), QStringLiteral("View Unit"), this);
+    viewUnit->setObjectName(QStringLiteral("ViewUnitButton"));
+    connect(viewUnit, &QAction::triggered, this, &TMainForm::ViewUnits);
+    auto* viewForm = new QAction(st->standardIcon(QStyle::SP_FileDialogDetailedView),
+                                 QStringLiteral("View Form"), this);
+    viewForm->setObjectName(QStringLiteral("ViewFormButton"));
+    connect(viewForm, &QAction::triggered, this, &TMainForm::ViewForms);
+    for (QAction* a : {viewUnit, viewForm}) {
+        viewBar->addAction(a);
+        if (Application)
+            Application->SetActionUpdate(
+                a, [this](QAction* x) { x->setEnabled(ActiveProject(model_.get()) != nullptr); });
+    }
+    actions_["ViewSwapSourceFormCommand"]->setIcon(st->standardIcon(QStyle::SP_BrowserReload));
+    viewBar->addAction(actions_["ViewSwapSourceFormCommand"]);
+
+    QToolBar* debug = addToolBar(QStringLiteral("Debug"));
+    debug->setObjectName(QStringLiteral("DebugToolBar"));
+    for (const char* n :
+         {"RunRunCommand", "RunResetCommand", "RunTraceIntoCommand", "RunStepOverCommand"})
+        debug->addAction(actions_[n]);
+
+    model_->SetToolBar("StandardToolBar", standard);
+    model_->SetToolBar("ViewToolBar", viewBar);
+    model_->SetToolBar("DebugToolBar", debug);
+}
+
+bool TMainForm::event(QEvent* e) {
+    // Actions that join the action list are live in every window of the IDE.
+    if (e->type() == QEvent::ActionAdded)
+        if (QAction* a = static_cast<QActionEvent*>(e)->action())
+            a->setShortcutContext(Qt::ApplicationShortcut);
+    return QMainWindow::event(e);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The model's events
+
+void TMainForm::HookModel() {
+    TModelEvents& ev = model_->Events;
+    ev.ModulesChanged = [this] {
+        editWindow_->SyncPages();
+        RefreshProjectTree();
+        if (formViewer_->FormEditor() && !formViewer_->FormEditor()->Module()) {
+            formViewer_->SetFormEditor(nullptr);
+            formViewer_->hide();
+        }
+    };
+    ev.BufferChanged = [this](TSourceEditor* buffer) {
+        if (TEditView* v = editWindow_->Editor()->View())
+            if (&v->Buffer() == buffer) editWindow_->Editor()->Refresh();
+    };
+    ev.EditorShown = [this](IOTAEditor* editor) {
+        editWindow_->SyncPages();
+        if (auto* form = dynamic_cast<TFormEditor*>(editor)) {
+            formViewer_->SetFormEditor(form);
+            if (isVisible()) {
+                formViewer_->show();
+                formViewer_->raise();
+            }
+        } else if (editWindow_->isVisible()) {
+            editWindow_->raise();
+        }
+    };
+    ev.ViewPainted = [this](TEditView* view) {
+        if (editWindow_->Editor()->View() == view) editWindow_->Editor()->Refresh();
+    };
+}
+
+void TMainForm::RefreshProjectTree() {
+    projectTree_->clear();
+    for (int i = 0; i < model_->GetModuleCount(); ++i) {
+        _di_IOTAModule module = model_->GetModule(i);
+        auto* project = dynamic_cast<TProjectModule*>(module.get());
+        if (!project) continue;
+        auto* top = new QTreeWidgetItem(projectTree_);
+        top->setText(0, FromBytes(rtl::ExtractFileName(project->GetFileName())));
+        top->setToolTip(0, FromBytes(project->GetFileName()));
+        top->setIcon(0, style()->standardIcon(QStyle::SP_DirIcon));
+        top->setData(0, Qt::UserRole, FromBytes(project->GetFileName()));
+        for (int m = 0; m < project->GetModuleCount(); ++m) {
+            _di_IOTAModuleInfo info = project->GetModule(m);
+            auto* item = new QTreeWidgetItem(top);
+            std::string form = info->GetFormName();
+            item->setText(0, FromBytes(info->GetName()) +
+                                 (form.empty()
+                                      ? QString()
+                                      : QStringLiteral(" {") + FromBytes(form) + QLatin1Char('}')));
+            item->setToolTip(0, FromBytes(info->GetFileName()));
+            item->setIcon(0, style()->standardIcon(QStyle::SP_FileIcon));
+            item->setData(0, Qt::UserRole, FromBytes(info->GetFileName()));
+        }
+        top->setExpanded(true);
+    }
+}
+
+void TMainForm::ProjectItemActivated(QTreeWidgetItem* item) {
+    std::string file = ToBytes(item->data(0, Qt::UserRole).toString());
+    if (file.empty()) return;
+    if (!item->parent()) return; // the project itself
+    model_->OpenModuleFile(file, TOpenMode::Show);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Commands
+
+std::vector<int> TMainForm::ChooseModules(const QString& title, const QStringList& names) {
+    QDialog dialog(this);
+    dialog.setObjectName(title == QStringLiteral("View Form") ? QStringLiteral("ViewFormDialog")
+                                                              : QStringLiteral("ViewUnitDialog"));
+    dialog.setWindowTitle(title);
+    auto* list = new QListWidget(&dialog);
+    list->setObjectName(QStringLiteral("ModuleList"));
+    list->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list->addItems(names);
+    if (list->count() > 0) list->setCurrentRow(0);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    connect(list, &QListWidget::itemActivated, &dialog, &QDialog::accept);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(list);
+    layout->addWidget(buttons);
+    dialog.resize(260, 300);
+    std::vector<int> chosen;
+    if (dialog.exec() != QDialog::Accepted) return chosen;
+    for (int i = 0; i < list->count(); ++i)
+        if (list->item(i)->isSelected()) chosen.push_back(i);
+    return chosen;
+}
+
+void TMainForm::ViewUnits() {
+    Guarded(nullptr, [&] {
+        TProjectModule* project = ActiveProject(model_.get());
+        if (!project) return;
+        std::vector<_di_IOTAModuleInfo> infos;
+        QStringList names;
+        for (int i = 0; i < project->GetModuleCount(); ++i) {
+            infos.push_back(project->GetModule(i));
+            names << FromBytes(infos.back()->GetName());
+        }
+        for (int i : ChooseModules(QStringLiteral("View Unit"), names))
+            if (_di_IOTAModule m = infos[static_cast<size_t>(i)]->OpenModule())
+                if (auto* mm = dynamic_cast<TModelModule*>(m.get()))
+                    if (TSourceEditor* s = mm->SourceEditor()) s->Show();
+    });
+}
+
+void TMainForm::ViewForms() {
+    Guarded(nullptr, [&] {
+        TProjectModule* project = ActiveProject(model_.get());
+        if (!project) return;
+        std::vector<_di_IOTAModuleInfo> infos;
+        QStringList names;
+        for (int i = 0; i < project->GetModuleCount(); ++i) {
+            _di_IOTAModuleInfo info = project->GetModule(i);
+            if (info->GetFormName().empty()) continue;
+            infos.push_back(info);
+            names << FromBytes(info->GetFormName());
+        }
+        for (int i : ChooseModules(QStringLiteral("View Form"), names))
+            if (_di_IOTAModule m = infos[static_cast<size_t>(i)]->OpenModule())
+                if (auto* mm = dynamic_cast<TModelModule*>(m.get()))
+                    if (TFormEditor* f = mm->FormEditor()) f->Show();
+    });
+}
+
+void TMainForm::FindText(bool again) {
+    TEditView* v = TopView();
+    if (!v) return;
+    if (!again || lastSearch_.empty()) {
+        bool ok = false;
+        QString text = QInputDialog::getText(this, QStringLiteral("Find Text"),
+                                             QStringLiteral("Text to find:"), QLineEdit::Normal,
+                                             FromBytes(lastSearch_), &ok);
+        if (!ok || text.isEmpty()) return;
+        lastSearch_ = ToBytes(text);
+    }
+    // Forward from the cursor, without regard to case, as the IDE's default search.
+    const TTextBuffer& text = v->Buffer().Buffer();
+    std::string needle = rtl::LowerCase(lastSearch_);
+    TTextPos from = text.Clamp(v->Cursor());
+    for (int row = from.Row; row <= text.LineCount(); ++row) {
+        std::string line = rtl::LowerCase(text.Line(row));
+        size_t start = row == from.Row ? static_cast<size_t>(from.Col - 1) : 0;
+        size_t at = start <= line.size() ? line.find(needle, start) : std::string::npos;
+        if (at == std::string::npos) continue;
+        int col = static_cast<int>(at) + 1;
+        v->Buffer().Block().Visible = false;
+        v->Buffer().Block().Style = btNonInclusive;
+        v->SetCursor({row, col});
+        v->GetBlock()->Extend(row, col + static_cast<int>(needle.size()));
+        v->MoveViewToCursor();
+        editWindow_->Editor()->Refresh();
+        return;
+    }
+    QMessageBox::information(
+        this, QStringLiteral("Information"),
+        QStringLiteral("Search string '%1' not found").arg(FromBytes(lastSearch_)));
+}
+
+void TMainForm::GoToLine() {
+    TEditView* v = TopView();
+    if (!v) return;
+    bool ok = false;
+    int line = QInputDialog::getInt(this, QStringLiteral("Go to Line Number"),
+                                    QStringLiteral("Enter new line number:"), v->Cursor().Row, 1,
+                                    v->Buffer().GetLinesInBuffer(), 1, &ok);
+    if (!ok) return;
+    v->Buffer().Block().Visible = false;
+    v->SetCursor({line, 1});
+    v->MoveViewToCursor();
+    editWindow_->Editor()->Refresh();
+}
+
+void TMainForm::SetPackageInfo(QStringList loaded, QStringList reports) {
+    loadedPackages_ = std::move(loaded);
+    packageReports_ = std::move(reports);
+}
+
+void TMainForm::ShowPackages() {
+    QDialog dialog(this);
+    dialog.setWindowTitle(QStringLiteral("Packages"));
+    auto* list = new QListWidget(&dialog);
+    if (loadedPackages_.isEmpty())
+        list->addItem(QStringLiteral("(no design-time packages are loaded)"));
+    list->addItems(loadedPackages_);
+    for (const QString& r : packageReports_)
+        list->addItem(QStringLiteral("Not installed: ") + r);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, &dialog);
+    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(new QLabel(QStringLiteral("Design packages:"), &dialog));
+    layout->addWidget(list);
+    layout->addWidget(buttons);
+    dialog.resize(420, 240);
+    dialog.exec();
+}
+
+void TMainForm::EditorOptions() {
+    TSourceEditor* b = TopBuffer();
+    if (!b) return;
+    QDialog dialog(this);
+    dialog.setWindowTitle(QStringLiteral("Editor Options"));
+    auto* autoIndent = new QCheckBox(QStringLiteral("&Auto indent mode"), &dialog);
+    auto* insert = new QCheckBox(QStringLiteral("&Insert mode"), &dialog);
+    autoIndent->setChecked(b->GetBufferOptions()->GetAutoIndent());
+    insert->setChecked(b->GetBufferOptions()->GetInsertMode());
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(autoIndent);
+    layout->addWidget(insert);
+    layout->addWidget(buttons);
+    if (dialog.exec() != QDialog::Accepted) return;
+    b->GetBufferOptions()->SetAutoIndent(autoIndent->isChecked());
+    b->GetBufferOptions()->SetInsertMode(insert->isChecked());
+    editWindow_->Editor()->Refresh();
+}
+
+// ---------------------------------------------------------------------------------------------
+// Windows
+
+void TMainForm::OpenProject(const std::string& path) {
+    model_->OpenProjectFile(path);
+    // The IDE opens the units the project names on its first line of forms: here the first
+    // unit with a form, or else the first unit.
+    if (TProjectModule* project = ActiveProject(model_.get())) {
+        _di_IOTAModuleInfo first;
+        for (int i = 0; i < project->GetModuleCount() && !first; ++i)
+            if (!project->GetModule(i)->GetFormName().empty()) first = project->GetModule(i);
+        if (!first && project->GetModuleCount() > 0) first = project->GetModule(0);
+        if (first) model_->OpenModuleFile(first->GetFileName(), TOpenMode::Show);
+    }
+    RefreshProjectTree();
+}
+
+void TMainForm::ArrangeWindows() {
+    QRect screen(0, 0, 1280, 800);
+    if (QScreen* s = QGuiApplication::primaryScreen()) screen = s->availableGeometry();
+    int top = screen.top();
+    move(screen.left(), top);
+    resize(screen.width(), sizeHint().height());
+    int below = top + std::max(sizeHint().height(), 60) + 4;
+    int left = screen.width() / 5;
+    projectManager_->setGeometry(screen.left() + 2, below, left - 6, screen.bottom() - below - 2);
+    editWindow_->setGeometry(screen.left() + left, below, screen.width() - left - 2,
+                             screen.bottom() - below - 2);
+    // The form floats over the right part of the editor, where source lines are short.
+    formViewer_->move(
+        std::max(screen.left() + left + 40, screen.right() - formViewer_->width() - 40),
+        below + 150);
+}
+
+void TMainForm::ShowAll() {
+    show();
+    projectManager_->show();
+    editWindow_->show();
+    editWindow_->activateWindow();
+    editWindow_->raise();
+    editWindow_->Editor()->setFocus();
+    // A form shown at start floats above the editor, as the designer does.
+    if (formViewer_->FormEditor()) {
+        formViewer_->show();
+        formViewer_->raise();
+    }
+}
+
+void TMainForm::closeEvent(QCloseEvent* event) {
+    if (closing_) {
+        event->accept();
+        return;
+    }
+    bool closed = true;
+    Guarded(nullptr, [&] { closed = model_->CloseAll(); });
+    if (!closed) {
+        event->ignore();
+        return;
+    }
+    closing_ = true;
+    editWindow_->close();
+    projectManager_->close();
+    formViewer_->close();
+    event->accept();
+}
+
+} // namespace workbench

@@ -1,0 +1,97 @@
+// The IDE's main form ("AppBuilder"): the main menu, the action list, the tool bars (among them
+// "ViewToolBar" with "View Unit" and "View Form"), and the IDE's other windows: the edit window,
+// the project manager and the form viewer. It connects the project model to them: the model's
+// events repaint and re-sync the windows, and the model's questions are asked in message boxes.
+//
+// The action list is this form: its actions() are the IDE's actions, each with an object name
+// ("FileCloseAllCommand", ...). An action added to it gets an application-wide shortcut.
+//
+// The tool bar buttons "View Unit" and "View Form" run the slots ViewUnits and ViewForms; whoever
+// takes the buttons over puts them back by connecting the action's triggered() to those slots.
+#pragma once
+
+#include "workbench/model/Model.h"
+
+#include <QMainWindow>
+#include <QStringList>
+
+#include <map>
+#include <string>
+
+class QAction;
+class QMenu;
+class QToolBar;
+class QTreeWidget;
+class QTreeWidgetItem;
+class QListWidget;
+class QLabel;
+
+namespace workbench {
+
+class TEditWindowForm;
+class TFormViewer;
+
+class TMainForm : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit TMainForm(TIDEModel* model);
+    ~TMainForm() override;
+
+    TIDEModel* Model() const { return model_.get(); }
+    TEditWindowForm* EditWindow() const { return editWindow_; }
+    QTreeWidget* ProjectTree() const { return projectTree_; }
+    QWidget* ProjectManager() const { return projectManager_; }
+    TFormViewer* FormViewer() const { return formViewer_; }
+
+    // An action of the IDE by its name, or nullptr.
+    QAction* Action(const std::string& name) const;
+    QMenu* TopMenu(const std::string& caption) const;
+
+    // Places the main form across the top of the screen and the other windows below it.
+    void ArrangeWindows();
+    void ShowAll();
+    // Opens a project, a group or a directory, and shows the first unit's page.
+    void OpenProject(const std::string& path);
+    // The packages the IDE loaded and what went wrong with others, for Component|Install
+    // Packages.
+    void SetPackageInfo(QStringList loaded, QStringList reports);
+
+public slots:
+    // The IDE's own lists of units and forms: a modal list; OK opens the chosen modules.
+    void ViewUnits();
+    void ViewForms();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    QAction* AddAction(QMenu* menu, const char* name, const QString& text, const QString& keys,
+                       std::function<void()> run, std::function<bool()> enabled = nullptr);
+    void CreateMenus();
+    void CreateToolBars();
+    void HookModel();
+    void RefreshProjectTree();
+    void ProjectItemActivated(QTreeWidgetItem* item);
+    TEditView* TopView() const;
+    TSourceEditor* TopBuffer() const;
+    void FindText(bool again);
+    void GoToLine();
+    void ShowPackages();
+    void EditorOptions();
+    // The modal list of the IDE: the names given, the chosen indexes back (none on Cancel).
+    std::vector<int> ChooseModules(const QString& title, const QStringList& names);
+
+    DelphiInterface<TIDEModel> model_;
+    TEditWindowForm* editWindow_ = nullptr;
+    QWidget* projectManager_ = nullptr;
+    QTreeWidget* projectTree_ = nullptr;
+    TFormViewer* formViewer_ = nullptr;
+    std::map<std::string, QAction*> actions_;
+    std::string lastSearch_;
+    QStringList loadedPackages_;
+    QStringList packageReports_;
+    bool closing_ = false;
+};
+
+} // namespace workbench

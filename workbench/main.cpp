@@ -1,0 +1,126 @@
+// The workbench: the IDE host. Opens a project (or a directory of units), loads the design-time
+// packages, and runs the IDE's windows until the main form closes.
+//
+//   workbench [options] [project]
+//     --package FILE        load this package too (repeatable)
+//     --no-default-package  don't load libzelvane.so from the program's directory
+//     --settings FILE       the settings file with the [Packages] list
+//     --open FILE           open this unit after the project (repeatable; the last is on top)
+//     --form FILE           show the form of this unit in the form viewer
+//     --screenshot FILE     take a picture of the screen once the windows are up, then quit
+#include "rtl/SysUtils.h"
+#include "workbench/Application.h"
+#include "workbench/EditWindow.h"
+#include "workbench/MainWindow.h"
+#include "workbench/Packages.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QPixmap>
+#include <QScreen>
+#include <QTimer>
+
+#include <iostream>
+
+using namespace workbench;
+
+int main(int argc, char** argv) {
+    TWorkbenchApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("workbench"));
+    app.SetTitle("Zelvane Workbench");
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("The Zelvane workbench IDE"));
+    parser.addHelpOption();
+    QCommandLineOption packageOpt(QStringLiteral("package"), QStringLiteral("Load a package."),
+                                  QStringLiteral("file"));
+    QCommandLineOption noDefaultOpt(QStringLiteral("no-default-package"),
+                                    QStringLiteral("Don't load the add-in beside the program."));
+    QCommandLineOption settingsOpt(QStringLiteral("settings"),
+                                   QStringLiteral("The settings file with the package list."),
+                                   QStringLiteral("file"));
+    QCommandLineOption openOpt(QStringLiteral("open"), QStringLiteral("Open a unit."),
+                               QStringLiteral("file"));
+    QCommandLineOption formOpt(QStringLiteral("form"), QStringLiteral("Show a unit's form."),
+                               QStringLiteral("file"));
+    QCommandLineOption shotOpt(QStringLiteral("screenshot"),
+                               QStringLiteral("Save a picture of the screen and quit."),
+                               QStringLiteral("file"));
+    parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, shotOpt});
+    parser.addPositionalArgument(QStringLiteral("project"),
+                                 QStringLiteral("A project, project group or directory."));
+    parser.process(app);
+
+    auto model = TIDEModel::Create();
+    ToolsAPI::BorlandIDEServices = ToolsAPI::_di_IBorlandIDEServices(model.get());
+
+    int result = 0;
+    {
+        TMainForm mainForm(model.get());
+        QString projectDir;
+        if (!parser.positionalArguments().isEmpty()) {
+            QString project = parser.positionalArguments().first();
+            QFileInfo info(project);
+            projectDir = info.isDir() ? info.absoluteFilePath() : info.absolutePath();
+            Guarded(nullptr, [&] { mainForm.OpenProject(project.toStdString()); });
+        }
+        auto resolve = [&](const QString& f) {
+            QFileInfo info(f);
+            if (info.isRelative() && !projectDir.isEmpty())
+                return QDir(projectDir).filePath(f).toStdString();
+            return info.absoluteFilePath().toStdString();
+        };
+        for (const QString& f : parser.values(openOpt))
+            Guarded(nullptr, [&] { model->OpenModuleFile(resolve(f), TOpenMode::Show); });
+        if (parser.isSet(formOpt))
+            Guarded(nullptr, [&] {
+                if (auto m = model->OpenModuleFile(resolve(parser.value(formOpt)),
+                                                   TOpenMode::Background))
+                    if (TFormEditor* f = m->FormEditor()) f->Show();
+            });
+        mainForm.ArrangeWindows();
+        mainForm.ShowAll();
+
+        // The packages come once the IDE is up, as design-time packages load into a running IDE.
+        TPackageListOptions options;
+        for (const QString& p : parser.values(packageOpt))
+            options.Packages.push_back(p.toStdString());
+        options.NoDefault = parser.isSet(noDefaultOpt);
+        options.SettingsFile = parser.value(settingsOpt).toStdString();
+        TPackageLoader loader;
+        loader.LoadAll(PackageList(options, QCoreApplication::applicationDirPath().toStdString()));
+        QStringList loaded, reports;
+        for (const auto& p : loader.Packages())
+            loaded << QString::fromStdString(p.FileName);
+        for (const auto& r : loader.Reports())
+            reports << QString::fromStdString(r);
+        mainForm.SetPackageInfo(loaded, reports);
+
+        if (parser.isSet(shotOpt)) {
+            QString file = parser.value(shotOpt);
+            QTimer::singleShot(1500, &app, [&] {
+                if (QScreen* screen = QGuiApplication::primaryScreen()) {
+                    QPixmap shot = screen->grabWindow(0);
+                    if (shot.save(file))
+                        std::cout << "workbench: screenshot saved to " << file.toStdString()
+                                  << '\n';
+                    else
+                        std::cerr << "workbench: could not save the screenshot to "
+                                  << file.toStdString() << '\n';
+                }
+                // Leave without questions: the picture was all that was asked.
+                model->CloseAll();
+                mainForm.close();
+            });
+            model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
+        }
+        result = app.exec();
+        // The packages go while the IDE's windows still stand: their wizards take their menu
+        // items and hooks away.
+        loader.UnloadAll();
+    }
+    model->CloseAll();
+    ToolsAPI::BorlandIDEServices = nullptr;
+    return result;
+}
