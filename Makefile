@@ -32,7 +32,8 @@ test: deps $(TEST_DIR)/build.ninja
 build: deps $(REL_DIR)/build.ninja
 	@cmake --build $(REL_DIR) -j $(JOBS)
 
-run: build
+run: deps $(REL_DIR)/build.ninja
+	@cmake --build $(REL_DIR) -j $(JOBS) --target workbench
 	@bash scripts/run.sh $(REL_DIR)
 
 bench: build
