@@ -8,6 +8,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QMenuBar>
@@ -377,6 +378,58 @@ TEST_F(WorkbenchTest, AReadOnlyBufferRefusesTypingAndSaysSo) {
     EXPECT_TRUE(errors.empty()) << "a refused key is a beep, not an error";
 }
 
+TEST_F(WorkbenchTest, InOverwriteModeTypingReplacesTheCharacterUnderTheCursor) {
+    Open("Utils.pas");
+    std::string l1 = Line(1);
+    QTest::keyClick(Editor(), Qt::Key_Insert);
+    EXPECT_FALSE(View()->Buffer().GetBufferOptions()->GetInsertMode());
+    QTest::keyClicks(Editor(), "U");
+    EXPECT_EQ(Line(1), "U" + l1.substr(1));
+    QTest::keyClick(Editor(), Qt::Key_Insert);
+    QTest::keyClicks(Editor(), "x");
+    EXPECT_EQ(Line(1), "Ux" + l1.substr(1));
+}
+
+TEST_F(WorkbenchTest, DoubleClickMarksTheWordUnderThePointer) {
+    TEditView* v = Open("Utils.pas"); // "unit Utils;"
+    QPoint at = Editor()->PointOf({1, 7}) + QPoint(2, 2);
+    QTest::mouseDClick(Editor()->viewport(), Qt::LeftButton, {}, at);
+    ASSERT_TRUE(v->Buffer().BlockValid());
+    EXPECT_EQ(v->Buffer().BlockText(), "Utils");
+}
+
+TEST_F(WorkbenchTest, FindMarksTheNextMatchIgnoringCaseAndSearchAgainGoesOn) {
+    TEditView* v = Open("Main.pas");
+    WhenModal([](QWidget* dialog) {
+        auto* input = qobject_cast<QInputDialog*>(dialog);
+        ASSERT_NE(input, nullptr);
+        input->setTextValue(QStringLiteral("tmainform"));
+        input->accept();
+    });
+    Command("SearchFindCommand");
+    ASSERT_TRUE(v->Buffer().BlockValid());
+    EXPECT_EQ(v->Buffer().BlockText(), "TMainForm");
+    int first = v->Cursor().Row;
+    Command("SearchAgainCommand");
+    EXPECT_GT(v->Cursor().Row, first);
+    EXPECT_EQ(v->Buffer().BlockText(), "TMainForm");
+}
+
+TEST_F(WorkbenchTest, GoToLineMovesTheCursorAndScrollsItIntoView) {
+    TEditView* v = Open("Main.pas");
+    int last = v->Buffer().GetLinesInBuffer();
+    WhenModal([last](QWidget* dialog) {
+        auto* input = qobject_cast<QInputDialog*>(dialog);
+        ASSERT_NE(input, nullptr);
+        input->setIntValue(last);
+        input->accept();
+    });
+    Command("SearchGoToCommand");
+    EXPECT_EQ(v->Cursor(), (TTextPos{last, 1}));
+    EXPECT_LE(v->GetTopRow(), last);
+    EXPECT_GE(v->GetBottomRow(), last);
+}
+
 // ---------------------------------------------------------------------------------------------
 // Closing through "Confirm"
 
@@ -429,6 +482,18 @@ TEST_F(WorkbenchTest, AnUnmodifiedUnitClosesWithoutAQuestion) {
     delete watch;
     EXPECT_FALSE(asked);
     EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main"}));
+}
+
+TEST_F(WorkbenchTest, ExitAsksForModifiedUnitsAndCancelKeepsTheIDEOpen) {
+    Open("Utils.pas");
+    QTest::keyClicks(Editor(), "dirty");
+    WhenModal([](QWidget* box) {
+        qobject_cast<QMessageBox*>(box)->button(QMessageBox::Cancel)->click();
+    });
+    Command("FileExitCommand");
+    EXPECT_TRUE(main->isVisible());
+    EXPECT_TRUE(EditWindow()->isVisible());
+    EXPECT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
 }
 
 } // namespace
