@@ -3,6 +3,7 @@
 #include "foundation/Dialogs.h"
 #include "foundation/ResStrings.h"
 #include "persistence/Storage.h"
+#include "persistence/StreamObjects.h"
 #include "rtl/FileStreams.h"
 #include "rtl/Graphics.h"
 #include "rtl/ObjectText.h"
@@ -624,28 +625,9 @@ void SkipObjectDescription(const std::string& fileName) {
 
 namespace {
 
-TPersistent* RequirePersistent(TObject* obj, size_t index) {
-    if (!obj) CreateException<EDataHandlingError>("Object %d of the array is nil.", {index});
-    auto* persistent = dynamic_cast<TPersistent*>(obj);
-    if (!persistent)
-        CreateException<EDataHandlingError>(
-            "Object %d of the array (%s) isn't persistent and can't be stored.",
-            {index, obj->ClassName()});
-    return persistent;
-}
-
-// The component that stands for an object in a component stream: the object itself, or the
-// wrapper around it.
-TComponent* StreamRoot(TObject* obj, size_t index, TWrapper& wrapper) {
-    TPersistent* persistent = RequirePersistent(obj, index);
-    if (auto* component = dynamic_cast<TComponent*>(persistent)) return component;
-    wrapper.I = persistent;
-    return &wrapper;
-}
-
-bool IsComponent(TObject* obj) {
-    return dynamic_cast<TComponent*>(obj) != nullptr;
-}
+constexpr auto RequirePersistent = &stream_objects::RequirePersistent<EDataHandlingError>;
+constexpr auto StreamRoot = &stream_objects::StreamRoot<EDataHandlingError>;
+using stream_objects::IsComponent;
 
 } // namespace
 
@@ -866,27 +848,11 @@ void LoadObjects(TObjectArray objects, const std::string& fileName) {
 
 void SafeLoadObjects(TObjectArray objects, TStream* stream, TObjectStorageFormat format,
                      bool resFormat) {
-    std::vector<std::pair<TComponent*, TComponent*>> removed;
-    for (TObject* obj : objects) {
-        auto* component = dynamic_cast<TComponent*>(obj);
-        if (!component || !component->Owner()) continue;
-        removed.emplace_back(component, component->Owner());
-        component->Owner()->RemoveComponent(component);
-    }
-    auto restore = [&] {
-        for (auto& [component, owner] : removed)
-            owner->InsertComponent(component);
-    };
-    try {
-        if (format == osfBin)
-            LoadObjectBinary(objects, stream, resFormat);
-        else
-            LoadObjectText(objects, stream);
-    } catch (...) {
-        restore();
-        throw;
-    }
-    restore();
+    stream_objects::TOwnerRemoval removal(objects);
+    if (format == osfBin)
+        LoadObjectBinary(objects, stream, resFormat);
+    else
+        LoadObjectText(objects, stream);
 }
 
 void SafeLoadObjects(TObjectArray objects, const std::string& fileName, TObjectStorageFormat format,

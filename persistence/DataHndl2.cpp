@@ -1,5 +1,7 @@
 #include "persistence/DataHndl2.h"
 
+#include "persistence/StreamObjects.h"
+
 #include "rtl/FileStreams.h"
 #include "rtl/ObjectText.h"
 #include "rtl/SafeFile.h"
@@ -30,48 +32,10 @@ template <class F> void WithFile(const std::string& fileName, F&& f) {
     f(&file);
 }
 
-TPersistent* RequirePersistent(TObject* obj, size_t index) {
-    if (!obj) CreateException<EObjectStorageError>("Object %d of the array is nil.", {index});
-    auto* persistent = dynamic_cast<TPersistent*>(obj);
-    if (!persistent)
-        CreateException<EObjectStorageError>(
-            "Object %d of the array (%s) isn't persistent and can't be stored.",
-            {index, obj->ClassName()});
-    return persistent;
-}
-
-// The component that stands for an object in a component stream: itself, or the wrapper.
-TComponent* StreamRoot(TObject* obj, size_t index, TWrapper& wrapper) {
-    TPersistent* persistent = RequirePersistent(obj, index);
-    if (auto* component = dynamic_cast<TComponent*>(persistent)) return component;
-    wrapper.I = persistent;
-    return &wrapper;
-}
-
-bool IsComponent(TObject* obj) {
-    return dynamic_cast<TComponent*>(obj) != nullptr;
-}
-
-// Takes the components out of their owners, and puts them back when destroyed.
-class TOwnerRemoval {
-public:
-    template <class Range> explicit TOwnerRemoval(const Range& components) {
-        for (TComponent* component : components) {
-            if (!component || !component->Owner()) continue;
-            removed_.emplace_back(component, component->Owner());
-            component->Owner()->RemoveComponent(component);
-        }
-    }
-    ~TOwnerRemoval() {
-        for (auto& [component, owner] : removed_)
-            owner->InsertComponent(component);
-    }
-    TOwnerRemoval(const TOwnerRemoval&) = delete;
-    TOwnerRemoval& operator=(const TOwnerRemoval&) = delete;
-
-private:
-    std::vector<std::pair<TComponent*, TComponent*>> removed_;
-};
+constexpr auto RequirePersistent = &stream_objects::RequirePersistent<EObjectStorageError>;
+constexpr auto StreamRoot = &stream_objects::StreamRoot<EObjectStorageError>;
+using stream_objects::IsComponent;
+using stream_objects::TOwnerRemoval;
 
 } // namespace
 

@@ -1,0 +1,60 @@
+// Helpers shared by the units that put arrays of objects into component streams (DataHndl,
+// DataHndl2). Internal to the persistence layer.
+#pragma once
+
+#include "foundation/AppUtils.h"
+#include "persistence/DataHndl.h"
+#include "rtl/Classes.h"
+
+#include <utility>
+#include <vector>
+
+namespace zelvane::stream_objects {
+
+// The entry of an object array as a persistent object; a nil or non-persistent entry raises E.
+template <class E> rtl::TPersistent* RequirePersistent(rtl::TObject* obj, size_t index) {
+    if (!obj) CreateException<E>("Object %d of the array is nil.", {index});
+    auto* persistent = dynamic_cast<rtl::TPersistent*>(obj);
+    if (!persistent)
+        CreateException<E>("Object %d of the array (%s) isn't persistent and can't be stored.",
+                           {index, obj->ClassName()});
+    return persistent;
+}
+
+// The component that stands for an object in a component stream: the object itself, or the
+// wrapper around it.
+template <class E>
+rtl::TComponent* StreamRoot(rtl::TObject* obj, size_t index, TWrapper& wrapper) {
+    rtl::TPersistent* persistent = RequirePersistent<E>(obj, index);
+    if (auto* component = dynamic_cast<rtl::TComponent*>(persistent)) return component;
+    wrapper.I = persistent;
+    return &wrapper;
+}
+
+inline bool IsComponent(rtl::TObject* obj) {
+    return dynamic_cast<rtl::TComponent*>(obj) != nullptr;
+}
+
+// Takes the components of a range out of their owners, so that their names can't clash with
+// their siblings' while they are read, and puts them back, in order, when destroyed.
+class TOwnerRemoval {
+public:
+    template <class Range> explicit TOwnerRemoval(const Range& objects) {
+        for (auto* obj : objects) {
+            auto* component = dynamic_cast<rtl::TComponent*>(obj);
+            if (!component || !component->Owner()) continue;
+            removed_.emplace_back(component, component->Owner());
+            component->Owner()->RemoveComponent(component);
+        }
+    }
+    ~TOwnerRemoval() {
+        for (auto& [component, owner] : removed_) owner->InsertComponent(component);
+    }
+    TOwnerRemoval(const TOwnerRemoval&) = delete;
+    TOwnerRemoval& operator=(const TOwnerRemoval&) = delete;
+
+private:
+    std::vector<std::pair<rtl::TComponent*, rtl::TComponent*>> removed_;
+};
+
+} // namespace zelvane::stream_objects
