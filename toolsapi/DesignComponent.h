@@ -49,6 +49,9 @@ public:
     std::string Name;
     bool Inherited = false; // "inherited" in a form file: the component comes from an ancestor form
     bool Inline = false;    // "inline": a frame placed on a form
+    // "[n]" in a form file: where an inherited form places the component among its parent's
+    // children, given when that is not the place the ancestor gave it; -1 for none.
+    int ChildPos = -1;
     std::vector<TDesignProperty> Properties;
 
     // The window that shows the component, where a host with a designer window shows it;

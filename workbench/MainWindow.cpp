@@ -5,7 +5,8 @@
 #include "toolsapi/Forms.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
-#include "workbench/FormViewer.h"
+#include "workbench/cpu/CPUView.h"
+#include "workbench/designer/FormDesigners.h"
 
 #include <QAction>
 #include <QActionEvent>
@@ -13,6 +14,8 @@
 #include <QCloseEvent>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
+#include <QFileInfo>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QInputDialog>
@@ -78,7 +81,12 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
         Guarded(nullptr, [&] { ProjectItemActivated(item); });
     });
 
-    formViewer_ = new TFormViewer(this);
+    // The inspector and the designer windows are windows of their own. The inspector belongs
+    // to the main form; the designer windows belong to their modules and go when they close.
+    inspector_ = new designer::TObjectInspector(nullptr);
+    inspector_->setParent(this, Qt::Window);
+    designers_ = new designer::TFormDesigners(model, this);
+    designers_->SetInspector(inspector_);
 
     CreateMenus();
     CreateToolBars();
@@ -107,6 +115,11 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
 
 TMainForm::~TMainForm() {
     model_->Events = {};
+    // The designer windows, the inspector and the CPU window hold notifiers on the model's
+    // editors; they go while the model stands.
+    delete cpuWindow_.data();
+    delete designers_;
+    delete inspector_;
     model_->SetQuestion(nullptr);
     model_->SetMainMenu(nullptr);
     model_->SetActionList(nullptr);
@@ -289,6 +302,13 @@ void TMainForm::CreateMenus() {
                   projectManager_->raise();
               });
     view->addSeparator();
+    AddAction(view, "ViewObjInspCommand", QStringLiteral("&Object Inspector"),
+              QStringLiteral("F11"), [this] { ShowInspector(); });
+    QMenu* debugWindows = view->addMenu(QStringLiteral("&Debug Windows"));
+    debugWindows->setObjectName(QStringLiteral("ViewDebugMenu"));
+    AddAction(debugWindows, "ViewCPUCommand", QStringLiteral("&CPU"), QStringLiteral("Ctrl+Alt+C"),
+              [this] { ShowCPUWindow(); });
+    view->addSeparator();
     AddAction(
         view, "ViewUnitsCommand", QStringLiteral("U&nits..."), QStringLiteral("Ctrl+F12"),
         [this] { ViewUnits(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
@@ -298,17 +318,10 @@ void TMainForm::CreateMenus() {
     AddAction(
         view, "ViewSwapSourceFormCommand", QStringLiteral("Toggle Form/&Unit"),
         QStringLiteral("F12"),
+        [this] { ToggleFormUnit(); },
         [this] {
-            if (formViewer_->isVisible() && formViewer_->isActiveWindow()) {
-                editWindow_->activateWindow();
-                editWindow_->raise();
-            } else if (TSourceEditor* b = TopBuffer()) {
-                if (b->Module())
-                    if (TFormEditor* f = b->Module()->FormEditor()) f->Show();
-            }
-        },
-        [this] {
-            return TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor();
+            return ActiveDesigner() ||
+                   (TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor());
         });
 
     QMenu* project = bar->addMenu(QStringLiteral("&Project"));
@@ -418,10 +431,8 @@ void TMainForm::HookModel() {
     ev.ModulesChanged = [this] {
         editWindow_->SyncPages();
         RefreshProjectTree();
-        if (formViewer_->FormEditor() && !formViewer_->FormEditor()->Module()) {
-            formViewer_->SetFormEditor(nullptr);
-            formViewer_->hide();
-        }
+        // Each open form has its designer window; a closed module's window has closed itself.
+        designers_->Sync();
     };
     ev.BufferChanged = [this](TSourceEditor* buffer) {
         if (TEditView* v = editWindow_->Editor()->View())
@@ -430,10 +441,15 @@ void TMainForm::HookModel() {
     ev.EditorShown = [this](IOTAEditor* editor) {
         editWindow_->SyncPages();
         if (auto* form = dynamic_cast<TFormEditor*>(editor)) {
-            formViewer_->SetFormEditor(form);
+            designer::TDesignerWindow* window = designers_->Open(form);
+            if (!window) return;
+            inspector_->SetFormEditor(form);
             if (isVisible()) {
-                formViewer_->show();
-                formViewer_->raise();
+                window->show();
+                window->raise();
+                window->activateWindow();
+            } else {
+                pendingForm_ = window;
             }
         } else if (editWindow_->isVisible()) {
             editWindow_->raise();
@@ -648,7 +664,15 @@ void TMainForm::OpenProject(const std::string& path) {
         for (int i = 0; i < project->GetModuleCount() && !first; ++i)
             if (!project->GetModule(i)->GetFormName().empty()) first = project->GetModule(i);
         if (!first && project->GetModuleCount() > 0) first = project->GetModule(0);
-        if (first) model_->OpenModuleFile(first->GetFileName(), TOpenMode::Show);
+        if (first) {
+            DelphiInterface<TModelModule> module =
+                model_->OpenModuleFile(first->GetFileName(), TOpenMode::Show);
+            // The form comes up in its designer beside the unit, with the unit in front.
+            if (TFormEditor* form = module ? module->FormEditor() : nullptr) {
+                form->Show();
+                if (TSourceEditor* source = module->SourceEditor()) source->Show();
+            }
+        }
     }
     RefreshProjectTree();
 }
@@ -661,27 +685,93 @@ void TMainForm::ArrangeWindows() {
     resize(screen.width(), sizeHint().height());
     int below = top + std::max(sizeHint().height(), 60) + 4;
     int left = screen.width() / 5;
-    projectManager_->setGeometry(screen.left() + 2, below, left - 6, screen.bottom() - below - 2);
-    editWindow_->setGeometry(screen.left() + left, below, screen.width() - left - 2,
-                             screen.bottom() - below - 2);
-    // The form floats over the right part of the editor, where source lines are short.
-    formViewer_->move(
-        std::max(screen.left() + left + 40, screen.right() - formViewer_->width() - 40),
-        below + 150);
+    // The inspector stands at the left below the main form, the project manager under it.
+    int column = screen.bottom() - below - 2;
+    int inspectorHeight = column * 3 / 5;
+    inspector_->setGeometry(screen.left() + 2, below, left - 6, inspectorHeight - 4);
+    projectManager_->setGeometry(screen.left() + 2, below + inspectorHeight, left - 6,
+                                 column - inspectorHeight);
+    editWindow_->setGeometry(screen.left() + left, below, screen.width() - left - 2, column);
+    // Forms float over the right part of the editor, where source lines are short.
+    for (designer::TDesignerWindow* w : designers_->Windows())
+        w->move(std::max(screen.left() + left + 40, screen.right() - w->width() - 40),
+                below + 150);
 }
 
 void TMainForm::ShowAll() {
     show();
+    inspector_->show();
     projectManager_->show();
+    // A form shown at start floats above the editor, as the designer does, while the editor
+    // keeps the focus.
+    if (pendingForm_) pendingForm_->show();
     editWindow_->show();
     editWindow_->activateWindow();
     editWindow_->raise();
     editWindow_->Editor()->setFocus();
-    // A form shown at start floats above the editor, as the designer does.
-    if (formViewer_->FormEditor()) {
-        formViewer_->show();
-        formViewer_->raise();
+    if (pendingForm_) {
+        pendingForm_->raise();
+        pendingForm_ = nullptr;
     }
+}
+
+void TMainForm::ShowInspector() {
+    inspector_->show();
+    inspector_->raise();
+    inspector_->activateWindow();
+}
+
+designer::TDesignerWindow* TMainForm::ActiveDesigner() const {
+    for (designer::TDesignerWindow* w : designers_->Windows())
+        if (w->isVisible() && w->isActiveWindow()) return w;
+    return nullptr;
+}
+
+// F12: from a form's designer window to its unit, and from a unit to its form.
+void TMainForm::ToggleFormUnit() {
+    if (designer::TDesignerWindow* w = ActiveDesigner()) {
+        TModelModule* module = w->Editor() ? w->Editor()->Module() : nullptr;
+        if (TSourceEditor* source = module ? module->SourceEditor() : nullptr) source->Show();
+        editWindow_->show();
+        editWindow_->activateWindow();
+        editWindow_->raise();
+        return;
+    }
+    if (TSourceEditor* b = TopBuffer())
+        if (b->Module())
+            if (TFormEditor* f = b->Module()->FormEditor()) f->Show();
+}
+
+// A snapshot beside the active project: the first *.snapshot file of its directory by name.
+std::string TMainForm::FindSnapshot() const {
+    TProjectModule* project = ActiveProject(model_.get());
+    if (!project) return {};
+    QDir dir(QFileInfo(FromBytes(project->GetFileName())).absolutePath());
+    QStringList found =
+        dir.entryList({QStringLiteral("*.snapshot")}, QDir::Files | QDir::Readable, QDir::Name);
+    return found.isEmpty() ? std::string() : ToBytes(dir.filePath(found.first()));
+}
+
+bool TMainForm::ShowCPUWindow() {
+    if (!cpuWindow_) {
+        std::string file = snapshotFile_.empty() ? FindSnapshot() : snapshotFile_;
+        if (file.empty()) {
+            QString chosen = QFileDialog::getOpenFileName(
+                this, QStringLiteral("Open Machine Snapshot"), QString(),
+                QStringLiteral("Machine snapshots (*.snapshot);;All files (*)"));
+            if (chosen.isEmpty()) return false;
+            file = ToBytes(chosen);
+        }
+        cpuWindow_ = cpu::TCPUWindow::Load(file, nullptr);
+        cpuWindow_->setParent(this, Qt::Window);
+        cpuWindow_->resize(720, 520);
+        QRect area = editWindow_->geometry();
+        cpuWindow_->move(area.left() + 20, area.top() + 20);
+    }
+    cpuWindow_->show();
+    cpuWindow_->raise();
+    cpuWindow_->activateWindow();
+    return true;
 }
 
 void TMainForm::closeEvent(QCloseEvent* event) {
@@ -698,7 +788,8 @@ void TMainForm::closeEvent(QCloseEvent* event) {
     closing_ = true;
     editWindow_->close();
     projectManager_->close();
-    formViewer_->close();
+    inspector_->close();
+    if (cpuWindow_) cpuWindow_->close();
     event->accept();
 }
 

@@ -1,7 +1,9 @@
 // The IDE's main form ("AppBuilder"): the main menu, the action list, the tool bars (among them
 // "ViewToolBar" with "View Unit" and "View Form"), and the IDE's other windows: the edit window,
-// the project manager and the form viewer. It connects the project model to them: the model's
-// events repaint and re-sync the windows, and the model's questions are asked in message boxes.
+// the project manager, a designer window for each open form, the object inspector
+// ("PropertyInspector") and, on demand, the CPU window ("DisassemblyView") over a machine-state
+// snapshot. It connects the project model to them: the model's events repaint and re-sync the
+// windows, and the model's questions are asked in message boxes.
 //
 // The action list is this form: its actions() are the IDE's actions, each with an object name
 // ("FileCloseAllCommand", ...). An action added to it gets an application-wide shortcut.
@@ -10,9 +12,12 @@
 // takes the buttons over puts them back by connecting the action's triggered() to those slots.
 #pragma once
 
+#include "workbench/cpu/CPUView.h"
+#include "workbench/designer/DesignerWindow.h"
 #include "workbench/model/Model.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QStringList>
 
 #include <map>
@@ -29,7 +34,11 @@ class QLabel;
 namespace workbench {
 
 class TEditWindowForm;
-class TFormViewer;
+
+namespace designer {
+class TFormDesigners;
+class TObjectInspector;
+} // namespace designer
 
 class TMainForm : public QMainWindow {
     Q_OBJECT
@@ -41,7 +50,10 @@ public:
     TEditWindowForm* EditWindow() const { return editWindow_; }
     QTreeWidget* ProjectTree() const { return projectTree_; }
     QWidget* ProjectManager() const { return projectManager_; }
-    TFormViewer* FormViewer() const { return formViewer_; }
+    designer::TFormDesigners* Designers() const { return designers_; }
+    designer::TObjectInspector* Inspector() const { return inspector_; }
+    // The CPU window, once it has been opened; nullptr before.
+    cpu::TCPUWindow* CPUWindow() const { return cpuWindow_.data(); }
 
     // An action of the IDE by its name, or nullptr.
     QAction* Action(const std::string& name) const;
@@ -55,6 +67,13 @@ public:
     // The packages the IDE loaded and what went wrong with others, for Component|Install
     // Packages.
     void SetPackageInfo(QStringList loaded, QStringList reports);
+    // The machine-state snapshot that the CPU window shows. Without one, the window looks for a
+    // snapshot beside the active project, and asks for a file when there is none.
+    void SetSnapshotFile(const std::string& fileName) { snapshotFile_ = fileName; }
+    // Opens the CPU window, or brings it to the front; raises rtl exceptions for a snapshot that
+    // cannot be read. False when no snapshot was chosen.
+    bool ShowCPUWindow();
+    void ShowInspector();
 
 public slots:
     // The IDE's own lists of units and forms: a modal list; OK opens the chosen modules.
@@ -79,6 +98,10 @@ private:
     void GoToLine();
     void ShowPackages();
     void EditorOptions();
+    // The designer window in front, when the active window is one.
+    designer::TDesignerWindow* ActiveDesigner() const;
+    void ToggleFormUnit();
+    std::string FindSnapshot() const;
     // The modal list of the IDE: the names given, the chosen indexes back (none on Cancel).
     std::vector<int> ChooseModules(const QString& title, const QStringList& names);
 
@@ -86,7 +109,12 @@ private:
     TEditWindowForm* editWindow_ = nullptr;
     QWidget* projectManager_ = nullptr;
     QTreeWidget* projectTree_ = nullptr;
-    TFormViewer* formViewer_ = nullptr;
+    designer::TFormDesigners* designers_ = nullptr;
+    designer::TObjectInspector* inspector_ = nullptr;
+    // The designer window the model showed before the main form was up; ShowAll brings it up.
+    QPointer<designer::TDesignerWindow> pendingForm_;
+    QPointer<cpu::TCPUWindow> cpuWindow_;
+    std::string snapshotFile_;
     std::map<std::string, QAction*> actions_;
     std::string lastSearch_;
     QStringList loadedPackages_;

@@ -6,7 +6,9 @@
 //     --no-default-package  don't load libzelvane.so from the program's directory
 //     --settings FILE       the settings file with the [Packages] list
 //     --open FILE           open this unit after the project (repeatable; the last is on top)
-//     --form FILE           show the form of this unit in the form viewer
+//     --form FILE           show the form of this unit in its designer window
+//     --snapshot FILE       the machine-state snapshot the CPU window shows
+//     --cpu                 open the CPU window once the windows are up
 //     --screenshot FILE     take a picture of the screen once the windows are up, then quit
 #include "rtl/SysUtils.h"
 #include "workbench/Application.h"
@@ -44,10 +46,15 @@ int main(int argc, char** argv) {
                                QStringLiteral("file"));
     QCommandLineOption formOpt(QStringLiteral("form"), QStringLiteral("Show a unit's form."),
                                QStringLiteral("file"));
+    QCommandLineOption snapshotOpt(QStringLiteral("snapshot"),
+                                   QStringLiteral("The machine-state snapshot of the CPU window."),
+                                   QStringLiteral("file"));
+    QCommandLineOption cpuOpt(QStringLiteral("cpu"), QStringLiteral("Open the CPU window."));
     QCommandLineOption shotOpt(QStringLiteral("screenshot"),
                                QStringLiteral("Save a picture of the screen and quit."),
                                QStringLiteral("file"));
-    parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, shotOpt});
+    parser.addOptions(
+        {packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt, shotOpt});
     parser.addPositionalArgument(QStringLiteral("project"),
                                  QStringLiteral("A project, project group or directory."));
     parser.process(app);
@@ -79,8 +86,11 @@ int main(int argc, char** argv) {
                                                    TOpenMode::Background))
                     if (TFormEditor* f = m->FormEditor()) f->Show();
             });
+        if (parser.isSet(snapshotOpt))
+            mainForm.SetSnapshotFile(QFileInfo(parser.value(snapshotOpt)).absoluteFilePath().toStdString());
         mainForm.ArrangeWindows();
         mainForm.ShowAll();
+        if (parser.isSet(cpuOpt)) Guarded(nullptr, [&] { mainForm.ShowCPUWindow(); });
 
         // The packages come once the IDE is up, as design-time packages load into a running IDE.
         TPackageListOptions options;

@@ -1,6 +1,7 @@
 // Designer windows over the example project: the controls built from each form, selection by
 // click through the seam, renames and activation through the form notifiers, borrowing a
 // window, and the close of a module.
+#include "tests/workbench/FormEventLog.h"
 #include "tests/workbench/TestFiles.h"
 #include "workbench/designer/Controls.h"
 #include "workbench/designer/FormDesigners.h"
@@ -36,23 +37,7 @@ QString U(const char* utf8) {
     return QString::fromUtf8(utf8);
 }
 
-// A notifier that writes down what a form editor tells it.
-struct TFormEvents : TNotifierObject, virtual IOTAFormNotifier {
-    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
-        return QueryInterfaces<IOTAFormNotifier>(this, iid, obj);
-    }
-    void FormActivated() override { events.push_back("activated"); }
-    void FormSaving() override { events.push_back("saving"); }
-    void ComponentRenamed(TOTAHandle handle, const std::string& oldName,
-                          const std::string& newName) override {
-        renamed = handle;
-        events.push_back("renamed " + oldName + " " + newName);
-    }
-    void Modified() override { events.push_back("modified"); }
-    void Destroyed() override { events.push_back("destroyed"); }
-    std::vector<std::string> events;
-    TOTAHandle renamed = nullptr;
-};
+using TFormEvents = testfiles::TFormEventLog;
 
 void Click(QWidget* w, QPoint pos = {2, 2}, Qt::KeyboardModifiers mods = Qt::NoModifier) {
     QPointF local(pos);

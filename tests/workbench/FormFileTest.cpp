@@ -69,6 +69,30 @@ TEST(FormFiles, InlineFramesAndInheritedChildrenAreMarked) {
     EXPECT_EQ(Utf8(frame->Child(0)->StrProp("Caption")), "Сведения о файле");
 }
 
+TEST(FormFiles, AChildPositionIsKeptThroughEitherForm) {
+    const std::string text = "inherited ChildForm: TChildForm\r\n"
+                             "  Caption = 'Child'\r\n"
+                             "  inherited OkButton: TButton[2]\r\n"
+                             "    Left = 8\r\n"
+                             "  end\r\n"
+                             "  inherited CancelButton: TButton\r\n"
+                             "  end\r\n"
+                             "end\r\n";
+    TFormFile f = ReadFormFile(text, "Child.dfm");
+    ASSERT_EQ(f.Root->ChildCount(), 2);
+    EXPECT_EQ(f.Root->Child(0)->ChildPos, 2);
+    EXPECT_EQ(f.Root->Child(1)->ChildPos, -1);
+    EXPECT_EQ(f.Root->ChildPos, -1);
+    EXPECT_EQ(WriteFormFile(*f.Root, TFormFileFormat::Text), text);
+    TFormFile binary = ReadFormFile(WriteFormFile(*f.Root, TFormFileFormat::Binary), "Child.dfm");
+    EXPECT_EQ(binary.Root->Child(0)->ChildPos, 2);
+    EXPECT_EQ(binary.Root->Child(1)->ChildPos, -1);
+    // Written by hand with a space before the bracket, it reads the same.
+    std::string spaced = text;
+    spaced.replace(spaced.find("[2]"), 0, " ");
+    EXPECT_EQ(ReadFormFile(spaced, "Child.dfm").Root->Child(0)->ChildPos, 2);
+}
+
 TEST(FormFiles, TheBinaryFormOfSettingsLoads) {
     std::string bytes = testfiles::ReadFile(Example("Settings.dfm"));
     ASSERT_EQ(bytes.substr(0, 4), "TPF0"); // the example really is binary

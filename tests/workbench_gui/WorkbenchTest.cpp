@@ -4,7 +4,7 @@
 #include "host/CrtlUtils.h"
 #include "host/OTAUtils.h"
 #include "tests/workbench_gui/Fixture.h"
-#include "workbench/FormViewer.h"
+#include "workbench/designer/FormDesigners.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -117,7 +117,7 @@ TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
     EXPECT_EQ(Tabs()->GetTabText(Tabs()->GetTabIndex()), "Utils");
 }
 
-TEST_F(WorkbenchTest, ViewFormListsFormsAndShowsTheChosenFormInTheViewer) {
+TEST_F(WorkbenchTest, ViewFormListsFormsAndShowsTheChosenFormInItsDesigner) {
     QAction* viewForm = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
                                    QStringLiteral("View Form"));
     QStringList listed;
@@ -134,9 +134,11 @@ TEST_F(WorkbenchTest, ViewFormListsFormsAndShowsTheChosenFormInTheViewer) {
     Application->UpdateActions();
     viewForm->trigger();
     EXPECT_EQ(listed, QStringList({"MainForm", "SettingsForm", "DataModuleMain", "InfoFrame"}));
-    ASSERT_NE(main->FormViewer()->FormEditor(), nullptr);
-    EXPECT_EQ(main->FormViewer()->FormEditor()->Root()->Name, "SettingsForm");
-    EXPECT_TRUE(main->FormViewer()->isVisible());
+    designer::TDesignerWindow* shown = nullptr;
+    for (designer::TDesignerWindow* w : main->Designers()->Windows())
+        if (w->isVisible() && w->Root()->Name == "SettingsForm") shown = w;
+    ASSERT_NE(shown, nullptr);
+    EXPECT_EQ(main->Inspector()->FormEditor(), shown->Editor());
 }
 
 TEST_F(WorkbenchTest, CancellingTheUnitListOpensNothing) {

@@ -51,7 +51,9 @@ TDesignerWindow* TFormDesigners::Open(TFormEditor* editor) {
     windows_.emplace_back(w);
     connect(w, &TDesignerWindow::FormActivated, this, &TFormDesigners::Follow);
     connect(w, &TDesignerWindow::ComponentClicked, this, [this, w] { Follow(w->Editor()); });
-    connect(w, &TDesignerWindow::EditorClosed, this, [this](TFormEditor* e) {
+    connect(w, &TDesignerWindow::EditorClosed, this, [this, w](TFormEditor* e) {
+        // The window deletes itself later; it is no longer one of the form windows now.
+        std::erase_if(windows_, [w](const QPointer<TDesignerWindow>& p) { return p == w; });
         if (inspector_ && inspector_->FormEditor() == e) inspector_->SetFormEditor(nullptr);
     });
     emit WindowOpened(w);

@@ -209,6 +209,7 @@ void TFormEditor::Detach() {
 }
 
 void TFormEditor::Activate() {
+    if (model_ && module_) model_->MakeCurrent(module_, this);
     ForEachFormNotifier([](const _di_IOTAFormNotifier& n) { n->FormActivated(); });
 }
 

@@ -185,6 +185,7 @@ public:
         reader_.ReadPrefix(flags, childPos);
         c->Inherited = flags & rtl::ffInherited;
         c->Inline = flags & rtl::ffInline;
+        if (flags & rtl::ffChildPos) c->ChildPos = childPos;
         c->ClassName = reader_.ReadStr();
         c->Name = reader_.ReadStr();
         if (c->ClassName.empty())
@@ -254,8 +255,10 @@ void WriteValue(rtl::TWriter& writer, const TDesignProperty& p) {
 
 void WriteComponent(rtl::TWriter& writer, const TDesignComponent& c, int depth) {
     if (depth > rtl::MaxNestingDepth) throw EFormFileError("components are nested too deeply");
-    rtl::TFilerFlags flags = (c.Inherited ? rtl::ffInherited : 0) | (c.Inline ? rtl::ffInline : 0);
-    writer.WritePrefix(flags, 0);
+    rtl::TFilerFlags flags = (c.Inherited ? rtl::ffInherited : 0) |
+                             (c.Inline ? rtl::ffInline : 0) |
+                             (c.ChildPos >= 0 ? rtl::ffChildPos : 0);
+    writer.WritePrefix(flags, c.ChildPos);
     WriteShortString(writer, c.ClassName, "The class name");
     WriteShortString(writer, c.Name, "The component name");
     for (const auto& p : c.Properties) {

@@ -328,7 +328,8 @@ public:
     // Renames a component and tells the form notifiers; raises EModelError for a name that is
     // not an identifier or is taken.
     void RenameComponent(TDesignComponent* component, const std::string& newName);
-    // The designer brings the form to the front: FormActivated for the form notifiers.
+    // The designer brings the form to the front: the module becomes the current one, with this
+    // editor in front, and the form notifiers hear FormActivated.
     void Activate();
     // Listeners of the selection, as the designer windows and the object inspector follow it;
     // each is called after every change of the selection. The result is the index for
@@ -634,6 +635,8 @@ public:
     void ShowSourceEditor(TSourceEditor* editor);
     void ShowFormEditor(TFormEditor* editor);
     void ShowEditor(TModelModule* module, IOTAEditor* editor);
+    // The module becomes the current one, with the editor in front, without showing anything.
+    void MakeCurrent(TModelModule* module, IOTAEditor* editor);
     void ViewRemoved(TEditView* view);
     void BringToFront(TEditView* view);
     bool FireFileNotification(TOTAFileNotification code, const std::string& fileName);

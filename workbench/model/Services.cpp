@@ -132,9 +132,14 @@ void TIDEModel::ShowFormEditor(TFormEditor* editor) {
 
 void TIDEModel::ShowEditor(TModelModule* module, IOTAEditor* editor) {
     if (!module) return;
+    MakeCurrent(module, editor);
+    if (Events.EditorShown) Events.EditorShown(editor);
+}
+
+void TIDEModel::MakeCurrent(TModelModule* module, IOTAEditor* editor) {
+    if (!module) return;
     current_ = module;
     module->SetCurrentEditor(editor);
-    if (Events.EditorShown) Events.EditorShown(editor);
 }
 
 // ---------------------------------------------------------------------------------------------

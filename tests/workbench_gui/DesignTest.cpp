@@ -1,0 +1,332 @@
+// The designer in the workbench: a designer window for each form the user opens, the object
+// inspector that follows the form in front, selection and renames as the add-in sees them
+// through the seam, inspector edits saved with the IDE's commands, windows lent to another
+// widget, the form/unit toggle, and the CPU window over the example's machine snapshot.
+#include "host/OTAUtils.h"
+#include "tests/workbench/FormEventLog.h"
+#include "tests/workbench_gui/Fixture.h"
+#include "workbench/cpu/CPUView.h"
+#include "workbench/designer/FormDesigners.h"
+#include "workbench/model/FormFile.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QPushButton>
+
+#include <filesystem>
+
+using namespace wbtest;
+using designer::TDesignerWindow;
+
+namespace {
+
+class DesignTest : public WorkbenchFixture {
+protected:
+    // The designer window of a form, by the form's name; nullptr when it has none.
+    TDesignerWindow* Designer(const std::string& formName) const {
+        for (TDesignerWindow* w : main->Designers()->Windows())
+            if (w->Root() && w->Root()->Name == formName) return w;
+        return nullptr;
+    }
+    // Shows the forms of the units named, as the View Form list does when they are chosen.
+    void ViewForms(const QStringList& forms) {
+        WhenModal([forms](QWidget* dialog) {
+            auto* list = dialog->findChild<QListWidget*>(QStringLiteral("ModuleList"));
+            list->clearSelection();
+            for (const QString& f : forms)
+                for (QListWidgetItem* item : list->findItems(f, Qt::MatchExactly))
+                    item->setSelected(true);
+            static_cast<QDialog*>(dialog)->accept();
+        });
+        Command("ViewFormsCommand");
+        QApplication::processEvents();
+    }
+    // The top-level window of the screen's list with that name.
+    static QWidget* ScreenForm(const QString& name) {
+        for (int i = 0; i < Screen->GetFormCount(); ++i)
+            if (Screen->GetForm(i)->objectName() == name) return Screen->GetForm(i);
+        return nullptr;
+    }
+    template <class W> static W* Find(QWidget* in, const char* name) {
+        return in->findChild<W*>(QString::fromLatin1(name));
+    }
+    // The selection of the active form editor, as the add-in reads it through the seam.
+    static std::vector<std::string> SelectedNames() {
+        std::vector<std::string> names;
+        _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
+        if (!editor) return names;
+        for (int i = 0; i < editor->GetSelCount(); ++i) {
+            std::string name;
+            editor->GetSelComponent(i)->GetPropValueByName("Name", name);
+            names.push_back(name);
+        }
+        return names;
+    }
+    designer::TObjectInspector* Inspector() const { return main->Inspector(); }
+};
+
+// ---------------------------------------------------------------------------------------------
+// Designer windows and the inspector
+
+TEST_F(DesignTest, EveryFormOfTheProjectOpensInADesignerWindowWithItsControls) {
+    ViewForms({"MainForm", "SettingsForm", "DataModuleMain", "InfoFrame"});
+    struct {
+        const char* form;
+        const char* component;
+        const char* widgetClass;
+    } expected[] = {{"MainForm", "OkButton", "QPushButton"},
+                    {"SettingsForm", "AutoSaveCheck", "QCheckBox"},
+                    {"DataModuleMain", "AutoSaveTimer", "workbench::designer::TPaintedControl"},
+                    {"InfoFrame", "TitleLabel", "QLabel"}};
+    for (const auto& e : expected) {
+        TDesignerWindow* w = Designer(e.form);
+        ASSERT_NE(w, nullptr) << e.form;
+        EXPECT_TRUE(w->isVisible()) << e.form;
+        EXPECT_TRUE(w->isWindow()) << e.form;
+        QWidget* control = w->WidgetOf(w->Root()->FindComponent(e.component));
+        ASSERT_NE(control, nullptr) << e.component;
+        EXPECT_TRUE(control->inherits(e.widgetClass)) << e.component << " is a "
+                                                      << control->metaObject()->className();
+        // The add-in finds the designer windows among the screen's forms.
+        EXPECT_EQ(ScreenForm(QString::fromStdString(e.form)), w) << e.form;
+    }
+    // One window a form: showing a form again brings up the window it has.
+    size_t windows = main->Designers()->Windows().size();
+    ViewForms({"MainForm"});
+    EXPECT_EQ(main->Designers()->Windows().size(), windows);
+}
+
+TEST_F(DesignTest, TheInspectorIsAFormOfTheScreenThatFollowsTheFormShown) {
+    QWidget* inspector = ScreenForm(QStringLiteral("PropertyInspector"));
+    ASSERT_EQ(inspector, Inspector());
+    EXPECT_TRUE(inspector->isVisible());
+    ASSERT_NE(Inspector()->PopupMenu(), nullptr);
+    // The example opens on its main form, which the inspector shows.
+    ASSERT_NE(Inspector()->FormEditor(), nullptr);
+    EXPECT_EQ(Inspector()->Component()->Name, "MainForm");
+
+    ViewForms({"SettingsForm"});
+    EXPECT_EQ(Inspector()->Component()->Name, "SettingsForm");
+    EXPECT_EQ(Inspector()->ValueText(QStringLiteral("BorderStyle")), "bsDialog");
+
+    // Hidden, F11 brings it back.
+    Inspector()->hide();
+    Command("ViewObjInspCommand");
+    EXPECT_TRUE(Inspector()->isVisible());
+}
+
+TEST_F(DesignTest, AClickInADesignerSelectsTheComponentForTheSeamAndTheInspector) {
+    ViewForms({"MainForm"});
+    TDesignerWindow* w = Designer("MainForm");
+    ASSERT_NE(w, nullptr);
+    QTest::mouseClick(Find<QLineEdit>(w, "NameEdit"), Qt::LeftButton, {}, QPoint(3, 3));
+    // The window came to the front: its module is the active one, as the add-in asks for it.
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"NameEdit"});
+    _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
+    ASSERT_TRUE(editor);
+    EXPECT_EQ(editor->GetSelComponent(0)->GetComponentType(), "TEdit");
+    EXPECT_EQ(Inspector()->Component()->Name, "NameEdit");
+    EXPECT_EQ(Inspector()->ComponentList()->currentText(), "NameEdit: TEdit");
+
+    // Choosing in the inspector's list selects in the designer.
+    int ok = Inspector()->ComponentList()->findText(QStringLiteral("OkButton: TButton"));
+    ASSERT_GE(ok, 0);
+    Inspector()->ComponentList()->setCurrentIndex(ok);
+    emit Inspector()->ComponentList()->activated(ok);
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"OkButton"});
+    ASSERT_EQ(w->SelectionRects().size(), 1);
+    EXPECT_EQ(w->SelectionRects()[0].size(), Find<QPushButton>(w, "OkButton")->size());
+}
+
+TEST_F(DesignTest, ARenameInTheInspectorFiresTheFormNotifierTheAddInHolds) {
+    ViewForms({"MainForm"});
+    TDesignerWindow* w = Designer("MainForm");
+    ASSERT_NE(w, nullptr);
+    _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
+    ASSERT_TRUE(editor);
+    auto log = MakeInterfaced<testfiles::TFormEventLog>();
+    int index = editor->AddNotifier(_di_IOTANotifier(log.get()));
+    ASSERT_TRUE(editor->FindComponent("OkButton")->Select(false));
+    ASSERT_TRUE(Inspector()->EditValue(QStringLiteral("Name"), QStringLiteral("AcceptButton")))
+        << Inspector()->ErrorText().toStdString();
+    EXPECT_EQ(log->Of("renamed"), std::vector<std::string>{"renamed OkButton AcceptButton"});
+    EXPECT_EQ(log->renamed, editor->FindComponent("AcceptButton")->GetComponentHandle());
+    EXPECT_NE(Find<QPushButton>(w, "AcceptButton"), nullptr);
+    EXPECT_EQ(Find<QPushButton>(w, "OkButton"), nullptr);
+    EXPECT_TRUE(editor->GetModified());
+    editor->RemoveNotifier(index);
+}
+
+TEST_F(DesignTest, AnInspectorEditSavedWithSaveAllIsInTheBinaryFormFile) {
+    ViewForms({"SettingsForm"});
+    TDesignerWindow* w = Designer("SettingsForm");
+    ASSERT_NE(w, nullptr);
+    std::string before = testfiles::ReadFile(File("Settings.dfm"));
+    ASSERT_TRUE(zelvane::GetActiveFormEditor()->FindComponent("CancelButton")->Select(false));
+    ASSERT_TRUE(Inspector()->EditValue(QStringLiteral("Left"), QStringLiteral("140")))
+        << Inspector()->ErrorText().toStdString();
+    EXPECT_EQ(Find<QPushButton>(w, "CancelButton")->x(), 140);
+    Command("FileSaveAllCommand");
+    EXPECT_TRUE(errors.empty()) << errors.front();
+    EXPECT_FALSE(zelvane::GetActiveFormEditor()->GetModified());
+
+    std::string after = testfiles::ReadFile(File("Settings.dfm"));
+    ASSERT_EQ(after.substr(0, 4), "TPF0"); // binary it was, binary it stays
+    TFormFile saved = LoadFormFile(File("Settings.dfm"));
+    EXPECT_EQ(saved.Root->FindComponent("CancelButton")->IntProp("Left"), 140);
+    // Nothing else moved: the old file and the new differ in that value alone.
+    TFormFile old = ReadFormFile(before, File("Settings.dfm"));
+    old.Root->FindComponent("CancelButton")
+        ->SetProperty(*saved.Root->FindComponent("CancelButton")->FindProperty("Left"));
+    EXPECT_EQ(WriteFormFile(*old.Root, TFormFileFormat::Binary), after);
+}
+
+TEST_F(DesignTest, ADesignerWindowLentToAnotherWidgetComesBackAsItStood) {
+    ViewForms({"SettingsForm"});
+    TDesignerWindow* w = Designer("SettingsForm");
+    ASSERT_NE(w, nullptr);
+    QRect geometry = w->geometry();
+    Qt::WindowFlags flags = w->windowFlags();
+    auto children = w->findChildren<QWidget*>();
+
+    QWidget viewer;
+    viewer.resize(500, 400);
+    viewer.show();
+    w->Borrow(&viewer);
+    EXPECT_EQ(w->parentWidget(), &viewer);
+    EXPECT_EQ(ScreenForm(QStringLiteral("SettingsForm")), nullptr); // not a window while lent
+    QTest::mouseClick(Find<QPushButton>(w, "OkButton"), Qt::LeftButton, {}, QPoint(3, 3));
+    EXPECT_EQ(w->Editor()->Selection().front()->Name, "OkButton");
+
+    w->GiveBack();
+    EXPECT_EQ(w->parentWidget(), nullptr);
+    EXPECT_EQ(w->geometry(), geometry);
+    EXPECT_EQ(w->windowFlags(), flags);
+    EXPECT_TRUE(w->isVisible());
+    EXPECT_EQ(w->findChildren<QWidget*>(), children);
+    EXPECT_EQ(ScreenForm(QStringLiteral("SettingsForm")), w);
+}
+
+TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {
+    ViewForms({"SettingsForm"});
+    TDesignerWindow* w = Designer("SettingsForm");
+    ASSERT_NE(w, nullptr);
+    w->activateWindow();
+    ASSERT_TRUE(WaitFor([&] { return w->isActiveWindow(); }));
+    Command("ViewSwapSourceFormCommand");
+    ASSERT_TRUE(WaitFor([&] { return EditWindow()->isActiveWindow(); }));
+    EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Settings.pas");
+    Command("ViewSwapSourceFormCommand");
+    EXPECT_TRUE(WaitFor([&] { return w->isActiveWindow(); }));
+}
+
+TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
+    ViewForms({"SettingsForm"});
+    QPointer<TDesignerWindow> w = Designer("SettingsForm");
+    ASSERT_TRUE(w);
+    ASSERT_EQ(Inspector()->Component()->Name, "SettingsForm");
+    _di_IOTAModule module = zelvane::GetActiveModule();
+    ASSERT_TRUE(module);
+    ASSERT_TRUE(module->CloseModule(true));
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(w.isNull());
+    EXPECT_EQ(Designer("SettingsForm"), nullptr);
+    EXPECT_TRUE(Inspector()->FormEditor() == nullptr ||
+                Inspector()->FormEditor()->Root()->Name != "SettingsForm");
+    EXPECT_NE(Designer("MainForm"), nullptr); // the other forms stay
+}
+
+// ---------------------------------------------------------------------------------------------
+// The CPU window
+
+class CPUWindowTest : public DesignTest {
+protected:
+    static qint64 Ord(QObject* o, const char* name) { return o->property(name).toLongLong(); }
+    static QString Str(QObject* o, const char* name) { return o->property(name).toString(); }
+    static void Set(QObject* o, const char* name, qint64 value) {
+        ASSERT_TRUE(o->setProperty(name, QVariant::fromValue(quint32(value)))) << name;
+    }
+};
+
+TEST_F(CPUWindowTest, TheCPUCommandOpensTheSnapshotBesideTheProject) {
+    EXPECT_EQ(main->CPUWindow(), nullptr);
+    EXPECT_EQ(ScreenForm(QStringLiteral("DisassemblyView")), nullptr);
+    Command("ViewCPUCommand");
+    QWidget* cpu = ScreenForm(QStringLiteral("DisassemblyView"));
+    ASSERT_NE(cpu, nullptr);
+    EXPECT_EQ(cpu, main->CPUWindow());
+    EXPECT_TRUE(cpu->isVisible());
+    // Again: the same window to the front.
+    Command("ViewCPUCommand");
+    EXPECT_EQ(main->CPUWindow(), cpu);
+}
+
+TEST_F(CPUWindowTest, EveryPaneIsReadByNameWhileItsSelectionMoves) {
+    Command("ViewCPUCommand");
+    QWidget* cpu = ScreenForm(QStringLiteral("DisassemblyView"));
+    ASSERT_NE(cpu, nullptr);
+    QObject* code = cpu->findChild<QObject*>(QStringLiteral("DisassemblerView1"));
+    QObject* registers = cpu->findChild<QObject*>(QStringLiteral("RegisterView"));
+    QObject* flags = cpu->findChild<QObject*>(QStringLiteral("FlagsView"));
+    QObject* dump = cpu->findChild<QObject*>(QStringLiteral("DumpView"));
+    QObject* stack = cpu->findChild<QObject*>(QStringLiteral("StackView"));
+    ASSERT_TRUE(code && registers && flags && dump && stack);
+
+    // The snapshot stops at EIP, inside Sum.
+    EXPECT_EQ(Ord(code, "SelectedAddress"), 0x408A72);
+    Set(code, "SelectedAddress", 0x408A92 + 3); // inside "call Sum"
+    EXPECT_EQ(Ord(code, "SelectedAddress"), 0x408A92);
+    EXPECT_EQ(Str(code, "SelectedDisassembly"), "00408A92 E8D9FFFFFF       call Sum");
+    Set(code, "SelectedAddress", 0x408A88);
+    EXPECT_EQ(Str(code, "SelectedSource"), "Hello.dpr.12: Total := Sum(2, 3);");
+    EXPECT_EQ(Str(code, "SelectedLabel"), "");
+    Set(code, "SelectedAddress", 0x408A78);
+    EXPECT_EQ(Str(code, "SelectedLabel"), "Hello.Hello:");
+
+    QObject* regs = registers->property("CurrentRegs").value<QObject*>();
+    ASSERT_NE(regs, nullptr);
+    EXPECT_EQ(Ord(regs, "EDX"), 5);
+    EXPECT_EQ(Ord(regs, "EIP"), 0x408A72);
+    QObject* flagRows = flags->property("CurrentFlags").value<QObject*>();
+    ASSERT_NE(flagRows, nullptr);
+    EXPECT_EQ(Ord(flagRows, "Parity"), 1);
+    EXPECT_EQ(Ord(flagRows, "Zero"), 0);
+
+    Set(dump, "SelectedOffset", 0x408AE0);
+    EXPECT_EQ(Str(dump, "SelectedData"), "48"); // 'H'
+    Set(dump, "SelectedOffset", 0x408AE1);
+    EXPECT_EQ(Str(dump, "SelectedData"), "65"); // 'e'
+    EXPECT_EQ(Str(stack, "SelectedData"), "00408A97"); // the return address into the program
+    Set(stack, "SelectedOffset", 0x12FFB0);
+    EXPECT_EQ(Ord(stack, "SelectedOffset"), 0x12FFB0);
+}
+
+TEST_F(CPUWindowTest, ASnapshotThatCannotBeReadIsReportedAndOpensNothing) {
+    testfiles::WriteFile(File("Broken.snapshot"), "[code]\n00408A70  03D0\n[registers]\nEAX = x\n");
+    main->SetSnapshotFile(File("Broken.snapshot"));
+    Command("ViewCPUCommand");
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_NE(errors[0].find("Broken.snapshot"), std::string::npos) << errors[0];
+    EXPECT_EQ(main->CPUWindow(), nullptr);
+    EXPECT_EQ(ScreenForm(QStringLiteral("DisassemblyView")), nullptr);
+}
+
+TEST_F(CPUWindowTest, WithoutASnapshotTheCommandAsksForOneAndCancelOpensNothing) {
+    std::filesystem::remove(File("Hello.snapshot"));
+    bool asked = false;
+    WhenModal([&](QWidget* dialog) {
+        asked = qobject_cast<QFileDialog*>(dialog) != nullptr;
+        static_cast<QDialog*>(dialog)->reject();
+    });
+    Command("ViewCPUCommand");
+    EXPECT_TRUE(asked);
+    EXPECT_TRUE(errors.empty());
+    EXPECT_EQ(main->CPUWindow(), nullptr);
+}
+
+} // namespace
