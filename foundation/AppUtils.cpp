@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <cxxabi.h>
 #include <fcntl.h>
 #include <memory>
@@ -291,12 +290,15 @@ bool SafeRead(const void* address, void* out, size_t size) {
     return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == static_cast<ssize_t>(size);
 }
 
-// The address of the virtual table of a type_info object of the given kind.
+// The address of the virtual table of a type_info object of the given kind: the word it starts
+// with, read as LooksLikeObject reads the words of the objects it is given.
 template <class T> const void* TypeInfoVTable() {
-    const std::type_info& ti = typeid(T);
-    const void* vt = nullptr;
-    std::memcpy(&vt, &ti, sizeof vt);
-    return vt;
+    static const void* const vtable = [] {
+        const void* vt = nullptr;
+        SafeRead(&typeid(T), &vt, sizeof vt);
+        return vt;
+    }();
+    return vtable;
 }
 
 struct NoBase {

@@ -483,7 +483,6 @@ namespace {
 
 constexpr size_t kLabelSize = 7;
 constexpr uint8_t CR = 13;
-constexpr uint8_t LF = 10;
 
 uint8_t ReadByte(TStream* stream) {
     uint8_t b;

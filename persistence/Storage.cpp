@@ -6,6 +6,7 @@
 #include "rtl/SysUtils.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zelvane {
 
@@ -26,6 +27,21 @@ namespace {
 // The kinds the fit writer considers: every kind but tkUnknown, methods only on request.
 constexpr TTypeKinds kStoredKinds = TTypeKinds::Range(tkInteger, tkDynArray) - tkMethods;
 constexpr TTypeKinds kStoredKindsWithMethods = TTypeKinds::Range(tkInteger, tkDynArray);
+
+// Gives a variable another value until the end of the scope, and then its own back, also when
+// writing throws.
+template <class T> class TScopedValue {
+public:
+    TScopedValue(T& variable, T value)
+        : variable_(variable), saved_(std::exchange(variable, std::move(value))) {}
+    ~TScopedValue() { variable_ = std::move(saved_); }
+    TScopedValue(const TScopedValue&) = delete;
+    TScopedValue& operator=(const TScopedValue&) = delete;
+
+private:
+    T& variable_;
+    T saved_;
+};
 
 bool StartsWithText(std::string_view s, std::string_view prefix) {
     return s.size() >= prefix.size() && SameText(s.substr(0, prefix.size()), prefix);
@@ -140,29 +156,15 @@ void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         // Objects that hold each other would otherwise be written without end.
         if (FDepth >= MaxNestingDepth)
             throw EFitWriterError("Objects nested too deeply at " + FPropPath + name);
-        std::string savedPath = FPropPath;
-        ++FDepth;
-        try {
-            FPropPath += name + ".";
+        {
+            TScopedValue depth(FDepth, FDepth + 1);
+            TScopedValue path(FPropPath, FPropPath + name + ".");
             WriteProperties(nested);
-        } catch (...) {
-            FPropPath = savedPath;
-            --FDepth;
-            throw;
         }
-        FPropPath = savedPath;
-        --FDepth;
         if (auto* collection = dynamic_cast<TCollection*>(value)) {
             // The collection's own properties stand flat ahead of its items.
             WritePropName(name);
-            FPropPath.clear();
-            try {
-                WriteCollection(collection);
-            } catch (...) {
-                FPropPath = savedPath;
-                throw;
-            }
-            FPropPath = savedPath;
+            WriteCollectionEx(collection);
         }
         break;
     }
@@ -172,37 +174,15 @@ void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
 }
 
 void TFitWriter::WriteCollectionEx(TCollection* collection) {
-    std::string savedPath = FPropPath;
-    FPropPath.clear();
-    try {
-        WriteCollection(collection);
-    } catch (...) {
-        FPropPath = savedPath;
-        throw;
-    }
-    FPropPath = savedPath;
+    // The items' properties are named from the item.
+    TScopedValue path(FPropPath, std::string());
+    WriteCollection(collection);
 }
 
 bool TFitWriter::CanWriteProperty(TPersistent* instance, PPropInfo propInfo) {
     bool canWrite = true;
     if (OnCanWriteProperty) OnCanWriteProperty(instance, propInfo->Name, propInfo, canWrite);
     return canWrite;
-}
-
-void TFitWriter::DefineProperty(const std::string& name, const TReaderProc&,
-                                const TWriterProc& writeData, bool hasData) {
-    if (hasData && writeData) {
-        WritePropName(name);
-        writeData(this);
-    }
-}
-
-void TFitWriter::DefineBinaryProperty(const std::string& name, const TStreamProc&,
-                                      const TStreamProc& writeData, bool hasData) {
-    if (hasData && writeData) {
-        WritePropName(name);
-        WriteBinary(writeData);
-    }
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -86,11 +86,8 @@ public:
     virtual bool CanWriteProperty(rtl::TPersistent* instance, rtl::PPropInfo propInfo);
     // The path of the object being written and the name.
     using TWriter::WritePropName;
-
-    void DefineProperty(const std::string& name, const rtl::TReaderProc& readData,
-                        const rtl::TWriterProc& writeData, bool hasData) override;
-    void DefineBinaryProperty(const std::string& name, const rtl::TStreamProc& readData,
-                              const rtl::TStreamProc& writeData, bool hasData) override;
+    // DefineProperty and DefineBinaryProperty are the writer's: the name with the path, then
+    // what the handler writes.
 
     // The object being written as the root.
     rtl::TPersistent* RootObject() const { return FRootObject; }

@@ -19,15 +19,15 @@ RTL_IMPLEMENT_CLASS(TFileStream)
 namespace {
 // The largest transfer one system call is asked for.
 constexpr int64_t kMaxChunk = 1 << 30;
-} // namespace
 
-int64_t THandleStream::Read(void* buffer, int64_t count) {
+// Moves count bytes from or to p with io(at, size), a read or a write of at most size bytes,
+// chunk by chunk; a call cut short by a signal is made again. Stops at an error or at a call
+// that moves nothing; returns the bytes moved.
+template <class Byte, class IO> int64_t Transfer(Byte* p, int64_t count, IO io) {
     if (count <= 0) return 0;
-    auto* p = static_cast<char*>(buffer);
     int64_t done = 0;
     while (done < count) {
-        ssize_t n =
-            ::read(handle_, p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
+        ssize_t n = io(p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
         if (n < 0) {
             if (errno == EINTR) continue;
             break;
@@ -37,22 +37,16 @@ int64_t THandleStream::Read(void* buffer, int64_t count) {
     }
     return done;
 }
+} // namespace
+
+int64_t THandleStream::Read(void* buffer, int64_t count) {
+    return Transfer(static_cast<char*>(buffer), count,
+                    [this](char* at, size_t size) { return ::read(handle_, at, size); });
+}
 
 int64_t THandleStream::Write(const void* buffer, int64_t count) {
-    if (count <= 0) return 0;
-    const auto* p = static_cast<const char*>(buffer);
-    int64_t done = 0;
-    while (done < count) {
-        ssize_t n =
-            ::write(handle_, p + done, static_cast<size_t>(std::min(count - done, kMaxChunk)));
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            break;
-        }
-        if (n == 0) break;
-        done += n;
-    }
-    return done;
+    return Transfer(static_cast<const char*>(buffer), count,
+                    [this](const char* at, size_t size) { return ::write(handle_, at, size); });
 }
 
 int64_t THandleStream::Seek(int64_t offset, TSeekOrigin origin) {

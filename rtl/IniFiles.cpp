@@ -41,15 +41,7 @@ struct IniData {
 
     void Parse(const std::string& text) {
         Clear();
-        size_t i = 0;
-        while (i < text.size()) {
-            size_t start = i;
-            while (i < text.size() && text[i] != '\r' && text[i] != '\n')
-                ++i;
-            AddLine(text.substr(start, i - start));
-            if (i < text.size() && text[i] == '\r') ++i;
-            if (i < text.size() && text[i] == '\n') ++i;
-        }
+        ForEachTextLine(text, [this](const std::string& line) { AddLine(line); });
     }
 
     void AddLine(const std::string& line) {

@@ -381,15 +381,7 @@ void TStrings::SetText(const std::string& text) {
     BeginUpdate();
     try {
         Clear();
-        size_t i = 0;
-        while (i < text.size()) {
-            size_t start = i;
-            while (i < text.size() && text[i] != '\r' && text[i] != '\n')
-                ++i;
-            Add(text.substr(start, i - start));
-            if (i < text.size() && text[i] == '\r') ++i;
-            if (i < text.size() && text[i] == '\n') ++i;
-        }
+        ForEachTextLine(text, [this](const std::string& line) { Add(line); });
     } catch (...) {
         EndUpdate();
         throw;

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace rtl {
@@ -23,6 +24,20 @@ inline constexpr int MaxListSize = 0x7FFFFFFF / 16;
 // compare that isn't a consistent order.
 using TListSortCompare = std::function<int(void* item1, void* item2)>;
 using TStringListSortCompare = std::function<int(TStringList* list, int index1, int index2)>;
+
+// Calls take(line) with each line of text, split as TStrings::SetText splits: at CR, LF or
+// CR LF; a break at the end doesn't add an empty line.
+template <class Take> void ForEachTextLine(std::string_view text, Take&& take) {
+    size_t i = 0;
+    while (i < text.size()) {
+        size_t start = i;
+        while (i < text.size() && text[i] != '\r' && text[i] != '\n')
+            ++i;
+        take(std::string(text.substr(start, i - start)));
+        if (i < text.size() && text[i] == '\r') ++i;
+        if (i < text.size() && text[i] == '\n') ++i;
+    }
+}
 
 enum TListNotification : uint8_t { lnAdded, lnExtracted, lnDeleted };
 

@@ -1056,6 +1056,20 @@ std::string Pad2(int v) {
     return b;
 }
 
+// A number in a picture of one or two letters: as it stands, or in two digits.
+std::string Digits(int value, size_t letters) {
+    return letters == 1 ? std::to_string(value) : Pad2(value);
+}
+
+// A day or month in a picture of one to four letters: the number as it stands, in two digits,
+// the short name or the long name of the index (from 1; no name for 0).
+std::string NumberOrName(int number, int index, size_t letters, const std::string* shortNames,
+                         const std::string* longNames) {
+    if (letters <= 2) return Digits(number, letters);
+    if (index == 0) return "";
+    return letters == 3 ? shortNames[index - 1] : longNames[index - 1];
+}
+
 bool StartsWithText(std::string_view s, size_t i, std::string_view what) {
     if (s.size() - i < what.size()) return false;
     for (size_t k = 0; k < what.size(); ++k)
@@ -1114,51 +1128,21 @@ void FormatDT(std::string& out, std::string_view f, double dt, int depth) {
             continue;
         case 'D': {
             size_t n = std::min<size_t>(run, 6);
-            int dow = DayOfWeek(TDateTime(dt));
-            switch (n) {
-            case 1:
-                out += std::to_string(d);
-                break;
-            case 2:
-                out += Pad2(d);
-                break;
-            case 3:
-                if (dow) out += ShortDayNames[dow - 1];
-                break;
-            case 4:
-                if (dow) out += LongDayNames[dow - 1];
-                break;
-            case 5:
-                FormatDT(out, ShortDateFormat, dt, depth + 1);
-                break;
-            default:
-                FormatDT(out, LongDateFormat, dt, depth + 1);
-                break;
-            }
+            if (n <= 4)
+                out += NumberOrName(d, DayOfWeek(TDateTime(dt)), n, ShortDayNames, LongDayNames);
+            else
+                FormatDT(out, n == 5 ? ShortDateFormat : LongDateFormat, dt, depth + 1);
             i += n;
             lastWasHour = false;
             continue;
         }
         case 'M': {
             size_t n = std::min<size_t>(run, 4);
-            if (lastWasHour && n <= 2) {
-                out += n == 1 ? std::to_string(mi) : Pad2(mi);
-            } else {
-                switch (n) {
-                case 1:
-                    out += std::to_string(mo);
-                    break;
-                case 2:
-                    out += Pad2(mo);
-                    break;
-                case 3:
-                    if (mo) out += ShortMonthNames[mo - 1];
-                    break;
-                default:
-                    if (mo) out += LongMonthNames[mo - 1];
-                    break;
-                }
-            }
+            // Right after an hour, m and mm are the minutes.
+            if (lastWasHour && n <= 2)
+                out += Digits(mi, n);
+            else
+                out += NumberOrName(mo, mo, n, ShortMonthNames, LongMonthNames);
             i += n;
             lastWasHour = false;
             continue;
@@ -1175,30 +1159,16 @@ void FormatDT(std::string& out, std::string_view f, double dt, int depth) {
             lastWasHour = false;
             continue;
         }
-        case 'H': {
-            size_t n = std::min<size_t>(run, 2);
-            int hh = h;
-            if (twelve) {
-                hh = h % 12;
-                if (hh == 0) hh = 12;
-            }
-            out += n == 1 ? std::to_string(hh) : Pad2(hh);
-            i += n;
-            lastWasHour = true;
-            continue;
-        }
-        case 'N': {
-            size_t n = std::min<size_t>(run, 2);
-            out += n == 1 ? std::to_string(mi) : Pad2(mi);
-            i += n;
-            lastWasHour = false;
-            continue;
-        }
+        case 'H':
+        case 'N':
         case 'S': {
+            // Hours (from 1 to 12 with an am/pm mark in the picture), minutes and seconds.
+            int value = uc == 'H' ? h : uc == 'N' ? mi : s;
+            if (uc == 'H' && twelve) value = h % 12 == 0 ? 12 : h % 12;
             size_t n = std::min<size_t>(run, 2);
-            out += n == 1 ? std::to_string(s) : Pad2(s);
+            out += Digits(value, n);
             i += n;
-            lastWasHour = false;
+            lastWasHour = uc == 'H';
             continue;
         }
         case 'Z': {

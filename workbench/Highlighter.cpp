@@ -141,22 +141,60 @@ int ScanNumber(std::string_view line, int i, bool pascal) {
     return i;
 }
 
-std::vector<TTokenRun> HighlightPascal(std::string_view line, TLineState& state) {
-    TRunBuilder b;
+// Scans a line from i into b, with what both languages share: a comment carried over from the
+// line before runs to its close, then the tokens follow one another. The tokens particular to a
+// language are left to own(i), which adds the run of the token at i and returns the index after
+// it (the line's length when the token runs to the end), or returns i where it has none; the
+// rest (numbers, identifiers and keywords, blanks, symbols) are taken here.
+template <class Own>
+void ScanLine(TRunBuilder& b, std::string_view line, int i, TLineState& state, bool pascal,
+              Own own) {
     int n = static_cast<int>(line.size());
-    int i = 0;
     while (i < n) {
-        if (state != TLineState::Normal) {
+        // A C++ line does not close a Pascal comment.
+        if (state != TLineState::Normal && (pascal || state == TLineState::BlockComment)) {
             int end = FindCommentEnd(line, i, state);
             if (end < 0) {
                 b.Add(i, n, TTokenKind::Comment);
-                return b.Runs;
+                return;
             }
             b.Add(i, end, TTokenKind::Comment);
             state = TLineState::Normal;
             i = end;
             continue;
         }
+        if (int next = own(i); next != i) {
+            i = next;
+            continue;
+        }
+        char c = line[i];
+        if (IsDigit(c) || (pascal && c == '$' && i + 1 < n &&
+                           std::isxdigit(static_cast<unsigned char>(line[i + 1])))) {
+            int j = ScanNumber(line, i, pascal);
+            b.Add(i, j, TTokenKind::Number);
+            i = j;
+        } else if (IsIdentStart(c)) {
+            int j = i;
+            while (j < n && IsIdentChar(line[j]))
+                ++j;
+            std::string_view word = line.substr(i, j - i);
+            bool keyword = pascal ? IsPascalKeyword(word) : IsCppKeyword(word);
+            b.Add(i, j, keyword ? TTokenKind::Keyword : TTokenKind::Text);
+            i = j;
+        } else if (std::isspace(static_cast<unsigned char>(c))) {
+            b.Add(i, i + 1, TTokenKind::Text);
+            ++i;
+        } else {
+            b.Add(i, i + 1, TTokenKind::Symbol);
+            ++i;
+        }
+    }
+}
+
+std::vector<TTokenRun> HighlightPascal(std::string_view line, TLineState& state) {
+    TRunBuilder b;
+    int n = static_cast<int>(line.size());
+    ScanLine(b, line, 0, state, true, [&](int i) {
         char c = line[i];
         if (c == '{') {
             bool directive = i + 1 < n && line[i + 1] == '$';
@@ -165,23 +203,26 @@ std::vector<TTokenRun> HighlightPascal(std::string_view line, TLineState& state)
             if (end < 0) {
                 b.Add(i, n, kind);
                 if (!directive) state = TLineState::BraceComment;
-                return b.Runs;
+                return n;
             }
             b.Add(i, end, kind);
-            i = end;
-        } else if (c == '(' && i + 1 < n && line[i + 1] == '*') {
+            return end;
+        }
+        if (c == '(' && i + 1 < n && line[i + 1] == '*') {
             int end = FindCommentEnd(line, i + 2, TLineState::ParenComment);
             if (end < 0) {
                 b.Add(i, n, TTokenKind::Comment);
                 state = TLineState::ParenComment;
-                return b.Runs;
+                return n;
             }
             b.Add(i, end, TTokenKind::Comment);
-            i = end;
-        } else if (c == '/' && i + 1 < n && line[i + 1] == '/') {
+            return end;
+        }
+        if (c == '/' && i + 1 < n && line[i + 1] == '/') {
             b.Add(i, n, TTokenKind::Comment);
-            return b.Runs;
-        } else if (c == '\'' || c == '#') {
+            return n;
+        }
+        if (c == '\'' || c == '#') {
             // A string: quoted parts and #nn characters, run together.
             int j = i;
             while (j < n && (line[j] == '\'' || line[j] == '#')) {
@@ -198,34 +239,17 @@ std::vector<TTokenRun> HighlightPascal(std::string_view line, TLineState& state)
                 }
             }
             b.Add(i, j, TTokenKind::String);
-            i = j;
-        } else if (IsDigit(c) || (c == '$' && i + 1 < n &&
-                                  std::isxdigit(static_cast<unsigned char>(line[i + 1])))) {
-            int j = ScanNumber(line, i, true);
-            b.Add(i, j, TTokenKind::Number);
-            i = j;
-        } else if (IsIdentStart(c)) {
-            int j = i;
-            while (j < n && IsIdentChar(line[j]))
-                ++j;
-            b.Add(i, j,
-                  IsPascalKeyword(line.substr(i, j - i)) ? TTokenKind::Keyword : TTokenKind::Text);
-            i = j;
-        } else if (std::isspace(static_cast<unsigned char>(c))) {
-            b.Add(i, i + 1, TTokenKind::Text);
-            ++i;
-        } else {
-            b.Add(i, i + 1, TTokenKind::Symbol);
-            ++i;
+            return j;
         }
-    }
+        return i;
+    });
     return b.Runs;
 }
 
 std::vector<TTokenRun> HighlightCpp(std::string_view line, TLineState& state) {
     TRunBuilder b;
     int n = static_cast<int>(line.size());
-    int i = 0;
+    int start = 0;
     if (state == TLineState::Normal) {
         size_t first = line.find_first_not_of(" \t");
         if (first != std::string_view::npos && line[first] == '#') {
@@ -235,30 +259,21 @@ std::vector<TTokenRun> HighlightCpp(std::string_view line, TLineState& state) {
             size_t end = std::min(slash, block);
             int stop = end == std::string_view::npos ? n : static_cast<int>(end);
             b.Add(0, stop, TTokenKind::Directive);
-            i = stop;
+            start = stop;
         }
     }
-    while (i < n) {
-        if (state == TLineState::BlockComment) {
-            int end = FindCommentEnd(line, i, state);
-            if (end < 0) {
-                b.Add(i, n, TTokenKind::Comment);
-                return b.Runs;
-            }
-            b.Add(i, end, TTokenKind::Comment);
-            state = TLineState::Normal;
-            i = end;
-            continue;
-        }
+    ScanLine(b, line, start, state, false, [&](int i) {
         char c = line[i];
         if (c == '/' && i + 1 < n && line[i + 1] == '/') {
             b.Add(i, n, TTokenKind::Comment);
-            return b.Runs;
-        } else if (c == '/' && i + 1 < n && line[i + 1] == '*') {
+            return n;
+        }
+        if (c == '/' && i + 1 < n && line[i + 1] == '*') {
             b.Add(i, i + 2, TTokenKind::Comment);
             state = TLineState::BlockComment;
-            i += 2;
-        } else if (c == '"' || c == '\'') {
+            return i + 2;
+        }
+        if (c == '"' || c == '\'') {
             int j = i + 1;
             while (j < n && line[j] != c) {
                 if (line[j] == '\\') ++j;
@@ -266,26 +281,10 @@ std::vector<TTokenRun> HighlightCpp(std::string_view line, TLineState& state) {
             }
             j = std::min(n, j + 1);
             b.Add(i, j, TTokenKind::String);
-            i = j;
-        } else if (IsDigit(c)) {
-            int j = ScanNumber(line, i, false);
-            b.Add(i, j, TTokenKind::Number);
-            i = j;
-        } else if (IsIdentStart(c)) {
-            int j = i;
-            while (j < n && IsIdentChar(line[j]))
-                ++j;
-            b.Add(i, j,
-                  IsCppKeyword(line.substr(i, j - i)) ? TTokenKind::Keyword : TTokenKind::Text);
-            i = j;
-        } else if (std::isspace(static_cast<unsigned char>(c))) {
-            b.Add(i, i + 1, TTokenKind::Text);
-            ++i;
-        } else {
-            b.Add(i, i + 1, TTokenKind::Symbol);
-            ++i;
+            return j;
         }
-    }
+        return i;
+    });
     return b.Runs;
 }
 

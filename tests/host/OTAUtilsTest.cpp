@@ -1,6 +1,7 @@
 // The IDE access layer against the headless model, and against small fakes where the rules
 // are about file names the model would not produce.
 #include "host/OTAUtils.h"
+#include "tests/QtEnvironment.h"
 #include "tests/workbench/TestFiles.h"
 #include "workbench/model/Files.h"
 #include "workbench/model/Model.h"
@@ -18,21 +19,8 @@ using workbench::TOpenMode;
 namespace {
 
 // Widgets need an application; the tests run on the offscreen platform.
-class TQtEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "host_tests";
-        static char* argv[] = {name, nullptr};
-        app_ = new QApplication(argc, argv);
-    }
-    void TearDown() override { delete app_; }
-
-private:
-    QApplication* app_ = nullptr;
-};
-const auto* const qtEnvironment = ::testing::AddGlobalTestEnvironment(new TQtEnvironment);
+const auto* const qtEnvironment =
+    ::testing::AddGlobalTestEnvironment(new testqt::TQtEnvironment("host_tests"));
 
 class OTAUtilsTest : public ::testing::Test {
 protected:

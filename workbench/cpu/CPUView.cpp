@@ -30,6 +30,17 @@ QString ByteChar(uint8_t b) {
     return QString::fromStdString(rtl::Cp1251ToUtf8(one));
 }
 
+// The green arrow in the left margin of a row: the next instruction to run, the top of the stack.
+void DrawArrow(QPainter& p, const QRect& row) {
+    p.setPen(QColor(0x00, 0x80, 0x00));
+    p.setBrush(QColor(0x00, 0xA0, 0x00));
+    int cy = row.center().y();
+    QPolygon arrow;
+    arrow << QPoint(3, cy - 4) << QPoint(10, cy) << QPoint(3, cy + 4);
+    p.drawPolygon(arrow);
+    p.setBrush(Qt::NoBrush);
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -210,15 +221,7 @@ void TDisassemblyPane::PaintRow(QPainter& p, int row, const QRect& rect, bool se
     }
     if (selected) p.fillRect(rect, HighlightBack);
     // The instruction at EIP is the next to run: an arrow marks it.
-    if (ins.Address == snapshot_->Register(8)) {
-        p.setPen(QColor(0x00, 0x80, 0x00));
-        p.setBrush(QColor(0x00, 0xA0, 0x00));
-        int cy = rect.center().y();
-        QPolygon arrow;
-        arrow << QPoint(3, cy - 4) << QPoint(10, cy) << QPoint(3, cy + 4);
-        p.drawPolygon(arrow);
-        p.setBrush(Qt::NoBrush);
-    }
+    if (ins.Address == snapshot_->Register(8)) DrawArrow(p, rect);
     p.setFont(font());
     p.setPen(selected ? HighlightText : Qt::black);
     p.drawText(text, Qt::AlignVCenter | Qt::AlignLeft, r.Text);
@@ -253,49 +256,64 @@ void TFlagsPane::PaintRow(QPainter& p, int row, const QRect& rect, bool) {
 
 // ---------------------------------------------------------------------------------------------
 
-TDumpPane::TDumpPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent)
-    : TCPUPane(std::move(snapshot), parent) {
-    setObjectName("DumpView");
-    offset_ = snapshot_->DumpStart();
+TMemoryPane::TMemoryPane(std::shared_ptr<const TMachineSnapshot> snapshot, quint32 rowBytes,
+                         QWidget* parent)
+    : TCPUPane(std::move(snapshot), parent), rowBytes_(rowBytes) {}
+
+void TMemoryPane::Open(quint32 offset) {
+    offset_ = offset;
     Rebase();
     top_ = std::max(0, SelectedRow());
 }
 
-// The rows cover the known memory around the selection, from an address that is a multiple
-// of 8; where none is known, a stretch around the selection.
-void TDumpPane::Rebase() {
-    if (rows_ > 0 && offset_ >= base_ && uint64_t(offset_) < uint64_t(base_) + 8ull * rows_) return;
+// The rows cover the known memory around the selection; where none is known, a stretch around
+// the selection.
+void TMemoryPane::Rebase() {
+    if (SelectedRow() >= 0) return;
     if (auto range = snapshot_->RangeOf(offset_)) {
-        base_ = range->first & ~7u;
-        rows_ = int((uint64_t(range->second) - base_ + 7) / 8);
+        PlaceRows(range->first, range->second);
     } else {
-        base_ = offset_ >= 64 ? (offset_ & ~7u) - 64 : 0;
+        base_ = offset_ >= 64 ? AlignDown(offset_) - 64 : 0;
         rows_ = 32;
     }
     top_ = 0;
     lastSelectedRow_ = -2;
 }
 
-void TDumpPane::SetSelectedOffset(quint32 offset) {
+void TMemoryPane::SetSelectedOffset(quint32 offset) {
     // The rows move to the new place only when the pane paints.
     offset_ = offset;
     Selected();
 }
 
-void TDumpPane::paintEvent(QPaintEvent* event) {
+void TMemoryPane::paintEvent(QPaintEvent* event) {
     Rebase();
     TCPUPane::paintEvent(event);
+}
+
+int TMemoryPane::SelectedRow() const {
+    if (offset_ < base_) return -1;
+    uint64_t row = (uint64_t(offset_) - base_) / rowBytes_;
+    return row < uint64_t(rows_) ? int(row) : -1;
+}
+
+// ---------------------------------------------------------------------------------------------
+
+TDumpPane::TDumpPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent)
+    : TMemoryPane(std::move(snapshot), 8, parent) {
+    setObjectName("DumpView");
+    Open(snapshot_->DumpStart());
+}
+
+// Rows start at multiples of 8, the first at or before the range.
+void TDumpPane::PlaceRows(quint32 first, quint32 end) {
+    base_ = AlignDown(first);
+    rows_ = int((uint64_t(end) - base_ + 7) / 8);
 }
 
 QString TDumpPane::SelectedData() const {
     auto b = snapshot_->Byte(offset_);
     return b ? Hex(*b, 2) : QString("??");
-}
-
-int TDumpPane::SelectedRow() const {
-    if (offset_ < base_) return -1;
-    uint64_t row = (uint64_t(offset_) - base_) / 8;
-    return row < uint64_t(rows_) ? int(row) : -1;
 }
 
 void TDumpPane::SelectRow(int row) {
@@ -330,52 +348,29 @@ void TDumpPane::PaintRow(QPainter& p, int row, const QRect& rect, bool selected)
 // ---------------------------------------------------------------------------------------------
 
 TStackPane::TStackPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent)
-    : TCPUPane(std::move(snapshot), parent) {
+    : TMemoryPane(std::move(snapshot), 4, parent) {
     setObjectName("StackView");
-    offset_ = snapshot_->StackStart();
-    Rebase();
-    top_ = std::max(0, SelectedRow());
+    Open(snapshot_->StackStart());
 }
 
-// The rows are the double words of the known memory around the selection, aligned as ESP is.
-void TStackPane::Rebase() {
-    if (rows_ > 0 && offset_ >= base_ && uint64_t(offset_) < uint64_t(base_) + 4ull * rows_) return;
+// The double words are aligned as ESP is.
+quint32 TStackPane::AlignDown(quint32 a) const {
     quint32 align = snapshot_->Register(7) & 3u;
-    auto alignDown = [&](quint32 a) { return a < align ? 0u : ((a - align) & ~3u) + align; };
-    if (auto range = snapshot_->RangeOf(offset_)) {
-        base_ = alignDown(range->first);
-        if (base_ < range->first) base_ += 4;
-        if (base_ > offset_) base_ = alignDown(offset_);
-        rows_ = std::max(1, int((uint64_t(range->second) - base_) / 4));
-        if (uint64_t(base_) + 4ull * rows_ <= offset_) rows_ = int((offset_ - base_) / 4 + 1);
-    } else {
-        base_ = offset_ >= 64 ? alignDown(offset_) - 64 : 0;
-        rows_ = 32;
-    }
-    top_ = 0;
-    lastSelectedRow_ = -2;
+    return a < align ? 0u : ((a - align) & ~3u) + align;
 }
 
-void TStackPane::SetSelectedOffset(quint32 offset) {
-    // The rows move to the new place only when the pane paints.
-    offset_ = offset;
-    Selected();
-}
-
-void TStackPane::paintEvent(QPaintEvent* event) {
-    Rebase();
-    TCPUPane::paintEvent(event);
+// Only whole double words of the range, and the one of the selection whatever it holds.
+void TStackPane::PlaceRows(quint32 first, quint32 end) {
+    base_ = AlignDown(first);
+    if (base_ < first) base_ += 4;
+    if (base_ > offset_) base_ = AlignDown(offset_);
+    rows_ = std::max(1, int((uint64_t(end) - base_) / 4));
+    if (uint64_t(base_) + 4ull * rows_ <= offset_) rows_ = int((offset_ - base_) / 4 + 1);
 }
 
 QString TStackPane::SelectedData() const {
     auto w = snapshot_->DWord(offset_);
     return w ? Hex(*w, 8) : QString("????????");
-}
-
-int TStackPane::SelectedRow() const {
-    if (offset_ < base_) return -1;
-    uint64_t row = (uint64_t(offset_) - base_) / 4;
-    return row < uint64_t(rows_) ? int(row) : -1;
 }
 
 void TStackPane::SelectRow(int row) {
@@ -385,15 +380,7 @@ void TStackPane::SelectRow(int row) {
 void TStackPane::PaintRow(QPainter& p, int row, const QRect& rect, bool selected) {
     quint32 address = RowAddress(row);
     if (selected) p.fillRect(rect, HighlightBack);
-    if (address == snapshot_->Register(7)) {
-        p.setPen(QColor(0x00, 0x80, 0x00));
-        p.setBrush(QColor(0x00, 0xA0, 0x00));
-        int cy = rect.center().y();
-        QPolygon arrow;
-        arrow << QPoint(3, cy - 4) << QPoint(10, cy) << QPoint(3, cy + 4);
-        p.drawPolygon(arrow);
-        p.setBrush(Qt::NoBrush);
-    }
+    if (address == snapshot_->Register(7)) DrawArrow(p, rect);
     auto w = snapshot_->DWord(address);
     p.setPen(selected ? HighlightText : AddressText);
     QFontMetrics fm = fontMetrics();

@@ -212,56 +212,66 @@ private:
     TCPUFlags* flags_;
 };
 
-// The memory dump: eight bytes a row, as hexadecimal and as characters.
-class TDumpPane : public TCPUPane {
+// The common part of the dump and the stack: rows of memory of a fixed number of bytes from a
+// base address, and a selected offset. The rows move to hold the selection when the pane paints.
+class TMemoryPane : public TCPUPane {
     Q_OBJECT
     Q_PROPERTY(quint32 SelectedOffset READ SelectedOffset WRITE SetSelectedOffset)
     Q_PROPERTY(QString SelectedData READ SelectedData)
 public:
-    TDumpPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent);
     quint32 SelectedOffset() const { return offset_; }
     void SetSelectedOffset(quint32 offset);
-    QString SelectedData() const;
-    quint32 RowAddress(int row) const { return base_ + quint32(row) * 8; }
+    // The memory at the selection, as the pane shows it.
+    virtual QString SelectedData() const = 0;
+    quint32 RowAddress(int row) const { return base_ + quint32(row) * rowBytes_; }
     int RowCount() const override { return rows_; }
     int SelectedRow() const override;
 
 protected:
-    void PaintRow(QPainter& p, int row, const QRect& rect, bool selected) override;
-    void SelectRow(int row) override;
+    TMemoryPane(std::shared_ptr<const TMachineSnapshot> snapshot, quint32 rowBytes,
+                QWidget* parent);
     void paintEvent(QPaintEvent* event) override;
-
-private:
+    // Selects offset and brings its row into view, as the pane opens.
+    void Open(quint32 offset);
+    // Places the rows around the selection unless they hold it already.
     void Rebase();
+    // The address of the row start at or below a.
+    virtual quint32 AlignDown(quint32 a) const = 0;
+    // Places base_ and rows_ over the known memory [first, end), which holds the selection.
+    virtual void PlaceRows(quint32 first, quint32 end) = 0;
+
+    const quint32 rowBytes_;
     quint32 offset_ = 0;
     quint32 base_ = 0;
     int rows_ = 0;
 };
 
-// The stack: a double word a row, by rising address; the walk of a capture goes down.
-class TStackPane : public TCPUPane {
+// The memory dump: eight bytes a row, as hexadecimal and as characters.
+class TDumpPane : public TMemoryPane {
     Q_OBJECT
-    Q_PROPERTY(quint32 SelectedOffset READ SelectedOffset WRITE SetSelectedOffset)
-    Q_PROPERTY(QString SelectedData READ SelectedData)
 public:
-    TStackPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent);
-    quint32 SelectedOffset() const { return offset_; }
-    void SetSelectedOffset(quint32 offset);
-    QString SelectedData() const;
-    quint32 RowAddress(int row) const { return base_ + quint32(row) * 4; }
-    int RowCount() const override { return rows_; }
-    int SelectedRow() const override;
+    TDumpPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent);
+    QString SelectedData() const override;
 
 protected:
     void PaintRow(QPainter& p, int row, const QRect& rect, bool selected) override;
     void SelectRow(int row) override;
-    void paintEvent(QPaintEvent* event) override;
+    quint32 AlignDown(quint32 a) const override { return a & ~7u; }
+    void PlaceRows(quint32 first, quint32 end) override;
+};
 
-private:
-    void Rebase();
-    quint32 offset_ = 0;
-    quint32 base_ = 0;
-    int rows_ = 0;
+// The stack: a double word a row, by rising address; the walk of a capture goes down.
+class TStackPane : public TMemoryPane {
+    Q_OBJECT
+public:
+    TStackPane(std::shared_ptr<const TMachineSnapshot> snapshot, QWidget* parent);
+    QString SelectedData() const override;
+
+protected:
+    void PaintRow(QPainter& p, int row, const QRect& rect, bool selected) override;
+    void SelectRow(int row) override;
+    quint32 AlignDown(quint32 a) const override;
+    void PlaceRows(quint32 first, quint32 end) override;
 };
 
 // The CPU window.
