@@ -212,6 +212,45 @@ TEST_F(DesignTest, ADesignerWindowLentToAnotherWidgetComesBackAsItStood) {
     EXPECT_EQ(ScreenForm(QStringLiteral("SettingsForm")), w);
 }
 
+// The module viewer of the add-in takes a form's window with plain window operations: hidden,
+// hung into its panel at the top left, shown there through the form editor, and put back.
+TEST_F(DesignTest, ADesignerWindowTakenWithPlainWindowOperationsWorksInItsNewPlace) {
+    ViewForms({"SettingsForm"});
+    TDesignerWindow* w = Designer("SettingsForm");
+    ASSERT_NE(w, nullptr);
+    _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
+    ASSERT_TRUE(editor);
+    QRect geometry = w->geometry();
+
+    QWidget viewer;
+    viewer.resize(600, 450);
+    QWidget* panel = new QWidget(&viewer);
+    viewer.show();
+    ASSERT_EQ(static_cast<QWidget*>(zelvane::GetFormFromEditor(_di_IOTAEditor(editor))->Widget), w);
+    w->hide();
+    w->setParent(panel);
+    w->move(0, 0);
+    editor->Show();
+    QApplication::processEvents();
+    EXPECT_EQ(w->parentWidget(), panel) << "showing the form must not take it out of the panel";
+    EXPECT_TRUE(w->isVisible());
+    EXPECT_EQ(Designer("SettingsForm"), w);
+    QTest::mouseClick(Find<QPushButton>(w, "CancelButton"), Qt::LeftButton, {}, QPoint(3, 3));
+    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"CancelButton"});
+
+    w->hide();
+    w->setParent(nullptr);
+    w->setGeometry(geometry);
+    w->show();
+    QApplication::processEvents();
+    EXPECT_TRUE(w->isWindow());
+    EXPECT_EQ(ScreenForm(QStringLiteral("SettingsForm")), w);
+    // Back home, showing the form brings up its own window again.
+    w->hide();
+    editor->Show();
+    EXPECT_TRUE(w->isVisible());
+}
+
 TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {
     ViewForms({"SettingsForm"});
     TDesignerWindow* w = Designer("SettingsForm");
