@@ -281,6 +281,36 @@ TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
     EXPECT_NE(Designer("MainForm"), nullptr); // the other forms stay
 }
 
+TEST_F(DesignTest, ClosingADesignerWindowClosesItsModuleAfterConfirm) {
+    ViewForms({"SettingsForm"});
+    QPointer<TDesignerWindow> w = Designer("SettingsForm");
+    ASSERT_TRUE(w);
+    ASSERT_TRUE(zelvane::GetActiveFormEditor()->FindComponent("OkButton")->Select(false));
+    ASSERT_TRUE(Inspector()->EditValue(QStringLiteral("Top"), QStringLiteral("200")));
+    std::string onDisk = testfiles::ReadFile(File("Settings.dfm"));
+    auto answer = [](QMessageBox::StandardButton button) {
+        WhenModal([button](QWidget* box) {
+            auto* mb = qobject_cast<QMessageBox*>(box);
+            ASSERT_NE(mb, nullptr);
+            EXPECT_EQ(mb->windowTitle(), QStringLiteral("Confirm"));
+            mb->button(button)->click();
+        });
+    };
+    // Cancel: the module and its window stay.
+    answer(QMessageBox::Cancel);
+    EXPECT_FALSE(w->close());
+    EXPECT_TRUE(w->isVisible());
+    ASSERT_NE(model->FindOpenModule(File("Settings.pas")), nullptr);
+    // No: the module closes with its unit, and the form file is as it was.
+    answer(QMessageBox::No);
+    EXPECT_TRUE(w->close());
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(w.isNull());
+    EXPECT_EQ(model->FindOpenModule(File("Settings.pas")), nullptr);
+    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main"}));
+    EXPECT_EQ(testfiles::ReadFile(File("Settings.dfm")), onDisk);
+}
+
 // ---------------------------------------------------------------------------------------------
 // The CPU window
 

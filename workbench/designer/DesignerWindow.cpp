@@ -6,6 +6,7 @@
 #include "rtl/Filer.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMouseEvent>
@@ -417,6 +418,15 @@ void TDesignerWindow::Renamed(const TDesignComponent* component) {
         w->setObjectName(FormText(component->Name));
         if (component == Root()) setWindowTitle(windowTitle());
     }
+}
+
+void TDesignerWindow::closeEvent(QCloseEvent* e) {
+    TModelModule* module = editor_ ? editor_->Module() : nullptr;
+    if (module && !borrowed_ && !module->Close()) {
+        e->ignore();
+        return;
+    }
+    e->accept();
 }
 
 void TDesignerWindow::Closed() {

@@ -6,8 +6,8 @@
 // input: a click selects the component under the mouse in the form editor (Shift adds to the
 // selection), and the selection is drawn as grab handles. The window follows its editor through
 // a form notifier: a change of the form rebuilds it, a rename renames its widget, and the
-// closing of the module closes it. Bringing the window to the front tells the form notifiers
-// FormActivated.
+// closing of the module closes it, as closing the window closes the module. Bringing the window
+// to the front tells the form notifiers FormActivated.
 //
 // Like the designer windows of the platform's IDE, the window can be borrowed: reparented into
 // another widget and given back, where it stands again as it stood.
@@ -87,6 +87,9 @@ protected:
     bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    // Closing the window closes its module, as closing a form does in the IDE: the unit goes
+    // with it, and a modified module asks first. A module that stays open keeps the window.
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     class TNotifier;
