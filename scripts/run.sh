@@ -10,7 +10,7 @@ if [ ! -x "$exe" ]; then
   echo "make run: $exe is missing; build it first (make build)" >&2
   exit 1
 fi
-args=(--open Utils.pas --open Main.pas --form Main.pas "$root/examples/Example.dpr")
+args=(--open Utils.pas --open Main.pas "$root/examples/Example.dpr")
 
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
   exec "$exe" "${args[@]}"
