@@ -256,6 +256,11 @@ protected:
             names.push_back(c->GetPropName(i));
         return names;
     }
+    // The value through the seam, "<none>" when it has no such property.
+    static std::string Value(const _di_IOTAComponent& c, const char* name) {
+        std::string value = "<unset>";
+        return c->GetPropValueByName(name, value) ? value : "<none>";
+    }
     std::vector<std::string> StoredNames(const char* component) {
         std::vector<std::string> names;
         for (const auto& p : module->FormEditor()->Root()->FindComponent(component)->Properties)
@@ -298,34 +303,21 @@ TEST_F(PublishedPropertiesTest, AComponentListsItsStoredThenItsOtherPublishedPro
 
 TEST_F(PublishedPropertiesTest, AnUnstoredPropertyReadsAsItsDefault) {
     _di_IOTAComponent ok = form->FindComponent("OkButton");
-    std::string value;
-    ASSERT_TRUE(ok->GetPropValueByName("Enabled", value));
-    EXPECT_EQ(value, "True");
-    ASSERT_TRUE(ok->GetPropValueByName("cursor", value));
-    EXPECT_EQ(value, "crDefault");
-    ASSERT_TRUE(ok->GetPropValueByName("Cancel", value));
-    EXPECT_EQ(value, "False");
-    ASSERT_TRUE(ok->GetPropValueByName("Anchors", value));
-    EXPECT_EQ(value, "[akLeft, akTop]");
+    EXPECT_EQ(Value(ok, "Enabled"), "True");
+    EXPECT_EQ(Value(ok, "cursor"), "crDefault");
+    EXPECT_EQ(Value(ok, "Cancel"), "False");
+    EXPECT_EQ(Value(ok, "Anchors"), "[akLeft, akTop]");
     // A stored value is the stored one, not the default.
-    ASSERT_TRUE(ok->GetPropValueByName("Default", value));
-    EXPECT_EQ(value, "True");
-    ASSERT_TRUE(ok->GetPropValueByName("Caption", value));
-    EXPECT_EQ(value, "'OK'");
-    ASSERT_TRUE(ok->GetPropValueByName("OnClick", value));
-    EXPECT_EQ(value, "OkButtonClick");
+    EXPECT_EQ(Value(ok, "Default"), "True");
+    EXPECT_EQ(Value(ok, "Caption"), "'OK'");
+    EXPECT_EQ(Value(ok, "OnClick"), "OkButtonClick");
     // An event without a handler has none.
-    value = "x";
-    ASSERT_TRUE(ok->GetPropValueByName("OnEnter", value));
-    EXPECT_EQ(value, "");
-    EXPECT_FALSE(ok->GetPropValueByName("Nothing", value));
-    EXPECT_FALSE(ok->GetPropValueByName("Align", value)); // a button does not publish it
+    EXPECT_EQ(Value(ok, "OnEnter"), "");
+    EXPECT_EQ(Value(ok, "Nothing"), "<none>");
+    EXPECT_EQ(Value(ok, "Align"), "<none>"); // a button does not publish it
     // The form's own class publishes other things than a button.
-    std::string position;
-    ASSERT_TRUE(form->GetRootComponent()->GetPropValueByName("WindowState", value));
-    EXPECT_EQ(value, "wsNormal");
-    ASSERT_TRUE(form->GetRootComponent()->GetPropValueByName("Position", position));
-    EXPECT_EQ(position, "poScreenCenter"); // stored
+    EXPECT_EQ(Value(form->GetRootComponent(), "WindowState"), "wsNormal");
+    EXPECT_EQ(Value(form->GetRootComponent(), "Position"), "poScreenCenter"); // stored
     // Reading changes nothing.
     EXPECT_FALSE(form->GetModified());
 }
@@ -335,9 +327,7 @@ TEST_F(PublishedPropertiesTest, SettingAnUnstoredPropertyStoresItWhereTheFormFil
     int count = ok->GetPropCount();
     ASSERT_TRUE(ok->SetPropByName("enabled", "False"));
     EXPECT_TRUE(form->GetModified());
-    std::string value;
-    ASSERT_TRUE(ok->GetPropValueByName("Enabled", value));
-    EXPECT_EQ(value, "False");
+    EXPECT_EQ(Value(ok, "Enabled"), "False");
     // It moved from the published to the stored ones: the list is as long as before.
     EXPECT_EQ(ok->GetPropCount(), count);
     EXPECT_EQ(StoredNames("OkButton"),
@@ -374,9 +364,7 @@ TEST_F(PublishedPropertiesTest, APublishedPropertyTakesOnlyValuesOfItsType) {
     EXPECT_TRUE(ok->SetPropByName("Cursor", "crHandPoint"));
     EXPECT_TRUE(ok->SetPropByName("Cursor", "-21")); // a cursor by its number
     EXPECT_TRUE(memo->SetPropByName("ScrollBars", "ssboth"));
-    std::string value;
-    ASSERT_TRUE(memo->GetPropValueByName("ScrollBars", value));
-    EXPECT_EQ(value, "ssBoth");
+    EXPECT_EQ(Value(memo, "ScrollBars"), "ssBoth");
     // A property no class publishes is stored as it comes, as before.
     EXPECT_TRUE(ok->SetPropByName("Extra", "'x'"));
     EXPECT_EQ(StoredNames("OkButton").back(), "Extra");

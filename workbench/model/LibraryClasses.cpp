@@ -232,24 +232,25 @@ struct TCommon {
     // Events.
     List Click = {Ev("OnClick")};
     List DblClick = {Ev("OnDblClick")};
-    List ContextPopup = {Ev("OnContextPopup", "TContextPopupEvent")};
     List Change = {Ev("OnChange")};
     List Focus = {Ev("OnEnter"), Ev("OnExit")};
     List Keys = {Ev("OnKeyDown", "TKeyEvent"), Ev("OnKeyPress", "TKeyPressEvent"),
                  Ev("OnKeyUp", "TKeyEvent")};
-    List Mouse = {Ev("OnMouseDown", "TMouseEvent"), Ev("OnMouseMove", "TMouseMoveEvent"),
-                  Ev("OnMouseUp", "TMouseEvent")};
     List Wheel = {Ev("OnMouseWheel", "TMouseWheelEvent"),
                   Ev("OnMouseWheelDown", "TMouseWheelUpDownEvent"),
                   Ev("OnMouseWheelUp", "TMouseWheelUpDownEvent")};
-    List Drag = {Ev("OnDragDrop", "TDragDropEvent"), Ev("OnDragOver", "TDragOverEvent"),
-                 Ev("OnEndDrag", "TEndDragEvent"), Ev("OnStartDrag", "TStartDragEvent")};
-    List Dock = {Ev("OnEndDock", "TEndDragEvent"), Ev("OnStartDock", "TStartDockEvent")};
     List DockSiteEvents = {Ev("OnDockDrop", "TDockDropEvent"), Ev("OnDockOver", "TDockOverEvent"),
                            Ev("OnGetSiteInfo", "TGetSiteInfoEvent"),
                            Ev("OnUnDock", "TUnDockEvent")};
     List Resize = {Ev("OnCanResize", "TCanResizeEvent"),
                    Ev("OnConstrainedResize", "TConstrainedResizeEvent"), Ev("OnResize")};
+    // What every control reports: its context menu, the mouse, dragging and docking.
+    List Pointer = {
+        Ev("OnContextPopup", "TContextPopupEvent"), Ev("OnMouseDown", "TMouseEvent"),
+        Ev("OnMouseMove", "TMouseMoveEvent"),       Ev("OnMouseUp", "TMouseEvent"),
+        Ev("OnDragDrop", "TDragDropEvent"),         Ev("OnDragOver", "TDragOverEvent"),
+        Ev("OnEndDrag", "TEndDragEvent"),           Ev("OnStartDrag", "TStartDragEvent"),
+        Ev("OnEndDock", "TEndDragEvent"),           Ev("OnStartDock", "TStartDockEvent")};
 
     // What nearly every control of the library publishes.
     List Control() const {
@@ -258,21 +259,24 @@ struct TCommon {
     }
     // A control that takes the focus.
     List WinControl() const { return Join({Control(), {Ctl3D, ParentCtl3D, TabOrder}}); }
+    // The events of a control that is clicked but takes no focus.
+    List ClickEvents() const { return Join({Click, DblClick, Pointer}); }
     // The events of a control that takes the focus and the keyboard.
-    List WinEvents() const { return Join({Click, ContextPopup, Focus, Keys, Mouse, Drag, Dock}); }
+    List WinEvents() const { return Join({Click, Focus, Keys, Pointer}); }
     // A container that other controls dock to.
     List Container() const {
         return Join({WinControl(), {Align, AutoSize, Caption, DockSite, ColorBtnFace}});
     }
     List ContainerEvents() const {
-        return Join(
-            {Click, DblClick, ContextPopup, Focus, Mouse, Drag, Dock, DockSiteEvents, Resize});
+        return Join({Click, DblClick, Focus, DockSiteEvents, Resize, Pointer});
     }
 };
 
 // ---------------------------------------------------------------------------------------------
 // The classes
 
+// The table is laid out by hand, a class's properties then its events.
+// clang-format off
 std::map<std::string, List> BuildCatalog() {
     const TCommon c;
     std::map<std::string, List> m;
@@ -281,395 +285,241 @@ std::map<std::string, List> BuildCatalog() {
     // TComponent and TControl publish a few in declaration order; the others follow the
     // library's alphabetical order.
     add("TComponent", {Str("Name", "TComponentName"), Int("Tag", "0")});
-    add("TControl",
-        {Int("Left"), Int("Top"), Int("Width"), Int("Height"), Cursor("Cursor", "crDefault"),
-         Str("Hint"), Enum("HelpType", "THelpType", "htContext", {"htKeyword", "htContext"}),
-         Str("HelpKeyword"), Int("HelpContext", "0")});
+    add("TControl", {
+        Int("Left"), Int("Top"), Int("Width"), Int("Height"), Cursor("Cursor", "crDefault"),
+        Str("Hint"), Enum("HelpType", "THelpType", "htContext", {"htKeyword", "htContext"}),
+        Str("HelpKeyword"), Int("HelpContext", "0")});
     // The scrolling controls (forms, frames, scroll boxes) share their scroll bars.
-    add("TScrollingWinControl",
-        {Obj("HorzScrollBar", "TControlScrollBar"), Obj("VertScrollBar", "TControlScrollBar")});
+    add("TScrollingWinControl", {
+        Obj("HorzScrollBar", "TControlScrollBar"), Obj("VertScrollBar", "TControlScrollBar")});
 
-    add("TForm", Published(Join({c.Control(),
-                                 {c.Action,
-                                  Ref("ActiveControl", "TWinControl"),
-                                  c.Align,
-                                  Bool("AlphaBlend", false),
-                                  Int("AlphaBlendValue", "255"),
-                                  Bool("AutoScroll", true),
-                                  c.AutoSize,
-                                  SetOf("BorderIcons", "TBorderIcons",
-                                        "[biSystemMenu, biMinimize, biMaximize]",
-                                        {"biSystemMenu", "biMinimize", "biMaximize", "biHelp"}),
-                                  Enum("BorderStyle", "TFormBorderStyle", "bsSizeable",
-                                       {"bsNone", "bsSingle", "bsSizeable", "bsDialog",
-                                        "bsToolWindow", "bsSizeToolWin"}),
-                                  c.BorderWidth,
-                                  c.Caption,
-                                  Int("ClientHeight"),
-                                  Int("ClientWidth"),
-                                  c.ColorBtnFace,
-                                  c.Ctl3D,
-                                  Enum("DefaultMonitor", "TDefaultMonitor", "dmActiveForm",
-                                       {"dmDesktop", "dmPrimary", "dmMainForm", "dmActiveForm"}),
-                                  c.DockSite,
-                                  Enum("FormStyle", "TFormStyle", "fsNormal",
-                                       {"fsNormal", "fsMDIChild", "fsMDIForm", "fsStayOnTop"}),
-                                  Str("HelpFile"),
-                                  Obj("Icon", "TIcon"),
-                                  Bool("KeyPreview", false),
-                                  Ref("Menu", "TMainMenu"),
-                                  Ref("ObjectMenuItem", "TMenuItem"),
-                                  Bool("OldCreateOrder", false),
-                                  With(c.ParentFont, "False"),
-                                  Int("PixelsPerInch", "96"),
-                                  Enum("Position", "TPosition", "poDesigned",
-                                       {"poDesigned", "poDefault", "poDefaultPosOnly",
-                                        "poDefaultSizeOnly", "poScreenCenter", "poDesktopCenter",
-                                        "poMainFormCenter", "poOwnerFormCenter"}),
-                                  Enum("PrintScale", "TPrintScale", "poProportional",
-                                       {"poNone", "poProportional", "poPrintToFit"}),
-                                  Bool("Scaled", true),
-                                  Bool("ScreenSnap", false),
-                                  Int("SnapBuffer", "10"),
-                                  Bool("TransparentColor", false),
-                                  Color("TransparentColorValue", "clBlack"),
-                                  With(c.UseDockManager, "False"),
-                                  With(c.Visible, "False"),
-                                  Ref("WindowMenu", "TMenuItem"),
-                                  Enum("WindowState", "TWindowState", "wsNormal",
-                                       {"wsNormal", "wsMinimized", "wsMaximized"}),
-                                  Ev("OnActivate"),
-                                  Ev("OnClose", "TCloseEvent"),
-                                  Ev("OnCloseQuery", "TCloseQueryEvent"),
-                                  Ev("OnCreate"),
-                                  Ev("OnDeactivate"),
-                                  Ev("OnDestroy"),
-                                  Ev("OnHelp", "THelpEvent"),
-                                  Ev("OnHide"),
-                                  Ev("OnPaint"),
-                                  Ev("OnShortCut", "TShortCutEvent"),
-                                  Ev("OnShow")},
-                                 c.Click,
-                                 c.DblClick,
-                                 c.ContextPopup,
-                                 c.Keys,
-                                 c.Mouse,
-                                 c.Wheel,
-                                 c.DockSiteEvents,
-                                 c.Resize,
-                                 {c.Drag[0], c.Drag[1]},
-                                 c.Dock}),
-                           {"DragCursor"}));
+    add("TForm", Published(Join({c.Control(), {
+        c.Action, Ref("ActiveControl", "TWinControl"), c.Align, Bool("AlphaBlend", false),
+        Int("AlphaBlendValue", "255"), Bool("AutoScroll", true), c.AutoSize,
+        SetOf("BorderIcons", "TBorderIcons", "[biSystemMenu, biMinimize, biMaximize]",
+              {"biSystemMenu", "biMinimize", "biMaximize", "biHelp"}),
+        Enum("BorderStyle", "TFormBorderStyle", "bsSizeable",
+             {"bsNone", "bsSingle", "bsSizeable", "bsDialog", "bsToolWindow", "bsSizeToolWin"}),
+        c.BorderWidth, c.Caption, Int("ClientHeight"), Int("ClientWidth"), c.ColorBtnFace,
+        c.Ctl3D,
+        Enum("DefaultMonitor", "TDefaultMonitor", "dmActiveForm",
+             {"dmDesktop", "dmPrimary", "dmMainForm", "dmActiveForm"}),
+        c.DockSite,
+        Enum("FormStyle", "TFormStyle", "fsNormal",
+             {"fsNormal", "fsMDIChild", "fsMDIForm", "fsStayOnTop"}),
+        Str("HelpFile"), Obj("Icon", "TIcon"), Bool("KeyPreview", false), Ref("Menu", "TMainMenu"),
+        Ref("ObjectMenuItem", "TMenuItem"), Bool("OldCreateOrder", false),
+        With(c.ParentFont, "False"), Int("PixelsPerInch", "96"),
+        Enum("Position", "TPosition", "poDesigned",
+             {"poDesigned", "poDefault", "poDefaultPosOnly", "poDefaultSizeOnly",
+              "poScreenCenter", "poDesktopCenter", "poMainFormCenter", "poOwnerFormCenter"}),
+        Enum("PrintScale", "TPrintScale", "poProportional",
+             {"poNone", "poProportional", "poPrintToFit"}),
+        Bool("Scaled", true), Bool("ScreenSnap", false), Int("SnapBuffer", "10"),
+        Bool("TransparentColor", false), Color("TransparentColorValue", "clBlack"),
+        With(c.UseDockManager, "False"), With(c.Visible, "False"), Ref("WindowMenu", "TMenuItem"),
+        Enum("WindowState", "TWindowState", "wsNormal", {"wsNormal", "wsMinimized", "wsMaximized"}),
+        Ev("OnActivate"), Ev("OnClose", "TCloseEvent"), Ev("OnCloseQuery", "TCloseQueryEvent"),
+        Ev("OnCreate"), Ev("OnDeactivate"), Ev("OnDestroy"), Ev("OnHelp", "THelpEvent"),
+        Ev("OnHide"), Ev("OnPaint"), Ev("OnShortCut", "TShortCutEvent"), Ev("OnShow")},
+        c.ClickEvents(), c.Keys, c.Wheel, c.DockSiteEvents, c.Resize}),
+        {"DragCursor", "OnEndDrag", "OnStartDrag"}));
 
     add("TDataModule", Published({Bool("OldCreateOrder", false), Ev("OnCreate"), Ev("OnDestroy")}));
 
-    add("TFrame", Published(Join({c.Container(),
-                                  {Bool("AutoScroll", true), c.ParentColor, c.TabStop},
-                                  c.ContainerEvents(),
-                                  c.Wheel}),
-                            {"Caption"}));
+    add("TFrame", Published(Join({c.Container(), {
+        Bool("AutoScroll", true), c.ParentColor, c.TabStop},
+        c.ContainerEvents(), c.Wheel}), {"Caption"}));
 
-    add("TPanel",
-        Published(Join({c.Container(),
-                        {With(c.Alignment, "taCenter"),
-                         Enum("BevelInner", "TPanelBevel", "bvNone",
-                              {"bvNone", "bvLowered", "bvRaised", "bvSpace"}),
-                         Enum("BevelOuter", "TPanelBevel", "bvRaised",
-                              {"bvNone", "bvLowered", "bvRaised", "bvSpace"}),
-                         Int("BevelWidth", "1"), c.BorderWidth, With(c.BorderStyle, "bsNone"),
-                         Bool("FullRepaint", true), Bool("Locked", false),
-                         With(c.ParentColor, "False"), c.TabStop, c.UseDockManager},
-                        c.ContainerEvents()})));
+    add("TPanel", Published(Join({c.Container(), {
+        With(c.Alignment, "taCenter"),
+        Enum("BevelInner", "TPanelBevel", "bvNone", {"bvNone", "bvLowered", "bvRaised", "bvSpace"}),
+        Enum("BevelOuter", "TPanelBevel", "bvRaised",
+             {"bvNone", "bvLowered", "bvRaised", "bvSpace"}),
+        Int("BevelWidth", "1"), c.BorderWidth, With(c.BorderStyle, "bsNone"),
+        Bool("FullRepaint", true), Bool("Locked", false), With(c.ParentColor, "False"), c.TabStop,
+        c.UseDockManager},
+        c.ContainerEvents()})));
 
-    add("TGroupBox",
-        Published(Join({c.WinControl(),
-                        {c.Align, c.Caption, c.ColorBtnFace, c.DockSite, c.ParentColor, c.TabStop},
-                        c.Click,
-                        c.DblClick,
-                        c.ContextPopup,
-                        c.Focus,
-                        c.Mouse,
-                        c.Drag,
-                        c.Dock,
-                        c.DockSiteEvents})));
+    add("TGroupBox", Published(Join({c.WinControl(), {
+        c.Align, c.Caption, c.ColorBtnFace, c.DockSite, c.ParentColor, c.TabStop},
+        c.ClickEvents(), c.Focus, c.DockSiteEvents})));
 
-    add("TRadioGroup", Published(Join({c.WinControl(),
-                                       {c.Align, c.Caption, c.ColorBtnFace, Int("Columns", "1"),
-                                        c.ItemIndex, c.Items, c.ParentColor, c.TabStop},
-                                       c.Click,
-                                       c.ContextPopup,
-                                       c.Focus,
-                                       c.Drag,
-                                       c.Dock})));
+    add("TRadioGroup", Published(Join({c.WinControl(), {
+        c.Align, c.Caption, c.ColorBtnFace, Int("Columns", "1"), c.ItemIndex, c.Items,
+        c.ParentColor, c.TabStop},
+        c.Click, c.Focus, c.Pointer}),
+        {"OnMouseDown", "OnMouseMove", "OnMouseUp"}));
 
-    add("TLabel",
-        Published(Join({c.Control(),
-                        {c.Align, c.Alignment, With(c.AutoSize, "True"), c.Caption, c.ColorBtnFace,
-                         Ref("FocusControl", "TWinControl"),
-                         Enum("Layout", "TTextLayout", "tlTop", {"tlTop", "tlCenter", "tlBottom"}),
-                         c.ParentColor, Bool("ShowAccelChar", true), c.Transparent, c.WordWrap,
-                         Ev("OnMouseEnter"), Ev("OnMouseLeave")},
-                        c.Click,
-                        c.DblClick,
-                        c.ContextPopup,
-                        c.Mouse,
-                        c.Drag,
-                        c.Dock})));
+    add("TLabel", Published(Join({c.Control(), {
+        c.Align, c.Alignment, With(c.AutoSize, "True"), c.Caption, c.ColorBtnFace,
+        Ref("FocusControl", "TWinControl"),
+        Enum("Layout", "TTextLayout", "tlTop", {"tlTop", "tlCenter", "tlBottom"}),
+        c.ParentColor, Bool("ShowAccelChar", true), c.Transparent, c.WordWrap,
+        Ev("OnMouseEnter"), Ev("OnMouseLeave")},
+        c.ClickEvents()})));
 
-    List editCommon =
-        Join({c.WinControl(),
-              {c.BevelKind, c.BorderStyle, c.ColorWindow, c.HideSelection, c.MaxLength,
-               c.OEMConvert, With(c.ParentColor, "False"), c.ReadOnly, With(c.TabStop, "True")},
-              c.Change,
-              c.DblClick,
-              c.WinEvents()});
-    add("TEdit", Published(Join(
-                     {editCommon,
-                      {Bool("AutoSelect", true), With(c.AutoSize, "True"), c.CharCase, c.Text}})));
-    add("TMemo", Published(Join({editCommon,
-                                 {c.Align, c.Alignment, Obj("Lines", "TStrings"),
-                                  Enum("ScrollBars", "TScrollStyle", "ssNone",
-                                       {"ssNone", "ssHorizontal", "ssVertical", "ssBoth"}),
-                                  Bool("WantReturns", true), Bool("WantTabs", false),
-                                  With(c.WordWrap, "True")}})));
+    List editCommon = Join({c.WinControl(), {
+        c.BevelKind, c.BorderStyle, c.ColorWindow, c.HideSelection, c.MaxLength, c.OEMConvert,
+        With(c.ParentColor, "False"), c.ReadOnly, With(c.TabStop, "True")},
+        c.Change, c.DblClick, c.WinEvents()});
+    add("TEdit", Published(Join({editCommon, {
+        Bool("AutoSelect", true), With(c.AutoSize, "True"), c.CharCase, c.Text}})));
+    add("TMemo", Published(Join({editCommon, {
+        c.Align, c.Alignment, Obj("Lines", "TStrings"),
+        Enum("ScrollBars", "TScrollStyle", "ssNone",
+             {"ssNone", "ssHorizontal", "ssVertical", "ssBoth"}),
+        Bool("WantReturns", true), Bool("WantTabs", false), With(c.WordWrap, "True")}})));
 
-    add("TButton",
-        Published(Join({c.WinControl(),
-                        {c.Action, Bool("Cancel", false), c.Caption, Bool("Default", false),
-                         Int("ModalResult", "0"), With(c.TabStop, "True"), c.WordWrap},
-                        c.WinEvents()})));
+    add("TButton", Published(Join({c.WinControl(), {
+        c.Action, Bool("Cancel", false), c.Caption, Bool("Default", false),
+        Int("ModalResult", "0"), With(c.TabStop, "True"), c.WordWrap},
+        c.WinEvents()})));
 
-    List checkCommon = Join(
-        {c.WinControl(),
-         {c.Action,
-          Enum("Alignment", "TLeftRight", "taRightJustify", {"taLeftJustify", "taRightJustify"}),
-          c.Caption, Bool("Checked", false), c.ColorBtnFace, c.ParentColor, c.WordWrap},
-         c.WinEvents()});
-    add("TCheckBox", Published(Join({checkCommon,
-                                     {Bool("AllowGrayed", false),
-                                      Enum("State", "TCheckBoxState", "cbUnchecked",
-                                           {"cbUnchecked", "cbChecked", "cbGrayed"}),
-                                      With(c.TabStop, "True")}})));
+    List checkCommon = Join({c.WinControl(), {
+        c.Action,
+        Enum("Alignment", "TLeftRight", "taRightJustify", {"taLeftJustify", "taRightJustify"}),
+        c.Caption, Bool("Checked", false), c.ColorBtnFace, c.ParentColor, c.WordWrap},
+        c.WinEvents()});
+    add("TCheckBox", Published(Join({checkCommon, {
+        Bool("AllowGrayed", false),
+        Enum("State", "TCheckBoxState", "cbUnchecked", {"cbUnchecked", "cbChecked", "cbGrayed"}),
+        With(c.TabStop, "True")}})));
     add("TRadioButton", Published(Join({checkCommon, {c.TabStop}, c.DblClick})));
 
-    List listCommon =
-        Join({c.WinControl(),
-              {Bool("AutoComplete", true), c.ColorWindow, c.ItemHeight, c.Items,
-               With(c.ParentColor, "False"), c.Sorted, With(c.TabStop, "True"),
-               Ev("OnDrawItem", "TDrawItemEvent"), Ev("OnMeasureItem", "TMeasureItemEvent")},
-              c.DblClick,
-              c.WinEvents()});
-    add("TListBox", Published(Join({listCommon,
-                                    {c.Align, c.BevelKind, c.BorderStyle, Int("Columns", "0"),
-                                     Bool("ExtendedSelect", true), Bool("IntegralHeight", false),
-                                     Bool("MultiSelect", false), Int("ScrollWidth", "0"),
-                                     Enum("Style", "TListBoxStyle", "lbStandard",
-                                          {"lbStandard", "lbOwnerDrawFixed", "lbOwnerDrawVariable",
-                                           "lbVirtual", "lbVirtualOwnerDraw"}),
-                                     Int("TabWidth", "0")}})));
-    add("TComboBox",
-        Published(Join({listCommon,
-                        {Bool("AutoCloseUp", false), Bool("AutoDropDown", false), c.BevelKind,
-                         c.CharCase, Int("DropDownCount", "8"), c.ItemIndex, c.MaxLength,
-                         Enum("Style", "TComboBoxStyle", "csDropDown",
-                              {"csDropDown", "csSimple", "csDropDownList", "csOwnerDrawFixed",
-                               "csOwnerDrawVariable"}),
-                         c.Text, Ev("OnCloseUp"), Ev("OnDropDown"), Ev("OnSelect")},
-                        c.Change})));
+    List listCommon = Join({c.WinControl(), {
+        Bool("AutoComplete", true), c.ColorWindow, c.ItemHeight, c.Items,
+        With(c.ParentColor, "False"), c.Sorted, With(c.TabStop, "True"),
+        Ev("OnDrawItem", "TDrawItemEvent"), Ev("OnMeasureItem", "TMeasureItemEvent")},
+        c.DblClick, c.WinEvents()});
+    add("TListBox", Published(Join({listCommon, {
+        c.Align, c.BevelKind, c.BorderStyle, Int("Columns", "0"), Bool("ExtendedSelect", true),
+        Bool("IntegralHeight", false), Bool("MultiSelect", false), Int("ScrollWidth", "0"),
+        Enum("Style", "TListBoxStyle", "lbStandard",
+             {"lbStandard", "lbOwnerDrawFixed", "lbOwnerDrawVariable", "lbVirtual",
+              "lbVirtualOwnerDraw"}),
+        Int("TabWidth", "0")}})));
+    add("TComboBox", Published(Join({listCommon, {
+        Bool("AutoCloseUp", false), Bool("AutoDropDown", false), c.BevelKind, c.CharCase,
+        Int("DropDownCount", "8"), c.ItemIndex, c.MaxLength,
+        Enum("Style", "TComboBoxStyle", "csDropDown",
+             {"csDropDown", "csSimple", "csDropDownList", "csOwnerDrawFixed",
+              "csOwnerDrawVariable"}),
+        c.Text, Ev("OnCloseUp"), Ev("OnDropDown"), Ev("OnSelect")},
+        c.Change})));
 
-    add("TPageControl",
-        Published(
-            Join({c.WinControl(),
-                  {Ref("ActivePage", "TTabSheet"), c.Align, c.DockSite, Bool("HotTrack", false),
-                   c.Images, Bool("MultiLine", false), Bool("OwnerDraw", false),
-                   Bool("RaggedRight", false), Bool("ScrollOpposite", false),
-                   Enum("Style", "TTabStyle", "tsTabs", {"tsTabs", "tsButtons", "tsFlatButtons"}),
-                   Int("TabHeight", "0"),
-                   Enum("TabPosition", "TTabPosition", "tpTop",
-                        {"tpTop", "tpBottom", "tpLeft", "tpRight"}),
-                   With(c.TabStop, "True"), Int("TabWidth", "0"),
-                   Ev("OnChanging", "TTabChangingEvent"), Ev("OnDrawTab", "TDrawTabEvent"),
-                   Ev("OnGetImageIndex", "TTabGetImageEvent"), Ev("OnResize")},
-                  c.Change,
-                  c.ContextPopup,
-                  c.Focus,
-                  c.Mouse,
-                  c.Drag,
-                  c.Dock,
-                  c.DockSiteEvents})));
-    add("TTabSheet", Published({c.BorderWidth,
-                                c.Caption,
-                                c.Constraints,
-                                c.DragMode,
-                                c.Enabled,
-                                c.Font,
-                                Bool("Highlighted", false),
-                                Int("ImageIndex", "0"),
-                                Int("PageIndex", "0"),
-                                c.ParentFont,
-                                c.ParentShowHint,
-                                c.PopupMenu,
-                                c.ShowHint,
-                                Bool("TabVisible", true),
-                                c.Visible,
-                                Ev("OnContextPopup", "TContextPopupEvent"),
-                                Ev("OnDragDrop", "TDragDropEvent"),
-                                Ev("OnDragOver", "TDragOverEvent"),
-                                Ev("OnEndDrag", "TEndDragEvent"),
-                                Ev("OnEnter"),
-                                Ev("OnExit"),
-                                Ev("OnHide"),
-                                Ev("OnMouseDown", "TMouseEvent"),
-                                Ev("OnMouseMove", "TMouseMoveEvent"),
-                                Ev("OnMouseUp", "TMouseEvent"),
-                                Ev("OnResize"),
-                                Ev("OnShow"),
-                                Ev("OnStartDrag", "TStartDragEvent")}));
+    add("TPageControl", Published(Join({c.WinControl(), {
+        Ref("ActivePage", "TTabSheet"), c.Align, c.DockSite, Bool("HotTrack", false), c.Images,
+        Bool("MultiLine", false), Bool("OwnerDraw", false), Bool("RaggedRight", false),
+        Bool("ScrollOpposite", false),
+        Enum("Style", "TTabStyle", "tsTabs", {"tsTabs", "tsButtons", "tsFlatButtons"}),
+        Int("TabHeight", "0"),
+        Enum("TabPosition", "TTabPosition", "tpTop", {"tpTop", "tpBottom", "tpLeft", "tpRight"}),
+        With(c.TabStop, "True"), Int("TabWidth", "0"),
+        Ev("OnChanging", "TTabChangingEvent"), Ev("OnDrawTab", "TDrawTabEvent"),
+        Ev("OnGetImageIndex", "TTabGetImageEvent"), Ev("OnResize")},
+        c.Change, c.Focus, c.DockSiteEvents, c.Pointer})));
+    add("TTabSheet", Published(Join({{
+        c.BorderWidth, c.Caption, c.Constraints, c.DragMode, c.Enabled, c.Font,
+        Bool("Highlighted", false), Int("ImageIndex", "0"), Int("PageIndex", "0"), c.ParentFont,
+        c.ParentShowHint, c.PopupMenu, c.ShowHint, Bool("TabVisible", true), c.Visible,
+        Ev("OnHide"), Ev("OnResize"), Ev("OnShow")},
+        c.Focus, c.Pointer}),
+        {"OnEndDock", "OnStartDock"}));
 
-    add("TImage", Published(Join({{c.Align, c.Anchors, c.AutoSize, Bool("Center", false),
-                                   c.Constraints, c.DragCursor, c.DragKind, c.DragMode, c.Enabled,
-                                   Bool("IncrementalDisplay", false), c.ParentShowHint,
-                                   Obj("Picture", "TPicture"), c.PopupMenu,
-                                   Bool("Proportional", false), c.ShowHint, Bool("Stretch", false),
-                                   c.Transparent, c.Visible, Ev("OnProgress", "TProgressEvent")},
-                                  c.Click,
-                                  c.DblClick,
-                                  c.ContextPopup,
-                                  c.Mouse,
-                                  c.Drag,
-                                  c.Dock})));
-    add("TShape",
-        Published(Join({{c.Align, c.Anchors, Obj("Brush", "TBrush"), c.Constraints, c.DragCursor,
-                         c.DragKind, c.DragMode, c.Enabled, c.ParentShowHint, Obj("Pen", "TPen"),
-                         Enum("Shape", "TShapeType", "stRectangle",
-                              {"stRectangle", "stSquare", "stRoundRect", "stRoundSquare",
-                               "stEllipse", "stCircle"}),
-                         c.ShowHint, c.Visible},
-                        c.ContextPopup,
-                        c.Mouse,
-                        c.Drag,
-                        c.Dock})));
-    add("TBevel",
-        Published({c.Align, c.Anchors, c.Constraints, c.ParentShowHint,
-                   Enum("Shape", "TBevelShape", "bsBox",
-                        {"bsBox", "bsFrame", "bsTopLine", "bsBottomLine", "bsLeftLine",
-                         "bsRightLine", "bsSpacer"}),
-                   c.ShowHint, Enum("Style", "TBevelStyle", "bsLowered", {"bsLowered", "bsRaised"}),
-                   c.Visible}));
+    add("TImage", Published(Join({{
+        c.Align, c.Anchors, c.AutoSize, Bool("Center", false), c.Constraints, c.DragCursor,
+        c.DragKind, c.DragMode, c.Enabled, Bool("IncrementalDisplay", false), c.ParentShowHint,
+        Obj("Picture", "TPicture"), c.PopupMenu, Bool("Proportional", false), c.ShowHint,
+        Bool("Stretch", false), c.Transparent, c.Visible, Ev("OnProgress", "TProgressEvent")},
+        c.ClickEvents()})));
+    add("TShape", Published(Join({{
+        c.Align, c.Anchors, Obj("Brush", "TBrush"), c.Constraints, c.DragCursor, c.DragKind,
+        c.DragMode, c.Enabled, c.ParentShowHint, Obj("Pen", "TPen"),
+        Enum("Shape", "TShapeType", "stRectangle",
+             {"stRectangle", "stSquare", "stRoundRect", "stRoundSquare", "stEllipse", "stCircle"}),
+        c.ShowHint, c.Visible},
+        c.Pointer})));
+    add("TBevel", Published({
+        c.Align, c.Anchors, c.Constraints, c.ParentShowHint,
+        Enum("Shape", "TBevelShape", "bsBox",
+             {"bsBox", "bsFrame", "bsTopLine", "bsBottomLine", "bsLeftLine", "bsRightLine",
+              "bsSpacer"}),
+        c.ShowHint, Enum("Style", "TBevelStyle", "bsLowered", {"bsLowered", "bsRaised"}),
+        c.Visible}));
 
-    add("TScrollBox",
-        Published(Join({c.WinControl(),
-                        {c.Align, Bool("AutoScroll", true), c.AutoSize, c.BevelKind, c.BorderStyle,
-                         c.ColorBtnFace, c.DockSite, c.ParentColor, c.TabStop},
-                        c.ContainerEvents(),
-                        c.Wheel})));
+    add("TScrollBox", Published(Join({c.WinControl(), {
+        c.Align, Bool("AutoScroll", true), c.AutoSize, c.BevelKind, c.BorderStyle, c.ColorBtnFace,
+        c.DockSite, c.ParentColor, c.TabStop},
+        c.ContainerEvents(), c.Wheel})));
 
-    add("TSplitter",
-        Published({With(c.Align, "alLeft"), Bool("AutoSnap", true), Bool("Beveled", false),
-                   c.ColorBtnFace, c.Constraints, With(Cursor("Cursor", "crDefault"), "crHSplit"),
-                   Int("MinSize", "30"), c.ParentColor,
-                   Enum("ResizeStyle", "TResizeStyle", "rsPattern",
-                        {"rsNone", "rsLine", "rsUpdate", "rsPattern"}),
-                   c.Visible, Ev("OnCanResize", "TCanResizeEvent"), Ev("OnMoved"), Ev("OnPaint")}));
+    add("TSplitter", Published({
+        With(c.Align, "alLeft"), Bool("AutoSnap", true), Bool("Beveled", false), c.ColorBtnFace,
+        c.Constraints, Cursor("Cursor", "crHSplit"), Int("MinSize", "30"), c.ParentColor,
+        Enum("ResizeStyle", "TResizeStyle", "rsPattern",
+             {"rsNone", "rsLine", "rsUpdate", "rsPattern"}),
+        c.Visible, Ev("OnCanResize", "TCanResizeEvent"), Ev("OnMoved"), Ev("OnPaint")}));
 
-    add("TStatusBar",
-        Published(
-            Join({c.Control(),
-                  {c.Action, With(c.Align, "alBottom"), Bool("AutoHint", false), c.BorderWidth,
-                   c.ColorBtnFace, Obj("Panels", "TStatusPanels"), With(c.ParentColor, "False"),
-                   With(c.ParentFont, "False"), Bool("SimplePanel", false), Str("SimpleText"),
-                   Bool("SizeGrip", true), Bool("UseSystemFont", true),
-                   Ev("OnCreatePanelClass", "TSBCreatePanelClassEvent"),
-                   Ev("OnDrawPanel", "TDrawPanelEvent"), Ev("OnHint"), Ev("OnResize")},
-                  c.Click,
-                  c.DblClick,
-                  c.ContextPopup,
-                  c.Mouse,
-                  c.Drag,
-                  c.Dock})));
+    add("TStatusBar", Published(Join({c.Control(), {
+        c.Action, With(c.Align, "alBottom"), Bool("AutoHint", false), c.BorderWidth,
+        c.ColorBtnFace, Obj("Panels", "TStatusPanels"), With(c.ParentColor, "False"),
+        With(c.ParentFont, "False"), Bool("SimplePanel", false), Str("SimpleText"),
+        Bool("SizeGrip", true), Bool("UseSystemFont", true),
+        Ev("OnCreatePanelClass", "TSBCreatePanelClassEvent"), Ev("OnDrawPanel", "TDrawPanelEvent"),
+        Ev("OnHint"), Ev("OnResize")},
+        c.ClickEvents()})));
 
-    add("TToolBar",
-        Published(Join(
-            {c.Container(),
-             {With(c.Align, "alTop"),
-              Int("ButtonHeight", "22"),
-              Int("ButtonWidth", "23"),
-              c.BorderWidth,
-              Ref("DisabledImages", "TCustomImageList"),
-              SetOf("EdgeBorders", "TEdgeBorders", "[ebTop]",
-                    {"ebLeft", "ebTop", "ebRight", "ebBottom"}),
-              Enum("EdgeInner", "TEdgeStyle", "esRaised", {"esNone", "esRaised", "esLowered"}),
-              Enum("EdgeOuter", "TEdgeStyle", "esLowered", {"esNone", "esRaised", "esLowered"}),
-              Bool("Flat", false),
-              Ref("HotImages", "TCustomImageList"),
-              c.Images,
-              Int("Indent", "0"),
-              Bool("List", false),
-              Ref("Menu", "TMainMenu"),
-              c.ParentColor,
-              Bool("ShowCaptions", false),
-              c.TabStop,
-              c.Transparent,
-              Bool("Wrapable", true),
-              Ev("OnCustomDraw", "TTBCustomDrawEvent")},
-             c.ContainerEvents()})));
+    add("TToolBar", Published(Join({c.Container(), {
+        With(c.Align, "alTop"), Int("ButtonHeight", "22"), Int("ButtonWidth", "23"),
+        c.BorderWidth, Ref("DisabledImages", "TCustomImageList"),
+        SetOf("EdgeBorders", "TEdgeBorders", "[ebTop]", {"ebLeft", "ebTop", "ebRight", "ebBottom"}),
+        Enum("EdgeInner", "TEdgeStyle", "esRaised", {"esNone", "esRaised", "esLowered"}),
+        Enum("EdgeOuter", "TEdgeStyle", "esLowered", {"esNone", "esRaised", "esLowered"}),
+        Bool("Flat", false), Ref("HotImages", "TCustomImageList"), c.Images, Int("Indent", "0"),
+        Bool("List", false), Ref("Menu", "TMainMenu"), c.ParentColor, Bool("ShowCaptions", false),
+        c.TabStop, c.Transparent, Bool("Wrapable", true),
+        Ev("OnCustomDraw", "TTBCustomDrawEvent")},
+        c.ContainerEvents()})));
 
     add("TTimer", {c.Enabled, Int("Interval", "1000"), Ev("OnTimer")});
 
-    add("TMainMenu",
-        Published({c.MenuAuto,
-                   Enum("AutoLineReduction", "TMenuAutoFlag", "maAutomatic", c.MenuAuto.Values),
-                   Bool("AutoMerge", false), c.BiDiMode, c.Images, Obj("Items", "TMenuItem"),
-                   Bool("OwnerDraw", false), c.ParentBiDiMode,
-                   Ev("OnChange", "TMenuChangeEvent")}));
-    add("TMenuItem",
-        Published({c.Action,
-                   Bool("AutoCheck", false),
-                   With(c.MenuAuto, "maParent"),
-                   Enum("AutoLineReduction", "TMenuAutoFlag", "maParent", c.MenuAuto.Values),
-                   Obj("Bitmap", "TBitmap"),
-                   Enum("Break", "TMenuBreak", "mbNone", {"mbNone", "mbBreak", "mbBarBreak"}),
-                   c.Caption,
-                   Bool("Checked", false),
-                   Bool("Default", false),
-                   c.Enabled,
-                   Int("GroupIndex", "0"),
-                   Int("HelpContext", "0"),
-                   Str("Hint"),
-                   Int("ImageIndex", "-1"),
-                   Bool("RadioItem", false),
-                   Int("ShortCut", "0"),
-                   Ref("SubMenuImages", "TCustomImageList"),
-                   c.Visible,
-                   Ev("OnAdvancedDrawItem", "TAdvancedMenuDrawItemEvent"),
-                   Ev("OnClick"),
-                   Ev("OnDrawItem", "TMenuDrawItemEvent"),
-                   Ev("OnMeasureItem", "TMenuMeasureItemEvent")}));
+    add("TMainMenu", Published({
+        c.MenuAuto, Enum("AutoLineReduction", "TMenuAutoFlag", "maAutomatic", c.MenuAuto.Values),
+        Bool("AutoMerge", false), c.BiDiMode, c.Images, Obj("Items", "TMenuItem"),
+        Bool("OwnerDraw", false), c.ParentBiDiMode, Ev("OnChange", "TMenuChangeEvent")}));
+    add("TMenuItem", Published({
+        c.Action, Bool("AutoCheck", false), With(c.MenuAuto, "maParent"),
+        Enum("AutoLineReduction", "TMenuAutoFlag", "maParent", c.MenuAuto.Values),
+        Obj("Bitmap", "TBitmap"),
+        Enum("Break", "TMenuBreak", "mbNone", {"mbNone", "mbBreak", "mbBarBreak"}),
+        c.Caption, Bool("Checked", false), Bool("Default", false), c.Enabled,
+        Int("GroupIndex", "0"), Int("HelpContext", "0"), Str("Hint"), Int("ImageIndex", "-1"),
+        Bool("RadioItem", false), Int("ShortCut", "0"), Ref("SubMenuImages", "TCustomImageList"),
+        c.Visible, Ev("OnAdvancedDrawItem", "TAdvancedMenuDrawItemEvent"), Ev("OnClick"),
+        Ev("OnDrawItem", "TMenuDrawItemEvent"), Ev("OnMeasureItem", "TMenuMeasureItemEvent")}));
 
-    add("TActionList", Published({c.Images,
-                                  Enum("State", "TActionListState", "asNormal",
-                                       {"asNormal", "asSuspended", "asSuspendedEnabled"}),
-                                  Ev("OnChange"), Ev("OnExecute", "TActionEvent"),
-                                  Ev("OnUpdate", "TActionEvent")}));
+    add("TActionList", Published({
+        c.Images,
+        Enum("State", "TActionListState", "asNormal",
+             {"asNormal", "asSuspended", "asSuspendedEnabled"}),
+        Ev("OnChange"), Ev("OnExecute", "TActionEvent"), Ev("OnUpdate", "TActionEvent")}));
     add("TContainedAction", {Str("Category")});
-    add("TAction",
-        Published({Bool("AutoCheck", false), c.Caption, Bool("Checked", false), c.Enabled,
-                   Int("GroupIndex", "0"), Int("HelpContext", "0"), Str("HelpKeyword"),
-                   Enum("HelpType", "THelpType", "htKeyword", {"htKeyword", "htContext"}),
-                   Str("Hint"), Int("ImageIndex", "-1"), Obj("SecondaryShortCuts", "TShortCutList"),
-                   Int("ShortCut", "0"), c.Visible, Ev("OnExecute"), Ev("OnHint", "THintEvent"),
-                   Ev("OnUpdate")}));
+    add("TAction", Published({
+        Bool("AutoCheck", false), c.Caption, Bool("Checked", false), c.Enabled,
+        Int("GroupIndex", "0"), Int("HelpContext", "0"), Str("HelpKeyword"),
+        Enum("HelpType", "THelpType", "htKeyword", {"htKeyword", "htContext"}), Str("Hint"),
+        Int("ImageIndex", "-1"), Obj("SecondaryShortCuts", "TShortCutList"), Int("ShortCut", "0"),
+        c.Visible, Ev("OnExecute"), Ev("OnHint", "THintEvent"), Ev("OnUpdate")}));
 
-    add("TImageList",
-        Published({Int("AllocBy", "4"), Color("BkColor", "clNone"), Color("BlendColor", "clNone"),
-                   Enum("DrawingStyle", "TDrawingStyle", "dsNormal",
-                        {"dsFocus", "dsSelected", "dsNormal", "dsTransparent"}),
-                   Int("Height", "16"),
-                   Enum("ImageType", "TImageType", "itImage", {"itImage", "itMask"}),
-                   Bool("Masked", true), Bool("ShareImages", false), Int("Width", "16"),
-                   Ev("OnChange")}));
+    add("TImageList", Published({
+        Int("AllocBy", "4"), Color("BkColor", "clNone"), Color("BlendColor", "clNone"),
+        Enum("DrawingStyle", "TDrawingStyle", "dsNormal",
+             {"dsFocus", "dsSelected", "dsNormal", "dsTransparent"}),
+        Int("Height", "16"), Enum("ImageType", "TImageType", "itImage", {"itImage", "itMask"}),
+        Bool("Masked", true), Bool("ShareImages", false), Int("Width", "16"), Ev("OnChange")}));
     return m;
 }
+// clang-format on
 
 const std::map<std::string, List>& Catalog() {
     static const std::map<std::string, List> catalog = BuildCatalog();
