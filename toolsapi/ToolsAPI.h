@@ -355,9 +355,11 @@ class IOTAComponent : public virtual rtl::IInterface {
     virtual TOTAHandle GetComponentHandle() = 0;
     virtual _di_IOTAComponent GetParent() = 0;
     virtual bool IsTControl() = 0;
+    // The properties the component stores and the other published properties of its class.
     virtual int GetPropCount() = 0;
     virtual std::string GetPropName(int index) = 0;
-    // The value as text; false when the component has no such stored property.
+    // The value as a form file writes it; for a published property the component does not
+    // store, its default. False when the component has no such property.
     virtual bool GetPropValueByName(const std::string& name, std::string& value) = 0;
     virtual bool SetPropByName(const std::string& name, const std::string& value) = 0;
     virtual int GetControlCount() = 0;

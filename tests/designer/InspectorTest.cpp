@@ -17,6 +17,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace workbench;
 using namespace workbench::designer;
 using ToolsAPI::TDesignComponent;
@@ -102,15 +104,32 @@ TEST_F(InspectorTest, TheSelectedComponentsPropertiesAreShownSortedWithTheNameFi
     EXPECT_EQ(inspector.ValueText("Font.Name"), "MS Sans Serif");
     Select(editor, "OkButton");
     EXPECT_EQ(inspector.Component()->Name, "OkButton");
-    EXPECT_EQ(inspector.PropertyNames(), (QStringList{"Name", "Caption", "Default", "Height",
-                                                      "Left", "TabOrder", "Top", "Width"}));
+    // The stored properties and the button's other published ones, in one list sorted by name
+    // after the name itself.
+    QStringList names = inspector.PropertyNames();
+    ASSERT_FALSE(names.isEmpty());
+    EXPECT_EQ(names.front(), "Name");
+    for (const char* stored : {"Caption", "Default", "Height", "Left", "TabOrder", "Top", "Width"})
+        EXPECT_TRUE(names.contains(stored)) << stored;
+    for (const char* published : {"Enabled", "Visible", "Hint", "Cancel", "ModalResult", "Tag"})
+        EXPECT_TRUE(names.contains(published)) << published;
+    QStringList rest = names.mid(1), sorted = rest;
+    std::sort(sorted.begin(), sorted.end(), [](const QString& a, const QString& b) {
+        return a.compare(b, Qt::CaseInsensitive) < 0;
+    });
+    EXPECT_EQ(rest, sorted);
+    EXPECT_EQ(QStringList(names).removeDuplicates(), 0);
+    EXPECT_FALSE(names.contains("OnClick"));
     EXPECT_EQ(inspector.ValueText("Name"), "OkButton");
     EXPECT_EQ(inspector.ValueText("Caption"), "OK");
     EXPECT_EQ(inspector.ValueText("Default"), "True");
     EXPECT_EQ(inspector.ComponentList()->currentText(), "OkButton: TButton");
     // Events have a page of their own.
     inspector.Pages()->setCurrentIndex(1);
-    EXPECT_EQ(inspector.PropertyNames(), (QStringList{"OnClick"}));
+    QStringList events = inspector.PropertyNames();
+    EXPECT_TRUE(events.contains("OnClick"));
+    for (const QString& e : events)
+        EXPECT_TRUE(e.startsWith("On")) << e.toStdString();
     EXPECT_EQ(inspector.ValueText("OnClick"), "OkButtonClick");
     inspector.Pages()->setCurrentIndex(0);
     // Lists and collections are shown but not edited here.
@@ -193,12 +212,24 @@ TEST_F(InspectorTest, ValuesOfAnotherKindAreRefusedAndChangeNothing) {
     EXPECT_FALSE(inspector.EditValue("Name", "NameEdit")); // taken
     EXPECT_FALSE(inspector.EditValue("Lines.Strings", "x"));
     EXPECT_FALSE(inspector.EditValue("NoSuchProperty", "1"));
+    // The same for the published properties the form file does not store: their type decides.
+    EXPECT_FALSE(inspector.EditValue("Enabled", "Maybe"));
+    EXPECT_FALSE(inspector.EditValue("Cursor", "crNowhere"));
+    EXPECT_FALSE(inspector.EditValue("Tag", "many"));
+    EXPECT_FALSE(inspector.EditValue("Font", "Arial"));
+    EXPECT_FALSE(inspector.EditValue("Anchors", "[akLeft]"));
     EXPECT_FALSE(editor->GetModified());
-    EXPECT_EQ(editor->Root()->FindComponent("OkButton")->IntProp("Width"), 75);
+    TDesignComponent* ok = editor->Root()->FindComponent("OkButton");
+    EXPECT_EQ(ok->IntProp("Width"), 75);
+    EXPECT_EQ(ok->FindProperty("Enabled"), nullptr);
+    EXPECT_EQ(ok->FindProperty("Cursor"), nullptr);
     EXPECT_EQ(inspector.ValueText("Width"), "75");
+    EXPECT_EQ(inspector.ValueText("Enabled"), "True");
     // A good value clears the report.
     ASSERT_TRUE(inspector.EditValue("Width", "80"));
     EXPECT_TRUE(inspector.ErrorText().isEmpty());
+    ASSERT_TRUE(inspector.EditValue("Cursor", "crHandPoint"));
+    EXPECT_EQ(ok->StrProp("Cursor"), "crHandPoint");
 }
 
 TEST_F(InspectorTest, ARenameInTheInspectorFiresTheNotifierAndKeepsTheComponentShown) {
@@ -271,4 +302,138 @@ TEST_F(InspectorTest, SavingTheBinaryFormWritesItBinaryAgain) {
     ASSERT_NE(at, std::string::npos);
     original.replace(at, oldValue.size(), std::string("Text\x06\x02", 6) + "12");
     EXPECT_EQ(bytes, original);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The published properties a form file does not store
+
+TEST_F(InspectorTest, AnUnstoredPublishedPropertyShowsItsDefault) {
+    TFormEditor* editor = Open("Main.pas");
+    Select(editor, "OkButton");
+    TDesignComponent* ok = editor->Root()->FindComponent("OkButton");
+    ASSERT_EQ(ok->FindProperty("Enabled"), nullptr);
+    EXPECT_EQ(inspector.ValueText("Enabled"), "True");
+    EXPECT_EQ(inspector.ValueText("Visible"), "True");
+    EXPECT_EQ(inspector.ValueText("Cancel"), "False");
+    EXPECT_EQ(inspector.ValueText("Cursor"), "crDefault");
+    EXPECT_EQ(inspector.ValueText("ModalResult"), "0");
+    EXPECT_EQ(inspector.ValueText("TabStop"), "True");
+    EXPECT_EQ(inspector.ValueText("Anchors"), "[akLeft, akTop]");
+    EXPECT_EQ(inspector.ValueText("Hint"), "");
+    EXPECT_EQ(inspector.ValueText("Font"), "(TFont)");
+    EXPECT_EQ(inspector.ValueText("Constraints"), "(TSizeConstraints)");
+    // The simple kinds are edited as the stored ones are; sets and objects are not.
+    EXPECT_TRUE(inspector.IsEditable("Enabled"));
+    EXPECT_TRUE(inspector.IsEditable("Cursor"));
+    EXPECT_TRUE(inspector.IsEditable("Hint"));
+    EXPECT_FALSE(inspector.IsEditable("Anchors"));
+    EXPECT_FALSE(inspector.IsEditable("Font"));
+    // An identifier's drop-down offers the values its type has.
+    auto choices = [&](const char* name) {
+        for (int i = 0; i < inspector.Grid()->topLevelItemCount(); ++i)
+            if (inspector.Grid()->topLevelItem(i)->text(0) == name)
+                return inspector.Grid()->topLevelItem(i)->data(1, Qt::UserRole + 2).toStringList();
+        return QStringList();
+    };
+    EXPECT_TRUE(choices("Cursor").contains("crHandPoint"));
+    EXPECT_EQ(choices("Enabled"), (QStringList{"False", "True"}));
+    // Showing them changes nothing.
+    EXPECT_FALSE(editor->GetModified());
+    EXPECT_EQ(ok->Properties.size(), 8u);
+    // Each class has its own: a label takes no focus, a form is not shown until asked.
+    Select(editor, "CaptionLabel");
+    EXPECT_FALSE(inspector.PropertyNames().contains("TabOrder"));
+    EXPECT_EQ(inspector.ValueText("AutoSize"), "True");
+    editor->Select(editor->Root(), false);
+    EXPECT_EQ(inspector.ValueText("Visible"), "False");
+    EXPECT_EQ(inspector.ValueText("WindowState"), "wsNormal");
+    EXPECT_EQ(inspector.ValueText("Position"), "poScreenCenter"); // stored
+    // An object with stored nested properties is one row, named by its class.
+    Select(editor, "NotesMemo");
+    EXPECT_EQ(inspector.ValueText("Lines"), "(TStrings)");
+    EXPECT_EQ(inspector.ValueText("Lines.Strings"), "(TStrings)");
+    int linesRows = 0;
+    for (int i = 0; i < inspector.Grid()->topLevelItemCount(); ++i)
+        linesRows += inspector.Grid()->topLevelItem(i)->text(0) == "Lines";
+    EXPECT_EQ(linesRows, 1);
+    EXPECT_EQ(inspector.ValueText("WordWrap"), "True");
+}
+
+TEST_F(InspectorTest, EditingAnUnstoredPropertyStoresItAndSavingWritesIt) {
+    TFormEditor* editor = Open("Main.pas");
+    auto counter = MakeInterfaced<TModifiedCount>();
+    editor->AddNotifier(_di_IOTANotifier(counter.get()));
+    Select(editor, "OkButton");
+    ASSERT_TRUE(inspector.EditValue("Enabled", "false")) << inspector.ErrorText().toStdString();
+    EXPECT_TRUE(inspector.ErrorText().isEmpty());
+    const ToolsAPI::TDesignProperty* enabled =
+        editor->Root()->FindComponent("OkButton")->FindProperty("Enabled");
+    ASSERT_NE(enabled, nullptr);
+    EXPECT_EQ(enabled->Kind, ToolsAPI::TDesignValueKind::Boolean);
+    EXPECT_EQ(enabled->Int, 0);
+    EXPECT_TRUE(editor->GetModified());
+    EXPECT_TRUE(module->AnyModified());
+    EXPECT_EQ(counter->count, 1);
+    EXPECT_EQ(inspector.ValueText("Enabled"), "False");
+    EXPECT_FALSE(window->findChild<QPushButton*>("OkButton")->isEnabled());
+    // A string is typed without its quotes, as a stored one is.
+    ASSERT_TRUE(inspector.EditValue("Hint", "Accept it"));
+    EXPECT_EQ(editor->Root()->FindComponent("OkButton")->StrProp("Hint"), "Accept it");
+    ASSERT_TRUE(module->Save(false, false));
+    EXPECT_FALSE(editor->GetModified());
+    // The file is the original with the two lines where the platform writes them: the hint
+    // with what TControl publishes, after the size; Enabled among the button's own.
+    std::string bytes = testfiles::ReadFile(copy.File("Main.dfm"));
+    std::string expected = testfiles::ReadFile(testfiles::ExamplesDir() / "Main.dfm");
+    std::string from = "      Height = 25\r\n      Caption = 'OK'\r\n      Default = True\r\n"
+                       "      TabOrder = 1\r\n";
+    size_t at = expected.find(from);
+    ASSERT_NE(at, std::string::npos);
+    expected.replace(at, from.size(),
+                     "      Height = 25\r\n      Hint = 'Accept it'\r\n      Caption = 'OK'\r\n"
+                     "      Default = True\r\n      Enabled = False\r\n      TabOrder = 1\r\n");
+    EXPECT_EQ(bytes, expected);
+    TFormFile again = LoadFormFile(copy.File("Main.dfm"));
+    EXPECT_EQ(again.Root->FindComponent("OkButton")->IntProp("Enabled", 1), 0);
+}
+
+TEST_F(InspectorTest, AnUnstoredPropertyEditedInTheBinaryFormIsWrittenBinary) {
+    TFormEditor* editor = Open("Settings.pas");
+    Select(editor, "RecentEdit");
+    ASSERT_TRUE(inspector.EditValue("ReadOnly", "True")) << inspector.ErrorText().toStdString();
+    ASSERT_TRUE(inspector.EditValue("MaxLength", "3"));
+    ASSERT_TRUE(module->Save(false, false));
+    TFormFile again = LoadFormFile(copy.File("Settings.dfm"));
+    EXPECT_EQ(again.Format, TFormFileFormat::Binary);
+    TDesignComponent* edit = again.Root->FindComponent("RecentEdit");
+    EXPECT_EQ(edit->IntProp("ReadOnly", 0), 1);
+    EXPECT_EQ(edit->IntProp("MaxLength", 0), 3);
+    EXPECT_EQ(edit->StrProp("Text"), "8");
+}
+
+TEST_F(InspectorTest, TheEventsPageListsTheEventsOfTheClass) {
+    TFormEditor* editor = Open("Settings.pas");
+    Select(editor, "OkButton"); // a button without a handler
+    inspector.Pages()->setCurrentIndex(1);
+    QStringList events = inspector.PropertyNames();
+    EXPECT_TRUE(events.contains("OnClick"));
+    EXPECT_TRUE(events.contains("OnEnter"));
+    EXPECT_TRUE(events.contains("OnKeyDown"));
+    EXPECT_FALSE(events.contains("Enabled"));
+    EXPECT_FALSE(events.contains("Name"));
+    EXPECT_EQ(inspector.ValueText("OnClick"), "");
+    // A label takes no focus: no OnEnter.
+    Select(editor, "RecentLabel");
+    EXPECT_TRUE(inspector.PropertyNames().contains("OnClick"));
+    EXPECT_FALSE(inspector.PropertyNames().contains("OnEnter"));
+    // The form's own events, with the stored handler.
+    editor->Select(editor->Root(), false);
+    EXPECT_TRUE(inspector.PropertyNames().contains("OnCreate"));
+    EXPECT_EQ(inspector.ValueText("OnShow"), "FormShow");
+    EXPECT_EQ(inspector.ValueText("OnCreate"), "");
+    // Naming a handler stores it.
+    Select(editor, "OkButton");
+    ASSERT_TRUE(inspector.EditValue("OnClick", "OkButtonClick"));
+    EXPECT_EQ(editor->Root()->FindComponent("OkButton")->StrProp("OnClick"), "OkButtonClick");
+    EXPECT_EQ(inspector.ValueText("OnClick"), "OkButtonClick");
 }

@@ -3,6 +3,7 @@
 #include "rtl/CodePage.h"
 #include "workbench/designer/VclValues.h"
 #include "workbench/model/FormFile.h"
+#include "workbench/model/LibraryClasses.h"
 
 #include <QComboBox>
 #include <QHeaderView>
@@ -15,7 +16,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <map>
+#include <set>
 
 namespace workbench::designer {
 
@@ -29,15 +32,11 @@ namespace {
 constexpr int NameRole = Qt::UserRole + 1;    // the full property name, "Font.Name"
 constexpr int ChoicesRole = Qt::UserRole + 2; // the values a drop-down offers
 
-const QStringList& ColorNames() {
-    static const QStringList names = {
-        "clBlack",     "clMaroon",        "clGreen",   "clOlive",    "clNavy",
-        "clPurple",    "clTeal",          "clGray",    "clSilver",   "clRed",
-        "clLime",      "clYellow",        "clBlue",    "clFuchsia",  "clAqua",
-        "clWhite",     "clMoneyGreen",    "clSkyBlue", "clCream",    "clMedGray",
-        "clBtnFace",   "clBtnShadow",     "clBtnText", "clWindow",   "clWindowText",
-        "clHighlight", "clHighlightText", "clInfoBk",  "clInfoText", "clGrayText"};
-    return names;
+QStringList FormTexts(const std::vector<std::string>& values) {
+    QStringList list;
+    for (const std::string& v : values)
+        list << FormText(v);
+    return list;
 }
 
 // The value column's editor: a drop-down for the rows that offer choices, a line otherwise.
@@ -268,13 +267,33 @@ void TObjectInspector::Fill() {
     grid_->clear();
     if (component_) {
         bool events = pages_->currentIndex() == 1;
+        const auto& published = PublishedProperties(*component_);
         // Sorted by name, nested properties under the object that holds them.
         std::map<QString, const TDesignProperty*, bool (*)(const QString&, const QString&)> rows(
             [](const QString& a, const QString& b) {
                 return a.compare(b, Qt::CaseInsensitive) < 0;
             });
-        for (const TDesignProperty& p : component_->Properties)
+        std::set<std::string> nestedObjects; // "Font" for a stored "Font.Name"
+        for (const TDesignProperty& p : component_->Properties) {
             if (IsEvent(p) == events) rows[FormText(p.Name)] = &p;
+            if (size_t dot = p.Name.find('.'); dot != std::string::npos)
+                nestedObjects.insert(rtl::LowerCase(p.Name.substr(0, dot)));
+        }
+        // The published properties the component does not store, at their defaults. A
+        // class-valued one whose nested properties are stored is the row that holds them.
+        std::deque<TDesignProperty> defaults;
+        std::map<QString, QString> objectTexts; // "Font" -> "(TFont)"
+        for (const TLibraryProperty& lp : published) {
+            if ((lp.Kind == TLibraryPropertyKind::Event) != events ||
+                rtl::SameText(lp.Name, "Name"))
+                continue;
+            if (lp.Kind == TLibraryPropertyKind::Class)
+                objectTexts[FormText(lp.Name)] = FormText(lp.Default);
+            if (component_->FindProperty(lp.Name) || (lp.Kind == TLibraryPropertyKind::Class &&
+                                                      nestedObjects.count(rtl::LowerCase(lp.Name))))
+                continue;
+            rows[FormText(lp.Name)] = &defaults.emplace_back(DefaultDesignProperty(lp));
+        }
         auto makeItem = [&](QTreeWidgetItem* parent, const QString& label, const QString& full,
                             const TDesignProperty* p) {
             auto* item = parent ? new QTreeWidgetItem(parent) : new QTreeWidgetItem(grid_);
@@ -284,10 +303,13 @@ void TObjectInspector::Fill() {
                 item->setText(1, ShownValue(*p));
                 if (SimpleKind(p->Kind)) {
                     item->setFlags(item->flags() | Qt::ItemIsEditable);
+                    const TLibraryProperty* lp = FindPublishedProperty(*component_, p->Name);
                     if (p->Kind == TDesignValueKind::Boolean)
                         item->setData(1, ChoicesRole, QStringList{"False", "True"});
+                    else if (lp && lp->Kind == TLibraryPropertyKind::Ident && !lp->Values.empty())
+                        item->setData(1, ChoicesRole, FormTexts(lp->Values));
                     else if (p->Kind == TDesignValueKind::Ident && p->Str.rfind("cl", 0) == 0)
-                        item->setData(1, ChoicesRole, ColorNames());
+                        item->setData(1, ChoicesRole, FormTexts(LibraryColorNames()));
                 } else {
                     item->setForeground(1, QColor(0x80, 0x80, 0x80));
                 }
@@ -314,7 +336,8 @@ void TObjectInspector::Fill() {
             QTreeWidgetItem*& parent = objects[object];
             if (!parent) {
                 parent = makeItem(nullptr, object, object, nullptr);
-                parent->setText(1, "(T" + object + ")");
+                parent->setText(1, objectTexts.count(object) ? objectTexts[object]
+                                                             : "(T" + object + ")");
             }
             makeItem(parent, full.mid(dot + 1), full, p);
         }
@@ -412,6 +435,14 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
         return true;
     }
     const TDesignProperty* old = c->FindProperty(propName);
+    // A published property the component does not store is edited from its default; the edit
+    // stores it.
+    TDesignProperty unstored;
+    if (!old)
+        if (const TLibraryProperty* lp = FindPublishedProperty(*c, propName)) {
+            unstored = DefaultDesignProperty(*lp);
+            old = &unstored;
+        }
     if (!old || !SimpleKind(old->Kind)) {
         Report(name + " can't be edited here");
         return false;

@@ -1,12 +1,14 @@
-// The object inspector: the form "PropertyInspector", showing the stored properties of the
-// component selected in a form editor, and editing the simple ones.
+// The object inspector: the form "PropertyInspector", showing the properties of the component
+// selected in a form editor, and editing the simple ones.
 //
 // The inspector follows one form editor at a time (the host hands it the editor of the designer
 // window in front). It lists the components of that form in a combo box at its top, and the
 // selected component's properties in a grid below: name and value, nested properties
-// ("Font.Name") under their object ("Font"), events on a page of their own. Values of the simple
-// kinds (integers, strings, identifiers, Booleans, floats) and the component's name can be
-// edited in the grid; an edit goes through the form editor's component interface, so the
+// ("Font.Name") under their object ("Font"), events on a page of their own. The grid holds the
+// properties the form file stores and, at their defaults, the others the component's class
+// publishes (workbench/model/LibraryClasses.h); editing one of those stores it. Values of the
+// simple kinds (integers, strings, identifiers, Booleans, floats) and the component's name can
+// be edited in the grid; an edit goes through the form editor's component interface, so the
 // module becomes modified and the designer window follows. A value that the property can't take
 // is refused and reported in the inspector's status line.
 //

@@ -1,5 +1,6 @@
 // Form editors, their components, and the project resource editor.
 #include "workbench/model/Files.h"
+#include "workbench/model/LibraryClasses.h"
 #include "workbench/model/Model.h"
 
 #include <algorithm>
@@ -220,9 +221,19 @@ _di_IOTAComponent TComponentRef::GetParent() {
     return editor_->Wrap(component_->Parent());
 }
 
+std::vector<std::string> TComponentRef::PropNames() const {
+    std::vector<std::string> names;
+    for (const TDesignProperty& p : component_->Properties)
+        names.push_back(p.Name);
+    for (const TLibraryProperty& p : PublishedProperties(*component_))
+        if (!component_->FindProperty(p.Name)) names.push_back(p.Name);
+    return names;
+}
+
 std::string TComponentRef::GetPropName(int index) {
-    if (index < 0 || index >= GetPropCount()) return {};
-    return component_->Properties[static_cast<size_t>(index)].Name;
+    auto names = PropNames();
+    if (index < 0 || index >= static_cast<int>(names.size())) return {};
+    return names[static_cast<size_t>(index)];
 }
 
 bool TComponentRef::GetPropValueByName(const std::string& name, std::string& value) {
@@ -230,11 +241,36 @@ bool TComponentRef::GetPropValueByName(const std::string& name, std::string& val
         value = component_->Name;
         return true;
     }
-    const TDesignProperty* p = component_->FindProperty(name);
-    if (!p) return false;
-    value = p->Text;
-    return true;
+    if (const TDesignProperty* p = component_->FindProperty(name)) {
+        value = p->Text;
+        return true;
+    }
+    if (const TLibraryProperty* p = FindPublishedProperty(*component_, name)) {
+        value = p->Default;
+        return true;
+    }
+    return false;
 }
+
+namespace {
+// Where a property the component did not store goes among those it stores: before the first
+// one the class publishes after it, as the form file would have had it.
+size_t PlaceOfNewProperty(const TDesignComponent& component, const std::string& name) {
+    const auto& published = PublishedProperties(component);
+    auto rank = [&](std::string_view propName) -> int {
+        // A nested property ("Font.Name") is where its object is.
+        propName = propName.substr(0, propName.find('.'));
+        for (size_t i = 0; i < published.size(); ++i)
+            if (SameText(published[i].Name, propName)) return static_cast<int>(i);
+        return -1;
+    };
+    int own = rank(name);
+    if (own >= 0)
+        for (size_t i = 0; i < component.Properties.size(); ++i)
+            if (rank(component.Properties[i].Name) > own) return i;
+    return component.Properties.size();
+}
+} // namespace
 
 bool TComponentRef::SetPropByName(const std::string& name, const std::string& value) {
     if (SameText(name, "Name")) {
@@ -247,8 +283,19 @@ bool TComponentRef::SetPropByName(const std::string& name, const std::string& va
     } catch (const EFormFileError&) {
         return false;
     }
-    if (const TDesignProperty* old = component_->FindProperty(name)) p.Name = old->Name;
-    component_->SetProperty(std::move(p));
+    // A published property takes only values of its type.
+    const TLibraryProperty* published = FindPublishedProperty(*component_, name);
+    if (published && !FitLibraryValue(*published, p)) return false;
+    if (const TDesignProperty* old = component_->FindProperty(name)) {
+        p.Name = old->Name;
+        component_->SetProperty(std::move(p));
+    } else {
+        if (published) p.Name = published->Name;
+        auto& props = component_->Properties;
+        props.insert(props.begin() +
+                         static_cast<std::ptrdiff_t>(PlaceOfNewProperty(*component_, p.Name)),
+                     std::move(p));
+    }
     editor_->MarkModified();
     return true;
 }

@@ -382,7 +382,9 @@ public:
     TOTAHandle GetComponentHandle() override { return component_; }
     _di_IOTAComponent GetParent() override;
     bool IsTControl() override { return component_->IsControl(); }
-    int GetPropCount() override { return static_cast<int>(component_->Properties.size()); }
+    // The properties are the stored ones, in the form file's order, then the other published
+    // properties of the component's class (LibraryClasses.h), which read as their defaults.
+    int GetPropCount() override { return static_cast<int>(PropNames().size()); }
     std::string GetPropName(int index) override;
     bool GetPropValueByName(const std::string& name, std::string& value) override;
     bool SetPropByName(const std::string& name, const std::string& value) override;
@@ -395,6 +397,7 @@ public:
 
 private:
     std::vector<TDesignComponent*> Controls() const;
+    std::vector<std::string> PropNames() const;
     DelphiInterface<TFormEditor> editor_;
     TDesignComponent* component_;
 };

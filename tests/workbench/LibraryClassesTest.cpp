@@ -1,0 +1,371 @@
+// The catalog of the component library's published properties: lookup through the class
+// hierarchy, the defaults a form file leaves out, the example forms it must cover, and the
+// seam's component interface that lists and edits the stored and the published properties.
+#include "workbench/model/LibraryClasses.h"
+#include "tests/workbench/TestFiles.h"
+#include "workbench/model/Files.h"
+#include "workbench/model/Model.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+using namespace workbench;
+
+namespace {
+
+const TLibraryProperty* Find(std::string_view cls, std::string_view name) {
+    for (const TLibraryProperty& p : LibraryClassProperties(cls))
+        if (SameText(p.Name, name)) return &p;
+    return nullptr;
+}
+
+std::string DefaultOf(std::string_view cls, std::string_view name) {
+    const TLibraryProperty* p = Find(cls, name);
+    return p ? p->Default : "<none>";
+}
+
+int IndexOf(std::string_view cls, std::string_view name) {
+    const auto& all = LibraryClassProperties(cls);
+    for (size_t i = 0; i < all.size(); ++i)
+        if (SameText(all[i].Name, name)) return static_cast<int>(i);
+    return -1;
+}
+
+} // namespace
+
+TEST(LibraryClasses, AClassHasItsAncestorsPropertiesFirstAndItsOwnAfter) {
+    // Name and Tag come from TComponent, Left and Hint from TControl, the rest from TButton.
+    for (const char* name : {"Name", "Tag", "Left", "Top", "Width", "Height", "Hint", "Cursor",
+                             "Enabled", "Visible", "TabOrder", "TabStop", "Cancel", "Default",
+                             "ModalResult", "Caption", "Font", "OnClick", "OnEnter"})
+        EXPECT_NE(Find("TButton", name), nullptr) << name;
+    EXPECT_LT(IndexOf("TButton", "Name"), IndexOf("TButton", "Left"));
+    EXPECT_LT(IndexOf("TButton", "Height"), IndexOf("TButton", "Caption"));
+    // A property comes once though a class publishes it anew.
+    std::set<std::string> seen;
+    for (const TLibraryProperty& p : LibraryClassProperties("TSplitter"))
+        EXPECT_TRUE(seen.insert(LowerCase(p.Name)).second) << p.Name;
+    // TButton's own declaration does not hold what its ancestors publish.
+    const auto* own = LibraryClassOwnProperties("TButton");
+    ASSERT_NE(own, nullptr);
+    EXPECT_FALSE(std::any_of(own->begin(), own->end(),
+                             [](const TLibraryProperty& p) { return p.Name == "Left"; }));
+    // Classes publish different things: a label takes no focus, a timer is no control.
+    EXPECT_EQ(Find("TLabel", "TabOrder"), nullptr);
+    EXPECT_EQ(Find("TLabel", "OnEnter"), nullptr);
+    EXPECT_NE(Find("TLabel", "FocusControl"), nullptr);
+    EXPECT_EQ(Find("TTimer", "Left"), nullptr);
+    EXPECT_EQ(Find("TTimer", "Visible"), nullptr);
+    EXPECT_NE(Find("TTimer", "OnTimer"), nullptr);
+    // Lookup ignores the letter case of the class name.
+    EXPECT_EQ(LibraryClassProperties("tbutton").size(), LibraryClassProperties("TButton").size());
+}
+
+TEST(LibraryClasses, DefaultsAreWrittenAsAFormFileWritesThem) {
+    EXPECT_EQ(DefaultOf("TButton", "Visible"), "True");
+    EXPECT_EQ(DefaultOf("TButton", "Enabled"), "True");
+    EXPECT_EQ(DefaultOf("TButton", "Cursor"), "crDefault");
+    EXPECT_EQ(DefaultOf("TPanel", "Align"), "alNone");
+    EXPECT_EQ(DefaultOf("TButton", "Anchors"), "[akLeft, akTop]");
+    EXPECT_EQ(DefaultOf("TButton", "Caption"), "''");
+    EXPECT_EQ(DefaultOf("TButton", "Tag"), "0");
+    // A button's ModalResult is an integer in the form file (mrNone is 0).
+    EXPECT_EQ(DefaultOf("TButton", "ModalResult"), "0");
+    EXPECT_EQ(DefaultOf("TForm", "Position"), "poDesigned");
+    EXPECT_EQ(DefaultOf("TTimer", "Interval"), "1000");
+    EXPECT_EQ(DefaultOf("TButton", "OnClick"), "");
+    EXPECT_EQ(DefaultOf("TButton", "Font"), "(TFont)");
+    EXPECT_EQ(DefaultOf("TMemo", "Lines"), "(TStrings)");
+    // The same property has the default the class gives it.
+    EXPECT_EQ(DefaultOf("TButton", "TabStop"), "True");
+    EXPECT_EQ(DefaultOf("TEdit", "TabStop"), "True");
+    EXPECT_EQ(DefaultOf("TPanel", "TabStop"), "False");
+    EXPECT_EQ(DefaultOf("TForm", "BorderStyle"), "bsSizeable");
+    EXPECT_EQ(DefaultOf("TPanel", "BorderStyle"), "bsNone");
+    EXPECT_EQ(DefaultOf("TEdit", "BorderStyle"), "bsSingle");
+    EXPECT_EQ(DefaultOf("TEdit", "Color"), "clWindow");
+    EXPECT_EQ(DefaultOf("TPanel", "Color"), "clBtnFace");
+    EXPECT_EQ(DefaultOf("TForm", "Visible"), "False");
+    EXPECT_EQ(DefaultOf("TSplitter", "Align"), "alLeft");
+    EXPECT_EQ(DefaultOf("TSplitter", "Cursor"), "crHSplit");
+    EXPECT_EQ(DefaultOf("TStatusBar", "Align"), "alBottom");
+    EXPECT_EQ(DefaultOf("TMenuItem", "ImageIndex"), "-1");
+    // The kinds and the values an identifier takes.
+    const TLibraryProperty* align = Find("TPanel", "Align");
+    ASSERT_NE(align, nullptr);
+    EXPECT_EQ(align->Kind, TLibraryPropertyKind::Ident);
+    EXPECT_NE(std::find(align->Values.begin(), align->Values.end(), "alClient"),
+              align->Values.end());
+    EXPECT_EQ(Find("TPanel", "Anchors")->Kind, TLibraryPropertyKind::Set);
+    EXPECT_EQ(Find("TPanel", "Constraints")->Kind, TLibraryPropertyKind::Class);
+    EXPECT_EQ(Find("TPanel", "OnResize")->Kind, TLibraryPropertyKind::Event);
+    EXPECT_EQ(Find("TPanel", "Visible")->Kind, TLibraryPropertyKind::Boolean);
+    EXPECT_EQ(Find("TEdit", "Text")->Kind, TLibraryPropertyKind::String);
+    EXPECT_EQ(Find("TEdit", "MaxLength")->Kind, TLibraryPropertyKind::Integer);
+}
+
+TEST(LibraryClasses, AUserClassHasItsLibraryAncestorsProperties) {
+    ToolsAPI::TDesignComponent form;
+    form.ClassName = "TMainForm";
+    form.Ancestors = {"TForm",    "TCustomForm", "TScrollingWinControl", "TWinControl",
+                      "TControl", "TComponent",  "TPersistent",          "TObject"};
+    ASSERT_NE(FindPublishedProperty(form, "Position"), nullptr);
+    EXPECT_EQ(PublishedProperties(form).size(), LibraryClassProperties("TForm").size());
+    // Only what the unit declares: the library's class hierarchy goes on from there.
+    ToolsAPI::TDesignComponent button;
+    button.ClassName = "TColourButton";
+    button.Ancestors = {"TButton"};
+    EXPECT_NE(FindPublishedProperty(button, "ModalResult"), nullptr);
+    EXPECT_NE(FindPublishedProperty(button, "Tag"), nullptr);
+    // Nothing known: nothing published.
+    ToolsAPI::TDesignComponent stranger;
+    stranger.ClassName = "TStranger";
+    EXPECT_TRUE(PublishedProperties(stranger).empty());
+    EXPECT_EQ(FindPublishedProperty(stranger, "Name"), nullptr);
+    EXPECT_TRUE(LibraryClassProperties("TStranger").empty());
+    // A library class that publishes nothing new has its ancestors' properties.
+    EXPECT_EQ(LibraryClassOwnProperties("TCustomPanel"), nullptr);
+    EXPECT_NE(Find("TCustomPanel", "Hint"), nullptr);
+    EXPECT_EQ(Find("TCustomPanel", "BevelOuter"), nullptr);
+}
+
+TEST(LibraryClasses, AValueFitsWhenItIsOfThePropertysKindAndAmongItsValues) {
+    auto fits = [](const char* cls, const char* name, const std::string& text) {
+        ToolsAPI::TDesignProperty value = ParseDesignProperty(name, text);
+        return FitLibraryValue(*Find(cls, name), value);
+    };
+    EXPECT_TRUE(fits("TButton", "Enabled", "False"));
+    EXPECT_FALSE(fits("TButton", "Enabled", "Maybe"));
+    EXPECT_FALSE(fits("TButton", "Enabled", "1"));
+    EXPECT_TRUE(fits("TPanel", "Align", "alClient"));
+    EXPECT_FALSE(fits("TPanel", "Align", "alSideways"));
+    EXPECT_FALSE(fits("TPanel", "Align", "'alClient'"));
+    EXPECT_TRUE(fits("TPanel", "Color", "clRed"));
+    EXPECT_TRUE(fits("TPanel", "Color", "255")); // a colour is an integer too
+    EXPECT_FALSE(fits("TPanel", "Align", "2"));
+    EXPECT_TRUE(fits("TButton", "Caption", "'OK'"));
+    EXPECT_FALSE(fits("TButton", "Caption", "OK"));
+    EXPECT_TRUE(fits("TButton", "Anchors", "[akLeft]"));
+    EXPECT_TRUE(fits("TButton", "OnClick", "OkButtonClick"));
+    EXPECT_TRUE(fits("TForm", "Menu", "AnyMenu")); // a reference takes any component's name
+    EXPECT_FALSE(fits("TButton", "Font", "x"));
+    // Another letter case is taken, with the library's spelling.
+    ToolsAPI::TDesignProperty lower = ParseDesignProperty("ScrollBars", "ssboth");
+    ASSERT_TRUE(FitLibraryValue(*Find("TMemo", "ScrollBars"), lower));
+    EXPECT_EQ(lower.Str, "ssBoth");
+    EXPECT_EQ(lower.Text, "ssBoth");
+    EXPECT_EQ(PropertyRawValue(lower), ParseDesignProperty("ScrollBars", "ssBoth").Raw);
+}
+
+TEST(LibraryClasses, DefaultsReadAsStoredPropertiesOfTheirKind) {
+    auto shown = [](const char* cls, const char* name) {
+        return DefaultDesignProperty(*Find(cls, name));
+    };
+    EXPECT_EQ(shown("TButton", "Enabled").Kind, ToolsAPI::TDesignValueKind::Boolean);
+    EXPECT_EQ(shown("TButton", "Enabled").Int, 1);
+    EXPECT_EQ(shown("TButton", "Cancel").Int, 0);
+    EXPECT_EQ(shown("TButton", "TabOrder").Kind, ToolsAPI::TDesignValueKind::Integer);
+    EXPECT_EQ(shown("TButton", "TabOrder").Int, -1);
+    EXPECT_EQ(shown("TButton", "Cursor").Str, "crDefault");
+    EXPECT_EQ(shown("TButton", "Caption").Kind, ToolsAPI::TDesignValueKind::String);
+    EXPECT_EQ(shown("TButton", "Caption").Str, "");
+    EXPECT_EQ(shown("TButton", "Anchors").Kind, ToolsAPI::TDesignValueKind::Set);
+    EXPECT_EQ(shown("TButton", "Anchors").Text, "[akLeft, akTop]");
+    EXPECT_EQ(shown("TButton", "Font").Kind, ToolsAPI::TDesignValueKind::Null);
+    // Each default that a form file can hold parses to the same value.
+    for (const char* cls : {"TForm", "TButton", "TPanel", "TEdit", "TMenuItem", "TImageList"})
+        for (const TLibraryProperty& p : LibraryClassProperties(cls)) {
+            if (p.Kind == TLibraryPropertyKind::Class || p.Default.empty()) continue;
+            ToolsAPI::TDesignProperty parsed = ParseDesignProperty(p.Name, p.Default);
+            ToolsAPI::TDesignProperty made = DefaultDesignProperty(p);
+            EXPECT_EQ(made.Kind, parsed.Kind) << cls << "." << p.Name;
+            EXPECT_EQ(made.Text, parsed.Text) << cls << "." << p.Name;
+            EXPECT_EQ(made.Int, parsed.Int) << cls << "." << p.Name;
+            EXPECT_EQ(made.Str, parsed.Str) << cls << "." << p.Name;
+            EXPECT_TRUE(FitLibraryValue(p, parsed)) << cls << "." << p.Name;
+        }
+}
+
+// Everything the example forms store is known to the catalog, with values that fit, except
+// what the library writes besides the published properties: a form's TextHeight, the place of
+// a non-visual component's icon, and a data module's design size.
+TEST(LibraryClasses, TheExampleFormsAreCovered) {
+    auto model = TIDEModel::Create();
+    testfiles::TExampleCopy copy;
+    model->OpenProjectFile(copy.File("Example.dpr"));
+    int checked = 0;
+    for (const char* unit : {"Main.pas", "Settings.pas", "DataMod.pas", "Frame1.pas"}) {
+        auto module = model->OpenModuleFile(copy.File(unit), TOpenMode::Hidden);
+        ToolsAPI::TDesignComponent* root = module->FormEditor()->Root();
+        std::vector<ToolsAPI::TDesignComponent*> all = root->AllComponents();
+        all.insert(all.begin(), root);
+        for (ToolsAPI::TDesignComponent* c : all) {
+            ASSERT_FALSE(PublishedProperties(*c).empty()) << c->Name << ": " << c->ClassName;
+            bool dataModule = c->InheritsFrom("TDataModule");
+            for (const ToolsAPI::TDesignProperty& stored : c->Properties) {
+                std::string name = stored.Name.substr(0, stored.Name.find('.'));
+                bool place = name == "Left" || name == "Top";
+                bool size = name == "Width" || name == "Height";
+                if (name == "TextHeight" || (place && !c->IsControl()) ||
+                    (dataModule && (place || size)))
+                    continue;
+                const TLibraryProperty* p = FindPublishedProperty(*c, name);
+                ASSERT_NE(p, nullptr) << c->Name << "." << stored.Name;
+                ++checked;
+                if (name != stored.Name) {
+                    EXPECT_EQ(p->Kind, TLibraryPropertyKind::Class) << c->Name << "." << name;
+                    continue;
+                }
+                ToolsAPI::TDesignProperty value = stored;
+                if (stored.Kind == ToolsAPI::TDesignValueKind::Collection ||
+                    stored.Kind == ToolsAPI::TDesignValueKind::List)
+                    EXPECT_EQ(p->Kind, TLibraryPropertyKind::Class) << c->Name << "." << name;
+                else
+                    EXPECT_TRUE(FitLibraryValue(*p, value))
+                        << c->Name << "." << stored.Name << " = " << stored.Text;
+            }
+        }
+    }
+    EXPECT_GT(checked, 100);
+    model->CloseAll();
+}
+
+// ---------------------------------------------------------------------------------------------
+// The seam
+
+namespace {
+
+class PublishedPropertiesTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        model = TIDEModel::Create();
+        module = model->OpenModuleFile(copy.File("Main.pas"), TOpenMode::Hidden);
+        form = _di_IOTAFormEditor(module->FormEditor());
+    }
+    void TearDown() override {
+        form = nullptr;
+        module = nullptr;
+        model->CloseAll();
+        model = nullptr;
+    }
+    std::vector<std::string> Names(const _di_IOTAComponent& c) {
+        std::vector<std::string> names;
+        for (int i = 0; i < c->GetPropCount(); ++i)
+            names.push_back(c->GetPropName(i));
+        return names;
+    }
+    // The value through the seam, "<none>" when it has no such property.
+    static std::string Value(const _di_IOTAComponent& c, const char* name) {
+        std::string value = "<unset>";
+        return c->GetPropValueByName(name, value) ? value : "<none>";
+    }
+    std::vector<std::string> StoredNames(const char* component) {
+        std::vector<std::string> names;
+        for (const auto& p : module->FormEditor()->Root()->FindComponent(component)->Properties)
+            names.push_back(p.Name);
+        return names;
+    }
+
+    testfiles::TExampleCopy copy;
+    DelphiInterface<TIDEModel> model;
+    DelphiInterface<TModelModule> module;
+    _di_IOTAFormEditor form;
+};
+
+} // namespace
+
+TEST_F(PublishedPropertiesTest, AComponentListsItsStoredThenItsOtherPublishedPropertiesOnce) {
+    _di_IOTAComponent ok = form->FindComponent("OkButton");
+    std::vector<std::string> names = Names(ok);
+    // The stored ones lead, in the form file's order.
+    std::vector<std::string> stored = {"Left",    "Top",     "Width",    "Height",
+                                       "Caption", "Default", "TabOrder", "OnClick"};
+    ASSERT_GT(names.size(), stored.size());
+    EXPECT_EQ(std::vector<std::string>(names.begin(), names.begin() + 8), stored);
+    // Then every other published property of TButton, each once.
+    std::set<std::string> unique;
+    for (const std::string& n : names)
+        EXPECT_TRUE(unique.insert(LowerCase(n)).second) << n << " is listed twice";
+    EXPECT_EQ(names.size(), LibraryClassProperties("TButton").size());
+    for (const char* n : {"Name", "Enabled", "Visible", "Hint", "Cancel", "ModalResult", "OnEnter"})
+        EXPECT_TRUE(unique.count(LowerCase(n))) << n;
+    EXPECT_EQ(ok->GetPropName(static_cast<int>(names.size())), "");
+    EXPECT_EQ(ok->GetPropName(-1), "");
+    // Nested stored properties stay as they are stored, beside their object.
+    _di_IOTAComponent root = form->GetRootComponent();
+    std::vector<std::string> rootNames = Names(root);
+    EXPECT_NE(std::find(rootNames.begin(), rootNames.end(), "Font.Name"), rootNames.end());
+    EXPECT_NE(std::find(rootNames.begin(), rootNames.end(), "Position"), rootNames.end());
+    EXPECT_NE(std::find(rootNames.begin(), rootNames.end(), "WindowState"), rootNames.end());
+}
+
+TEST_F(PublishedPropertiesTest, AnUnstoredPropertyReadsAsItsDefault) {
+    _di_IOTAComponent ok = form->FindComponent("OkButton");
+    EXPECT_EQ(Value(ok, "Enabled"), "True");
+    EXPECT_EQ(Value(ok, "cursor"), "crDefault");
+    EXPECT_EQ(Value(ok, "Cancel"), "False");
+    EXPECT_EQ(Value(ok, "Anchors"), "[akLeft, akTop]");
+    // A stored value is the stored one, not the default.
+    EXPECT_EQ(Value(ok, "Default"), "True");
+    EXPECT_EQ(Value(ok, "Caption"), "'OK'");
+    EXPECT_EQ(Value(ok, "OnClick"), "OkButtonClick");
+    // An event without a handler has none.
+    EXPECT_EQ(Value(ok, "OnEnter"), "");
+    EXPECT_EQ(Value(ok, "Nothing"), "<none>");
+    EXPECT_EQ(Value(ok, "Align"), "<none>"); // a button does not publish it
+    // The form's own class publishes other things than a button.
+    EXPECT_EQ(Value(form->GetRootComponent(), "WindowState"), "wsNormal");
+    EXPECT_EQ(Value(form->GetRootComponent(), "Position"), "poScreenCenter"); // stored
+    // Reading changes nothing.
+    EXPECT_FALSE(form->GetModified());
+}
+
+TEST_F(PublishedPropertiesTest, SettingAnUnstoredPropertyStoresItWhereTheFormFileWouldHaveIt) {
+    _di_IOTAComponent ok = form->FindComponent("OkButton");
+    int count = ok->GetPropCount();
+    ASSERT_TRUE(ok->SetPropByName("enabled", "False"));
+    EXPECT_TRUE(form->GetModified());
+    EXPECT_EQ(Value(ok, "Enabled"), "False");
+    // It moved from the published to the stored ones: the list is as long as before.
+    EXPECT_EQ(ok->GetPropCount(), count);
+    EXPECT_EQ(StoredNames("OkButton"),
+              (std::vector<std::string>{"Left", "Top", "Width", "Height", "Caption", "Default",
+                                        "Enabled", "TabOrder", "OnClick"}));
+    // An event's handler goes among the events, after the properties.
+    ASSERT_TRUE(ok->SetPropByName("OnEnter", "OkButtonEnter"));
+    ASSERT_TRUE(ok->SetPropByName("Cancel", "True"));
+    EXPECT_EQ(StoredNames("OkButton"),
+              (std::vector<std::string>{"Left", "Top", "Width", "Height", "Cancel", "Caption",
+                                        "Default", "Enabled", "TabOrder", "OnClick", "OnEnter"}));
+    // Saved, the form file has it in that place and reads back with it.
+    ASSERT_TRUE(module->Save(false, false));
+    std::string text = testfiles::ReadFile(copy.File("Main.dfm"));
+    EXPECT_NE(text.find("      Default = True\r\n      Enabled = False\r\n      TabOrder = 1\r\n"),
+              std::string::npos);
+    TFormFile again = LoadFormFile(copy.File("Main.dfm"));
+    ToolsAPI::TDesignComponent* saved = again.Root->FindComponent("OkButton");
+    ASSERT_NE(saved->FindProperty("Enabled"), nullptr);
+    EXPECT_EQ(saved->IntProp("Enabled", 1), 0);
+    EXPECT_EQ(saved->StrProp("OnEnter"), "OkButtonEnter");
+}
+
+TEST_F(PublishedPropertiesTest, APublishedPropertyTakesOnlyValuesOfItsType) {
+    _di_IOTAComponent ok = form->FindComponent("OkButton");
+    _di_IOTAComponent memo = form->FindComponent("NotesMemo");
+    EXPECT_FALSE(ok->SetPropByName("Enabled", "Maybe"));
+    EXPECT_FALSE(ok->SetPropByName("Cursor", "crNowhere"));
+    EXPECT_FALSE(ok->SetPropByName("Hint", "12"));
+    EXPECT_FALSE(ok->SetPropByName("Font", "'Arial'"));
+    EXPECT_FALSE(memo->SetPropByName("ScrollBars", "ssDiagonal")); // stored, checked too
+    EXPECT_FALSE(form->GetModified());
+    EXPECT_EQ(StoredNames("OkButton").size(), 8u);
+    EXPECT_TRUE(ok->SetPropByName("Cursor", "crHandPoint"));
+    EXPECT_TRUE(ok->SetPropByName("Cursor", "-21")); // a cursor by its number
+    EXPECT_TRUE(memo->SetPropByName("ScrollBars", "ssboth"));
+    EXPECT_EQ(Value(memo, "ScrollBars"), "ssBoth");
+    // A property no class publishes is stored as it comes, as before.
+    EXPECT_TRUE(ok->SetPropByName("Extra", "'x'"));
+    EXPECT_EQ(StoredNames("OkButton").back(), "Extra");
+}
