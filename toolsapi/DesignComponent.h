@@ -85,6 +85,9 @@ public:
     // The component of that name in the whole tree below this one, compared without regard to
     // case, or nullptr.
     TDesignComponent* FindComponent(std::string_view name);
+    const TDesignComponent* FindComponent(std::string_view name) const {
+        return const_cast<TDesignComponent*>(this)->FindComponent(name);
+    }
     // Every component below this one, depth first, in file order.
     std::vector<TDesignComponent*> AllComponents();
 

@@ -322,6 +322,28 @@ TEST_F(PublishedPropertiesTest, AnUnstoredPropertyReadsAsItsDefault) {
     EXPECT_FALSE(form->GetModified());
 }
 
+TEST_F(PublishedPropertiesTest, AFormsUnstoredSizeFollowsTheSizeItStores) {
+    // Main stores its outer size; its client area is that less the borders, the caption and
+    // the menu bar of its main menu.
+    _di_IOTAComponent main = form->GetRootComponent();
+    EXPECT_EQ(Value(main, "Width"), "544");
+    EXPECT_EQ(Value(main, "ClientWidth"), "536");
+    EXPECT_EQ(Value(main, "ClientHeight"), std::to_string(375 - 27 - 19));
+    // A control's client size is no property: a panel publishes none.
+    EXPECT_EQ(Value(form->FindComponent("TopPanel"), "ClientWidth"), "<none>");
+    // Settings stores its client size, without a menu; its outer size is that plus the frame.
+    DelphiInterface<TModelModule> settings =
+        model->OpenModuleFile(copy.File("Settings.pas"), TOpenMode::Background);
+    ASSERT_TRUE(settings && settings->FormEditor());
+    _di_IOTAComponent root = _di_IOTAFormEditor(settings->FormEditor())->GetRootComponent();
+    int64_t clientWidth = settings->FormEditor()->Root()->IntProp("ClientWidth");
+    int64_t clientHeight = settings->FormEditor()->Root()->IntProp("ClientHeight");
+    ASSERT_GT(clientWidth, 0);
+    EXPECT_EQ(Value(root, "Width"), std::to_string(clientWidth + 8));
+    EXPECT_EQ(Value(root, "Height"), std::to_string(clientHeight + 27));
+    EXPECT_EQ(Value(root, "ClientWidth"), std::to_string(clientWidth));
+}
+
 TEST_F(PublishedPropertiesTest, SettingAnUnstoredPropertyStoresItWhereTheFormFileWouldHaveIt) {
     _di_IOTAComponent ok = form->FindComponent("OkButton");
     int count = ok->GetPropCount();

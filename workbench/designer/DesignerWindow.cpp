@@ -2,6 +2,7 @@
 
 #include "workbench/designer/Controls.h"
 #include "workbench/designer/VclValues.h"
+#include "workbench/model/LibraryClasses.h"
 
 #include "rtl/Filer.h"
 
@@ -288,14 +289,8 @@ void TDesignerWindow::Build() {
 
     // The client size: ClientWidth and ClientHeight where the form stores them, else the outer
     // size less the borders, the caption and the menu of the platform's windows.
-    int width = int(root->IntProp("Width", 320)), height = int(root->IntProp("Height", 240));
-    int clientWidth = width, clientHeight = height;
-    if (kind == TControlKind::Form) {
-        clientWidth = int(root->IntProp("ClientWidth", width - 8));
-        clientHeight = int(root->IntProp("ClientHeight", height - 27 - (menu_ ? 19 : 0)));
-    }
-    clientWidth = std::clamp(clientWidth, 40, 4000);
-    clientHeight = std::clamp(clientHeight, 20, 4000);
+    int clientWidth = std::clamp(ClientWidthOf(*root), 40, 4000);
+    int clientHeight = std::clamp(ClientHeightOf(*root), 20, 4000);
 
     surface_ = new QWidget(this);
     surface_->setObjectName("FormSurface");

@@ -292,7 +292,8 @@ void TObjectInspector::Fill() {
             if (component_->FindProperty(lp.Name) || (lp.Kind == TLibraryPropertyKind::Class &&
                                                       nestedObjects.count(rtl::LowerCase(lp.Name))))
                 continue;
-            rows[FormText(lp.Name)] = &defaults.emplace_back(DefaultDesignProperty(lp));
+            rows[FormText(lp.Name)] =
+                &defaults.emplace_back(UnstoredDesignProperty(*component_, lp));
         }
         auto makeItem = [&](QTreeWidgetItem* parent, const QString& label, const QString& full,
                             const TDesignProperty* p) {
@@ -440,7 +441,7 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
     TDesignProperty unstored;
     if (!old)
         if (const TLibraryProperty* lp = FindPublishedProperty(*c, propName)) {
-            unstored = DefaultDesignProperty(*lp);
+            unstored = UnstoredDesignProperty(*c, *lp);
             old = &unstored;
         }
     if (!old || !SimpleKind(old->Kind)) {

@@ -246,7 +246,7 @@ bool TComponentRef::GetPropValueByName(const std::string& name, std::string& val
         return true;
     }
     if (const TLibraryProperty* p = FindPublishedProperty(*component_, name)) {
-        value = p->Default;
+        value = UnstoredDesignProperty(*component_, *p).Text;
         return true;
     }
     return false;

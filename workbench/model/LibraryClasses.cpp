@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <map>
 #include <mutex>
+#include <optional>
 
 namespace workbench {
 
@@ -653,6 +654,50 @@ bool FitLibraryValue(const TLibraryProperty& property, TDesignProperty& value) {
         value.Text = *known;
     }
     return true;
+}
+
+TFormFrame FormFrame(const TDesignComponent& form) {
+    TFormFrame frame;
+    std::string menu = form.StrProp("Menu");
+    if (!menu.empty() && form.FindComponent(menu)) frame.Height += 19;
+    return frame;
+}
+
+namespace {
+bool IsForm(const TDesignComponent& c) {
+    return c.InheritsFrom("TCustomForm") && !c.Parent();
+}
+} // namespace
+
+int ClientWidthOf(const TDesignComponent& c, int fallbackWidth) {
+    int width = int(c.IntProp("Width", fallbackWidth));
+    return IsForm(c) ? int(c.IntProp("ClientWidth", width - FormFrame(c).Width)) : width;
+}
+
+int ClientHeightOf(const TDesignComponent& c, int fallbackHeight) {
+    int height = int(c.IntProp("Height", fallbackHeight));
+    return IsForm(c) ? int(c.IntProp("ClientHeight", height - FormFrame(c).Height)) : height;
+}
+
+TDesignProperty UnstoredDesignProperty(const TDesignComponent& c,
+                                       const TLibraryProperty& property) {
+    TDesignProperty p = DefaultDesignProperty(property);
+    if (p.Kind != TDesignValueKind::Integer || !IsForm(c)) return p;
+    std::optional<int64_t> derived;
+    TFormFrame frame = FormFrame(c);
+    if (SameName(property.Name, "ClientWidth") && c.FindProperty("Width"))
+        derived = ClientWidthOf(c);
+    else if (SameName(property.Name, "ClientHeight") && c.FindProperty("Height"))
+        derived = ClientHeightOf(c);
+    else if (SameName(property.Name, "Width") && c.FindProperty("ClientWidth"))
+        derived = c.IntProp("ClientWidth") + frame.Width;
+    else if (SameName(property.Name, "Height") && c.FindProperty("ClientHeight"))
+        derived = c.IntProp("ClientHeight") + frame.Height;
+    if (derived) {
+        p.Int = *derived;
+        p.Text = std::to_string(*derived);
+    }
+    return p;
 }
 
 } // namespace workbench

@@ -65,6 +65,25 @@ const TLibraryProperty* FindPublishedProperty(const ToolsAPI::TDesignComponent& 
 // without a value is an Ident with empty text; a class-valued property has kind Null.
 ToolsAPI::TDesignProperty DefaultDesignProperty(const TLibraryProperty& property);
 
+// What a form's window adds to its client area on the platform: the borders, the caption and,
+// for a form whose Menu names one of its components, the menu bar.
+struct TFormFrame {
+    int Width = 8;
+    int Height = 27;
+};
+TFormFrame FormFrame(const ToolsAPI::TDesignComponent& form);
+
+// The client size of a form: ClientWidth and ClientHeight where it stores them, else its outer
+// size less its frame. For other components, their Width and Height.
+int ClientWidthOf(const ToolsAPI::TDesignComponent& c, int fallbackWidth = 320);
+int ClientHeightOf(const ToolsAPI::TDesignComponent& c, int fallbackHeight = 240);
+
+// The value a component has for a published property it does not store: the default, except
+// where the platform derives it from what the component stores: a form's client size from its
+// outer size, and its outer size from its client size.
+ToolsAPI::TDesignProperty UnstoredDesignProperty(const ToolsAPI::TDesignComponent& c,
+                                                 const TLibraryProperty& property);
+
 // Whether a value read from a form file's text fits the property: of its kind (an integer for
 // a colour or cursor too), and for an Ident with listed values one of them. An identifier
 // written in other letter case gets the catalog's spelling. Class-valued properties take no
