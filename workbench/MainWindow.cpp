@@ -116,7 +116,9 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
 TMainForm::~TMainForm() {
     model_->Events = {};
     // The designer windows, the inspector and the CPU window hold notifiers on the model's
-    // editors; they go while the model stands.
+    // editors; they go while the model stands, with the windows of closed modules that wait
+    // for their deletion.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     delete cpuWindow_.data();
     delete designers_;
     delete inspector_;

@@ -12,6 +12,7 @@
 #include <set>
 
 using namespace workbench;
+using ToolsAPI::TDesignComponent;
 
 namespace {
 
@@ -342,6 +343,44 @@ TEST_F(PublishedPropertiesTest, AFormsUnstoredSizeFollowsTheSizeItStores) {
     EXPECT_EQ(Value(root, "Width"), std::to_string(clientWidth + 8));
     EXPECT_EQ(Value(root, "Height"), std::to_string(clientHeight + 27));
     EXPECT_EQ(Value(root, "ClientWidth"), std::to_string(clientWidth));
+}
+
+TEST_F(PublishedPropertiesTest, AFormSizeGivenToThePairItDoesNotStoreChangesTheStoredPair) {
+    _di_IOTAComponent main = form->GetRootComponent();
+    TDesignComponent* root = module->FormEditor()->Root();
+    ASSERT_TRUE(main->SetPropByName("ClientWidth", "600"));
+    EXPECT_EQ(root->FindProperty("ClientWidth"), nullptr);
+    EXPECT_EQ(root->IntProp("Width"), 608);
+    EXPECT_EQ(Value(main, "ClientWidth"), "600");
+    ASSERT_TRUE(main->SetPropByName("Width", "700"));
+    EXPECT_EQ(Value(main, "ClientWidth"), "692");
+    ASSERT_TRUE(main->SetPropByName("ClientHeight", "300"));
+    EXPECT_EQ(root->IntProp("Height"), 300 + 27 + 19); // the main menu's bar too
+    EXPECT_EQ(root->FindProperty("ClientHeight"), nullptr);
+    // A panel has no pair: its Width is its own.
+    ASSERT_TRUE(form->FindComponent("TopPanel")->SetPropByName("Width", "300"));
+    EXPECT_EQ(module->FormEditor()->Root()->FindComponent("TopPanel")->IntProp("Width"), 300);
+}
+
+TEST_F(PublishedPropertiesTest, ANewEventOfAFormGoesBeforeWhatTheFormWritesAfterItsProperties) {
+    _di_IOTAComponent main = form->GetRootComponent();
+    ASSERT_TRUE(main->SetPropByName("OnShow", "FormShow"));
+    std::vector<std::string> names;
+    for (const auto& p : module->FormEditor()->Root()->Properties)
+        names.push_back(p.Name);
+    ASSERT_GE(names.size(), 4u);
+    EXPECT_EQ(std::vector<std::string>(names.end() - 4, names.end()),
+              (std::vector<std::string>{"OnCreate", "OnShow", "PixelsPerInch", "TextHeight"}));
+}
+
+TEST_F(PublishedPropertiesTest, AStoredCollectionIsWrittenBackWhole) {
+    _di_IOTAComponent bar = form->FindComponent("StatusBar");
+    std::string panels = Value(bar, "Panels");
+    ASSERT_EQ(panels, "<>");
+    EXPECT_TRUE(bar->SetPropByName("Panels", panels));
+    EXPECT_TRUE(bar->SetPropByName("Panels", "<item Width = 50 end>"));
+    EXPECT_EQ(Value(bar, "Panels"), "<item Width = 50 end>");
+    EXPECT_FALSE(bar->SetPropByName("Panels", "3")); // an object takes no number
 }
 
 TEST_F(PublishedPropertiesTest, SettingAnUnstoredPropertyStoresItWhereTheFormFileWouldHaveIt) {

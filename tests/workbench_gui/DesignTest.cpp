@@ -311,6 +311,33 @@ TEST_F(DesignTest, ClosingADesignerWindowClosesItsModuleAfterConfirm) {
     EXPECT_EQ(testfiles::ReadFile(File("Settings.dfm")), onDisk);
 }
 
+// A notifier of the IDE that refuses to let a file close by raising.
+struct TRaisingOnClose : TNotifierObject, virtual IOTAIDENotifier {
+    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
+        return QueryInterfaces<IOTAIDENotifier>(this, iid, obj);
+    }
+    void FileNotification(TOTAFileNotification code, const std::string&, bool&) override {
+        if (code == ofnFileClosing) throw rtl::Exception("Closing is refused here");
+    }
+    void BeforeCompile(const _di_IOTAProject&, bool&) override {}
+    void AfterCompile(bool) override {}
+};
+
+TEST_F(DesignTest, AModuleThatFailsToCloseKeepsItsDesignerWindowAndTheErrorIsShown) {
+    ViewForms({"SettingsForm"});
+    TDesignerWindow* w = Designer("SettingsForm");
+    ASSERT_NE(w, nullptr);
+    _di_IOTAServices services = IDEService<IOTAServices>();
+    int index = services->AddNotifier(_di_IOTAIDENotifier(MakeInterfaced<TRaisingOnClose>().get()));
+    EXPECT_FALSE(w->close());
+    services->RemoveNotifier(index);
+    EXPECT_TRUE(w->isVisible());
+    EXPECT_EQ(Designer("SettingsForm"), w);
+    EXPECT_NE(model->FindOpenModule(File("Settings.pas")), nullptr);
+    ASSERT_EQ(errors.size(), 1u);
+    EXPECT_EQ(errors[0], "Closing is refused here.");
+}
+
 // ---------------------------------------------------------------------------------------------
 // The CPU window
 

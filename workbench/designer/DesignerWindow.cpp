@@ -1,5 +1,7 @@
 #include "workbench/designer/DesignerWindow.h"
 
+#include "toolsapi/Forms.h"
+
 #include "workbench/designer/Controls.h"
 #include "workbench/designer/VclValues.h"
 #include "workbench/model/LibraryClasses.h"
@@ -80,10 +82,12 @@ TDesignerWindow::TDesignerWindow(TFormEditor* editor, TAncestorLookup lookup, QW
       lookup_(std::move(lookup)) {
     if (!editor || !editor->Root())
         throw EModelError("A designer window needs a form editor with a form");
+    // Built first: a form that can't be built leaves nothing registered with the editor.
+    Build();
     notifier_ = MakeInterfaced<TNotifier>(this);
     notifierIndex_ = editor_->AddNotifier(_di_IOTANotifier(notifier_.get()));
     selectionListener_ = editor_->AddSelectionListener([this] { UpdateSelection(); });
-    Build();
+    UpdateSelection();
 
     // The window stands where the form file places the form, with the form's client size.
     TDesignComponent* root = Root();
@@ -417,11 +421,21 @@ void TDesignerWindow::Renamed(const TDesignComponent* component) {
 
 void TDesignerWindow::closeEvent(QCloseEvent* e) {
     TModelModule* module = editor_ ? editor_->Module() : nullptr;
-    if (module && !borrowed_ && !module->Close()) {
-        e->ignore();
-        return;
+    bool closed = true;
+    if (module && !borrowed_) {
+        // A close that fails (a save refused by the disk, a notifier that raises) leaves the
+        // module open, and so the window; the error is reported as the application reports one.
+        try {
+            closed = module->Close();
+        } catch (...) {
+            closed = false;
+            if (ToolsAPI::Application) ToolsAPI::Application->HandleException(nullptr);
+        }
     }
-    e->accept();
+    if (closed)
+        e->accept();
+    else
+        e->ignore();
 }
 
 void TDesignerWindow::Closed() {

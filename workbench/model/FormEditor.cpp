@@ -254,15 +254,19 @@ bool TComponentRef::GetPropValueByName(const std::string& name, std::string& val
 
 namespace {
 // Where a property the component did not store goes among those it stores: before the first
-// one the class publishes after it, as the form file would have had it.
+// one the class publishes after it, as the form file would have had it. What the component
+// writes besides its published properties (a form's PixelsPerInch and TextHeight) comes after
+// them all, events included.
 size_t PlaceOfNewProperty(const TDesignComponent& component, const std::string& name) {
     const auto& published = PublishedProperties(component);
+    const int afterAll = static_cast<int>(published.size());
     auto rank = [&](std::string_view propName) -> int {
         // A nested property ("Font.Name") is where its object is.
         propName = propName.substr(0, propName.find('.'));
+        if (SameText(propName, "PixelsPerInch")) return afterAll;
         for (size_t i = 0; i < published.size(); ++i)
             if (SameText(published[i].Name, propName)) return static_cast<int>(i);
-        return -1;
+        return afterAll;
     };
     int own = rank(name);
     if (own >= 0)
@@ -280,13 +284,17 @@ bool TComponentRef::SetPropByName(const std::string& name, const std::string& va
     TDesignProperty p;
     try {
         p = ParseDesignProperty(name, value);
+        if (p.Kind == TDesignValueKind::Integer) {
+            auto [stored, size] = FormSizeToStore(*component_, name, p.Int);
+            if (stored != name) p = ParseDesignProperty(stored, std::to_string(size));
+        }
     } catch (const EFormFileError&) {
         return false;
     }
     // A published property takes only values of its type.
-    const TLibraryProperty* published = FindPublishedProperty(*component_, name);
+    const TLibraryProperty* published = FindPublishedProperty(*component_, p.Name);
     if (published && !FitLibraryValue(*published, p)) return false;
-    if (const TDesignProperty* old = component_->FindProperty(name)) {
+    if (const TDesignProperty* old = component_->FindProperty(p.Name)) {
         p.Name = old->Name;
         component_->SetProperty(std::move(p));
     } else {

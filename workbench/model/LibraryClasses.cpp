@@ -636,7 +636,10 @@ bool FitLibraryValue(const TLibraryProperty& property, TDesignProperty& value) {
     case K::Event:
         return value.Kind == TDesignValueKind::Ident;
     case K::Class:
-        return false;
+        // An object takes no value of its own, but a collection or a list stored under the
+        // property's name is written back whole.
+        return value.Kind == TDesignValueKind::Collection ||
+               value.Kind == TDesignValueKind::List || value.Kind == TDesignValueKind::Binary;
     case K::Ident:
         break;
     }
@@ -677,6 +680,24 @@ int ClientWidthOf(const TDesignComponent& c, int fallbackWidth) {
 int ClientHeightOf(const TDesignComponent& c, int fallbackHeight) {
     int height = int(c.IntProp("Height", fallbackHeight));
     return IsForm(c) ? int(c.IntProp("ClientHeight", height - FormFrame(c).Height)) : height;
+}
+
+std::pair<std::string, int64_t> FormSizeToStore(const TDesignComponent& c,
+                                                const std::string& name, int64_t value) {
+    if (!IsForm(c) || c.FindProperty(name)) return {name, value};
+    TFormFrame frame = FormFrame(c);
+    const struct {
+        const char* outer;
+        const char* client;
+        int frame;
+    } pairs[] = {{"Width", "ClientWidth", frame.Width}, {"Height", "ClientHeight", frame.Height}};
+    for (const auto& pair : pairs) {
+        if (SameName(name, pair.outer) && c.FindProperty(pair.client))
+            return {pair.client, value - pair.frame};
+        if (SameName(name, pair.client) && c.FindProperty(pair.outer))
+            return {pair.outer, value + pair.frame};
+    }
+    return {name, value};
 }
 
 TDesignProperty UnstoredDesignProperty(const TDesignComponent& c,

@@ -78,6 +78,13 @@ TFormFrame FormFrame(const ToolsAPI::TDesignComponent& form);
 int ClientWidthOf(const ToolsAPI::TDesignComponent& c, int fallbackWidth = 320);
 int ClientHeightOf(const ToolsAPI::TDesignComponent& c, int fallbackHeight = 240);
 
+// A form stores one pair of sizes: its outer size (Width, Height) or its client size
+// (ClientWidth, ClientHeight). A size given to the pair a form does not store, while it stores
+// the other, goes to the stored one, changed by the form's frame: the name and value to store.
+// Any other property keeps its name and value.
+std::pair<std::string, int64_t> FormSizeToStore(const ToolsAPI::TDesignComponent& c,
+                                                const std::string& name, int64_t value);
+
 // The value a component has for a published property it does not store: the default, except
 // where the platform derives it from what the component stores: a form's client size from its
 // outer size, and its outer size from its client size.
