@@ -47,6 +47,11 @@ protected:
         Command("ViewFormsCommand");
         QApplication::processEvents();
     }
+    // Shows a form as the View Form list does, and gives its designer window.
+    TDesignerWindow* ShowForm(const char* formName) {
+        ViewForms({QString::fromLatin1(formName)});
+        return Designer(formName);
+    }
     // The top-level window of the screen's list with that name.
     static QWidget* ScreenForm(const QString& name) {
         for (int i = 0; i < Screen->GetFormCount(); ++i)
@@ -122,8 +127,7 @@ TEST_F(DesignTest, TheInspectorIsAFormOfTheScreenThatFollowsTheFormShown) {
 }
 
 TEST_F(DesignTest, AClickInADesignerSelectsTheComponentForTheSeamAndTheInspector) {
-    ViewForms({"MainForm"});
-    TDesignerWindow* w = Designer("MainForm");
+    TDesignerWindow* w = ShowForm("MainForm");
     ASSERT_NE(w, nullptr);
     QTest::mouseClick(Find<QLineEdit>(w, "NameEdit"), Qt::LeftButton, {}, QPoint(3, 3));
     // The window came to the front: its module is the active one, as the add-in asks for it.
@@ -145,8 +149,7 @@ TEST_F(DesignTest, AClickInADesignerSelectsTheComponentForTheSeamAndTheInspector
 }
 
 TEST_F(DesignTest, ARenameInTheInspectorFiresTheFormNotifierTheAddInHolds) {
-    ViewForms({"MainForm"});
-    TDesignerWindow* w = Designer("MainForm");
+    TDesignerWindow* w = ShowForm("MainForm");
     ASSERT_NE(w, nullptr);
     _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
     ASSERT_TRUE(editor);
@@ -164,8 +167,7 @@ TEST_F(DesignTest, ARenameInTheInspectorFiresTheFormNotifierTheAddInHolds) {
 }
 
 TEST_F(DesignTest, AnInspectorEditSavedWithSaveAllIsInTheBinaryFormFile) {
-    ViewForms({"SettingsForm"});
-    TDesignerWindow* w = Designer("SettingsForm");
+    TDesignerWindow* w = ShowForm("SettingsForm");
     ASSERT_NE(w, nullptr);
     std::string before = testfiles::ReadFile(File("Settings.dfm"));
     ASSERT_TRUE(zelvane::GetActiveFormEditor()->FindComponent("CancelButton")->Select(false));
@@ -188,8 +190,7 @@ TEST_F(DesignTest, AnInspectorEditSavedWithSaveAllIsInTheBinaryFormFile) {
 }
 
 TEST_F(DesignTest, ADesignerWindowLentToAnotherWidgetComesBackAsItStood) {
-    ViewForms({"SettingsForm"});
-    TDesignerWindow* w = Designer("SettingsForm");
+    TDesignerWindow* w = ShowForm("SettingsForm");
     ASSERT_NE(w, nullptr);
     QRect geometry = w->geometry();
     Qt::WindowFlags flags = w->windowFlags();
@@ -216,8 +217,7 @@ TEST_F(DesignTest, ADesignerWindowLentToAnotherWidgetComesBackAsItStood) {
 // The module viewer of the add-in takes a form's window with plain window operations: hidden,
 // hung into its panel at the top left, shown there through the form editor, and put back.
 TEST_F(DesignTest, ADesignerWindowTakenWithPlainWindowOperationsWorksInItsNewPlace) {
-    ViewForms({"SettingsForm"});
-    TDesignerWindow* w = Designer("SettingsForm");
+    TDesignerWindow* w = ShowForm("SettingsForm");
     ASSERT_NE(w, nullptr);
     _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
     ASSERT_TRUE(editor);
@@ -253,8 +253,7 @@ TEST_F(DesignTest, ADesignerWindowTakenWithPlainWindowOperationsWorksInItsNewPla
 }
 
 TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {
-    ViewForms({"SettingsForm"});
-    TDesignerWindow* w = Designer("SettingsForm");
+    TDesignerWindow* w = ShowForm("SettingsForm");
     ASSERT_NE(w, nullptr);
     w->activateWindow();
     ASSERT_TRUE(WaitFor([&] { return w->isActiveWindow(); }));
@@ -266,8 +265,7 @@ TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {
 }
 
 TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
-    ViewForms({"SettingsForm"});
-    QPointer<TDesignerWindow> w = Designer("SettingsForm");
+    QPointer<TDesignerWindow> w = ShowForm("SettingsForm");
     ASSERT_TRUE(w);
     ASSERT_EQ(Inspector()->Component()->Name, "SettingsForm");
     _di_IOTAModule module = zelvane::GetActiveModule();
@@ -282,8 +280,7 @@ TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
 }
 
 TEST_F(DesignTest, ClosingADesignerWindowClosesItsModuleAfterConfirm) {
-    ViewForms({"SettingsForm"});
-    QPointer<TDesignerWindow> w = Designer("SettingsForm");
+    QPointer<TDesignerWindow> w = ShowForm("SettingsForm");
     ASSERT_TRUE(w);
     ASSERT_TRUE(zelvane::GetActiveFormEditor()->FindComponent("OkButton")->Select(false));
     ASSERT_TRUE(Inspector()->EditValue(QStringLiteral("Top"), QStringLiteral("200")));
@@ -324,8 +321,7 @@ struct TRaisingOnClose : TNotifierObject, virtual IOTAIDENotifier {
 };
 
 TEST_F(DesignTest, AModuleThatFailsToCloseKeepsItsDesignerWindowAndTheErrorIsShown) {
-    ViewForms({"SettingsForm"});
-    TDesignerWindow* w = Designer("SettingsForm");
+    TDesignerWindow* w = ShowForm("SettingsForm");
     ASSERT_NE(w, nullptr);
     _di_IOTAServices services = IDEService<IOTAServices>();
     int index = services->AddNotifier(_di_IOTAIDENotifier(MakeInterfaced<TRaisingOnClose>().get()));
