@@ -261,7 +261,11 @@ TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {
     ASSERT_TRUE(WaitFor([&] { return EditWindow()->isActiveWindow(); }));
     EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Settings.pas");
     Command("ViewSwapSourceFormCommand");
-    EXPECT_TRUE(WaitFor([&] { return w->isActiveWindow(); }));
+    ASSERT_TRUE(WaitFor([&] { return w->isActiveWindow(); }));
+    // F12 pressed in the designer window does the same: the IDE's keys work in its forms.
+    Application->UpdateActions();
+    QTest::keyClick(w->Surface(), Qt::Key_F12);
+    EXPECT_TRUE(WaitFor([&] { return EditWindow()->isActiveWindow(); }));
 }
 
 TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
