@@ -18,17 +18,6 @@ PTypeInfo ShapeType() {
     return rtl::TypeInfo<TShape>();
 }
 
-// Runs f and returns the message of the EDataHandlingError it raises.
-template <class F> std::string DataError(F&& f) {
-    try {
-        f();
-    } catch (const EDataHandlingError& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no EDataHandlingError was raised";
-    return {};
-}
-
 uint32_t Bits(std::initializer_list<TShape> shapes) {
     return TShapes(shapes).Bits();
 }
