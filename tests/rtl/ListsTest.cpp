@@ -206,7 +206,8 @@ TEST(StringList, BadIndexesRaiseStringListError) {
     l.Add("a");
     EXPECT_EQ(MessageOf<EStringListError>([&] { l.Strings(1); }), "List index out of bounds (1)");
     EXPECT_EQ(MessageOf<EStringListError>([&] { l.Delete(-2); }), "List index out of bounds (-2)");
-    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Insert(5, "x"); }), "List index out of bounds (5)");
+    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Insert(5, "x"); }),
+              "List index out of bounds (5)");
     EXPECT_THROW(l.Objects(3), EStringListError);
     EXPECT_THROW(l.SetObjects(1, nullptr), EStringListError);
     EXPECT_THROW(l.Exchange(0, 1), EStringListError);
