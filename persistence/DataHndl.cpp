@@ -132,12 +132,15 @@ PPropInfo Lookup(TObject* obj, std::string_view name, const TGetTypeInfoProc& ge
     return typeInfo ? GetPropInfo(typeInfo, name) : nullptr;
 }
 
-// The property of a path on a copy of obj; the copy ends as its holder.
-PPropInfo RequirePath(TObject*& holder, const std::string& path,
-                      const TGetTypeInfoProc& getTypeInfo) {
+// Calls access with the property that path names from obj and the object that holds it; a path
+// that leads to no property raises EDataHandlingError.
+template <class Access>
+decltype(auto) AtPath(TObject* obj, const std::string& path, const TGetTypeInfoProc& getTypeInfo,
+                      Access&& access) {
+    TObject* holder = obj;
     PPropInfo p = FindPropInfo(holder, path, getTypeInfo);
     if (!p) CreateException<EDataHandlingError>(SPropNotExists, {path});
-    return p;
+    return access(holder, p);
 }
 
 [[noreturn]] void Unsupported() {
@@ -211,9 +214,8 @@ std::string GetPropAsText(TObject* obj, PPropInfo propInfo) {
 
 std::string GetPropAsText(TObject* obj, const std::string& path,
                           const TGetTypeInfoProc& getTypeInfo) {
-    TObject* holder = obj;
-    PPropInfo p = RequirePath(holder, path, getTypeInfo);
-    return GetPropAsText(holder, p);
+    return AtPath(obj, path, getTypeInfo,
+                  [](TObject* holder, PPropInfo p) { return GetPropAsText(holder, p); });
 }
 
 void SetPropByText(TObject* obj, PPropInfo propInfo, const std::string& text) {
@@ -258,9 +260,8 @@ void SetPropByText(TObject* obj, PPropInfo propInfo, const std::string& text) {
 
 void SetPropByText(TObject* obj, const std::string& path, const std::string& text,
                    const TGetTypeInfoProc& getTypeInfo) {
-    TObject* holder = obj;
-    PPropInfo p = RequirePath(holder, path, getTypeInfo);
-    SetPropByText(holder, p, text);
+    AtPath(obj, path, getTypeInfo,
+           [&](TObject* holder, PPropInfo p) { SetPropByText(holder, p, text); });
 }
 
 void GetPropAsPtr(TObject* obj, PPropInfo propInfo, void*& value) {
@@ -293,9 +294,8 @@ void GetPropAsPtr(TObject* obj, PPropInfo propInfo, void*& value) {
 
 void GetPropAsPtr(TObject* obj, const std::string& path, void*& value,
                   const TGetTypeInfoProc& getTypeInfo) {
-    TObject* holder = obj;
-    PPropInfo p = RequirePath(holder, path, getTypeInfo);
-    GetPropAsPtr(holder, p, value);
+    AtPath(obj, path, getTypeInfo,
+           [&](TObject* holder, PPropInfo p) { GetPropAsPtr(holder, p, value); });
 }
 
 void SetPropByPtr(TObject* obj, PPropInfo propInfo, void* value) {
@@ -327,9 +327,8 @@ void SetPropByPtr(TObject* obj, PPropInfo propInfo, void* value) {
 
 void SetPropByPtr(TObject* obj, const std::string& path, void* value,
                   const TGetTypeInfoProc& getTypeInfo) {
-    TObject* holder = obj;
-    PPropInfo p = RequirePath(holder, path, getTypeInfo);
-    SetPropByPtr(holder, p, value);
+    AtPath(obj, path, getTypeInfo,
+           [&](TObject* holder, PPropInfo p) { SetPropByPtr(holder, p, value); });
 }
 
 Variant GetPropAsVariant(TObject* obj, PPropInfo propInfo) {
@@ -355,9 +354,8 @@ Variant GetPropAsVariant(TObject* obj, PPropInfo propInfo) {
 
 Variant GetPropAsVariant(TObject* obj, const std::string& path,
                          const TGetTypeInfoProc& getTypeInfo) {
-    TObject* holder = obj;
-    PPropInfo p = RequirePath(holder, path, getTypeInfo);
-    return GetPropAsVariant(holder, p);
+    return AtPath(obj, path, getTypeInfo,
+                  [](TObject* holder, PPropInfo p) { return GetPropAsVariant(holder, p); });
 }
 
 void SetPropByVariant(TObject* obj, PPropInfo propInfo, const Variant& value) {
@@ -385,9 +383,8 @@ void SetPropByVariant(TObject* obj, PPropInfo propInfo, const Variant& value) {
 
 void SetPropByVariant(TObject* obj, const std::string& path, const Variant& value,
                       const TGetTypeInfoProc& getTypeInfo) {
-    TObject* holder = obj;
-    PPropInfo p = RequirePath(holder, path, getTypeInfo);
-    SetPropByVariant(holder, p, value);
+    AtPath(obj, path, getTypeInfo,
+           [&](TObject* holder, PPropInfo p) { SetPropByVariant(holder, p, value); });
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -805,25 +802,11 @@ void LoadObjectText(TObjectArray objects, const std::string& fileName) {
 }
 
 TObjectStorageFormat DetectObjectFormat(TStream* stream) {
-    int64_t start = stream->GetPosition();
-    uint8_t head[4] = {0, 0, 0, 0};
-    stream->Read(head, 4);
-    stream->SetPosition(start);
+    const auto head = stream_objects::PeekHead(stream);
     if (head[0] == 255) return osfResBin;
-    if (std::memcmp(head, FilerSignature, 4) == 0) return osfBin;
-    switch (head[0]) {
-    case 9:
-    case 11:
-    case 13:
-    case ' ':
-    case 'I':
-    case 'O':
-    case 'i':
-    case 'o':
-        return osfText;
-    default:
-        CreateException<EDataHandlingError>(SNoObjectInStream);
-    }
+    if (std::memcmp(head.data(), FilerSignature, 4) == 0) return osfBin;
+    if (stream_objects::BeginsObjectText(head[0])) return osfText;
+    CreateException<EDataHandlingError>(SNoObjectInStream);
 }
 
 void LoadObjects(TObjectArray objects, TStream* stream) {
@@ -938,17 +921,10 @@ void SetProps2(TObjectArray objects, const std::string& text, TObjectStorageForm
 }
 
 void ImportProps(TObjectArray targets, TObjectArray sources) {
-    bool saved = SuppressErrorInfo;
-    SuppressErrorInfo = true;
-    try {
-        std::string text;
-        GetProps(sources, text, osfBin);
-        SetPropsEx(targets, text, osfBin);
-    } catch (...) {
-        SuppressErrorInfo = saved;
-        throw;
-    }
-    SuppressErrorInfo = saved;
+    TScopedValue quiet(SuppressErrorInfo, true);
+    std::string text;
+    GetProps(sources, text, osfBin);
+    SetPropsEx(targets, text, osfBin);
 }
 
 } // namespace zelvane

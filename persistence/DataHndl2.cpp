@@ -280,50 +280,28 @@ void TObjectStorage::SetObjectProps(TObjectArray objects, const std::string& tex
 }
 
 void TObjectStorage::ImportObjectProps(TObjectArray targets, TObjectArray sources) {
-    bool saved = IgnoreErrors;
-    IgnoreErrors = true;
-    try {
-        std::string text;
-        GetObjectProps(sources, text);
-        SetObjectProps(targets, text);
-    } catch (...) {
-        IgnoreErrors = saved;
-        throw;
-    }
-    IgnoreErrors = saved;
+    TScopedValue quiet(IgnoreErrors, true);
+    std::string text;
+    GetObjectProps(sources, text);
+    SetObjectProps(targets, text);
 }
 
 // ---------------------------------------------------------------------------------------------
 // Free functions
 
 bool TestStreamFormat(TStream* stream, TObjectStorageFormat& format) {
-    int64_t start = stream->GetPosition();
-    uint8_t head[4] = {0, 0, 0, 0};
-    stream->Read(head, 4);
-    stream->SetPosition(start);
+    const auto head = stream_objects::PeekHead(stream);
     if (head[0] == 255)
         format = osfResBin;
-    else if (std::memcmp(head, FilerSignature, 4) == 0)
+    else if (std::memcmp(head.data(), FilerSignature, 4) == 0)
         format = osfBin;
-    else if (std::memcmp(head, ExtFilerSignature, 4) == 0)
+    else if (std::memcmp(head.data(), ExtFilerSignature, 4) == 0)
         format = osfExtBin;
-    else {
-        switch (head[0]) {
-        case 9:
-        case 11:
-        case 13:
-        case ' ':
-        case 'I':
-        case 'O':
-        case 'i':
-        case 'o':
-        case 's':
-            format = osfText;
-            break;
-        default:
-            return false;
-        }
-    }
+    // The text form here may also begin with a "stored ..." description line.
+    else if (stream_objects::BeginsObjectText(head[0]) || head[0] == 's')
+        format = osfText;
+    else
+        return false;
     return true;
 }
 

@@ -28,21 +28,6 @@ namespace {
 constexpr TTypeKinds kStoredKinds = TTypeKinds::Range(tkInteger, tkDynArray) - tkMethods;
 constexpr TTypeKinds kStoredKindsWithMethods = TTypeKinds::Range(tkInteger, tkDynArray);
 
-// Gives a variable another value until the end of the scope, and then its own back, also when
-// writing throws.
-template <class T> class TScopedValue {
-public:
-    TScopedValue(T& variable, T value)
-        : variable_(variable), saved_(std::exchange(variable, std::move(value))) {}
-    ~TScopedValue() { variable_ = std::move(saved_); }
-    TScopedValue(const TScopedValue&) = delete;
-    TScopedValue& operator=(const TScopedValue&) = delete;
-
-private:
-    T& variable_;
-    T saved_;
-};
-
 bool StartsWithText(std::string_view s, std::string_view prefix) {
     return s.size() >= prefix.size() && SameText(s.substr(0, prefix.size()), prefix);
 }

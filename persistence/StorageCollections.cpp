@@ -225,16 +225,9 @@ void WriteCollectionEx(TWriter* writer, TCollection* collection) {
         fit->WriteCollectionEx(collection);
         return;
     }
-    std::string& path = TWriterPath::Of(writer);
-    std::string saved = std::move(path);
-    path.clear();
-    try {
-        writer->WriteCollection(collection);
-    } catch (...) {
-        path = std::move(saved);
-        throw;
-    }
-    path = std::move(saved);
+    // The items' properties are named from the item.
+    TScopedValue path(TWriterPath::Of(writer), std::string());
+    writer->WriteCollection(collection);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -6,6 +6,8 @@
 #include "persistence/DataHndl.h"
 #include "rtl/Classes.h"
 
+#include <array>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -29,6 +31,33 @@ rtl::TComponent* StreamRoot(rtl::TObject* obj, size_t index, TWrapper& wrapper) 
     if (auto* component = dynamic_cast<rtl::TComponent*>(persistent)) return component;
     wrapper.I = persistent;
     return &wrapper;
+}
+
+// The first four bytes of a stream (zeros past its end), read without moving it.
+inline std::array<uint8_t, 4> PeekHead(rtl::TStream* stream) {
+    std::array<uint8_t, 4> head{};
+    int64_t start = stream->GetPosition();
+    stream->Read(head.data(), 4);
+    stream->SetPosition(start);
+    return head;
+}
+
+// Whether a stream that begins with this byte holds objects in text form: a tab, vertical tab,
+// carriage return or space, or the first letter of "object" or "inherited" in either case.
+inline bool BeginsObjectText(uint8_t first) {
+    switch (first) {
+    case 9:
+    case 11:
+    case 13:
+    case ' ':
+    case 'I':
+    case 'O':
+    case 'i':
+    case 'o':
+        return true;
+    default:
+        return false;
+    }
 }
 
 inline bool IsComponent(rtl::TObject* obj) {

@@ -1341,37 +1341,21 @@ void TReader::ReadData(TComponent* instance) {
         return;
     }
     std::vector<TPropFixup> fixups;
-    FFixups = &fixups;
-    try {
-        ReadDataInner(instance);
-        FixupReferences();
-    } catch (...) {
-        FFixups = nullptr;
-        throw;
-    }
-    FFixups = nullptr;
+    TScopedValue fixupsOfThisRead(FFixups, &fixups);
+    ReadDataInner(instance);
+    FixupReferences();
 }
 
 void TReader::ReadDataInner(TComponent* instance) {
     while (!EndOfList())
         ReadProperty(instance);
     ReadListEnd();
-    TComponent* oldParent = Parent;
-    TComponent* oldOwner = Owner;
-    Parent = instance->GetChildParent();
-    Owner = instance->GetChildOwner();
-    if (!Owner) Owner = Root;
-    try {
-        while (!EndOfList())
-            ReadComponent(nullptr);
-        ReadListEnd();
-    } catch (...) {
-        Parent = oldParent;
-        Owner = oldOwner;
-        throw;
-    }
-    Parent = oldParent;
-    Owner = oldOwner;
+    TScopedValue parent(Parent, instance->GetChildParent());
+    TComponent* childOwner = instance->GetChildOwner();
+    TScopedValue owner(Owner, childOwner ? childOwner : Root);
+    while (!EndOfList())
+        ReadComponent(nullptr);
+    ReadListEnd();
 }
 
 TComponent* TReader::ReadComponent(TComponent* component) {
@@ -1652,22 +1636,16 @@ void TWriter::WriteData(TComponent* instance) {
 }
 
 void TWriter::WriteCollection(TCollection* value) {
-    TPersistent* oldAncestor = Ancestor;
-    Ancestor = nullptr;
-    try {
-        WriteValue(vaCollection);
-        if (value)
-            for (int i = 0; i < value->Count(); ++i) {
-                WriteListBegin();
-                WriteProperties(value->GetItem(i));
-                WriteListEnd();
-            }
-        WriteListEnd();
-    } catch (...) {
-        Ancestor = oldAncestor;
-        throw;
-    }
-    Ancestor = oldAncestor;
+    // The items are written whole, against no ancestor.
+    TScopedValue noAncestor(Ancestor, nullptr);
+    WriteValue(vaCollection);
+    if (value)
+        for (int i = 0; i < value->Count(); ++i) {
+            WriteListBegin();
+            WriteProperties(value->GetItem(i));
+            WriteListEnd();
+        }
+    WriteListEnd();
 }
 
 namespace {
@@ -1733,35 +1711,20 @@ void TWriter::WriteObjectProp(TPersistent* instance, PPropInfo propInfo, TPersis
         }
         return;
     }
-    std::string savedPath = FPropPath;
-    TPersistent* savedAncestor = Ancestor;
-    auto restore = [&] {
-        FPropPath = savedPath;
-        Ancestor = savedAncestor;
-    };
-    try {
-        FPropPath += name + ".";
-        Ancestor = ancestor ? dynamic_cast<TPersistent*>(ancestorValue) : nullptr;
+    {
+        TScopedValue path(FPropPath, FPropPath + name + ".");
+        TScopedValue nestedAncestor(Ancestor,
+                                    ancestor ? dynamic_cast<TPersistent*>(ancestorValue) : nullptr);
         WriteProperties(persistent);
-    } catch (...) {
-        restore();
-        throw;
     }
-    restore();
     if (auto* collection = dynamic_cast<TCollection*>(value)) {
         if (!ancestor || !CollectionsEqual(collection, dynamic_cast<TCollection*>(ancestorValue),
                                            Root, RootAncestor)) {
             WritePropName(name);
             // The items' properties are named from the item, not from the nested object that
             // holds the collection: the reader reads them into each item.
-            FPropPath.clear();
-            try {
-                WriteCollection(collection);
-            } catch (...) {
-                FPropPath = savedPath;
-                throw;
-            }
-            FPropPath = savedPath;
+            TScopedValue path(FPropPath, std::string());
+            WriteCollection(collection);
         }
     }
 }

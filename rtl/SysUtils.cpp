@@ -1368,20 +1368,25 @@ std::string TimeToStr(TDateTime time) {
     return FormatDateTime("tt", time);
 }
 
-bool TryStrToDate(std::string_view s, TDateTime& value) {
+namespace {
+
+// Reads all of s with one scan; value is set only when the scan takes the whole text.
+bool TryScanAll(std::string_view s, bool (*scan)(Scanner&, double&), TDateTime& value) {
     Scanner sc{s};
-    double d;
-    if (!ScanDate(sc, d) || !sc.AtEnd()) return false;
-    value = TDateTime(d);
+    double v;
+    if (!scan(sc, v) || !sc.AtEnd()) return false;
+    value = TDateTime(v);
     return true;
 }
 
+} // namespace
+
+bool TryStrToDate(std::string_view s, TDateTime& value) {
+    return TryScanAll(s, ScanDate, value);
+}
+
 bool TryStrToTime(std::string_view s, TDateTime& value) {
-    Scanner sc{s};
-    double t;
-    if (!ScanTime(sc, t) || !sc.AtEnd()) return false;
-    value = TDateTime(t);
-    return true;
+    return TryScanAll(s, ScanTime, value);
 }
 
 bool TryStrToDateTime(std::string_view s, TDateTime& value) {
@@ -1394,22 +1399,28 @@ bool TryStrToDateTime(std::string_view s, TDateTime& value) {
     return TryStrToTime(s, value);
 }
 
-TDateTime StrToDate(std::string_view s) {
+namespace {
+
+// The value tryConvert reads from s, or an EConvertError with msg.
+TDateTime ConvertDateTime(std::string_view s, bool (*tryConvert)(std::string_view, TDateTime&),
+                          const char* msg) {
     TDateTime v;
-    if (!TryStrToDate(s, v)) ConvertError(SInvalidDate, s);
+    if (!tryConvert(s, v)) ConvertError(msg, s);
     return v;
+}
+
+} // namespace
+
+TDateTime StrToDate(std::string_view s) {
+    return ConvertDateTime(s, TryStrToDate, SInvalidDate);
 }
 
 TDateTime StrToTime(std::string_view s) {
-    TDateTime v;
-    if (!TryStrToTime(s, v)) ConvertError(SInvalidTime, s);
-    return v;
+    return ConvertDateTime(s, TryStrToTime, SInvalidTime);
 }
 
 TDateTime StrToDateTime(std::string_view s) {
-    TDateTime v;
-    if (!TryStrToDateTime(s, v)) ConvertError(SInvalidDateTime, s);
-    return v;
+    return ConvertDateTime(s, TryStrToDateTime, SInvalidDateTime);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace rtl {
 
@@ -107,6 +109,21 @@ template <class T> T* As(TObject* obj) {
 // dynamic_cast under the platform's name.
 template <class T> T* Is(TObject* obj) { return dynamic_cast<T*>(obj); }
 
+// Gives a variable another value until the end of the scope, and then its own back, also when
+// the scope is left by an exception.
+template <class T> class TScopedValue {
+public:
+    TScopedValue(T& variable, std::type_identity_t<T> value)
+        : variable_(variable), saved_(std::exchange(variable, std::move(value))) {}
+    ~TScopedValue() { variable_ = std::move(saved_); }
+    TScopedValue(const TScopedValue&) = delete;
+    TScopedValue& operator=(const TScopedValue&) = delete;
+
+private:
+    T& variable_;
+    T saved_;
+};
+
 } // namespace rtl
 
 // Names a class of the object model inside its body: gives it a class reference, a virtual
@@ -115,6 +132,8 @@ template <class T> T* Is(TObject* obj) { return dynamic_cast<T*>(obj); }
 public:                                                                                            \
     using inherited = Parent;                                                                      \
     static ::rtl::TClass StaticClass();                                                            \
-    ::rtl::TClass ClassType() const override { return Self::StaticClass(); }                       \
+    ::rtl::TClass ClassType() const override {                                                     \
+        return Self::StaticClass();                                                                \
+    }                                                                                              \
                                                                                                    \
 private:

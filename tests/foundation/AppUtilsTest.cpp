@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <unistd.h>
 
 using namespace zelvane;
@@ -151,24 +152,36 @@ TEST(ExceptionStr, NoSecondFullStopAndAtMost1024Bytes) {
 
 // --- paths -----------------------------------------------------------------------------------
 
+// Each path and what the function makes of it.
+struct PathCase {
+    const char* path;
+    const char* expected;
+};
+
 TEST(Paths, TravelUpDir) {
-    EXPECT_EQ(TravelUpDir("C:\\a\\b\\"), "C:\\a\\");
-    EXPECT_EQ(TravelUpDir("C:\\a\\b  "), "C:\\a\\");
-    EXPECT_EQ(TravelUpDir("C:\\a\\b"), "C:\\a\\");
-    EXPECT_EQ(TravelUpDir("abc"), "");
-    EXPECT_EQ(TravelUpDir(""), "");
-    EXPECT_EQ(TravelUpDir("/home/user/src/"), "/home/user/");
-    EXPECT_EQ(TravelUpDir("/x"), "/");
+    for (const PathCase& c : std::initializer_list<PathCase>{
+             {"C:\\a\\b\\", "C:\\a\\"},
+             {"C:\\a\\b  ", "C:\\a\\"},
+             {"C:\\a\\b", "C:\\a\\"},
+             {"abc", ""},
+             {"", ""},
+             {"/home/user/src/", "/home/user/"},
+             {"/x", "/"},
+         })
+        EXPECT_EQ(TravelUpDir(c.path), c.expected) << c.path;
 }
 
 TEST(Paths, ExtractFileNameEx) {
-    EXPECT_EQ(ExtractFileNameEx("C:\\dir\\Unit1.pas"), "Unit1");
-    EXPECT_EQ(ExtractFileNameEx("C:Unit1.pas"), "Unit1");
-    EXPECT_EQ(ExtractFileNameEx("C:\\dir\\Makefile"), "Makefile");
-    EXPECT_EQ(ExtractFileNameEx("a.b.c"), "a.b");
-    EXPECT_EQ(ExtractFileNameEx("/usr/lib/libz.so"), "libz");
-    // A "." that stands only in the directory leaves no name.
-    EXPECT_EQ(ExtractFileNameEx("C:\\my.dir\\Makefile"), "");
+    for (const PathCase& c : std::initializer_list<PathCase>{
+             {"C:\\dir\\Unit1.pas", "Unit1"},
+             {"C:Unit1.pas", "Unit1"},
+             {"C:\\dir\\Makefile", "Makefile"},
+             {"a.b.c", "a.b"},
+             {"/usr/lib/libz.so", "libz"},
+             // A "." that stands only in the directory leaves no name.
+             {"C:\\my.dir\\Makefile", ""},
+         })
+        EXPECT_EQ(ExtractFileNameEx(c.path), c.expected) << c.path;
 }
 
 TEST(Paths, ChangeFileName) {

@@ -4,7 +4,62 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <sstream>
+
 using namespace zelvane;
+
+// --- cases of the searches that answer through an out-position --------------------------------
+
+// A search over s for a needle from start: whether it found, and the 1-based position it leaves
+// (0 when not found).
+template <class Needle> struct FindCase {
+    const char* name;
+    bool (*find)(std::string_view, Needle, int&, int);
+    std::string_view s;
+    Needle needle;
+    int start;
+    bool found;
+    int pos;
+};
+
+// A copy up to a needle: when found, result is the text it names; otherwise the result is left
+// as it was ("untouched").
+template <class Needle> struct CopyCase {
+    const char* name;
+    bool (*copy)(std::string_view, Needle, std::string&, bool, int&, int);
+    std::string_view s;
+    Needle needle;
+    bool ignoreCase;
+    int start;
+    bool found;
+    const char* result;
+    int pos;
+};
+
+template <class Case> std::string Describe(const Case& c) {
+    std::ostringstream out;
+    out << c.name << "(\"" << c.s << "\", \"" << c.needle << "\", start " << c.start << ")";
+    return out.str();
+}
+
+template <class Needle, std::size_t N> void ExpectFinds(const FindCase<Needle> (&cases)[N]) {
+    for (const auto& c : cases) {
+        int pos = -5; // every call must set it
+        EXPECT_EQ(c.find(c.s, c.needle, pos, c.start), c.found) << Describe(c);
+        EXPECT_EQ(pos, c.pos) << Describe(c);
+    }
+}
+
+template <class Needle, std::size_t N> void ExpectCopies(const CopyCase<Needle> (&cases)[N]) {
+    for (const auto& c : cases) {
+        std::string r = "untouched";
+        int pos = -5;
+        EXPECT_EQ(c.copy(c.s, c.needle, r, c.ignoreCase, pos, c.start), c.found) << Describe(c);
+        EXPECT_EQ(r, c.result) << Describe(c);
+        EXPECT_EQ(pos, c.pos) << Describe(c);
+    }
+}
 
 // --- the case table --------------------------------------------------------------------------
 
@@ -68,49 +123,34 @@ TEST(CharPos, ReverseFromStartTowardsOne) {
 }
 
 TEST(FindCharPos, ReturnsWhetherFoundAndThePosition) {
-    int pos = -5;
-    EXPECT_TRUE(FindCharPos("a=b", '=', pos));
-    EXPECT_EQ(pos, 2);
-    EXPECT_FALSE(FindCharPos("ab", '=', pos));
-    EXPECT_EQ(pos, 0);
-    EXPECT_TRUE(FindCharPosI("aXb", 'x', pos));
-    EXPECT_EQ(pos, 2);
-    EXPECT_TRUE(FindCharPosR("a=b=c", '=', pos));
-    EXPECT_EQ(pos, 4);
-    EXPECT_TRUE(FindCharPosRI("aXbx", 'X', pos, 3));
-    EXPECT_EQ(pos, 2);
+    const FindCase<char> cases[] = {
+        {"FindCharPos", FindCharPos, "a=b", '=', 1, true, 2},
+        {"FindCharPos", FindCharPos, "ab", '=', 1, false, 0},
+        {"FindCharPosI", FindCharPosI, "aXb", 'x', 1, true, 2},
+        {"FindCharPosR", FindCharPosR, "a=b=c", '=', -1, true, 4},
+        {"FindCharPosRI", FindCharPosRI, "aXbx", 'X', 3, true, 2},
+    };
+    ExpectFinds(cases);
 }
 
 TEST(CopyToChar, TextFromStartUpToTheByte) {
-    std::string r = "untouched";
-    int pos = 0;
-    EXPECT_TRUE(CopyToChar("key=value", '=', r, false, pos));
-    EXPECT_EQ(r, "key");
-    EXPECT_EQ(pos, 4);
-    EXPECT_TRUE(CopyToChar("a,b,c", ',', r, false, pos, 3));
-    EXPECT_EQ(r, "b");
-    EXPECT_EQ(pos, 4);
-    EXPECT_TRUE(CopyToChar("abXcd", 'x', r, true, pos));
-    EXPECT_EQ(r, "ab");
-    r = "untouched";
-    EXPECT_FALSE(CopyToChar("abXcd", 'x', r, false, pos));
-    EXPECT_EQ(r, "untouched");
+    const CopyCase<char> cases[] = {
+        {"CopyToChar", CopyToChar, "key=value", '=', false, 1, true, "key", 4},
+        {"CopyToChar", CopyToChar, "a,b,c", ',', false, 3, true, "b", 4},
+        {"CopyToChar", CopyToChar, "abXcd", 'x', true, 1, true, "ab", 3},
+        {"CopyToChar", CopyToChar, "abXcd", 'x', false, 1, false, "untouched", 0},
+    };
+    ExpectCopies(cases);
 }
 
 TEST(CopyToChar, ReverseGivesTextAfterTheByteUpToStart) {
-    std::string r = "untouched";
-    int pos = 0;
-    EXPECT_TRUE(CopyToCharR("C:\\dir\\file.pas", '\\', r, false, pos));
-    EXPECT_EQ(r, "file.pas");
-    EXPECT_EQ(pos, 7);
-    EXPECT_TRUE(CopyToCharR("a.b.c", '.', r, false, pos, 3));
-    EXPECT_EQ(r, "b");
-    EXPECT_EQ(pos, 2);
-    r = "untouched";
-    EXPECT_FALSE(CopyToCharR("abc", '.', r, false, pos));
-    EXPECT_EQ(r, "untouched");
-    EXPECT_TRUE(CopyToCharR("aXb", 'x', r, true, pos));
-    EXPECT_EQ(r, "b");
+    const CopyCase<char> cases[] = {
+        {"CopyToCharR", CopyToCharR, "C:\\dir\\file.pas", '\\', false, -1, true, "file.pas", 7},
+        {"CopyToCharR", CopyToCharR, "a.b.c", '.', false, 3, true, "b", 2},
+        {"CopyToCharR", CopyToCharR, "abc", '.', false, -1, false, "untouched", 0},
+        {"CopyToCharR", CopyToCharR, "aXb", 'x', true, -1, true, "b", 2},
+    };
+    ExpectCopies(cases);
 }
 
 // --- sets ------------------------------------------------------------------------------------
@@ -203,38 +243,26 @@ TEST(StringPos, ReverseClampsTheStart) {
 }
 
 TEST(FindStrPos, AllFour) {
-    int pos = 0;
-    EXPECT_TRUE(FindStrPos("begin end", "end", pos));
-    EXPECT_EQ(pos, 7);
-    EXPECT_FALSE(FindStrPos("begin end", "END", pos));
-    EXPECT_EQ(pos, 0);
-    EXPECT_TRUE(FindStrPosI("begin end", "END", pos));
-    EXPECT_EQ(pos, 7);
-    EXPECT_TRUE(FindStrPosR("(* a *) (* b *)", "(*", pos));
-    EXPECT_EQ(pos, 9);
-    EXPECT_TRUE(FindStrPosRI("AbAB", "ab", pos, 2));
-    EXPECT_EQ(pos, 1);
+    const FindCase<std::string_view> cases[] = {
+        {"FindStrPos", FindStrPos, "begin end", "end", 1, true, 7},
+        {"FindStrPos", FindStrPos, "begin end", "END", 1, false, 0},
+        {"FindStrPosI", FindStrPosI, "begin end", "END", 1, true, 7},
+        {"FindStrPosR", FindStrPosR, "(* a *) (* b *)", "(*", -1, true, 9},
+        {"FindStrPosRI", FindStrPosRI, "AbAB", "ab", 2, true, 1},
+    };
+    ExpectFinds(cases);
 }
 
 TEST(CopyToStr, ForwardAndReverse) {
-    std::string r = "kept";
-    int pos = 0;
-    EXPECT_TRUE(CopyToStr("a := b", ":=", r, false, pos));
-    EXPECT_EQ(r, "a ");
-    EXPECT_EQ(pos, 3);
-    EXPECT_TRUE(CopyToStr("x AND y", "and", r, true, pos));
-    EXPECT_EQ(r, "x ");
-    EXPECT_TRUE(CopyToStrR("one<>two<>three", "<>", r, false, pos));
-    EXPECT_EQ(r, "three");
-    EXPECT_EQ(pos, 9);
-    EXPECT_TRUE(CopyToStrR("one<>two<>three", "<>", r, false, pos, 8));
-    EXPECT_EQ(r, "two");
-    EXPECT_EQ(pos, 4);
-    r = "kept";
-    EXPECT_FALSE(CopyToStrR("abc", "xy", r, false, pos, -1));
-    EXPECT_EQ(r, "kept");
-    EXPECT_FALSE(CopyToStr("abc", "xy", r, false, pos));
-    EXPECT_EQ(r, "kept");
+    const CopyCase<std::string_view> cases[] = {
+        {"CopyToStr", CopyToStr, "a := b", ":=", false, 1, true, "a ", 3},
+        {"CopyToStr", CopyToStr, "x AND y", "and", true, 1, true, "x ", 3},
+        {"CopyToStrR", CopyToStrR, "one<>two<>three", "<>", false, -1, true, "three", 9},
+        {"CopyToStrR", CopyToStrR, "one<>two<>three", "<>", false, 8, true, "two", 4},
+        {"CopyToStrR", CopyToStrR, "abc", "xy", false, -1, false, "untouched", 0},
+        {"CopyToStr", CopyToStr, "abc", "xy", false, 1, false, "untouched", 0},
+    };
+    ExpectCopies(cases);
 }
 
 TEST(FindStrPosEx, PlainPosOverTheWholeString) {

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <initializer_list>
+#include <string>
 
 using namespace zelvane;
 using namespace rtl;
@@ -76,15 +78,20 @@ struct Objects {
     TWidget widget;
 };
 
+// What a storage in the given form writes for the objects.
+std::string PropsOf(TObjectStorageFormat format, std::initializer_list<TObject*> objects) {
+    TObjectStorage storage;
+    storage.Format = format;
+    std::string data;
+    storage.GetObjectProps(TObjectArray(objects.begin(), objects.size()), data);
+    return data;
+}
+
 class AllForms : public ::testing::TestWithParam<TObjectStorageFormat> {};
 
 TEST_P(AllForms, SaveAndLoadRoundTrip) {
     Objects source;
-    TObjectStorage storage;
-    storage.Format = GetParam();
-    TObject* sources[] = {&source.foo, &source.widget};
-    std::string text;
-    storage.GetObjectProps(sources, text);
+    std::string text = PropsOf(GetParam(), {&source.foo, &source.widget});
     ASSERT_FALSE(text.empty());
 
     TFoo foo;
@@ -106,11 +113,7 @@ INSTANTIATE_TEST_SUITE_P(ObjectStorage, AllForms,
 
 TEST(ObjectStorage, ExtendedFormHasItsOwnSignature) {
     Objects source;
-    TObjectStorage storage;
-    storage.Format = osfExtBin;
-    TObject* objects[] = {&source.foo};
-    std::string data;
-    storage.GetObjectProps(objects, data);
+    std::string data = PropsOf(osfExtBin, {&source.foo});
     EXPECT_EQ(data.substr(0, 4), "TPF2");
     EXPECT_EQ(data.substr(4, 6), std::string("\x05") + "Width");
 
@@ -118,17 +121,15 @@ TEST(ObjectStorage, ExtendedFormHasItsOwnSignature) {
     data[3] = '0';
     TFoo foo;
     TObject* targets[] = {&foo};
+    TObjectStorage storage;
+    storage.Format = osfExtBin;
     EXPECT_THROW(storage.SetObjectProps(targets, data), EAdvReaderError);
     EXPECT_EQ(foo.Width, 100);
 }
 
 TEST(ObjectStorage, ResourceFormWrapsEachObject) {
     Objects source;
-    TObjectStorage storage;
-    storage.Format = osfResBin;
-    TObject* objects[] = {&source.foo, &source.widget};
-    std::string data;
-    storage.GetObjectProps(objects, data);
+    std::string data = PropsOf(osfResBin, {&source.foo, &source.widget});
     EXPECT_EQ(static_cast<uint8_t>(data[0]), 0xFF);
     EXPECT_NE(data.find("TWRAPPER"), std::string::npos);
     EXPECT_NE(data.find("TWIDGET"), std::string::npos);
@@ -147,11 +148,7 @@ TEST(ObjectStorage, ResourceFormWrapsEachObject) {
 
 TEST(ObjectStorage, TextOfANonComponentReadsBack) {
     Objects source;
-    TObjectStorage storage;
-    storage.Format = osfText;
-    TObject* objects[] = {&source.foo};
-    std::string text;
-    storage.GetObjectProps(objects, text);
+    std::string text = PropsOf(osfText, {&source.foo});
     EXPECT_EQ(text.rfind("stored Instance --> TFoo\r\nobject TWrapper", 0), 0u) << text;
     // DataHndl's detection doesn't take the "s" of the description line.
     {
@@ -259,11 +256,7 @@ TEST(ObjectStorage, LoadComponentsIntoVariables) {
 
 TEST(ObjectStorage, LoadComponentsOfPropertyListsLoadsNothing) {
     Objects source;
-    TObjectStorage storage;
-    storage.Format = osfExtBin;
-    TObject* objects[] = {&source.widget};
-    std::string data;
-    storage.GetObjectProps(objects, data);
+    std::string data = PropsOf(osfExtBin, {&source.widget});
     TWidget widget;
     TComponent* ref = &widget;
     TComponent** refs[] = {&ref};

@@ -12,16 +12,6 @@ using namespace model;
 
 namespace {
 
-std::string Bytes(std::initializer_list<int> bytes) {
-    std::string s;
-    for (int b : bytes)
-        s += static_cast<char>(b);
-    return s;
-}
-std::string Short(const std::string& s) {
-    return static_cast<char>(s.size()) + s;
-}
-
 // Writes one object as a root with a writer set up by setup.
 template <class W = TFitWriter, class Setup>
 std::string WriteRoot(TPersistent* obj, const std::string& name, Setup&& setup) {

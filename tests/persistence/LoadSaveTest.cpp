@@ -8,30 +8,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <unistd.h>
 
 using namespace zelvane;
 using namespace model;
-namespace fs = std::filesystem;
 
 namespace {
-
-std::string Bytes(std::initializer_list<int> bytes) {
-    std::string s;
-    for (int b : bytes)
-        s += static_cast<char>(b);
-    return s;
-}
-
-// A short string: its length byte and its characters.
-std::string Short(const std::string& s) {
-    return static_cast<char>(s.size()) + s;
-}
 
 TSample& Filled(TSample& s) {
     s.Count = 42;
@@ -66,52 +48,6 @@ void ExpectSameSample(const TSample& a, const TSample& b) {
     EXPECT_EQ(a.Flag, b.Flag);
     EXPECT_EQ(a.GetLook()->Size, b.GetLook()->Size);
     EXPECT_EQ(a.GetLook()->Name, b.GetLook()->Name);
-}
-
-// A scratch directory of its own for each test.
-class TempDir {
-public:
-    TempDir() {
-        path_ = fs::temp_directory_path() /
-                ("zelvane-persist-" + std::to_string(::getpid()) + "-" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(path_);
-        fs::create_directories(path_);
-    }
-    ~TempDir() { fs::remove_all(path_); }
-    std::string File(const std::string& name) const { return (path_ / name).string(); }
-    std::vector<std::string> Entries() const {
-        std::vector<std::string> names;
-        for (auto& e : fs::directory_iterator(path_))
-            names.push_back(e.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-private:
-    fs::path path_;
-};
-
-std::string ReadAll(const std::string& file) {
-    std::ifstream f(file, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
-
-void WriteAll(const std::string& file, const std::string& data) {
-    std::ofstream f(file, std::ios::binary);
-    f << data;
-}
-
-template <class F> std::string DataError(F&& f) {
-    try {
-        f();
-    } catch (const EDataHandlingError& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no EDataHandlingError was raised";
-    return {};
 }
 
 // Registers a class for the life of the object.

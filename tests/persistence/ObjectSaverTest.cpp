@@ -9,14 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
-#include <sstream>
-#include <unistd.h>
 
 using namespace zelvane;
 using namespace model;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -100,32 +96,6 @@ public:
         s.OnAfterReadObject = TSaverAfterReadEvent::Of<&Listener::AfterRead>(this);
     }
 };
-
-class TempDir {
-public:
-    TempDir() {
-        path_ = fs::temp_directory_path() /
-                ("zelvane-saver-" + std::to_string(::getpid()) + "-" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(path_);
-        fs::create_directories(path_);
-    }
-    ~TempDir() { fs::remove_all(path_); }
-    std::string File(const std::string& name) const { return (path_ / name).string(); }
-    size_t Count() const {
-        return static_cast<size_t>(std::distance(fs::directory_iterator(path_), {}));
-    }
-
-private:
-    fs::path path_;
-};
-
-std::string ReadAll(const std::string& file) {
-    std::ifstream f(file, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
 
 } // namespace
 
@@ -369,7 +339,7 @@ TEST(ObjectSaver, AFailedFileSaveLeavesTheOldFile) {
     std::string names[] = {"first", "second"};
     EXPECT_THROW(saver.SaveObjects(objs, names, file), EWriteError);
     EXPECT_EQ(ReadAll(file), "old settings");
-    EXPECT_EQ(dir.Count(), 1u);
+    EXPECT_EQ(dir.Entries().size(), 1u);
     saver.OnBeforeWriteObject = nullptr;
     saver.SaveObjects(objs, names, file);
     EXPECT_EQ(Roots(ReadAll(file)).size(), 2u);

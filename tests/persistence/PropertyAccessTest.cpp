@@ -18,19 +18,18 @@ PTypeInfo ShapeType() {
     return rtl::TypeInfo<TShape>();
 }
 
-// Runs f and returns the message of the EDataHandlingError it raises.
-template <class F> std::string DataError(F&& f) {
-    try {
-        f();
-    } catch (const EDataHandlingError& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no EDataHandlingError was raised";
-    return {};
-}
-
 uint32_t Bits(std::initializer_list<TShape> shapes) {
     return TShapes(shapes).Bits();
+}
+
+// Walks path from start and expects it to end at the property called name of holder.
+void ExpectPathEndsAt(TObject* start, const std::string& path, const std::string& name,
+                      TObject* holder) {
+    TObject* reached = start;
+    PPropInfo p = FindPropInfo(reached, path);
+    ASSERT_NE(p, nullptr) << path;
+    EXPECT_EQ(p->Name, name) << path;
+    EXPECT_EQ(reached, holder) << path;
 }
 
 } // namespace
@@ -93,41 +92,25 @@ TEST(SetText, MalformedTextFails) {
 
 TEST(FindPropInfo, WalksIntoNestedObjects) {
     TSample sample;
-    TObject* holder = &sample;
-    PPropInfo p = FindPropInfo(holder, "Look.Size");
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(p->Name, "Size");
-    EXPECT_EQ(holder, sample.GetLook());
+    ExpectPathEndsAt(&sample, "Look.Size", "Size", sample.GetLook());
     // Names are found without regard to case.
-    holder = &sample;
+    TObject* holder = &sample;
     ASSERT_NE(FindPropInfo(holder, "look.SIZE"), nullptr);
 }
 
 TEST(FindPropInfo, StopsAtANilObjectWithTheReachableProperty) {
     TSample sample;
-    TObject* holder = &sample;
-    PPropInfo p = FindPropInfo(holder, "Child.Count");
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(p->Name, "Child");
-    EXPECT_EQ(holder, &sample);
+    ExpectPathEndsAt(&sample, "Child.Count", "Child", &sample);
 
     // Through an object that is there, the walk goes on.
     TSample child;
     sample.Child = &child;
-    holder = &sample;
-    p = FindPropInfo(holder, "Child.Count");
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(p->Name, "Count");
-    EXPECT_EQ(holder, &child);
+    ExpectPathEndsAt(&sample, "Child.Count", "Count", &child);
 }
 
 TEST(FindPropInfo, StopsAtAPropertyThatIsNoObject) {
     TSample sample;
-    TObject* holder = &sample;
-    PPropInfo p = FindPropInfo(holder, "Count.Whatever.Else");
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(p->Name, "Count");
-    EXPECT_EQ(holder, &sample);
+    ExpectPathEndsAt(&sample, "Count.Whatever.Else", "Count", &sample);
 }
 
 TEST(FindPropInfo, UnknownSegmentsGiveNil) {

@@ -11,16 +11,6 @@ using namespace model;
 
 namespace {
 
-template <class F> std::string DataError(F&& f) {
-    try {
-        f();
-    } catch (const EDataHandlingError& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no EDataHandlingError was raised";
-    return {};
-}
-
 struct Header {
     TObjectStorageFormat format = osfExtBin;
     bool resFormat = false;

@@ -1,6 +1,10 @@
 #include "TestModel.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
 
 namespace model {
 
@@ -34,6 +38,56 @@ std::string HexBytes(const std::string& data) {
         s += buf;
     }
     return s;
+}
+
+std::string Bytes(std::initializer_list<int> bytes) {
+    std::string s;
+    for (int b : bytes)
+        s += static_cast<char>(b);
+    return s;
+}
+
+std::string Short(const std::string& s) {
+    return static_cast<char>(s.size()) + s;
+}
+
+TempDir::TempDir() {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string(test->test_suite_name()) + "." + test->name();
+    std::replace(name.begin(), name.end(), '/', '_'); // parameterised tests
+    path_ = std::filesystem::temp_directory_path() /
+            ("zelvane-persist-" + std::to_string(::getpid()) + "-" + name);
+    std::filesystem::remove_all(path_);
+    std::filesystem::create_directories(path_);
+}
+
+TempDir::~TempDir() {
+    std::error_code ec;
+    std::filesystem::remove_all(path_, ec);
+}
+
+std::string TempDir::File(const std::string& name) const {
+    return (path_ / name).string();
+}
+
+std::vector<std::string> TempDir::Entries() const {
+    std::vector<std::string> names;
+    for (auto& e : std::filesystem::directory_iterator(path_))
+        names.push_back(e.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string ReadAll(const std::string& file) {
+    std::ifstream f(file, std::ios::binary);
+    std::stringstream ss;
+    ss << f.rdbuf();
+    return ss.str();
+}
+
+void WriteAll(const std::string& file, const std::string& data) {
+    std::ofstream f(file, std::ios::binary);
+    f << data;
 }
 
 } // namespace model

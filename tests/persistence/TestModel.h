@@ -4,6 +4,7 @@
 
 #include "foundation/AppUtils.h"
 #include "foundation/Dialogs.h"
+#include "persistence/DataHndl.h"
 #include "rtl/Classes.h"
 #include "rtl/Graphics.h"
 #include "rtl/Lists.h"
@@ -12,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -164,5 +167,40 @@ private:
 
 // The bytes of a string as spaced hexadecimal ("54 50 46 30").
 std::string HexBytes(const std::string& data);
+
+// A string of the given byte values.
+std::string Bytes(std::initializer_list<int> bytes);
+
+// A short string: its length byte and its characters.
+std::string Short(const std::string& s);
+
+// A scratch directory of its own for each test, removed with the object.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    std::string File(const std::string& name) const;
+    // The names of the entries in the directory, sorted.
+    std::vector<std::string> Entries() const;
+
+private:
+    std::filesystem::path path_;
+};
+
+std::string ReadAll(const std::string& file);
+void WriteAll(const std::string& file, const std::string& data);
+
+// Runs f and returns the message of the EDataHandlingError it raises.
+template <class F> std::string DataError(F&& f) {
+    try {
+        f();
+    } catch (const zelvane::EDataHandlingError& e) {
+        return e.Message();
+    }
+    ADD_FAILURE() << "no EDataHandlingError was raised";
+    return {};
+}
 
 } // namespace model

@@ -3,12 +3,15 @@
 #include "rtl/Classes.h"
 #include "rtl/SysUtils.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <utility>
 #include <vector>
 
 using namespace rtl;
+using rtltest::MessageOf;
 
 namespace comps {
 
@@ -108,16 +111,6 @@ RTL_IMPLEMENT_CLASS(TLink)
 using namespace comps;
 
 namespace {
-
-template <class E, class F> std::string MessageOf(F&& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no exception raised";
-    return {};
-}
 
 TCounted* Named(TComponent* owner, const std::string& name, DestroyLog* log = nullptr) {
     auto* c = new TCounted(owner, log);

@@ -3,6 +3,8 @@
 #include "rtl/Graphics.h"
 #include "rtl/Streams.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -10,18 +12,9 @@
 #include <set>
 
 using namespace rtl;
+using rtltest::MessageOf;
 
 namespace {
-
-template <class E, class F> std::string MessageOf(F&& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no exception raised";
-    return {};
-}
 
 void PutLE(std::string& s, size_t at, uint32_t v, int bytes) {
     for (int i = 0; i < bytes; ++i)
@@ -94,6 +87,21 @@ std::string MakeJpeg(uint16_t width, uint16_t height) {
     s += std::string(9, '\x01');
     s += std::string("\xFF\xD9", 2);
     return s;
+}
+
+// Writes the picture data of a picture that holds a G made of bytes.
+template <class G> void WritePictureOf(const std::string& bytes, TStream* m) {
+    G graphic;
+    graphic.SetBytes(bytes);
+    TPicture pic;
+    pic.SetGraphic(&graphic);
+    pic.WriteData(m);
+}
+
+// Reads picture data from the start of m into back.
+void ReadPictureFromStart(TMemoryStream& m, TPicture& back) {
+    m.SetPosition(0);
+    back.ReadData(&m);
 }
 
 std::string StreamBytes(TMemoryStream& m) {
@@ -380,8 +388,7 @@ TEST(Pictures, BitmapDataRoundTrip) {
     EXPECT_EQ(StreamBytes(m), expected);
 
     TPicture back;
-    m.SetPosition(0);
-    back.ReadData(&m);
+    ReadPictureFromStart(m, back);
     ASSERT_NE(back.Graphic(), nullptr);
     EXPECT_EQ(back.Graphic()->ClassName(), "TBitmap");
     EXPECT_EQ(back.Graphic()->Bytes(), bmp);
@@ -392,17 +399,12 @@ TEST(Pictures, BitmapDataRoundTrip) {
 
 TEST(Pictures, IconDataRoundTrip) {
     const std::string ico = MakeIco(48, 32);
-    TIcon icon;
-    icon.SetBytes(ico);
-    TPicture pic;
-    pic.SetGraphic(&icon);
     TMemoryStream m;
-    pic.WriteData(&m);
+    WritePictureOf<TIcon>(ico, &m);
     // Icons store their bytes as they stand, with no length.
     EXPECT_EQ(StreamBytes(m), std::string("\x05TIcon") + ico);
     TPicture back;
-    m.SetPosition(0);
-    back.ReadData(&m);
+    ReadPictureFromStart(m, back);
     ASSERT_NE(back.Graphic(), nullptr);
     EXPECT_EQ(back.Graphic()->ClassType(), TIcon::StaticClass());
     EXPECT_EQ(back.Graphic()->Bytes(), ico);
@@ -412,16 +414,11 @@ TEST(Pictures, IconDataRoundTrip) {
 
 TEST(Pictures, JpegDataCarriesALengthToo) {
     const std::string jpg = MakeJpeg(20, 10);
-    TJPEGImage image;
-    image.SetBytes(jpg);
-    TPicture pic;
-    pic.SetGraphic(&image);
     TMemoryStream m;
-    pic.WriteData(&m);
+    WritePictureOf<TJPEGImage>(jpg, &m);
     m.WriteValue<uint32_t>(0xDEADBEEF); // whatever follows in the stream stays unread
     TPicture back;
-    m.SetPosition(0);
-    back.ReadData(&m);
+    ReadPictureFromStart(m, back);
     EXPECT_EQ(back.Graphic()->ClassName(), "TJPEGImage");
     EXPECT_EQ(back.Graphic()->Bytes(), jpg);
     EXPECT_EQ(back.Width(), 20);

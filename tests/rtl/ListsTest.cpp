@@ -4,6 +4,8 @@
 #include "rtl/CodePage.h"
 #include "rtl/Streams.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -11,6 +13,7 @@
 #include <unistd.h>
 
 using namespace rtl;
+using rtltest::MessageOf;
 
 namespace {
 
@@ -26,15 +29,6 @@ std::vector<std::string> Lines(const TStrings& s) {
 }
 
 using V = std::vector<std::string>;
-
-template <class E, class F> std::string ErrorOf(F f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    return "<no exception>";
-}
 
 int g_alive = 0;
 class TCounted : public TObject {
@@ -107,11 +101,11 @@ TEST(List, AddInsertDeleteKeepOrder) {
 TEST(List, BadIndexesRaiseWithTheIndex) {
     int a;
     TList l;
-    EXPECT_EQ(ErrorOf<EListError>([&] { l.First(); }), "List index out of bounds (0)");
+    EXPECT_EQ(MessageOf<EListError>([&] { l.First(); }), "List index out of bounds (0)");
     l.Add(&a);
-    EXPECT_EQ(ErrorOf<EListError>([&] { l.Get(1); }), "List index out of bounds (1)");
-    EXPECT_EQ(ErrorOf<EListError>([&] { l.Delete(-1); }), "List index out of bounds (-1)");
-    EXPECT_EQ(ErrorOf<EListError>([&] { l.Insert(2, &a); }), "List index out of bounds (2)");
+    EXPECT_EQ(MessageOf<EListError>([&] { l.Get(1); }), "List index out of bounds (1)");
+    EXPECT_EQ(MessageOf<EListError>([&] { l.Delete(-1); }), "List index out of bounds (-1)");
+    EXPECT_EQ(MessageOf<EListError>([&] { l.Insert(2, &a); }), "List index out of bounds (2)");
     EXPECT_THROW(l.Exchange(0, 5), EListError);
     EXPECT_THROW(l.Move(0, 1), EListError);
     EXPECT_THROW(l.Put(3, nullptr), EListError);
@@ -126,9 +120,9 @@ TEST(List, CapacityAndCount) {
     for (int i = 0; i < 100; ++i)
         l.Add(nullptr);
     EXPECT_GE(l.Capacity(), l.Count());
-    EXPECT_EQ(ErrorOf<EListError>([&] { l.SetCapacity(5); }), "List capacity out of bounds (5)");
+    EXPECT_EQ(MessageOf<EListError>([&] { l.SetCapacity(5); }), "List capacity out of bounds (5)");
     EXPECT_THROW(l.SetCapacity(MaxListSize + 1), EListError);
-    EXPECT_EQ(ErrorOf<EListError>([&] { l.SetCount(-1); }), "List count out of bounds (-1)");
+    EXPECT_EQ(MessageOf<EListError>([&] { l.SetCount(-1); }), "List count out of bounds (-1)");
     l.SetCount(3);
     EXPECT_EQ(l.Count(), 3);
     l.SetCount(6);
@@ -210,9 +204,10 @@ TEST(StringList, AddInsertDeleteWithObjects) {
 TEST(StringList, BadIndexesRaiseStringListError) {
     TStringList l;
     l.Add("a");
-    EXPECT_EQ(ErrorOf<EStringListError>([&] { l.Strings(1); }), "List index out of bounds (1)");
-    EXPECT_EQ(ErrorOf<EStringListError>([&] { l.Delete(-2); }), "List index out of bounds (-2)");
-    EXPECT_EQ(ErrorOf<EStringListError>([&] { l.Insert(5, "x"); }), "List index out of bounds (5)");
+    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Strings(1); }), "List index out of bounds (1)");
+    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Delete(-2); }), "List index out of bounds (-2)");
+    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Insert(5, "x"); }),
+              "List index out of bounds (5)");
     EXPECT_THROW(l.Objects(3), EStringListError);
     EXPECT_THROW(l.SetObjects(1, nullptr), EStringListError);
     EXPECT_THROW(l.Exchange(0, 1), EStringListError);
@@ -282,7 +277,7 @@ TEST(StringListSorted, DupErrorRaisesAndLeavesTheList) {
     l.SetSorted(true);
     l.Add("x");
     l.Add("y");
-    EXPECT_EQ(ErrorOf<EStringListError>([&] { l.Add("X"); }),
+    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Add("X"); }),
               "String list does not allow duplicates");
     EXPECT_EQ(Lines(l), (V{"x", "y"}));
     // An unsorted list accepts duplicates whatever the mode.
@@ -324,7 +319,7 @@ TEST(StringListSorted, RejectsPositionalEdits) {
     l.Add("a");
     l.SetSorted(true);
     EXPECT_EQ(Lines(l), (V{"a", "b"}));
-    EXPECT_EQ(ErrorOf<EStringListError>([&] { l.Insert(0, "c"); }),
+    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Insert(0, "c"); }),
               "Operation not allowed on sorted string list");
     EXPECT_THROW(l.SetStrings(0, "z"), EStringListError);
     EXPECT_THROW(l.Move(0, 1), EStringListError);

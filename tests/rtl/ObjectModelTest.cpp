@@ -4,9 +4,12 @@
 #include "rtl/SysUtils.h"
 #include "rtl/TypInfo.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 using namespace rtl;
+using rtltest::MessageOf;
 
 namespace objmodel {
 
@@ -154,20 +157,6 @@ RTL_IMPLEMENT_CLASS(TRegSquare)
 } // namespace objmodel_other
 
 using namespace objmodel;
-
-namespace {
-
-template <class E, class F> std::string MessageOf(F&& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no exception raised";
-    return {};
-}
-
-} // namespace
 
 // ---------------------------------------------------------------------------------------------
 // GUIDs

@@ -4,6 +4,8 @@
 #include "rtl/FileStreams.h"
 #include "rtl/SysUtils.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -13,6 +15,7 @@
 #include <unistd.h>
 
 using namespace rtl;
+using rtltest::MessageOf;
 
 namespace {
 
@@ -41,15 +44,6 @@ protected:
     std::string Path(const std::string& name) const { return dir + "/" + name; }
     std::string dir;
 };
-
-template <class E, class F> std::string ErrorOf(F f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    return "<no exception>";
-}
 
 } // namespace
 
@@ -101,7 +95,7 @@ TEST(MemoryStream, ReadingPastTheEnd) {
     s.SetPosition(-5);
     EXPECT_EQ(s.Read(buf, 1), 0);
     s.SetPosition(2);
-    EXPECT_EQ(ErrorOf<EReadError>([&] { s.ReadBuffer(buf, 2); }), "Stream read error");
+    EXPECT_EQ(MessageOf<EReadError>([&] { s.ReadBuffer(buf, 2); }), "Stream read error");
     s.SetPosition(0);
     EXPECT_THROW(s.ReadValue<int64_t>(), EReadError);
     // Reading nothing is fine anywhere.
@@ -121,7 +115,7 @@ TEST(MemoryStream, WritesAtABadPositionFail) {
     TMemoryStream s;
     s.SetPosition(-1);
     EXPECT_EQ(s.Write("x", 1), 0);
-    EXPECT_EQ(ErrorOf<EWriteError>([&] { s.WriteBuffer("x", 1); }), "Stream write error");
+    EXPECT_EQ(MessageOf<EWriteError>([&] { s.WriteBuffer("x", 1); }), "Stream write error");
     s.Seek(INT64_MAX, soBeginning);
     EXPECT_EQ(s.Write("x", 1), 0);
     EXPECT_EQ(s.GetSize(), 0);
@@ -196,7 +190,7 @@ TEST_F(TempDirTest, MemoryStreamFiles) {
     TMemoryStream b;
     b.LoadFromFile(Path("m.bin"));
     EXPECT_EQ(ReadAll(b), "file data");
-    EXPECT_EQ(ErrorOf<EFOpenError>([&] { b.LoadFromFile(Path("none")); }),
+    EXPECT_EQ(MessageOf<EFOpenError>([&] { b.LoadFromFile(Path("none")); }),
               "Cannot open file \"" + Path("none") + "\". " + SysErrorMessage(ENOENT));
     EXPECT_THROW(a.SaveToFile(Path("no/such/dir")), EFCreateError);
 }
@@ -287,10 +281,10 @@ TEST_F(TempDirTest, SetSizeTruncatesAndExtends) {
 }
 
 TEST_F(TempDirTest, OpenErrorsNameTheFile) {
-    EXPECT_EQ(ErrorOf<EFOpenError>([&] { TFileStream(Path("missing"), fmOpenRead); }),
+    EXPECT_EQ(MessageOf<EFOpenError>([&] { TFileStream(Path("missing"), fmOpenRead); }),
               "Cannot open file \"" + Path("missing") + "\". " + SysErrorMessage(ENOENT));
     EXPECT_THROW(TFileStream(Path("missing"), fmOpenWrite), EFOpenError);
-    EXPECT_EQ(ErrorOf<EFCreateError>([&] { TFileStream(Path("no/dir/x"), fmCreate); }),
+    EXPECT_EQ(MessageOf<EFCreateError>([&] { TFileStream(Path("no/dir/x"), fmCreate); }),
               "Cannot create file \"" + Path("no/dir/x") + "\". " + SysErrorMessage(ENOENT));
     EXPECT_THROW(TFileStream(dir, fmOpenRead), EFOpenError);
     EXPECT_THROW(TFileStream(dir, fmCreate), EFCreateError);

@@ -2,11 +2,14 @@
 #include "rtl/TypInfo.h"
 #include "rtl/SysUtils.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 using namespace rtl;
+using rtltest::MessageOf;
 
 namespace tinfo {
 
@@ -137,16 +140,6 @@ std::vector<std::string> Names(const std::vector<PPropInfo>& list) {
     for (PPropInfo p : list)
         names.push_back(p->Name);
     return names;
-}
-
-template <class E, class F> std::string MessageOf(F&& f) {
-    try {
-        f();
-    } catch (const E& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no exception raised";
-    return {};
 }
 
 } // namespace

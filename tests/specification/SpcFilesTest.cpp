@@ -10,6 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <string_view>
+
 using namespace spcmodel;
 
 namespace {
@@ -24,6 +27,18 @@ protected:
     TObjectStorageFormat Load(TProgram& p, const std::string& file, bool showErrors = true) {
         TPersistent* obj = &p.settings;
         return LoadSpc(obj, file, false, showErrors);
+    }
+    // Saves p in binary, swaps one stored short string (its length byte, then its text) for
+    // another of the same length and writes the result to dir_ as name, into file.
+    void SaveSwapped(TProgram& p, std::string_view stored, std::string_view swapped,
+                     const std::string& name, std::string& file) {
+        ASSERT_EQ(stored.size(), swapped.size());
+        std::string bytes = ReadAll(Saved(p, osfBin));
+        size_t at = bytes.find(static_cast<char>(stored.size()) + std::string(stored));
+        ASSERT_NE(at, std::string::npos) << stored;
+        bytes.replace(at + 1, swapped.size(), swapped);
+        file = dir_.File(name);
+        WriteAll(file, bytes);
     }
     TempDir dir_;
 };
@@ -246,14 +261,9 @@ TEST_F(SpcFiles, OlderFileUpdatesOnlyTheItemsCodeKnows) {
 TEST_F(SpcFiles, NewerFileWithAPropertyTheClassLacksLoadsTheRest) {
     TProgram saved;
     FillNonDefault(saved);
-    std::string bytes = ReadAll(Saved(saved, osfBin));
-    // Rename the stored "Version" into a property the class doesn't have: same length.
-    size_t at = bytes.find("\x07"
-                           "Version");
-    ASSERT_NE(at, std::string::npos);
-    bytes.replace(at + 1, 7, "Revised");
-    std::string file = dir_.File("newer.sbn");
-    WriteAll(file, bytes);
+    // Rename the stored "Version" into a property the class doesn't have.
+    std::string file;
+    ASSERT_NO_FATAL_FAILURE(SaveSwapped(saved, "Version", "Revised", "newer.sbn", file));
 
     {
         // Silently, when the caller asked for no messages.
@@ -326,14 +336,9 @@ TEST_F(SpcFiles, NilObjectFailsWith51501) {
 TEST_F(SpcFiles, BadValueIsPassedOverWhenErrorsAreIgnored) {
     TProgram saved;
     FillNonDefault(saved);
-    std::string bytes = ReadAll(Saved(saved, osfBin));
-    // "View.Layout" holds an identifier the enumeration doesn't have: same length.
-    size_t at = bytes.find("\x06"
-                           "loTabs");
-    ASSERT_NE(at, std::string::npos);
-    bytes.replace(at + 1, 6, "loGrid");
-    std::string file = dir_.File("badvalue.sbn");
-    WriteAll(file, bytes);
+    // "View.Layout" holds an identifier the enumeration doesn't have.
+    std::string file;
+    ASSERT_NO_FATAL_FAILURE(SaveSwapped(saved, "loTabs", "loGrid", "badvalue.sbn", file));
 
     DialogRecorder dialogs;
     TProgram quiet;
@@ -367,13 +372,8 @@ TEST_F(SpcFiles, TruncatedFileLoadsUpToTheCutAndFails) {
 
 TEST_F(SpcFiles, FreeEntryWithoutIdentifierFailsTheLoadWithoutAQuestion) {
     TProgram saved;
-    std::string bytes = ReadAll(Saved(saved, osfBin));
-    size_t at = bytes.find("\x09"
-                           "AObjectID");
-    ASSERT_NE(at, std::string::npos);
-    bytes.replace(at + 1, 9, "AObjectXX");
-    std::string file = dir_.File("noid.sbn");
-    WriteAll(file, bytes);
+    std::string file;
+    ASSERT_NO_FATAL_FAILURE(SaveSwapped(saved, "AObjectID", "AObjectXX", "noid.sbn", file));
     DialogRecorder dialogs;
     TProgram loaded;
     try {
