@@ -11,6 +11,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <locale.h>
+#include <stdlib.h>
 
 namespace rtl {
 
@@ -436,24 +438,16 @@ namespace {
 
 constexpr int LineLength = 64;
 
-// Names in the text form are identifiers, dotted for property paths and references; a stream
-// holding anything else has no text form that reads back as the same stream.
-bool IsNameText(std::string_view s, bool dotted, bool mayBeEmpty) {
-    if (s.empty()) return mayBeEmpty;
-    bool start = true;
-    for (char c : s) {
-        if (dotted && c == '.' && !start) {
-            start = true;
-            continue;
-        }
-        if (!(IsAlpha(c) || (!start && IsDigit(c)))) return false;
-        start = false;
-    }
-    return !start;
+// The "C" locale, whatever locale the program runs in: numbers in streams use ".".
+locale_t CLocale() {
+    static locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
+    return c;
 }
 
+// Names in the text form are identifiers, dotted for property paths and references; a stream
+// holding anything else has no text form that reads back as the same stream.
 std::string CheckedName(std::string name, bool dotted, bool mayBeEmpty) {
-    if (!IsNameText(name, dotted, mayBeEmpty))
+    if (!IsStreamName(name, dotted, mayBeEmpty))
         throw EReadError("Invalid name '" + name + "' in stream");
     return name;
 }
@@ -823,7 +817,13 @@ private:
         if (!t.empty() && t.back() == '.') t.push_back('0');
         T v{};
         auto r = std::from_chars(t.data(), t.data() + t.size(), v);
-        if (r.ec == std::errc::result_out_of_range) p_.Error("Float value out of range: " + t);
+        if (r.ec == std::errc::result_out_of_range && r.ptr == t.data() + t.size()) {
+            // The library refuses values below the smallest normal number too; those are
+            // subnormal numbers that the stream holds and the writer writes, and read back.
+            long double x = ::strtold_l(t.c_str(), nullptr, CLocale());
+            if (!std::isfinite(static_cast<T>(x))) p_.Error("Float value out of range: " + t);
+            return static_cast<T>(x);
+        }
         if (r.ec != std::errc() || r.ptr != t.data() + t.size())
             p_.Error("Invalid floating point number: " + t);
         return v;
@@ -948,6 +948,20 @@ private:
 };
 
 } // namespace
+
+bool IsStreamName(std::string_view s, bool dotted, bool mayBeEmpty) {
+    if (s.empty()) return mayBeEmpty;
+    bool start = true;
+    for (char c : s) {
+        if (dotted && c == '.' && !start) {
+            start = true;
+            continue;
+        }
+        if (!(IsAlpha(c) || (!start && IsDigit(c)))) return false;
+        start = false;
+    }
+    return !start;
+}
 
 void ObjectBinaryToText(TStream* input, TStream* output) {
     BinaryToText(input, output).Run();

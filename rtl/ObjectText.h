@@ -103,4 +103,10 @@ void ObjectTextToResource(TStream* input, TStream* output);
 // separator, always with a "." or an exponent so that it reads back as a float.
 std::string FormatStreamFloat(long double value);
 
+// Whether a name read from a binary stream (a class, component or property name, an
+// identifier, a set element) has a text form: letters and underscores, digits after the first
+// character, and with dotted also dots between such parts. A stream holding any other name has
+// no text form that reads back as the same stream.
+bool IsStreamName(std::string_view s, bool dotted, bool mayBeEmpty);
+
 } // namespace rtl

@@ -33,7 +33,11 @@ for target in fuzz_binary fuzz_text; do
     echo "$target: no finding"
   fi
 done
-# The targets of other layers (in subdirectories of the fuzz build), each from an empty corpus.
+# The targets of other layers (in subdirectories of the fuzz build). The workbench's readers
+# start from the example's form files and snapshot; the others from an empty corpus.
+mkdir -p "$work/fuzz_form_file" "$work/fuzz_snapshot"
+cp "$root"/examples/*.dfm "$work/fuzz_form_file/"
+cp "$root"/examples/*.snapshot "$work/fuzz_snapshot/"
 for exe in "$build"/fuzz/*/fuzz_*; do
   [ -x "$exe" ] || continue
   target=$(basename "$exe")

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <limits>
 #include <sstream>
 #include <string>
 
@@ -138,6 +139,32 @@ TEST(ObjectTextLayout, FloatsKeepAtMostEighteenDigitsAndAlwaysReadAsFloats) {
     EXPECT_EQ(FormatStreamFloat(1.0L / 3), "0.333333333333333333");
     // A double's value needs more than 18 digits in extended precision; it is rounded there.
     EXPECT_EQ(FormatStreamFloat(static_cast<long double>(0.1)), "0.100000000000000006");
+}
+
+TEST(ObjectTextLayout, SubnormalFloatsReadBackAsTheyWereWritten) {
+    // Values below the smallest normal number of their type: the stream holds them, so their
+    // text must read back. Those of few digits come back to the same bytes; the others, as any
+    // extended value of more than 18 digits, to a value that then stays as it is.
+    for (long double v : {std::numeric_limits<long double>::denorm_min(), -2.9784e-4938L}) {
+        std::string binary = Object([v](TWriter& w) {
+            w.WriteStr("P");
+            w.WriteFloat(v);
+        });
+        EXPECT_EQ(ToBinary(ToText(binary)), binary) << FormatStreamFloat(v);
+    }
+    std::string third = Object([](TWriter& w) {
+        w.WriteStr("P");
+        w.WriteFloat(std::numeric_limits<long double>::min() / 3);
+    });
+    std::string once = ToBinary(ToText(third));
+    EXPECT_EQ(ToBinary(ToText(once)), once);
+    std::string single = Object([](TWriter& w) {
+        w.WriteStr("P");
+        w.WriteSingle(std::numeric_limits<float>::denorm_min());
+    });
+    EXPECT_EQ(ToBinary(ToText(single)), single);
+    // Beyond the range of the type, the text is refused.
+    EXPECT_NE(ParserError(Wrap("  P = 1E5000\r\n")).find("out of range"), std::string::npos);
 }
 
 TEST(ObjectTextLayout, StringsEscapeControlCharactersAndDoubleApostrophes) {

@@ -173,6 +173,44 @@ TEST(DamagedFormFiles, EveryCutOfABinaryFormRaisesAClearError) {
     }
 }
 
+TEST(DamagedFormFiles, NamesWithoutATextFormAreRefused) {
+    // Such a form could be read but never saved as text, nor its text read back.
+    auto error = [](const std::string& body) {
+        try {
+            ReadFormFile("TPF0" + body, "Bad.dfm");
+        } catch (const EFormFileError& e) {
+            return e.Message();
+        }
+        return std::string("<read>");
+    };
+    const std::string end(2, '\0'); // the ends of the property and component lists
+    EXPECT_NE(error("\x06TForm1\x06"
+                    "Form 1" +
+                    end)
+                  .find("\"Form 1\""),
+              std::string::npos);
+    EXPECT_NE(error("\x06TForm1\x05"
+                    "Form1"
+                    "\x04Le\x01t\x02\x05" +
+                    end)
+                  .find("not an identifier"),
+              std::string::npos);
+    EXPECT_NE(error("\x06TForm1\x05"
+                    "Form1"
+                    "\x05"
+                    "Color\x07\x03"
+                    "c-l" +
+                    end)
+                  .find("not an identifier"),
+              std::string::npos);
+    // Dots join the parts of a property path, and an empty component name is allowed.
+    EXPECT_EQ(error("\x06TForm1" + std::string(1, '\0') +
+                    "\x09"
+                    "Font.Size\x02\x05" +
+                    end),
+              "<read>");
+}
+
 TEST(DamagedFormFiles, AnUnknownValueTagIsNamed) {
     std::string bytes = "TPF0";
     bytes += "\x06TForm1\x05"

@@ -106,7 +106,7 @@ public:
         case vaIdent:
         case vaNil:
             p.Kind = TDesignValueKind::Ident;
-            p.Str = reader_.ReadIdent();
+            p.Str = Checked(reader_.ReadIdent(), true, false, "the identifier");
             p.Text = p.Str;
             break;
         case vaSet: {
@@ -114,7 +114,7 @@ public:
             p.Kind = TDesignValueKind::Set;
             p.Text = "[";
             for (bool first = true;; first = false) {
-                std::string element = reader_.ReadStr();
+                std::string element = Checked(reader_.ReadStr(), false, true, "the set element");
                 if (element.empty()) break;
                 p.Text += (first ? "" : ", ") + element;
             }
@@ -160,7 +160,7 @@ public:
                 reader_.ReadListBegin();
                 while (!reader_.EndOfList()) {
                     TDesignProperty field;
-                    field.Name = reader_.ReadStr();
+                    field.Name = Checked(reader_.ReadStr(), true, false, "the property name");
                     ReadValue(field, depth + 1);
                     p.Text += " " + field.Name + " = " + field.Text;
                 }
@@ -177,6 +177,14 @@ public:
         }
     }
 
+    // A name that has no text form: the file can't be written back as it was read.
+    std::string Checked(std::string name, bool dotted, bool mayBeEmpty, const char* what) {
+        if (!rtl::IsStreamName(name, dotted, mayBeEmpty))
+            Damaged(std::string(what) + " \"" + name + "\" at offset " +
+                    std::to_string(reader_.Position()) + " is not an identifier");
+        return name;
+    }
+
     std::unique_ptr<TDesignComponent> ReadComponent(int depth) {
         if (depth > rtl::MaxNestingDepth) Damaged("components are nested too deeply");
         auto c = std::make_unique<TDesignComponent>();
@@ -186,14 +194,14 @@ public:
         c->Inherited = flags & rtl::ffInherited;
         c->Inline = flags & rtl::ffInline;
         if (flags & rtl::ffChildPos) c->ChildPos = childPos;
-        c->ClassName = reader_.ReadStr();
-        c->Name = reader_.ReadStr();
+        c->ClassName = Checked(reader_.ReadStr(), false, true, "the class name");
+        c->Name = Checked(reader_.ReadStr(), false, true, "the component name");
         if (c->ClassName.empty())
             Damaged("a component without a class name at offset " +
                     std::to_string(reader_.Position()));
         while (!reader_.EndOfList()) {
             TDesignProperty p;
-            p.Name = reader_.ReadStr();
+            p.Name = Checked(reader_.ReadStr(), true, true, "the property name");
             if (p.Name.empty()) Damaged("a property of " + c->Name + " has no name");
             int64_t start = reader_.Position();
             ReadValue(p, depth);
@@ -255,8 +263,7 @@ void WriteValue(rtl::TWriter& writer, const TDesignProperty& p) {
 
 void WriteComponent(rtl::TWriter& writer, const TDesignComponent& c, int depth) {
     if (depth > rtl::MaxNestingDepth) throw EFormFileError("components are nested too deeply");
-    rtl::TFilerFlags flags = (c.Inherited ? rtl::ffInherited : 0) |
-                             (c.Inline ? rtl::ffInline : 0) |
+    rtl::TFilerFlags flags = (c.Inherited ? rtl::ffInherited : 0) | (c.Inline ? rtl::ffInline : 0) |
                              (c.ChildPos >= 0 ? rtl::ffChildPos : 0);
     writer.WritePrefix(flags, c.ChildPos);
     WriteShortString(writer, c.ClassName, "The class name");
