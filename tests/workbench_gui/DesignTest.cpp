@@ -96,8 +96,8 @@ TEST_F(DesignTest, EveryFormOfTheProjectOpensInADesignerWindowWithItsControls) {
         EXPECT_TRUE(w->isWindow()) << e.form;
         QWidget* control = w->WidgetOf(w->Root()->FindComponent(e.component));
         ASSERT_NE(control, nullptr) << e.component;
-        EXPECT_TRUE(control->inherits(e.widgetClass)) << e.component << " is a "
-                                                      << control->metaObject()->className();
+        EXPECT_TRUE(control->inherits(e.widgetClass))
+            << e.component << " is a " << control->metaObject()->className();
         // The add-in finds the designer windows among the screen's forms.
         EXPECT_EQ(ScreenForm(QString::fromStdString(e.form)), w) << e.form;
     }
@@ -283,6 +283,32 @@ TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
     EXPECT_NE(Designer("MainForm"), nullptr); // the other forms stay
 }
 
+TEST_F(DesignTest, AFrameThatPlacesItselfInlineShowsToAFiniteDepth) {
+    testfiles::WriteFile(File("Loop.pas"),
+                         "unit Loop;\r\n\r\ninterface\r\n\r\nuses Forms;\r\n\r\ntype\r\n"
+                         "  TLoopFrame = class(TFrame)\r\n    LoopFrame1: TLoopFrame;\r\n  end;\r\n"
+                         "\r\nimplementation\r\n\r\n{$R *.dfm}\r\n\r\nend.\r\n");
+    testfiles::WriteFile(File("Loop.dfm"), "object LoopFrame: TLoopFrame\r\n"
+                                           "  Width = 200\r\n"
+                                           "  Height = 100\r\n"
+                                           "  inline LoopFrame1: TLoopFrame\r\n"
+                                           "    Left = 8\r\n"
+                                           "  end\r\n"
+                                           "end\r\n");
+    Open("Loop.pas");
+    Command("ViewSwapSourceFormCommand");
+    EXPECT_TRUE(errors.empty()) << errors.front();
+    TDesignerWindow* w = Designer("LoopFrame");
+    ASSERT_NE(w, nullptr);
+    EXPECT_TRUE(w->isVisible());
+    // Each level shows the frame once more, and the levels end.
+    int frames = 0;
+    for (QWidget* child : w->findChildren<QWidget*>())
+        if (child->objectName() == QStringLiteral("LoopFrame1")) ++frames;
+    EXPECT_GT(frames, 1);
+    EXPECT_LE(frames, 64);
+}
+
 TEST_F(DesignTest, ClosingADesignerWindowClosesItsModuleAfterConfirm) {
     QPointer<TDesignerWindow> w = ShowForm("SettingsForm");
     ASSERT_TRUE(w);
@@ -397,7 +423,7 @@ TEST_F(CPUWindowTest, EveryPaneIsReadByNameWhileItsSelectionMoves) {
     Set(dump, "SelectedOffset", 0x408AE0);
     EXPECT_EQ(Str(dump, "SelectedData"), "48"); // 'H'
     Set(dump, "SelectedOffset", 0x408AE1);
-    EXPECT_EQ(Str(dump, "SelectedData"), "65"); // 'e'
+    EXPECT_EQ(Str(dump, "SelectedData"), "65");        // 'e'
     EXPECT_EQ(Str(stack, "SelectedData"), "00408A97"); // the return address into the program
     Set(stack, "SelectedOffset", 0x12FFB0);
     EXPECT_EQ(Ord(stack, "SelectedOffset"), 0x12FFB0);
