@@ -15,8 +15,8 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QFileInfo>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QKeyEvent>
@@ -140,6 +140,7 @@ QAction* TMainForm::AddAction(QMenu* menu, const char* name, const QString& text
     auto* action = new QAction(text, this);
     action->setObjectName(QString::fromLatin1(name));
     if (!keys.isEmpty()) action->setShortcut(QKeySequence(keys));
+    ownShortcuts_[action] = action->shortcut();
     if (run) connect(action, &QAction::triggered, this, [run] { Guarded(nullptr, run); });
     addAction(action);
     if (menu) menu->addAction(action);
@@ -319,8 +320,7 @@ void TMainForm::CreateMenus() {
         [this] { ViewForms(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
     AddAction(
         view, "ViewSwapSourceFormCommand", QStringLiteral("Toggle Form/&Unit"),
-        QStringLiteral("F12"),
-        [this] { ToggleFormUnit(); },
+        QStringLiteral("F12"), [this] { ToggleFormUnit(); },
         [this] {
             return ActiveDesigner() ||
                    (TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor());
@@ -418,11 +418,36 @@ void TMainForm::CreateToolBars() {
 }
 
 bool TMainForm::event(QEvent* e) {
-    // Actions that join the action list are live in every window of the IDE.
-    if (e->type() == QEvent::ActionAdded)
-        if (QAction* a = static_cast<QActionEvent*>(e)->action())
-            a->setShortcutContext(Qt::ApplicationShortcut);
+    if (e->type() == QEvent::ActionAdded || e->type() == QEvent::ActionRemoved) {
+        QAction* a = static_cast<QActionEvent*>(e)->action();
+        // Actions that join the action list are live in every window of the IDE.
+        if (a && e->type() == QEvent::ActionAdded) a->setShortcutContext(Qt::ApplicationShortcut);
+        if (a && !ownShortcuts_.count(a)) {
+            if (e->type() == QEvent::ActionAdded) {
+                connect(a, &QAction::changed, this, &TMainForm::ResolveShortcuts,
+                        Qt::UniqueConnection);
+            } else {
+                disconnect(a, &QAction::changed, this, &TMainForm::ResolveShortcuts);
+            }
+            bool result = QMainWindow::event(e);
+            ResolveShortcuts();
+            return result;
+        }
+    }
     return QMainWindow::event(e);
+}
+
+void TMainForm::ResolveShortcuts() {
+    std::vector<QKeySequence> taken;
+    for (QAction* a : actions())
+        if (!ownShortcuts_.count(a))
+            for (const QKeySequence& k : a->shortcuts())
+                if (!k.isEmpty()) taken.push_back(k);
+    for (auto& [action, own] : ownShortcuts_) {
+        bool yielded = std::find(taken.begin(), taken.end(), own) != taken.end();
+        QKeySequence wanted = yielded ? QKeySequence() : own;
+        if (action->shortcut() != wanted) action->setShortcut(wanted);
+    }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -696,8 +721,7 @@ void TMainForm::ArrangeWindows() {
     editWindow_->setGeometry(screen.left() + left, below, screen.width() - left - 2, column);
     // Forms float over the right part of the editor, where source lines are short.
     for (designer::TDesignerWindow* w : designers_->Windows())
-        w->move(std::max(screen.left() + left + 40, screen.right() - w->width() - 40),
-                below + 150);
+        w->move(std::max(screen.left() + left + 40, screen.right() - w->width() - 40), below + 150);
 }
 
 void TMainForm::ShowAll() {

@@ -6,7 +6,9 @@
 // windows, and the model's questions are asked in message boxes.
 //
 // The action list is this form: its actions() are the IDE's actions, each with an object name
-// ("FileCloseAllCommand", ...). An action added to it gets an application-wide shortcut.
+// ("FileCloseAllCommand", ...). An action added to it gets an application-wide shortcut; where
+// a package's action takes a shortcut that one of the IDE's own has, the package's wins, and
+// the IDE's action gets its shortcut back when the package's lets go of it.
 //
 // The tool bar buttons "View Unit" and "View Form" run the slots ViewUnits and ViewForms; whoever
 // takes the buttons over puts them back by connecting the action's triggered() to those slots.
@@ -88,6 +90,9 @@ private:
     QAction* AddAction(QMenu* menu, const char* name, const QString& text, const QString& keys,
                        std::function<void()> run, std::function<bool()> enabled = nullptr);
     void CreateMenus();
+    // Gives each of the IDE's own actions its shortcut, unless a package's action in the list
+    // has taken it.
+    void ResolveShortcuts();
     void CreateToolBars();
     void HookModel();
     void RefreshProjectTree();
@@ -116,6 +121,7 @@ private:
     QPointer<cpu::TCPUWindow> cpuWindow_;
     std::string snapshotFile_;
     std::map<std::string, QAction*> actions_;
+    std::map<QAction*, QKeySequence> ownShortcuts_; // the IDE's actions and their own shortcuts
     std::string lastSearch_;
     QStringList loadedPackages_;
     QStringList packageReports_;

@@ -63,6 +63,32 @@ TEST_F(WorkbenchTest, TheActionListHoldsTheNamedCommands) {
         EXPECT_TRUE(names.contains(QString::fromLatin1(n))) << n;
 }
 
+TEST_F(WorkbenchTest, APackagesActionTakesAShortcutFromTheIDEsOwnWhileItIsInTheList) {
+    QAction* selectAll = main->Action("EditSelectAllCommand");
+    ASSERT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    TEditView* v = Open("Utils.pas");
+    int runs = 0;
+    auto* expert = new QAction(QStringLiteral("Expert"), main);
+    QObject::connect(expert, &QAction::triggered, [&] { ++runs; });
+    // Its shortcut comes after it joined the list, as a package sets up its actions.
+    IDEService<INTAServices>()->GetActionList()->addAction(expert);
+    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+A")));
+    EXPECT_TRUE(selectAll->shortcut().isEmpty());
+    Editor()->setFocus();
+    QTest::keyClick(Editor(), Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(runs, 1);
+    EXPECT_FALSE(v->Buffer().BlockValid()) << "the IDE's Select All must not run as well";
+    // Another key for the expert, and the IDE's command has its own again.
+    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+Q")));
+    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+A")));
+    // Gone from the list, the expert leaves the key to the IDE.
+    delete expert;
+    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    QTest::keyClick(Editor(), Qt::Key_A, Qt::ControlModifier);
+    EXPECT_EQ(runs, 1);
+}
+
 TEST_F(WorkbenchTest, CloseAllIsEnabledByTheUpdateWhileModulesAreOpen) {
     QAction* closeAll = main->Action("FileCloseAllCommand");
     ASSERT_NE(closeAll, nullptr);
