@@ -818,11 +818,13 @@ private:
         T v{};
         auto r = std::from_chars(t.data(), t.data() + t.size(), v);
         if (r.ec == std::errc::result_out_of_range && r.ptr == t.data() + t.size()) {
-            // The library refuses values below the smallest normal number too; those are
-            // subnormal numbers that the stream holds and the writer writes, and read back.
+            // The library refuses an extended value below the smallest normal number too: a
+            // subnormal number, which the stream holds and the writer writes, and reads back.
+            // What is too large, or too small to be anything but zero, is refused.
             long double x = ::strtold_l(t.c_str(), nullptr, CLocale());
-            if (!std::isfinite(static_cast<T>(x))) p_.Error("Float value out of range: " + t);
-            return static_cast<T>(x);
+            T v = static_cast<T>(x);
+            if (!std::isfinite(v) || v == 0) p_.Error("Float value out of range: " + t);
+            return v;
         }
         if (r.ec != std::errc() || r.ptr != t.data() + t.size())
             p_.Error("Invalid floating point number: " + t);

@@ -114,6 +114,9 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
 }
 
 TMainForm::~TMainForm() {
+    // The actions outlive this part of the form; they no longer report to it.
+    for (QAction* a : actions())
+        disconnect(a, nullptr, this, nullptr);
     model_->Events = {};
     // The designer windows, the inspector and the CPU window hold notifiers on the model's
     // editors; they go while the model stands, with the windows of closed modules that wait
@@ -140,7 +143,11 @@ QAction* TMainForm::AddAction(QMenu* menu, const char* name, const QString& text
     auto* action = new QAction(text, this);
     action->setObjectName(QString::fromLatin1(name));
     if (!keys.isEmpty()) action->setShortcut(QKeySequence(keys));
-    ownShortcuts_[action] = action->shortcut();
+    ownActions_.insert(action);
+    connect(action, &QObject::destroyed, this, [this, action] {
+        ownActions_.erase(action);
+        yieldedKeys_.erase(action);
+    });
     if (run) connect(action, &QAction::triggered, this, [run] { Guarded(nullptr, run); });
     addAction(action);
     if (menu) menu->addAction(action);
@@ -422,7 +429,7 @@ bool TMainForm::event(QEvent* e) {
         QAction* a = static_cast<QActionEvent*>(e)->action();
         // Actions that join the action list are live in every window of the IDE.
         if (a && e->type() == QEvent::ActionAdded) a->setShortcutContext(Qt::ApplicationShortcut);
-        if (a && !ownShortcuts_.count(a)) {
+        if (a && !ownActions_.count(a)) {
             if (e->type() == QEvent::ActionAdded) {
                 connect(a, &QAction::changed, this, &TMainForm::ResolveShortcuts,
                         Qt::UniqueConnection);
@@ -440,14 +447,28 @@ bool TMainForm::event(QEvent* e) {
 void TMainForm::ResolveShortcuts() {
     std::vector<QKeySequence> taken;
     for (QAction* a : actions())
-        if (!ownShortcuts_.count(a))
+        if (!ownActions_.count(a) && a->isEnabled())
             for (const QKeySequence& k : a->shortcuts())
                 if (!k.isEmpty()) taken.push_back(k);
-    for (auto& [action, own] : ownShortcuts_) {
-        bool yielded = std::find(taken.begin(), taken.end(), own) != taken.end();
-        QKeySequence wanted = yielded ? QKeySequence() : own;
-        if (action->shortcut() != wanted) action->setShortcut(wanted);
+    auto isTaken = [&](const QKeySequence& k) {
+        return std::find(taken.begin(), taken.end(), k) != taken.end();
+    };
+    // Keys given up come back once no package's action holds them; an action that was given
+    // another key meanwhile keeps that one.
+    for (auto it = yieldedKeys_.begin(); it != yieldedKeys_.end();) {
+        auto [action, key] = *it;
+        if (!action->shortcut().isEmpty() || !isTaken(key)) {
+            it = yieldedKeys_.erase(it);
+            if (action->shortcut().isEmpty()) action->setShortcut(key);
+        } else {
+            ++it;
+        }
     }
+    for (QAction* action : ownActions_)
+        if (!action->shortcut().isEmpty() && isTaken(action->shortcut())) {
+            yieldedKeys_[action] = action->shortcut();
+            action->setShortcut(QKeySequence());
+        }
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -23,6 +23,7 @@
 #include <QStringList>
 
 #include <map>
+#include <set>
 #include <string>
 
 class QAction;
@@ -90,8 +91,8 @@ private:
     QAction* AddAction(QMenu* menu, const char* name, const QString& text, const QString& keys,
                        std::function<void()> run, std::function<bool()> enabled = nullptr);
     void CreateMenus();
-    // Gives each of the IDE's own actions its shortcut, unless a package's action in the list
-    // has taken it.
+    // Takes a key from the IDE's own actions where an enabled package's action in the list has
+    // it, and gives back the keys that no package's action holds any more.
     void ResolveShortcuts();
     void CreateToolBars();
     void HookModel();
@@ -121,7 +122,8 @@ private:
     QPointer<cpu::TCPUWindow> cpuWindow_;
     std::string snapshotFile_;
     std::map<std::string, QAction*> actions_;
-    std::map<QAction*, QKeySequence> ownShortcuts_; // the IDE's actions and their own shortcuts
+    std::set<QAction*> ownActions_;                // the IDE's own actions
+    std::map<QAction*, QKeySequence> yieldedKeys_; // own actions that gave their key to a package's
     std::string lastSearch_;
     QStringList loadedPackages_;
     QStringList packageReports_;

@@ -163,8 +163,12 @@ TEST(ObjectTextLayout, SubnormalFloatsReadBackAsTheyWereWritten) {
         w.WriteSingle(std::numeric_limits<float>::denorm_min());
     });
     EXPECT_EQ(ToBinary(ToText(single)), single);
-    // Beyond the range of the type, the text is refused.
-    EXPECT_NE(ParserError(Wrap("  P = 1E5000\r\n")).find("out of range"), std::string::npos);
+    // Beyond the range of the type, either way, the text is refused.
+    for (const char* text :
+         {"1E5000", "-1E5000", "1E-5000", "-1E-5000", "1E39s", "1E-50s", "1E400d", "1E-400d"})
+        EXPECT_NE(ParserError(Wrap(std::string("  P = ") + text + "\r\n")).find("out of range"),
+                  std::string::npos)
+            << text;
 }
 
 TEST(ObjectTextLayout, StringsEscapeControlCharactersAndDoubleApostrophes) {

@@ -380,7 +380,9 @@ TEST_F(PublishedPropertiesTest, AStoredCollectionIsWrittenBackWhole) {
     EXPECT_TRUE(bar->SetPropByName("Panels", panels));
     EXPECT_TRUE(bar->SetPropByName("Panels", "<item Width = 50 end>"));
     EXPECT_EQ(Value(bar, "Panels"), "<item Width = 50 end>");
-    EXPECT_FALSE(bar->SetPropByName("Panels", "3")); // an object takes no number
+    EXPECT_FALSE(bar->SetPropByName("Panels", "3"));     // an object takes no number
+    EXPECT_FALSE(bar->SetPropByName("Panels", "(1 2)")); // nor a list
+    EXPECT_FALSE(form->FindComponent("NameEdit")->SetPropByName("Font", "(1 2)"));
 }
 
 TEST_F(PublishedPropertiesTest, SettingAnUnstoredPropertyStoresItWhereTheFormFileWouldHaveIt) {

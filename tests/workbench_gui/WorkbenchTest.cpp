@@ -82,11 +82,34 @@ TEST_F(WorkbenchTest, APackagesActionTakesAShortcutFromTheIDEsOwnWhileItIsInTheL
     expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+Q")));
     EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
     expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+A")));
+    EXPECT_TRUE(selectAll->shortcut().isEmpty());
+    // A disabled expert holds no key.
+    expert->setEnabled(false);
+    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    expert->setEnabled(true);
+    EXPECT_TRUE(selectAll->shortcut().isEmpty());
     // Gone from the list, the expert leaves the key to the IDE.
     delete expert;
     EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
     QTest::keyClick(Editor(), Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(runs, 1);
+}
+
+TEST_F(WorkbenchTest, AKeyGivenToAnIDECommandStaysThoughPackagesActionsChange) {
+    QAction* selectAll = main->Action("EditSelectAllCommand");
+    auto* expert = new QAction(QStringLiteral("Expert"), main);
+    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+D")));
+    IDEService<INTAServices>()->GetActionList()->addAction(expert);
+    selectAll->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    expert->setEnabled(false);
+    expert->setText(QStringLiteral("Expert 2"));
+    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    // The expert takes the new key too, and gives it back as it was.
+    expert->setEnabled(true);
+    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    EXPECT_TRUE(selectAll->shortcut().isEmpty());
+    delete expert;
+    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+A")));
 }
 
 TEST_F(WorkbenchTest, CloseAllIsEnabledByTheUpdateWhileModulesAreOpen) {

@@ -254,19 +254,19 @@ bool TComponentRef::GetPropValueByName(const std::string& name, std::string& val
 
 namespace {
 // Where a property the component did not store goes among those it stores: before the first
-// one the class publishes after it, as the form file would have had it. What the component
-// writes besides its published properties (a form's PixelsPerInch and TextHeight) comes after
-// them all, events included.
+// one the class publishes after it, as the form file would have had it. A form writes its
+// PixelsPerInch and TextHeight after all its published properties, events included.
 size_t PlaceOfNewProperty(const TDesignComponent& component, const std::string& name) {
     const auto& published = PublishedProperties(component);
     const int afterAll = static_cast<int>(published.size());
     auto rank = [&](std::string_view propName) -> int {
         // A nested property ("Font.Name") is where its object is.
         propName = propName.substr(0, propName.find('.'));
-        if (SameText(propName, "PixelsPerInch")) return afterAll;
+        if (SameText(propName, "PixelsPerInch") || SameText(propName, "TextHeight"))
+            return afterAll;
         for (size_t i = 0; i < published.size(); ++i)
             if (SameText(published[i].Name, propName)) return static_cast<int>(i);
-        return afterAll;
+        return -1; // written by the class itself among the others: no guide to the order
     };
     int own = rank(name);
     if (own >= 0)

@@ -180,7 +180,7 @@ public:
     // A name that has no text form: the file can't be written back as it was read.
     std::string Checked(std::string name, bool dotted, bool mayBeEmpty, const char* what) {
         if (!rtl::IsStreamName(name, dotted, mayBeEmpty))
-            Damaged(std::string(what) + " \"" + name + "\" at offset " +
+            Damaged(std::string(what) + " \"" + name + "\" ending at offset " +
                     std::to_string(reader_.Position()) + " is not an identifier");
         return name;
     }

@@ -636,10 +636,9 @@ bool FitLibraryValue(const TLibraryProperty& property, TDesignProperty& value) {
     case K::Event:
         return value.Kind == TDesignValueKind::Ident;
     case K::Class:
-        // An object takes no value of its own, but a collection or a list stored under the
-        // property's name is written back whole.
-        return value.Kind == TDesignValueKind::Collection ||
-               value.Kind == TDesignValueKind::List || value.Kind == TDesignValueKind::Binary;
+        // An object takes no value of its own (a font stores Font.Name and the like), but a
+        // collection is stored under the property's name and is written back whole.
+        return value.Kind == TDesignValueKind::Collection;
     case K::Ident:
         break;
     }
@@ -682,8 +681,8 @@ int ClientHeightOf(const TDesignComponent& c, int fallbackHeight) {
     return IsForm(c) ? int(c.IntProp("ClientHeight", height - FormFrame(c).Height)) : height;
 }
 
-std::pair<std::string, int64_t> FormSizeToStore(const TDesignComponent& c,
-                                                const std::string& name, int64_t value) {
+std::pair<std::string, int64_t> FormSizeToStore(const TDesignComponent& c, const std::string& name,
+                                                int64_t value) {
     if (!IsForm(c) || c.FindProperty(name)) return {name, value};
     TFormFrame frame = FormFrame(c);
     const struct {
