@@ -97,7 +97,6 @@ std::string ObjectName(const TPersistent* obj) {
 
 } // namespace
 
-
 const char* ValueTypeName(uint8_t valueType) {
     static const char* const names[] = {
         "vaNull",    "vaList",  "vaInt8",       "vaInt16",  "vaInt32",    "vaExtended",
@@ -138,23 +137,27 @@ void ExtendedToBytes(long double value, uint8_t bytes[10]) {
 }
 
 long double BytesToExtended(const uint8_t bytes[10]) {
+    uint64_t mant = LoadLE<uint64_t>(bytes);
+    uint16_t se = LoadLE<uint16_t>(bytes + 8);
+    bool neg = se & 0x8000;
+    int exp = se & 0x7FFF;
+    // In the canonical encoding the explicit integer bit is set exactly when the exponent is not
+    // zero. Other encodings (pseudo-denormals, unnormals) are read for the value they stand for,
+    // so that the value prints and reads back as what it is.
     if constexpr (LDBL_MANT_DIG == 64 && std::endian::native == std::endian::little) {
-        long double v = 0;
-        std::memcpy(&v, bytes, 10);
-        return v;
-    } else {
-        uint64_t mant = LoadLE<uint64_t>(bytes);
-        uint16_t se = LoadLE<uint16_t>(bytes + 8);
-        bool neg = se & 0x8000;
-        int exp = se & 0x7FFF;
-        long double v;
-        if (exp == 0x7FFF)
-            v = (mant << 1) == 0 ? std::numeric_limits<long double>::infinity()
-                                 : std::numeric_limits<long double>::quiet_NaN();
-        else
-            v = std::ldexp(static_cast<long double>(mant), (exp == 0 ? 1 : exp) - 16383 - 63);
-        return neg ? -v : v;
+        if ((exp != 0) == bool(mant >> 63)) {
+            long double v = 0;
+            std::memcpy(&v, bytes, 10);
+            return v;
+        }
     }
+    long double v;
+    if (exp == 0x7FFF)
+        v = (mant << 1) == 0 ? std::numeric_limits<long double>::infinity()
+                             : std::numeric_limits<long double>::quiet_NaN();
+    else
+        v = std::ldexp(static_cast<long double>(mant), (exp == 0 ? 1 : exp) - 16383 - 63);
+    return neg ? -v : v;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -554,9 +554,12 @@ private:
         }
     }
 
+    // Bytes of the code page stand as they are; control characters, DEL among them, are
+    // written by number, as in wide strings, so that a string reads back to the same text
+    // whichever form the stream held it in.
     void WriteString(const std::string& s, int indent) {
         WriteQuoted(reinterpret_cast<const unsigned char*>(s.data()), s.size(), indent,
-                    [](unsigned char c) { return c >= 32; });
+                    [](unsigned char c) { return c >= 32 && c != 127; });
     }
 
     void WriteWide(const std::u16string& w, int indent) {

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <cmath>
 #include <memory>
 #include <string>
@@ -282,6 +284,26 @@ TEST(FilerValues, FloatFormsAreLittleEndianIeeeAndExtended) {
               Bytes({vaCurrency, 0x40, 0xE2, 0x01, 0, 0, 0, 0, 0}));
     EXPECT_EQ(Written([](TWriter& w) { w.WriteDate(1.0); }),
               Bytes({vaDate, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F}));
+}
+
+TEST(FilerValues, NonCanonicalExtendedEncodingsReadAsTheValueTheyStandFor) {
+    // The smallest normal number, 2^-16382, in its own encoding and as a pseudo-denormal (the
+    // integer bit set under a zero exponent), which stands for the same value.
+    const uint8_t normal[10] = {0, 0, 0, 0, 0, 0, 0, 0x80, 0x01, 0x00};
+    const uint8_t pseudo[10] = {0, 0, 0, 0, 0, 0, 0, 0x80, 0x00, 0x00};
+    EXPECT_EQ(BytesToExtended(normal), std::numeric_limits<long double>::min());
+    EXPECT_EQ(BytesToExtended(pseudo), std::numeric_limits<long double>::min());
+    // And so it prints: as the number it is, which reads back.
+    EXPECT_EQ(FormatStreamFloat(BytesToExtended(pseudo)),
+              FormatStreamFloat(std::numeric_limits<long double>::min()));
+    // An unnormal, 1.0 written with the integer bit clear one exponent up: 0.5 * 2.
+    const uint8_t unnormal[10] = {0, 0, 0, 0, 0, 0, 0, 0x40, 0x00, 0x40};
+    EXPECT_EQ(BytesToExtended(unnormal), 1.0L);
+    // Canonical values are as they are, signs included.
+    const uint8_t minusOneAndHalf[10] = {0, 0, 0, 0, 0, 0, 0, 0xC0, 0xFF, 0xBF};
+    EXPECT_EQ(BytesToExtended(minusOneAndHalf), -1.5L);
+    const uint8_t subnormal[10] = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(BytesToExtended(subnormal), std::numeric_limits<long double>::denorm_min());
 }
 
 TEST(FilerValues, EveryValueReadsBack) {

@@ -176,6 +176,10 @@ TEST(ObjectTextLayout, StringsEscapeControlCharactersAndDoubleApostrophes) {
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString("It's"); }), Wrap("  P = 'It''s'\r\n"));
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString(std::string("a\r\nb\0", 5)); }),
               Wrap("  P = 'a'#13#10'b'#0\r\n"));
+    // DEL is a control character in either form of string.
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString("a\x7F"); }), Wrap("  P = 'a'#127\r\n"));
+    EXPECT_EQ(ValueText([](TWriter& w) { w.WriteWideString(u"a\x7F"); }),
+              Wrap("  P = 'a'#127\r\n"));
     // Bytes of the code page stand as they are.
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteString("\xCF\xF0\xE8"); }),
               Wrap("  P = '\xCF\xF0\xE8'\r\n"));
