@@ -171,22 +171,16 @@ TEST_F(SpcFiles, TextFileIsTheBinaryObjectAsText) {
 // ---------------------------------------------------------------------------------------------
 // Round trips
 
-TEST_F(SpcFiles, BinaryRoundTripRestoresTheWholeTree) {
-    TProgram saved;
-    FillNonDefault(saved);
-    std::string file = Saved(saved, osfBin);
-    TProgram loaded;
-    EXPECT_EQ(Load(loaded, file), osfBin);
-    ExpectFilled(loaded);
-}
-
-TEST_F(SpcFiles, TextRoundTripRestoresTheWholeTree) {
-    TProgram saved;
-    FillNonDefault(saved);
-    std::string file = Saved(saved, osfText);
-    TProgram loaded;
-    EXPECT_EQ(Load(loaded, file), osfText);
-    ExpectFilled(loaded);
+TEST_F(SpcFiles, BinaryAndTextRoundTripsRestoreTheWholeTree) {
+    for (auto format : {osfBin, osfText}) {
+        SCOPED_TRACE(format == osfBin ? "binary" : "text");
+        TProgram saved;
+        FillNonDefault(saved);
+        std::string file = Saved(saved, format);
+        TProgram loaded;
+        EXPECT_EQ(Load(loaded, file), format);
+        ExpectFilled(loaded);
+    }
 }
 
 TEST_F(SpcFiles, FormIsToldFromTheContentNotTheExtension) {
