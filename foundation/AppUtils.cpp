@@ -133,6 +133,10 @@ bool ServiceKeyPressed(int virtualKey) {
     return ws.GetKeyState && ws.GetKeyState(virtualKey) < 0;
 }
 
+void Beep() {
+    if (const TWindowSystem& ws = WindowSystem(); ws.Beep) ws.Beep();
+}
+
 // ---------------------------------------------------------------------------------------------
 // Files and paths
 

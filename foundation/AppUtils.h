@@ -120,6 +120,7 @@ constexpr uint32_t SW_SHOWNORMAL = 1;
 // - SetWindowPlacement: nothing is applied.
 // - AllocateWindow, DestroyWindow: no hidden window can be made; AllocHWnd gives false.
 // - GetKeyState: no key is down.
+// - Beep: silence.
 struct TWindowSystem {
     std::function<int(HWND owner, const std::string& text, const std::string& caption,
                       uint32_t style)>
@@ -132,6 +133,8 @@ struct TWindowSystem {
     std::function<void(HWND wnd)> DestroyWindow;
     // The platform's GetKeyState: negative while the key is down.
     std::function<int16_t(int virtualKey)> GetKeyState;
+    // The platform's warning sound.
+    std::function<void()> Beep;
 };
 
 // Installs the window system and returns the one it replaces.
@@ -181,6 +184,8 @@ HWND SafeAllocHWnd(TWndProc proc);
 void DeallocHWnd(HWND wnd);
 // Whether the key of the virtual key code is down now.
 bool ServiceKeyPressed(int virtualKey);
+// Sounds the warning beep; a refused editing command says no with it and nothing else.
+void Beep();
 
 // ---------------------------------------------------------------------------------------------
 // Text and data

@@ -775,12 +775,16 @@ TObject* CreateInstance(TClass cls, TObject* arg);
 
 } // namespace rtl
 
+// The type information these macros make belongs to the library that declares the type, and goes
+// when it is unloaded: a design-time package takes its classes with it.
+
 // Declares an enumeration with the names of its values: RTL_ENUM(TAlign, alNone, alTop).
 #define RTL_ENUM(Name, ...)                                                                        \
     enum Name : uint8_t { __VA_ARGS__ };                                                           \
     inline ::rtl::PTypeInfo TypeInfoFor(const Name*) {                                             \
-        static const ::rtl::PTypeInfo ti = ::rtl::MakeEnumType(#Name, #__VA_ARGS__);              \
-        return ti;                                                                                 \
+        static const std::unique_ptr<const ::rtl::TTypeInfo> ti{                                   \
+            ::rtl::MakeEnumType(#Name, #__VA_ARGS__)};                                             \
+        return ti.get();                                                                           \
     }
 
 // Declares a set of an enumeration: RTL_SET(TFontStyles, TFontStyle).
@@ -791,9 +795,9 @@ TObject* CreateInstance(TClass cls, TObject* arg);
         static constexpr Name FromBits(uint32_t b) { return Name(TSet::FromBits(b)); }             \
     };                                                                                             \
     inline ::rtl::PTypeInfo TypeInfoFor(const Name*) {                                             \
-        static const ::rtl::PTypeInfo ti =                                                         \
-            ::rtl::MakeSetType(#Name, ::rtl::TypeInfo<Element>());                                 \
-        return ti;                                                                                 \
+        static const std::unique_ptr<const ::rtl::TTypeInfo> ti{                                   \
+            ::rtl::MakeSetType(#Name, ::rtl::TypeInfo<Element>())};                                \
+        return ti.get();                                                                           \
     }
 
 // Declares an event type: RTL_EVENT(TNotifyEvent, void(TObject* Sender), "Sender: TObject").
@@ -804,8 +808,9 @@ TObject* CreateInstance(TClass cls, TObject* arg);
         Name(const ::rtl::TEvent<Signature>& e) : TEvent(e) {}                                     \
     };                                                                                             \
     inline ::rtl::PTypeInfo TypeInfoFor(const Name*) {                                             \
-        static const ::rtl::PTypeInfo ti = ::rtl::MakeEventType(#Name, #Signature, Params);       \
-        return ti;                                                                                 \
+        static const std::unique_ptr<const ::rtl::TTypeInfo> ti{                                   \
+            ::rtl::MakeEventType(#Name, #Signature, Params)};                                      \
+        return ti.get();                                                                           \
     }
 
 namespace rtl {
@@ -824,8 +829,8 @@ PTypeInfo MakeEventType(std::string name, std::string_view signature, std::strin
     }                                                                                              \
     }                                                                                              \
     ;                                                                                              \
-    static const ::rtl::TClass info = Builder().Build();                                           \
-    return info;                                                                                   \
+    static const std::unique_ptr<const ::rtl::TClassInfo> info{Builder().Build()};                 \
+    return info.get();                                                                             \
     }
 
 // A class with nothing published.

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+class QIcon;
 class QMenuBar;
 class QToolBar;
 class QWidget;
@@ -472,6 +473,10 @@ class INTAServices : public virtual rtl::IInterface {
     // action added to it is live with its shortcut.
     virtual QWidget* GetActionList() = 0;
     virtual QToolBar* GetToolBar(const std::string& toolBarName) = 0;
+    // The image list of the main menu: the pictures its items show by index. A null icon for an
+    // index out of range.
+    virtual int GetImageCount() = 0;
+    virtual QIcon GetImage(int index) = 0;
 };
 
 class IOTAKeyboardServices : public virtual rtl::IInterface {

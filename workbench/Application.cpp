@@ -271,6 +271,7 @@ TWorkbenchApplication::TWorkbenchApplication(int& argc, char** argv) : QApplicat
     };
     system.DestroyWindow = [this](HWND wnd) { DeallocateHWnd(wnd); };
     system.GetKeyState = WorkbenchKeyState;
+    system.Beep = [] { QApplication::beep(); };
     zelvane::SetWindowSystem(std::move(system));
 }
 

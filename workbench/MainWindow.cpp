@@ -89,6 +89,7 @@ TMainForm::TMainForm(TIDEModel* model) : model_(model) {
     designers_->SetInspector(inspector_);
 
     CreateMenus();
+    CreateImageList();
     CreateToolBars();
     HookModel();
 
@@ -127,6 +128,7 @@ TMainForm::~TMainForm() {
     delete inspector_;
     model_->SetQuestion(nullptr);
     model_->SetMainMenu(nullptr);
+    model_->SetImages({});
     model_->SetActionList(nullptr);
     for (const char* name : {"StandardToolBar", "ViewToolBar", "DebugToolBar"})
         model_->SetToolBar(name, nullptr);
@@ -379,6 +381,52 @@ void TMainForm::CreateMenus() {
                            QStringLiteral("Zelvane Workbench\n\nThe host IDE of the Zelvane "
                                           "add-in pack: projects, units, forms and packages."));
     });
+}
+
+// The main menu's image list, which packages reach through INTAServices: 64 pictures by index.
+// Each index has one meaning, and the IDE's own commands of that meaning show its picture; 36 is
+// the picture of settings and options, 50 that of information and About boxes. Indexes without
+// a command of their own carry the style's general pictures.
+void TMainForm::CreateImageList() {
+    struct TImage {
+        int Index;
+        QStyle::StandardPixmap Pixmap;
+        const char* Command;
+    };
+    const TImage images[] = {
+        {0, QStyle::SP_FileIcon, nullptr},
+        {1, QStyle::SP_DialogOpenButton, "FileOpenCommand"},
+        {2, QStyle::SP_DirOpenIcon, "FileOpenProjectCommand"},
+        {3, QStyle::SP_DialogSaveButton, "FileSaveCommand"},
+        {4, QStyle::SP_DriveFDIcon, "FileSaveAllCommand"},
+        {5, QStyle::SP_DialogCloseButton, "FileCloseCommand"},
+        {6, QStyle::SP_TitleBarCloseButton, "FileCloseAllCommand"},
+        {7, QStyle::SP_DialogCancelButton, "FileExitCommand"},
+        {8, QStyle::SP_ArrowBack, "EditUndoCommand"},
+        {9, QStyle::SP_ArrowForward, "EditRedoCommand"},
+        {10, QStyle::SP_FileDialogContentsView, "SearchFindCommand"},
+        {11, QStyle::SP_FileDialogToParent, "SearchAgainCommand"},
+        {12, QStyle::SP_ArrowRight, "SearchGoToCommand"},
+        {13, QStyle::SP_FileDialogListView, "ViewPrjMgrCommand"},
+        {14, QStyle::SP_FileDialogInfoView, "ViewObjInspCommand"},
+        {15, QStyle::SP_ComputerIcon, "ViewCPUCommand"},
+        {16, QStyle::SP_BrowserReload, "ViewSwapSourceFormCommand"},
+        {17, QStyle::SP_MediaPlay, "RunRunCommand"},
+        {18, QStyle::SP_MediaStop, "RunResetCommand"},
+        {19, QStyle::SP_MediaSkipForward, "RunTraceIntoCommand"},
+        {20, QStyle::SP_MediaSeekForward, "RunStepOverCommand"},
+        {36, QStyle::SP_FileDialogDetailedView, "ToolsEditorOptionsCommand"},
+        {50, QStyle::SP_MessageBoxInformation, "HelpAboutCommand"},
+    };
+    // The rest of the 64: the style's pictures in their own order, so that every index shows one.
+    QList<QIcon> list;
+    for (int i = 0; i < 64; ++i)
+        list << style()->standardIcon(QStyle::StandardPixmap(i % int(QStyle::SP_MediaVolumeMuted)));
+    for (const TImage& image : images) {
+        list[image.Index] = style()->standardIcon(image.Pixmap);
+        if (QAction* a = image.Command ? Action(image.Command) : nullptr) a->setIcon(list[image.Index]);
+    }
+    model_->SetImages(list);
 }
 
 void TMainForm::CreateToolBars() {

@@ -94,6 +94,7 @@ private:
     // Takes a key from the IDE's own actions where an enabled package's action in the list has
     // it, and gives back the keys that no package's action holds any more.
     void ResolveShortcuts();
+    void CreateImageList();
     void CreateToolBars();
     void HookModel();
     void RefreshProjectTree();

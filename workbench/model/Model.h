@@ -16,6 +16,9 @@
 #include "workbench/model/ProjectFiles.h"
 #include "workbench/model/TextBuffer.h"
 
+#include <QIcon>
+#include <QList>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -591,6 +594,8 @@ public:
     QMenuBar* GetMainMenu() override { return mainMenu_; }
     QWidget* GetActionList() override { return actionList_; }
     QToolBar* GetToolBar(const std::string& toolBarName) override;
+    int GetImageCount() override { return int(images_.size()); }
+    QIcon GetImage(int index) override;
     // IOTAKeyboardServices
     int AddKeyboardBinding(const _di_IOTAKeyboardBinding& binding) override;
     void RemoveKeyboardBinding(int index) override;
@@ -624,6 +629,8 @@ public:
 
     // The IDE's widgets, set by a host that has them.
     void SetMainMenu(QMenuBar* menu) { mainMenu_ = menu; }
+    // The main menu's image list, as the main form makes it.
+    void SetImages(QList<QIcon> images) { images_ = std::move(images); }
     void SetActionList(QWidget* holder) { actionList_ = holder; }
     void SetToolBar(const std::string& name, QToolBar* toolBar) { toolBars_[name] = toolBar; }
 
@@ -673,6 +680,7 @@ private:
     int nextBinding_ = 0;
     TQuestionProc question_;
     QMenuBar* mainMenu_ = nullptr;
+    QList<QIcon> images_;
     QWidget* actionList_ = nullptr;
     std::map<std::string, QToolBar*> toolBars_;
 };

@@ -429,6 +429,10 @@ bool TIDEModel::SaveFile(const std::string& fileName) {
     }
 }
 
+QIcon TIDEModel::GetImage(int index) {
+    return index >= 0 && index < images_.size() ? images_[index] : QIcon();
+}
+
 QToolBar* TIDEModel::GetToolBar(const std::string& toolBarName) {
     auto it = toolBars_.find(toolBarName);
     return it == toolBars_.end() ? nullptr : it->second;

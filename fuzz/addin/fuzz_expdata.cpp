@@ -1,0 +1,50 @@
+// Arbitrary bytes as "ExpData.spc": the package is loaded afresh (its settings tree and class
+// table made), the manager starts over the file as it does in the IDE (first load, experts made,
+// second load, Load), and stops, saving the tree back. Nothing may crash or leak, and what the
+// stop saves must load again.
+#include "experts/block/BlockMng.h"
+#include "host/ExpMng.h"
+#include "locale/LocaleIds.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <unistd.h>
+
+using namespace zelvane;
+
+namespace {
+
+const std::string& WorkDir() {
+    static const std::string dir = [] {
+        auto d = std::filesystem::temp_directory_path() /
+                 ("zelvane-fuzz-expdata-" + std::to_string(getpid()));
+        std::filesystem::create_directories(d);
+        // The add-in's registry key goes to a store of the run's own.
+        setenv("XDG_CONFIG_HOME", d.c_str(), 1);
+        return d.string() + "/";
+    }();
+    return dir;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string& dir = WorkDir();
+    {
+        std::ofstream f(dir + "ExpData.spc", std::ios::binary | std::ios::trunc);
+        f.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+    }
+    InitExpMngUnit();
+    ModuleDir = dir;
+    RegisterExpClass(TBlockMng::StaticClass(), 4, "EditorManager", SUnitEditorExpert);
+    {
+        auto manager = ToolsAPI::MakeInterfaced<TExpManager>();
+    }
+    // What the stop saved reads back.
+    if (!LoadExpData()) abort();
+    DoneExpMngUnit();
+    return 0;
+}

@@ -1,0 +1,76 @@
+#include "host/SmartForm.h"
+
+#include "foundation/AppUtils.h"
+#include "rtl/Menus.h"
+#include "toolsapi/Forms.h"
+#include "toolsapi/QtBridge.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QShowEvent>
+
+namespace zelvane {
+
+namespace {
+
+QAction* FormAction(QWidget* form, const char* name, rtl::TShortCut key) {
+    auto* action = new QAction(form);
+    action->setObjectName(QString::fromLatin1(name));
+    action->setProperty("Category", QStringLiteral("FormMng"));
+    action->setShortcuts(ToolsAPI::ShortCutToKeySequences(key));
+    action->setShortcutContext(Qt::WindowShortcut);
+    form->addAction(action);
+    return action;
+}
+
+} // namespace
+
+TSmartForm::TSmartForm(QWidget* owner) : QWidget(owner, Qt::Window) {
+    scSavePlacement_ = FormAction(this, "scSavePlacement", rtl::TextToShortCut("Ctrl+S"));
+    scExit_ = FormAction(this, "scExit", rtl::TextToShortCut("Esc"));
+    connect(scSavePlacement_, &QAction::triggered, this, [this] { ReadFormData(); });
+    connect(scExit_, &QAction::triggered, this, [this] { close(); });
+}
+
+TSmartForm::~TSmartForm() = default;
+
+void TSmartForm::FormCreate() {
+    SetProperties();
+}
+
+void TSmartForm::FormShow() {
+    WriteFormData();
+}
+
+void TSmartForm::FormClose() {
+    if (AutoSavePlacement) ReadFormData();
+}
+
+void TSmartForm::ReadFormData() {
+    FormPlacement = GetWinPlacement(this);
+    GetFormData();
+}
+
+void TSmartForm::WriteFormData() {
+    SetFormData();
+    if (FormPlacement.empty()) {
+        int screenWidth = ToolsAPI::Screen ? ToolsAPI::Screen->GetWidth() : width();
+        int screenHeight = ToolsAPI::Screen ? ToolsAPI::Screen->GetHeight() : height();
+        move((screenWidth - width()) / 2, (screenHeight - height()) / 2);
+    } else {
+        SetWinPlacement(this, FormPlacement, true);
+    }
+}
+
+void TSmartForm::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (event->spontaneous()) return;
+    FormShow();
+}
+
+void TSmartForm::closeEvent(QCloseEvent* event) {
+    FormClose();
+    QWidget::closeEvent(event);
+}
+
+} // namespace zelvane

@@ -1,0 +1,1 @@
+// The string table by number and language modules.

@@ -1,0 +1,121 @@
+// The add-in in the running workbench, as a user meets it: the example project open, the add-in
+// (a copy of libzelvane.so in a directory of the test's own, so that its settings file and error
+// log beside it are the test's) loaded by the workbench's package loader, the event loop turned
+// until the menu is built, beeps counted, and the user's configuration (the add-in's registry
+// key) in a directory of its own.
+#pragma once
+
+#include "foundation/AppUtils.h"
+#include "rtl/ObjectText.h"
+#include "rtl/Streams.h"
+#include "tests/workbench_gui/Fixture.h"
+#include "workbench/Packages.h"
+
+#include <QMenu>
+#include <QMenuBar>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace addintest {
+
+using namespace wbtest;
+
+class AddinFixture : public WorkbenchFixture {
+protected:
+    void SetUp() override {
+        WorkbenchFixture::SetUp();
+        if (const char* old = std::getenv("XDG_CONFIG_HOME")) oldConfig_ = old;
+        setenv("XDG_CONFIG_HOME", config_.Path().c_str(), 1);
+        std::filesystem::copy_file(ZELVANE_ADDIN_FILE, Package());
+        zelvane::TWindowSystem ws = zelvane::WindowSystem();
+        ws.Beep = [this] { ++beeps; };
+        oldWindowSystem_ = zelvane::SetWindowSystem(ws);
+    }
+    void TearDown() override {
+        StopAddin();
+        zelvane::SetWindowSystem(oldWindowSystem_);
+        if (oldConfig_)
+            setenv("XDG_CONFIG_HOME", oldConfig_->c_str(), 1);
+        else
+            unsetenv("XDG_CONFIG_HOME");
+        WorkbenchFixture::TearDown();
+    }
+
+    // Loads the add-in and turns the event loop until its menu is there.
+    void StartAddin() {
+        loader_ = std::make_unique<TPackageLoader>();
+        ASSERT_TRUE(loader_->Load(Package()));
+        ASSERT_TRUE(WaitFor([this] { return ExpertsMenu() != nullptr; }));
+    }
+    // Unloads it as the workbench does at exit.
+    void StopAddin() {
+        if (loader_) loader_->UnloadAll();
+        loader_.reset();
+        QApplication::processEvents();
+    }
+    void RestartAddin() {
+        StopAddin();
+        StartAddin();
+    }
+
+    // The settings file as text, as a user would edit it.
+    std::string SettingsText() const {
+        rtl::TStringStream in(testfiles::ReadFile(PackageFile("ExpData.spc"))), out;
+        rtl::ObjectBinaryToText(&in, &out);
+        return out.DataString();
+    }
+    // Changes one stored value in the settings file, "Name = from" to "Name = to", with the
+    // add-in stopped, and starts it again.
+    void SetStoredValue(const std::string& name, const std::string& from, const std::string& to) {
+        StopAddin();
+        std::string text = SettingsText();
+        size_t at = text.find(name + " = " + from);
+        ASSERT_NE(at, std::string::npos) << text;
+        text.replace(at, name.size() + 3 + from.size(), name + " = " + to);
+        testfiles::WriteFile(PackageFile("ExpData.spc"), text);
+        StartAddin();
+    }
+
+    std::string PackageFile(const std::string& name) const { return packageDir_.File(name); }
+    std::string Package() const { return PackageFile("libzelvane.so"); }
+    std::string Log() const { return testfiles::ReadFile(PackageFile("ExpError.log")); }
+    TPackageLoader& Loader() { return *loader_; }
+
+    // The experts' menu in the main menu, or nullptr.
+    QMenu* ExpertsMenu() const {
+        for (QAction* a : main->menuBar()->actions())
+            if (a->menu() && a->menu()->objectName() == QStringLiteral("ZelvaneMenu"))
+                return a->menu();
+        return nullptr;
+    }
+    // The command of the experts' menu with that caption, or nullptr.
+    QAction* MenuCommand(const QString& caption) const {
+        QMenu* menu = ExpertsMenu();
+        if (!menu) return nullptr;
+        for (QAction* a : menu->actions())
+            if (a->text() == caption) return a;
+        return nullptr;
+    }
+
+    // A key in the editor, after the update the IDE runs when idle between what the user did
+    // before and the key.
+    void PressInEditor(Qt::Key key, Qt::KeyboardModifiers mods) {
+        Application->UpdateActions();
+        Editor()->setFocus();
+        QTest::keyClick(Editor(), key, mods);
+    }
+
+    int beeps = 0;
+
+private:
+    testfiles::TTempDir packageDir_;
+    testfiles::TTempDir config_;
+    std::optional<std::string> oldConfig_;
+    zelvane::TWindowSystem oldWindowSystem_;
+    std::unique_ptr<TPackageLoader> loader_;
+};
+
+} // namespace addintest

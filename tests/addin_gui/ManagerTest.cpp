@@ -1,0 +1,143 @@
+// The expert manager in the running workbench: the wizard it registers, the menu it builds on the
+// first turn of the event loop, its settings file across restarts, damaged settings files, and
+// the error log.
+#include "tests/addin_gui/AddinFixture.h"
+
+#include "rtl/Menus.h"
+#include "toolsapi/QtBridge.h"
+
+#include <QMenuBar>
+
+using namespace addintest;
+
+namespace {
+
+QStringList Captions(const QList<QAction*>& actions) {
+    QStringList r;
+    for (QAction* a : actions)
+        r << (a->isSeparator() ? QStringLiteral("-") : a->text());
+    return r;
+}
+
+QString ShortCutText(QAction* action) {
+    return ToolsAPI::FromBytes(rtl::ShortCutToText(ToolsAPI::KeySequenceToShortCut(action->shortcut())));
+}
+
+class ManagerTest : public AddinFixture {};
+
+TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
+    TPackageLoader loader;
+    ASSERT_TRUE(loader.Load(Package()));
+    ASSERT_EQ(loader.Packages().at(0).Wizards.size(), 1u);
+    const _di_IOTAWizard& wizard = loader.Packages()[0].Wizards[0];
+    EXPECT_EQ(wizard->GetIDString(), "Zelvane.ServiceDelphiWizards");
+    EXPECT_EQ(wizard->GetName(), "Zelvane Wizard Pack");
+    EXPECT_EQ(wizard->GetState(), WizardState(wsEnabled));
+    // Register leaves the IDE's menu alone: the menu waits for the posted message.
+    EXPECT_EQ(ExpertsMenu(), nullptr);
+    ASSERT_TRUE(WaitFor([this] { return ExpertsMenu() != nullptr; }));
+
+    QStringList bar = Captions(main->menuBar()->actions());
+    int at = int(bar.indexOf(QStringLiteral("Z&elvane")));
+    ASSERT_GE(at, 0) << bar.join(',').toStdString();
+    EXPECT_EQ(bar.value(at + 1), QStringLiteral("&Tools"));
+
+    struct TItem {
+        QString Caption, Keys;
+    };
+    const TItem expected[] = {{"-", ""},
+                              {"Move block left (1 pos)", "Ctrl+,"},
+                              {"Move block left (2 pos)", "Shift+Ctrl+,"},
+                              {"Move block right (1 pos)", "Ctrl+."},
+                              {"Move block right (2 pos)", "Shift+Ctrl+."},
+                              {"Sorting", "Ctrl+;"},
+                              {"About...", ""}};
+    QList<QAction*> items = ExpertsMenu()->actions();
+    ASSERT_EQ(items.size(), int(std::size(expected))) << Captions(items).join(',').toStdString();
+    QWidget* actionList = IDEService<INTAServices>()->GetActionList();
+    for (int i = 0; i < items.size(); ++i) {
+        SCOPED_TRACE(expected[i].Caption.toStdString());
+        EXPECT_EQ(Captions({items[i]}).front(), expected[i].Caption);
+        if (items[i]->isSeparator()) continue;
+        EXPECT_EQ(ShortCutText(items[i]), expected[i].Keys);
+        EXPECT_TRUE(actionList->actions().contains(items[i]));
+        EXPECT_EQ(items[i]->objectName(), QStringLiteral("ZelvaneMenuItem%1").arg(i));
+    }
+    // "About..." shows the IDE's picture 50.
+    EXPECT_FALSE(items.back()->icon().isNull());
+
+    // The wizard goes at unload, and its menu and actions with it.
+    loader.UnloadAll();
+    EXPECT_EQ(ExpertsMenu(), nullptr);
+    for (QAction* a : actionList->actions())
+        EXPECT_FALSE(a->objectName().startsWith(QStringLiteral("ZelvaneMenuItem")));
+}
+
+TEST_F(ManagerTest, AUsersHotKeySurvivesARestartOfTheWorkbench) {
+    StartAddin();
+    StopAddin();
+    ASSERT_TRUE(std::filesystem::exists(PackageFile("ExpData.spc")));
+    SetStoredValue("ShortCutText", "'Ctrl+.'", "'Ctrl+Alt+M'");
+    QAction* right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
+    ASSERT_NE(right, nullptr);
+    EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+Alt+M"));
+    // Saved at stop in binary form, and read again at the next start.
+    RestartAddin();
+    EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")).substr(0, 4), "TPF0");
+    right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
+    ASSERT_NE(right, nullptr);
+    EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+Alt+M"));
+}
+
+TEST_F(ManagerTest, ADamagedSettingsFileGivesDefaultsAndTheWorkbenchStaysUp) {
+    StartAddin();
+    StopAddin();
+    std::string good = testfiles::ReadFile(PackageFile("ExpData.spc"));
+    const std::pair<const char*, std::string> files[] = {
+        {"empty", ""},
+        {"truncated", good.substr(0, good.size() / 2)},
+        {"garbage", std::string("\x01\xFF garbage \x00\x7F", 14)},
+        {"foreign", "object Form1: TForm1\r\n  Caption = 'x'\r\nend\r\n"},
+        {"text cut short", "object ExpertData: TExpData\r\n  MenuData_ = <\r\n    item\r\n"},
+    };
+    for (const auto& [name, bytes] : files) {
+        SCOPED_TRACE(name);
+        testfiles::WriteFile(PackageFile("ExpData.spc"), bytes);
+        StartAddin();
+        QAction* right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
+        ASSERT_NE(right, nullptr);
+        EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+."));
+        StopAddin();
+        // The stop writes a whole file again.
+        EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")), good);
+    }
+}
+
+TEST_F(ManagerTest, AnExceptionInACommandIsLoggedWithTheStartTraceOnce) {
+    StartAddin();
+    TEditView* view = Open("Utils.pas");
+    view->GetPosition()->Move(1, 1);
+    view->GetBlock()->Extend(2, 1);
+    view->Buffer().SetIsReadOnly(true);
+    errors.clear();
+    PressInEditor(Qt::Key_Period, Qt::ControlModifier);
+    // The workbench goes on: the error was shown as the IDE shows one.
+    ASSERT_EQ(errors.size(), 1u);
+    std::string log = Log();
+    EXPECT_NE(log.find(errors[0]), std::string::npos) << log;
+    EXPECT_NE(log.find("Source object: TExpAction"), std::string::npos) << log;
+    EXPECT_NE(log.find("< Start constructor >\r\n0 1 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18\r\n"
+                       "EditorManager\r\n< Finish constructor >"),
+              std::string::npos)
+        << log;
+
+    // The next record holds no trace.
+    view->GetPosition()->Move(1, 1);
+    view->GetBlock()->Extend(2, 1);
+    PressInEditor(Qt::Key_Period, Qt::ControlModifier);
+    std::string second = Log().substr(log.size());
+    EXPECT_NE(second.find("Source object: "), std::string::npos);
+    EXPECT_EQ(second.find("< Start constructor >"), std::string::npos);
+}
+
+} // namespace
