@@ -11,18 +11,19 @@ namespace ToolsAPI {
 namespace {
 
 // Virtual key codes beside their Qt keys, for the keys that aren't letters, digits or F keys.
+// The numeric pad comes last, so that a Qt key found in both gives the main keyboard's key.
 constexpr std::array<std::pair<uint8_t, Qt::Key>, 31> kKeys{{
-    {0x08, Qt::Key_Backspace}, {0x09, Qt::Key_Tab},      {0x0D, Qt::Key_Return},
-    {0x1B, Qt::Key_Escape},    {0x20, Qt::Key_Space},    {0x21, Qt::Key_PageUp},
-    {0x22, Qt::Key_PageDown},  {0x23, Qt::Key_End},      {0x24, Qt::Key_Home},
-    {0x25, Qt::Key_Left},      {0x26, Qt::Key_Up},       {0x27, Qt::Key_Right},
-    {0x28, Qt::Key_Down},      {0x2D, Qt::Key_Insert},   {0x2E, Qt::Key_Delete},
-    {0x6A, Qt::Key_Asterisk},  {0x6B, Qt::Key_Plus},     {0x6D, Qt::Key_Minus},
-    {0x6F, Qt::Key_Slash},     {0xBA, Qt::Key_Semicolon}, {0xBB, Qt::Key_Equal},
-    {0xBC, Qt::Key_Comma},     {0xBD, Qt::Key_Minus},    {0xBE, Qt::Key_Period},
-    {0xBF, Qt::Key_Slash},     {0xC0, Qt::Key_QuoteLeft}, {0xDB, Qt::Key_BracketLeft},
-    {0xDC, Qt::Key_Backslash}, {0xDD, Qt::Key_BracketRight}, {0xDE, Qt::Key_Apostrophe},
-    {0x6E, Qt::Key_Period},
+    {0x08, Qt::Key_Backspace},    {0x09, Qt::Key_Tab},          {0x0D, Qt::Key_Return},
+    {0x1B, Qt::Key_Escape},       {0x20, Qt::Key_Space},        {0x21, Qt::Key_PageUp},
+    {0x22, Qt::Key_PageDown},     {0x23, Qt::Key_End},          {0x24, Qt::Key_Home},
+    {0x25, Qt::Key_Left},         {0x26, Qt::Key_Up},           {0x27, Qt::Key_Right},
+    {0x28, Qt::Key_Down},         {0x2D, Qt::Key_Insert},       {0x2E, Qt::Key_Delete},
+    {0xBA, Qt::Key_Semicolon},    {0xBB, Qt::Key_Equal},        {0xBC, Qt::Key_Comma},
+    {0xBD, Qt::Key_Minus},        {0xBE, Qt::Key_Period},       {0xBF, Qt::Key_Slash},
+    {0xC0, Qt::Key_QuoteLeft},    {0xDB, Qt::Key_BracketLeft},  {0xDC, Qt::Key_Backslash},
+    {0xDD, Qt::Key_BracketRight}, {0xDE, Qt::Key_Apostrophe},   {0x6A, Qt::Key_Asterisk},
+    {0x6B, Qt::Key_Plus},         {0x6D, Qt::Key_Minus},        {0x6E, Qt::Key_Period},
+    {0x6F, Qt::Key_Slash},
 }};
 
 // What a US keyboard gives for a key with Shift held.
@@ -45,10 +46,14 @@ int QtKey(unsigned key) {
     return 0;
 }
 
-unsigned VirtualKey(int key) {
+// With Shift held, a symbol that Shift makes is taken back to the key it is on.
+unsigned VirtualKey(int key, bool shifted) {
     if ((key >= Qt::Key_0 && key <= Qt::Key_9) || (key >= Qt::Key_A && key <= Qt::Key_Z))
         return unsigned(key);
     if (key >= Qt::Key_F1 && key <= Qt::Key_F24) return 0x70 + unsigned(key - Qt::Key_F1);
+    if (shifted)
+        for (const auto& [vk, qt] : kShifted)
+            if (qt == key) return vk;
     for (const auto& [vk, qt] : kKeys)
         if (qt == key) return vk;
     for (const auto& [vk, qt] : kShifted)
@@ -98,9 +103,9 @@ QList<QKeySequence> ShortCutToKeySequences(rtl::TShortCut shortCut) {
 rtl::TShortCut KeySequenceToShortCut(const QKeySequence& sequence) {
     if (sequence.isEmpty()) return rtl::TShortCut(0);
     QKeyCombination combination = sequence[0];
-    unsigned key = VirtualKey(combination.key());
-    if (!key) return rtl::TShortCut(0);
     Qt::KeyboardModifiers m = combination.keyboardModifiers();
+    unsigned key = VirtualKey(combination.key(), m & Qt::ShiftModifier);
+    if (!key) return rtl::TShortCut(0);
     uint16_t shift = 0;
     if (m & Qt::ShiftModifier) shift |= rtl::scShift;
     if (m & Qt::ControlModifier) shift |= rtl::scCtrl;

@@ -8,6 +8,8 @@
 
 #include <QMenuBar>
 
+#include <dlfcn.h>
+
 using namespace addintest;
 
 namespace {
@@ -66,9 +68,13 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
     // "About..." shows the IDE's picture 50.
     EXPECT_FALSE(items.back()->icon().isNull());
 
-    // The wizard goes at unload, and its menu and actions with it.
+    // The wizard goes at unload, and its menu and actions with it; the package's code goes too,
+    // so that loading it again starts it afresh.
     loader.UnloadAll();
     EXPECT_EQ(ExpertsMenu(), nullptr);
+    void* stillLoaded = dlopen(Package().c_str(), RTLD_NOW | RTLD_NOLOAD);
+    EXPECT_EQ(stillLoaded, nullptr);
+    if (stillLoaded) dlclose(stillLoaded);
     for (QAction* a : actionList->actions())
         EXPECT_FALSE(a->objectName().startsWith(QStringLiteral("ZelvaneMenuItem")));
 }

@@ -1,0 +1,101 @@
+// The spine of the add-in without an IDE: the table of expert classes and its refusals, and the
+// settings tree the experts register their objects in.
+#include "host/ExpData.h"
+#include "host/ExpMng.h"
+
+#include <gtest/gtest.h>
+
+using namespace zelvane;
+
+namespace {
+
+class TFirstExpert : public TCustomExpert {
+    RTL_CLASS(TFirstExpert, TCustomExpert)
+};
+class TSecondExpert : public TCustomExpert {
+    RTL_CLASS(TSecondExpert, TCustomExpert)
+};
+RTL_IMPLEMENT_CLASS(TFirstExpert)
+RTL_IMPLEMENT_CLASS(TSecondExpert)
+
+class TSettings : public TNestedObject {
+    RTL_CLASS(TSettings, TNestedObject)
+};
+RTL_IMPLEMENT_CLASS(TSettings)
+
+class ExpMngTest : public ::testing::Test {
+protected:
+    void SetUp() override { InitExpMngUnit(); }
+    void TearDown() override { DoneExpMngUnit(); }
+};
+
+std::string Refusal(rtl::TClass cls, int slot, const std::string& name) {
+    try {
+        RegisterExpClass(cls, slot, name, -1);
+    } catch (const EExpMngError& e) {
+        return e.Message();
+    }
+    return "registered";
+}
+
+TEST_F(ExpMngTest, TheClassTableRefusesBadSlotsAndTwiceRegisteredExperts) {
+    RegisterExpClass(TFirstExpert::StaticClass(), 4, "EditorManager", 51140);
+    const rtl::TClass first = TFirstExpert::StaticClass(), second = TSecondExpert::StaticClass();
+    struct TCase {
+        rtl::TClass Class;
+        int Slot;
+        const char* Name;
+        const char* Message;
+    };
+    const TCase cases[] = {
+        {second, 0, "Other", "List index out of bounds (0)"},
+        {second, 101, "Other", "List index out of bounds (101)"},
+        // A used slot is named first, whatever the class and the name.
+        {first, 4, "EditorManager", "Expert\x92s group 4 is already defined."},
+        {first, 5, "Other", "Expert of class TFirstExpert is already defined."},
+        {second, 5, "EditorManager", "Expert\x92s name EditorManager is already defined."},
+    };
+    for (const TCase& c : cases)
+        EXPECT_EQ(Refusal(c.Class, c.Slot, c.Name), c.Message) << c.Slot << ' ' << c.Name;
+    EXPECT_EQ(Refusal(second, 100, "Other"), "registered");
+    const std::vector<TExpClassEntry>& table = ExpClassTable();
+    ASSERT_EQ(table.size(), 100u);
+    EXPECT_EQ(table[3].ExpClass, first);
+    EXPECT_EQ(table[3].NameID, 51140);
+    EXPECT_EQ(table[99].ExpName, "Other");
+}
+
+TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndLabels) {
+    TSettings a, b;
+    AddStoredData(&a, "AData", "Settings of A", "[TSettings]\r\nX=x");
+    AddStoredData(&b, "BData", "", "");
+    TCustomData* data = ExpData->CustomData();
+    ASSERT_EQ(data->Count(), 2);
+    EXPECT_EQ(data->GetItem(0)->GetNodeName(), "Settings of A");
+    EXPECT_EQ(data->GetItem(1)->GetNodeName(), "BData");
+    EXPECT_EQ(ExpData->LocalPropNames, "\r\n[TSettings]\r\nX=x");
+    // One node name is one object in the file.
+    EXPECT_THROW(AddStoredData(&b, "AData", "", ""), EFreeCollectionError);
+    // An object that goes leaves no reference behind.
+    RemoveStoredData(&a);
+    ASSERT_EQ(data->Count(), 1);
+    EXPECT_EQ(data->GetItem(0)->NestedObject, &b);
+}
+
+TEST_F(ExpMngTest, AMenuItemCopiesOnlyItsKeyAndCaption) {
+    TExpMenuItemData* source = ExpData->MenuData()->Add("SortLinesItem");
+    source->Caption = "Sorting";
+    source->ShortCutText = "Ctrl+;";
+    source->HaveLineBefore = true;
+    source->ImageIndex = 7;
+    TExpMenuItemData copy;
+    copy.Assign(source);
+    EXPECT_EQ(copy.ItemID, "SortLinesItem");
+    EXPECT_EQ(copy.GetNodeName(), "Sorting");
+    EXPECT_EQ(copy.ShortCutText, "");
+    EXPECT_FALSE(copy.HaveLineBefore);
+    EXPECT_EQ(copy.ImageIndex, -1);
+    EXPECT_THROW(ExpData->MenuData()->Add("SortLinesItem"), EFixedCollectionError);
+}
+
+} // namespace

@@ -1,0 +1,86 @@
+// The registry store: values under keys that survive a new registry object, keys compared
+// without regard to case, keys that are not made unless asked, and a store file that is not a
+// store.
+#include "rtl/Registry.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <unistd.h>
+
+using namespace rtl;
+
+namespace {
+
+class RegistryTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        dir_ = std::filesystem::temp_directory_path() /
+               ("zelvane-registry-" + std::to_string(getpid()));
+        std::filesystem::remove_all(dir_);
+        if (const char* old = std::getenv("XDG_CONFIG_HOME")) old_ = old;
+        setenv("XDG_CONFIG_HOME", dir_.c_str(), 1);
+    }
+    void TearDown() override {
+        if (old_)
+            setenv("XDG_CONFIG_HOME", old_->c_str(), 1);
+        else
+            unsetenv("XDG_CONFIG_HOME");
+        std::filesystem::remove_all(dir_);
+    }
+
+    std::filesystem::path dir_;
+    std::optional<std::string> old_;
+};
+
+TEST_F(RegistryTest, ValuesOutliveTheObjectThatWroteThem) {
+    {
+        TRegistry reg;
+        ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
+        reg.WriteString("ExpVersion", "1.0");
+        reg.WriteString("ExpCurrentLocale", "");
+    }
+    EXPECT_EQ(TRegistry::StoreFileName(), (dir_ / "zelvane" / "registry.ini").string());
+    TRegistry reg;
+    ASSERT_TRUE(reg.OpenKey("\\SOFTWARE\\zelvane", false));
+    EXPECT_EQ(reg.ReadString("expversion"), "1.0");
+    EXPECT_TRUE(reg.ValueExists("ExpCurrentLocale"));
+    EXPECT_FALSE(reg.ValueExists("ExpLocaleDir"));
+    EXPECT_EQ(reg.ReadString("ExpLocaleDir"), "");
+    EXPECT_TRUE(reg.DeleteValue("ExpVersion"));
+    TRegistry after;
+    ASSERT_TRUE(after.OpenKey("\\Software\\Zelvane", false));
+    EXPECT_FALSE(after.ValueExists("ExpVersion"));
+}
+
+TEST_F(RegistryTest, AMissingKeyOpensOnlyWhenItMayBeMade) {
+    TRegistry reg;
+    EXPECT_FALSE(reg.OpenKey("\\Software\\Zelvane", false));
+    EXPECT_FALSE(reg.KeyExists("\\Software\\Zelvane"));
+    ASSERT_TRUE(reg.OpenKey("\\Software", true));
+    // Relative to the open key.
+    ASSERT_TRUE(reg.OpenKey("Zelvane", true));
+    EXPECT_EQ(reg.CurrentPath(), "Software\\Zelvane");
+    EXPECT_TRUE(TRegistry().KeyExists("\\Software\\Zelvane"));
+    // Another root is another tree.
+    TRegistry machine;
+    machine.RootKey = HKEY_LOCAL_MACHINE;
+    EXPECT_FALSE(machine.KeyExists("\\Software\\Zelvane"));
+}
+
+TEST_F(RegistryTest, AStoreThatIsNotOneReadsEmptyAndIsWrittenAnew) {
+    std::filesystem::create_directories(dir_ / "zelvane");
+    std::ofstream(dir_ / "zelvane" / "registry.ini", std::ios::binary) << std::string("\0\xFF[[=", 5);
+    TRegistry reg;
+    ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
+    EXPECT_EQ(reg.ReadString("ExpVersion"), "");
+    reg.WriteString("ExpVersion", "1.0");
+    TRegistry again;
+    ASSERT_TRUE(again.OpenKey("\\Software\\Zelvane", false));
+    EXPECT_EQ(again.ReadString("ExpVersion"), "1.0");
+}
+
+} // namespace
