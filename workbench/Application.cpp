@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QCursor>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QMessageBox>
 #include <QScreen>
@@ -444,10 +445,78 @@ void TWorkbenchApplication::Idle() {
     UpdateActions();
 }
 
+namespace {
+
+bool Fires(QAction* action, const QKeySequence& pressed) {
+    if (!action->isEnabled()) return false;
+    for (const QKeySequence& s : action->shortcuts())
+        if (s.matches(pressed) == QKeySequence::ExactMatch) return true;
+    return false;
+}
+
+// Whether the action's shortcut is live where the focus is: on its window, or on its widget and
+// the widget's children.
+bool LiveAt(QAction* action, QWidget* holder, QWidget* focus) {
+    switch (action->shortcutContext()) {
+    case Qt::WindowShortcut:
+        return true;
+    case Qt::WidgetWithChildrenShortcut:
+        return focus && (focus == holder || holder->isAncestorOf(focus));
+    case Qt::WidgetShortcut:
+        return focus == holder;
+    default:
+        return false;
+    }
+}
+
+// The action of the active window itself that the key fires, where an application-wide action
+// of another window would fire too: the window's own action list is asked first, as on the
+// platform, instead of the two standing as an ambiguous shortcut.
+QAction* OwnActionOverApplicationWide(const QKeySequence& pressed) {
+    QWidget* window = QApplication::activeWindow();
+    QWidget* focus = QApplication::focusWidget();
+    if (!window) return nullptr;
+    QAction* own = nullptr;
+    QList<QWidget*> holders = window->findChildren<QWidget*>();
+    holders.prepend(window);
+    for (QWidget* holder : holders)
+        for (QAction* a : holder->actions())
+            if (!own && Fires(a, pressed) && LiveAt(a, holder, focus)) own = a;
+    if (!own) return nullptr;
+    for (QWidget* top : QApplication::topLevelWidgets()) {
+        if (top == window) continue;
+        for (QAction* a : top->actions())
+            if (a->shortcutContext() == Qt::ApplicationShortcut && Fires(a, pressed)) return own;
+    }
+    return nullptr;
+}
+
+} // namespace
+
 bool TWorkbenchApplication::eventFilter(QObject* watched, QEvent* event) {
     // Before a menu shows, its actions update, as the platform's menus did on opening.
     if (event->type() == QEvent::Show)
         if (auto* menu = qobject_cast<QMenu*>(watched)) UpdateMenuActions(menu);
+    // A window's own action takes its key from the IDE's: the key is claimed before the
+    // shortcuts are matched, and its press runs the window's action.
+    if (event->type() == QEvent::ShortcutOverride) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        ownShortcut_ = OwnActionOverApplicationWide(QKeySequence(key->keyCombination()));
+        if (ownShortcut_) {
+            ownShortcutKey_ = key->keyCombination();
+            event->accept();
+            return true;
+        }
+    }
+    if (event->type() == QEvent::KeyPress && ownShortcut_) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        if (key->keyCombination() == ownShortcutKey_) {
+            QPointer<QAction> action = ownShortcut_;
+            ownShortcut_ = nullptr;
+            if (action) action->trigger();
+            return true;
+        }
+    }
     return QApplication::eventFilter(watched, event);
 }
 

@@ -2,11 +2,13 @@
 // services of the seam. It routes every exception that leaves an event handler to the exception
 // hook, runs the actions' update handlers before a menu shows and when the event loop falls
 // idle, keeps the hidden message windows, and installs the foundation's window system (message
-// boxes, window placement, hidden windows, key state).
+// boxes, window placement, hidden windows, key state, beep). Where a key fires both an action of
+// the active window itself and an application-wide one of the IDE, the window's own action runs.
 #pragma once
 
 #include "toolsapi/Forms.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QPointer>
@@ -106,6 +108,9 @@ private:
     QTimer* idleTimer_ = nullptr;
     int idleUpdates_ = 0;
     bool inUpdate_ = false;
+    // The window's own action whose key was claimed, until the key's press runs it.
+    QPointer<QAction> ownShortcut_;
+    QKeyCombination ownShortcutKey_;
 };
 
 // Runs f; an exception from it goes to the application's exception hook with sender.

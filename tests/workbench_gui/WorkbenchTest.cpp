@@ -10,6 +10,7 @@
 #include <QAction>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QMenuBar>
 #include <QToolBar>
@@ -548,3 +549,29 @@ TEST_F(WorkbenchTest, ExitAsksForModifiedUnitsAndCancelKeepsTheIDEOpen) {
 }
 
 } // namespace
+
+TEST_F(WorkbenchTest, AToolWindowsOwnActionWinsItsKeyOverTheIDEsWhileItHasTheFocus) {
+    QWidget tool(nullptr, Qt::Window);
+    auto* own = new QAction(&tool);
+    own->setShortcut(QKeySequence(QStringLiteral("Ctrl+S")));
+    tool.addAction(own);
+    auto* edit = new QLineEdit(&tool);
+    int ownRuns = 0, ideRuns = 0;
+    QObject::connect(own, &QAction::triggered, [&] { ++ownRuns; });
+    QObject::connect(main->Action("FileSaveCommand"), &QAction::triggered, [&] { ++ideRuns; });
+    tool.show();
+    QApplication::setActiveWindow(&tool);
+    edit->setFocus();
+    QTest::keyClick(edit, Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(ownRuns, 1);
+    EXPECT_EQ(ideRuns, 0);
+    EXPECT_EQ(edit->text(), QString());
+    // Back in the editor the key is the IDE's again.
+    QApplication::setActiveWindow(EditWindow());
+    Editor()->setFocus();
+    QTest::keyClicks(Editor(), "x");
+    Application->UpdateActions();
+    QTest::keyClick(Editor(), Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(ownRuns, 1);
+    EXPECT_EQ(ideRuns, 1);
+}
