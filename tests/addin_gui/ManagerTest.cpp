@@ -6,6 +6,7 @@
 #include "rtl/Menus.h"
 #include "toolsapi/QtBridge.h"
 
+#include <QLabel>
 #include <QMenuBar>
 
 #include <dlfcn.h>
@@ -144,6 +145,26 @@ TEST_F(ManagerTest, AnExceptionInACommandIsLoggedWithTheStartTraceOnce) {
     std::string second = Log().substr(log.size());
     EXPECT_NE(second.find("Source object: "), std::string::npos);
     EXPECT_EQ(second.find("< Start constructor >"), std::string::npos);
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(ManagerTest, AboutShowsTheProductsBoxOverTheIDE) {
+    StartAddin();
+    QString shown, product;
+    WhenModal([&](QWidget* w) {
+        shown = w->objectName();
+        if (auto* label = w->findChild<QLabel*>(QStringLiteral("ProductLabel")))
+            product = label->text();
+        if (auto* box = qobject_cast<QDialog*>(w)) box->accept();
+    });
+    QAction* about = MenuCommand(QStringLiteral("About..."));
+    ASSERT_NE(about, nullptr);
+    about->trigger();
+    EXPECT_EQ(shown, QStringLiteral("AboutForm"));
+    EXPECT_EQ(product, QStringLiteral("Zelvane Wizard Pack"));
 }
 
 } // namespace
