@@ -3,6 +3,7 @@
 #include "rtl/IniFiles.h"
 #include "rtl/Lists.h"
 #include "rtl/SafeFile.h"
+#include "rtl/SysUtils.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -63,14 +64,9 @@ bool HasSection(TMemIniFile& store, const std::string& section) {
 } // namespace
 
 std::string TRegistry::StoreFileName() {
-    std::filesystem::path dir;
-    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
-        dir = xdg;
-    else if (const char* home = std::getenv("HOME"); home && *home)
-        dir = std::filesystem::path(home) / ".config";
-    else
-        dir = std::filesystem::temp_directory_path();
-    return (dir / "zelvane" / "registry.ini").string();
+    std::string dir = UserConfigDir();
+    if (dir.empty()) dir = (std::filesystem::temp_directory_path() / "zelvane").string();
+    return dir + "/registry.ini";
 }
 
 std::string TRegistry::FullKey(const std::string& key) const {

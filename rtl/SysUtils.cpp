@@ -1883,6 +1883,17 @@ bool RenameFile(const std::string& oldName, const std::string& newName) {
     return !oldName.empty() && !newName.empty() && ::rename(oldName.c_str(), newName.c_str()) == 0;
 }
 
+std::string UserConfigDir() {
+    std::string base;
+    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
+        base = xdg;
+    else if (const char* home = std::getenv("HOME"); home && *home)
+        base = std::string(home) + "/.config";
+    else
+        return {};
+    return base + "/zelvane";
+}
+
 std::string GetCurrentDir() {
     std::vector<char> buf(4096);
     while (!::getcwd(buf.data(), buf.size())) {

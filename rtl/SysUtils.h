@@ -444,6 +444,9 @@ bool DeleteFile(const std::string& fileName);
 bool RenameFile(const std::string& oldName, const std::string& newName);
 std::string GetCurrentDir();
 bool SetCurrentDir(const std::string& dir);
+// The directory of Zelvane's settings for this user: "zelvane" in $XDG_CONFIG_HOME, else in
+// ~/.config; empty when neither is known. Without a trailing delimiter.
+std::string UserConfigDir();
 
 // File dates in the platform's packed DOS form (local time, two-second resolution):
 // bits 25..31 year-1980, 21..24 month, 16..20 day, 11..15 hour, 5..10 minute, 0..4 second/2.

@@ -34,10 +34,14 @@ for target in fuzz_binary fuzz_text; do
   fi
 done
 # The targets of other layers (in subdirectories of the fuzz build). The workbench's readers
-# start from the example's form files and snapshot; the others from an empty corpus.
+# start from the example's form files and snapshot, the add-in's settings from a default file;
+# the others from an empty corpus.
 mkdir -p "$work/fuzz_form_file" "$work/fuzz_snapshot"
 cp "$root"/examples/*.dfm "$work/fuzz_form_file/"
 cp "$root"/examples/*.snapshot "$work/fuzz_snapshot/"
+# The add-in's settings file starts from a default one, in binary and in text form.
+mkdir -p "$work/fuzz_expdata"
+cp "$root"/fuzz/addin/seed/* "$work/fuzz_expdata/"
 for exe in "$build"/fuzz/*/fuzz_*; do
   [ -x "$exe" ] || continue
   target=$(basename "$exe")

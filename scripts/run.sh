@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # `make run`: opens the workbench on the example project (examples/Example.dpr).
 # With a display the workbench opens there. Without one it runs under Xvfb, takes a screenshot
-# of the screen once its windows are up, quits, and says where the picture is.
+# of the screen once its windows are up, with the add-in's menu open, quits, and says where the
+# picture is.
 set -euo pipefail
 build=${1:-build/release}
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -22,5 +23,5 @@ if ! command -v xvfb-run >/dev/null; then
   echo "make run: no display and no xvfb-run (scripts/install-deps.sh installs it)" >&2
   exit 1
 fi
-xvfb-run -a -s "-screen 0 1280x800x24" "$exe" --screenshot "$shot" "${args[@]}"
+xvfb-run -a -s "-screen 0 1280x800x24" "$exe" --screenshot "$shot" --menu Zelvane "${args[@]}"
 echo "make run: there is no display, so the workbench ran under Xvfb; its screenshot is $shot"

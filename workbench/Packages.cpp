@@ -20,14 +20,8 @@ using namespace ToolsAPI;
 namespace {
 
 std::string DefaultSettingsFile() {
-    std::filesystem::path dir;
-    if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg)
-        dir = xdg;
-    else if (const char* home = std::getenv("HOME"); home && *home)
-        dir = std::filesystem::path(home) / ".config";
-    else
-        return {};
-    return (dir / "zelvane" / "workbench.ini").string();
+    std::string dir = rtl::UserConfigDir();
+    return dir.empty() ? std::string() : dir + "/workbench.ini";
 }
 
 std::string Absolute(const std::string& name, const std::string& baseDir) {

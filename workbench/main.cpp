@@ -10,6 +10,7 @@
 //     --snapshot FILE       the machine-state snapshot the CPU window shows
 //     --cpu                 open the CPU window once the windows are up
 //     --screenshot FILE     take a picture of the screen once the windows are up, then quit
+//     --menu CAPTION        with --screenshot: open this menu of the main menu for the picture
 #include "rtl/SysUtils.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -19,6 +20,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QMenuBar>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
@@ -53,8 +55,11 @@ int main(int argc, char** argv) {
     QCommandLineOption shotOpt(QStringLiteral("screenshot"),
                                QStringLiteral("Save a picture of the screen and quit."),
                                QStringLiteral("file"));
-    parser.addOptions(
-        {packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt, shotOpt});
+    QCommandLineOption menuOpt(QStringLiteral("menu"),
+                               QStringLiteral("Open this menu for the screenshot."),
+                               QStringLiteral("caption"));
+    parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt,
+                       shotOpt, menuOpt});
     parser.addPositionalArgument(QStringLiteral("project"),
                                  QStringLiteral("A project, project group or directory."));
     parser.process(app);
@@ -109,6 +114,14 @@ int main(int argc, char** argv) {
 
         if (parser.isSet(shotOpt)) {
             QString file = parser.value(shotOpt);
+            // The menu opens once the packages have built theirs, and stays open for the picture.
+            QString menu = parser.value(menuOpt);
+            QTimer::singleShot(1000, &app, [&mainForm, menu] {
+                if (menu.isEmpty()) return;
+                for (QAction* a : mainForm.menuBar()->actions())
+                    if (a->text().remove(QLatin1Char('&')) == menu)
+                        mainForm.menuBar()->setActiveAction(a);
+            });
             QTimer::singleShot(1500, &app, [&] {
                 if (QScreen* screen = QGuiApplication::primaryScreen()) {
                     QPixmap shot = screen->grabWindow(0);
