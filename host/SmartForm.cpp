@@ -7,6 +7,8 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QShowEvent>
 
 namespace zelvane {
@@ -21,6 +23,13 @@ QAction* FormAction(QWidget* form, const char* name, rtl::TShortCut key) {
     action->setShortcutContext(Qt::WindowShortcut);
     form->addAction(action);
     return action;
+}
+
+// The IDE's screen, or the primary one of a host without screen services.
+QSize ScreenSize() {
+    if (ToolsAPI::Screen) return {ToolsAPI::Screen->GetWidth(), ToolsAPI::Screen->GetHeight()};
+    QScreen* screen = QGuiApplication::primaryScreen();
+    return screen ? screen->geometry().size() : QSize();
 }
 
 } // namespace
@@ -54,9 +63,8 @@ void TSmartForm::ReadFormData() {
 void TSmartForm::WriteFormData() {
     SetFormData();
     if (FormPlacement.empty()) {
-        int screenWidth = ToolsAPI::Screen ? ToolsAPI::Screen->GetWidth() : width();
-        int screenHeight = ToolsAPI::Screen ? ToolsAPI::Screen->GetHeight() : height();
-        move((screenWidth - width()) / 2, (screenHeight - height()) / 2);
+        QSize screen = ScreenSize();
+        move((screen.width() - width()) / 2, (screen.height() - height()) / 2);
     } else {
         SetWinPlacement(this, FormPlacement, true);
     }

@@ -2,7 +2,6 @@
 // box made from them shows the product, its version and the OK button.
 #include "about/About.h"
 
-#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QPushButton>
@@ -25,10 +24,6 @@ TEST(AboutBox, TheFormIsHeldScrambledAndReadsBackWhole) {
     EXPECT_EQ(held.find("TPF0"), std::string::npos);
     EXPECT_EQ(held.find("Zelvane"), std::string::npos);
 
-    int argc = 1;
-    char name[] = "addin_tests";
-    char* argv[] = {name, nullptr};
-    QApplication app(argc, argv);
     std::unique_ptr<QDialog> box = CreateAboutForm(nullptr);
     EXPECT_EQ(box->objectName(), QStringLiteral("AboutForm"));
     EXPECT_EQ(box->windowTitle(), QStringLiteral("About Zelvane"));
