@@ -71,12 +71,13 @@ Qt::KeyboardModifiers Modifiers(uint16_t shift) {
 
 } // namespace
 
+// Straight between the code page and QString's UTF-16, without UTF-8 in between.
 QString FromBytes(std::string_view cp1251) {
-    return QString::fromStdString(rtl::Cp1251ToUtf8(std::string(cp1251)));
+    return QString::fromStdU16String(rtl::Cp1251ToUtf16(cp1251));
 }
 
 std::string ToBytes(const QString& text) {
-    return rtl::Utf8ToCp1251(text.toStdString());
+    return rtl::Utf16ToCp1251(text.toStdU16String());
 }
 
 QKeySequence ShortCutToKeySequence(rtl::TShortCut shortCut) {

@@ -4,6 +4,7 @@
 #include "foundation/Dialogs.h"
 #include "rtl/CodePage.h"
 #include "rtl/TypInfo.h"
+#include "toolsapi/QtBridge.h"
 
 #include <QAbstractEventDispatcher>
 #include <QAction>
@@ -115,8 +116,8 @@ constexpr int VK_LBUTTON = 0x01, VK_RBUTTON = 0x02, VK_MBUTTON = 0x04, VK_SHIFT 
 int WorkbenchMessageBox(HWND owner, const std::string& text, const std::string& caption,
                         uint32_t style) {
     QMessageBox box(TopLevelWidget(owner));
-    box.setWindowTitle(QString::fromStdString(rtl::Cp1251ToUtf8(caption)));
-    box.setText(QString::fromStdString(rtl::Cp1251ToUtf8(text)));
+    box.setWindowTitle(ToolsAPI::FromBytes(caption));
+    box.setText(ToolsAPI::FromBytes(text));
     switch (style & 0xF0) {
     case zelvane::MB_ICONSTOP:
         box.setIcon(QMessageBox::Critical);
@@ -302,11 +303,11 @@ bool TWorkbenchApplication::notify(QObject* receiver, QEvent* event) {
 // Title, exceptions, messages
 
 std::string TWorkbenchApplication::GetTitle() {
-    return rtl::Utf8ToCp1251(applicationDisplayName().toStdString());
+    return ToolsAPI::ToBytes(applicationDisplayName());
 }
 
 void TWorkbenchApplication::SetTitle(const std::string& title) {
-    setApplicationDisplayName(QString::fromStdString(rtl::Cp1251ToUtf8(title)));
+    setApplicationDisplayName(ToolsAPI::FromBytes(title));
 }
 
 void TWorkbenchApplication::HandleException(rtl::TObject* sender) {
@@ -346,8 +347,8 @@ void TWorkbenchApplication::ShowException(rtl::Exception* e) {
         return;
     }
     std::cerr << "workbench: " << rtl::Cp1251ToUtf8(text) << '\n';
-    QMessageBox::critical(mainForm_, QString::fromStdString(rtl::Cp1251ToUtf8(caption)),
-                          QString::fromStdString(rtl::Cp1251ToUtf8(text)));
+    QMessageBox::critical(mainForm_, ToolsAPI::FromBytes(caption),
+                          ToolsAPI::FromBytes(text));
 }
 
 void TWorkbenchApplication::ProcessMessages() {

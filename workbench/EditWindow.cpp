@@ -1,7 +1,7 @@
 #include "workbench/EditWindow.h"
 
-#include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/Application.h"
 
 #include <QHBoxLayout>
@@ -14,14 +14,6 @@ namespace workbench {
 
 using namespace ToolsAPI;
 
-namespace {
-QString FromBytes(const std::string& s) {
-    return QString::fromStdString(rtl::Cp1251ToUtf8(s));
-}
-std::string ToBytes(const QString& s) {
-    return rtl::Utf8ToCp1251(s.toStdString());
-}
-} // namespace
 
 // ---------------------------------------------------------------------------------------------
 // The tab row

@@ -3,6 +3,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
 #include "toolsapi/Forms.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
 #include "workbench/cpu/CPUView.h"
@@ -39,14 +40,6 @@ namespace workbench {
 using namespace ToolsAPI;
 
 namespace {
-
-QString FromBytes(const std::string& s) {
-    return QString::fromStdString(rtl::Cp1251ToUtf8(s));
-}
-
-std::string ToBytes(const QString& s) {
-    return rtl::Utf8ToCp1251(s.toStdString());
-}
 
 // The project whose modules the lists show: the group's active project, or the one open project.
 TProjectModule* ActiveProject(TIDEModel* model) {

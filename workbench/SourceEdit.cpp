@@ -1,6 +1,6 @@
 #include "workbench/SourceEdit.h"
 
-#include "rtl/CodePage.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/Application.h"
 
 #include <QApplication>
@@ -24,9 +24,6 @@ const QColor kSelection(0, 0, 128);
 const QColor kSelectionText(255, 255, 255);
 const QColor kReadOnlyBackground(248, 248, 240);
 
-QString Show(std::string_view bytes) {
-    return QString::fromStdU16String(rtl::Cp1251ToUtf16(bytes));
-}
 
 } // namespace
 
@@ -252,7 +249,7 @@ void TSourceEdit::paintEvent(QPaintEvent*) {
                 if (c == ' ' || c == '\t') continue;
                 bool selected = block && IsSelected(row, col, bs, be, style);
                 p.setPen(selected ? kSelectionText : TokenColor(run.Kind));
-                p.drawText(QPoint(x, y + ascent_), Show(std::string_view(&c, 1)));
+                p.drawText(QPoint(x, y + ascent_), ToolsAPI::FromBytes(std::string_view(&c, 1)));
             }
         }
         p.setClipping(false);
@@ -311,12 +308,12 @@ void TSourceEdit::TypeText(const std::string& text) {
 void TSourceEdit::CopyBlock() {
     TSourceEditor* buffer = Buffer();
     if (!buffer || !buffer->BlockValid()) return;
-    QApplication::clipboard()->setText(Show(buffer->BlockText()));
+    QApplication::clipboard()->setText(ToolsAPI::FromBytes(buffer->BlockText()));
 }
 
 void TSourceEdit::Paste() {
     QString text = QApplication::clipboard()->text();
-    if (!text.isEmpty()) TypeText(rtl::Utf16ToCp1251(text.toStdU16String()));
+    if (!text.isEmpty()) TypeText(ToolsAPI::ToBytes(text));
 }
 
 void TSourceEdit::SelectAll() {
@@ -486,7 +483,7 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
         }
         QString typed = event->text();
         if (!typed.isEmpty() && typed.at(0).isPrint() && !ctrl) {
-            std::string bytes = rtl::Utf16ToCp1251(typed.toStdU16String());
+            std::string bytes = ToolsAPI::ToBytes(typed);
             if (!buffer.GetBufferOptions()->GetInsertMode() && !buffer.BlockValid() &&
                 c.Col <= text.LineLength(c.Row)) {
                 try {
@@ -503,7 +500,7 @@ void TSourceEdit::keyPressEvent(QKeyEvent* event) {
 
 void TSourceEdit::inputMethodEvent(QInputMethodEvent* event) {
     if (!event->commitString().isEmpty())
-        TypeText(rtl::Utf16ToCp1251(event->commitString().toStdU16String()));
+        TypeText(ToolsAPI::ToBytes(event->commitString()));
     event->accept();
 }
 

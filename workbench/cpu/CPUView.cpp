@@ -1,6 +1,6 @@
 #include "workbench/cpu/CPUView.h"
 
-#include "rtl/CodePage.h"
+#include "toolsapi/QtBridge.h"
 
 #include <QFontDatabase>
 #include <QKeyEvent>
@@ -27,7 +27,7 @@ const QColor AddressText(0x00, 0x00, 0x80);
 QString ByteChar(uint8_t b) {
     if (b < 32) return ".";
     std::string one(1, static_cast<char>(b));
-    return QString::fromStdString(rtl::Cp1251ToUtf8(one));
+    return ToolsAPI::FromBytes(one);
 }
 
 // The green arrow in the left margin of a row: the next instruction to run, the top of the stack.
@@ -139,9 +139,9 @@ TDisassemblyPane::TDisassemblyPane(std::shared_ptr<const TMachineSnapshot> snaps
     for (size_t i = 0; i < code.size(); ++i) {
         const TInstruction& ins = code[i];
         for (const QString& l :
-             QString::fromStdString(rtl::Cp1251ToUtf8(ins.Label)).split("\r\n", Qt::SkipEmptyParts))
+             ToolsAPI::FromBytes(ins.Label).split("\r\n", Qt::SkipEmptyParts))
             rows_.push_back({int(i), TRow::Label, l});
-        for (const QString& l : QString::fromStdString(rtl::Cp1251ToUtf8(ins.Source))
+        for (const QString& l : ToolsAPI::FromBytes(ins.Source)
                                     .split("\r\n", Qt::SkipEmptyParts))
             rows_.push_back({int(i), TRow::Source, l});
         rows_.push_back({int(i), TRow::Code, DisassemblyLine(ins.Address)});
@@ -168,12 +168,12 @@ void TDisassemblyPane::SetSelectedAddress(quint32 address) {
 
 QString TDisassemblyPane::SelectedLabel() const {
     const TInstruction* ins = snapshot_->InstructionAt(address_);
-    return ins ? QString::fromStdString(rtl::Cp1251ToUtf8(ins->Label)) : QString("");
+    return ins ? ToolsAPI::FromBytes(ins->Label) : QString("");
 }
 
 QString TDisassemblyPane::SelectedSource() const {
     const TInstruction* ins = snapshot_->InstructionAt(address_);
-    return ins ? QString::fromStdString(rtl::Cp1251ToUtf8(ins->Source)) : QString("");
+    return ins ? ToolsAPI::FromBytes(ins->Source) : QString("");
 }
 
 QString TDisassemblyPane::SelectedDisassembly() const {
@@ -186,7 +186,7 @@ QString TDisassemblyPane::DisassemblyLine(quint32 address) const {
         for (uint8_t b : ins->Bytes)
             bytes += Hex(b, 2);
         return Hex(ins->Address, 8) + " " + bytes.leftJustified(16) + " " +
-               QString::fromStdString(rtl::Cp1251ToUtf8(ins->Text));
+               ToolsAPI::FromBytes(ins->Text);
     }
     // Outside the code each byte is a line of its own.
     if (auto b = snapshot_->Byte(address))

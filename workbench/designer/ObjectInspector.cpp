@@ -1,6 +1,6 @@
 #include "workbench/designer/ObjectInspector.h"
 
-#include "rtl/CodePage.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/designer/VclValues.h"
 #include "workbench/model/FormFile.h"
 #include "workbench/model/LibraryClasses.h"
@@ -419,8 +419,8 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
         Report("No component is selected");
         return false;
     }
-    std::string propName = rtl::Utf8ToCp1251(name.toStdString());
-    std::string value = rtl::Utf8ToCp1251(text.trimmed().toStdString());
+    std::string propName = ToolsAPI::ToBytes(name);
+    std::string value = ToolsAPI::ToBytes(text.trimmed());
     TDesignComponent* c = component_;
     if (name.compare("Name", Qt::CaseInsensitive) == 0) {
         try {
@@ -452,7 +452,7 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
     TDesignValueKind oldKind = old->Kind;
     if (oldKind == TDesignValueKind::String) {
         // A string takes what was typed as it stands, blanks included.
-        textForm = QuoteFormString(rtl::Utf8ToCp1251(text.toStdString()));
+        textForm = QuoteFormString(ToolsAPI::ToBytes(text));
     } else if (oldKind == TDesignValueKind::Boolean) {
         if (rtl::SameText(value, "True"))
             textForm = "True";

@@ -1,6 +1,6 @@
 #include "workbench/designer/VclValues.h"
 
-#include "rtl/CodePage.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/model/FormFile.h"
 
 #include <QFontDatabase>
@@ -154,7 +154,7 @@ QColor FontColor(const TDesignComponent& c, const QColor& base) {
 }
 
 QString FormText(const std::string& cp1251) {
-    return QString::fromStdString(rtl::Cp1251ToUtf8(cp1251));
+    return ToolsAPI::FromBytes(cp1251);
 }
 
 QString TextProp(const TDesignComponent& c, const char* name) {
