@@ -79,8 +79,11 @@ void TExpAction::SetCaption(const std::string& value) {
     action_->setText(FromBytes(value));
 }
 
+TShortCut TExpAction::ShortCut() const {
+    return ToolsAPI::KeySequenceToShortCut(action_->shortcut());
+}
+
 void TExpAction::SetShortCut(TShortCut value) {
-    shortCut_ = value;
     action_->setShortcuts(ToolsAPI::ShortCutToKeySequences(value));
 }
 

@@ -33,7 +33,7 @@ public:
     QAction* Action() const { return action_; }
     std::string Caption() const;
     void SetCaption(const std::string& value);
-    rtl::TShortCut ShortCut() const { return shortCut_; }
+    rtl::TShortCut ShortCut() const;
     // Sets the key, with the variants the keyboard delivers for it (see toolsapi/QtBridge.h).
     void SetShortCut(rtl::TShortCut value);
     bool Enabled() const;
@@ -49,7 +49,6 @@ public:
 
 private:
     QAction* action_;
-    rtl::TShortCut shortCut_ = rtl::TShortCut(0);
 };
 
 class TExpMenuItem : public rtl::TObject {

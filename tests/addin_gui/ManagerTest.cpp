@@ -69,6 +69,14 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
     // "About..." shows the IDE's picture 50.
     EXPECT_FALSE(items.back()->icon().isNull());
 
+    // An item keeps the first hot key it had, whatever changes it later; one without a key takes
+    // the first it is given.
+    items[1]->setShortcut(QKeySequence(QStringLiteral("Ctrl+K")));
+    EXPECT_EQ(ShortCutText(items[1]), QStringLiteral("Ctrl+,"));
+    items.back()->setShortcut(QKeySequence(QStringLiteral("Ctrl+K")));
+    items.back()->setShortcut(QKeySequence(QStringLiteral("Ctrl+J")));
+    EXPECT_EQ(ShortCutText(items.back()), QStringLiteral("Ctrl+K"));
+
     // The wizard goes at unload, and its menu and actions with it; the package's code goes too,
     // so that loading it again starts it afresh.
     loader.UnloadAll();
