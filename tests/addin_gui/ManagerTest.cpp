@@ -104,6 +104,17 @@ TEST_F(ManagerTest, AUsersHotKeySurvivesARestartOfTheWorkbench) {
     EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+Alt+M"));
 }
 
+TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
+    StartAddin();
+    StopAddin();
+    SetStoredValue("Active", "True", "False");
+    EXPECT_EQ(Captions(ExpertsMenu()->actions()), QStringList{QStringLiteral("About...")});
+    StopAddin();
+    EXPECT_NE(SettingsText().find("ExpertName = 'EditorManager'"), std::string::npos);
+    SetStoredValue("Active", "False", "True");
+    EXPECT_NE(MenuCommand(QStringLiteral("Sorting")), nullptr);
+}
+
 TEST_F(ManagerTest, ADamagedSettingsFileGivesDefaultsAndTheWorkbenchStaysUp) {
     StartAddin();
     StopAddin();
