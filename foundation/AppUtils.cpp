@@ -176,7 +176,8 @@ std::string GetAppIniFileName() {
 }
 
 std::string GetTitle() {
-    std::string name = ExtractFileNameEx(ExePath());
+    // The name first: a "." in a directory of the path must not cut it away.
+    std::string name = ExtractFileNameEx(rtl::ExtractFileName(ExePath()));
     if (name.size() > 1) name = name.substr(0, 1) + rtl::AnsiLowerCase(name.substr(1));
     return name;
 }

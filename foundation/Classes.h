@@ -100,7 +100,7 @@ private:
 // - lines before the first section are ignored;
 // - any other line belongs to the current section: with "=" at position 2 or later, the text
 //   before the first "=" is the key and the rest the value; otherwise the whole line is a key
-//   with an empty value (dropped when SkipBareLines is set).
+//   with an empty value. With SkipBareLines a line without a value, bare or "key=", is dropped.
 // Written back, a key with an empty value is a bare line, and each section ends with an empty
 // line; comments are not kept. Lookups are case-insensitive, and binary where a list is sorted.
 //
@@ -333,8 +333,9 @@ public:
     THeapStream(int64_t initialSize, int64_t maximumSize, bool zeroMemory);
     ~THeapStream() override;
 
-    // Gives free memory of a private heap back to the system; raises the system's error when
-    // nothing is left to give.
+    // Gives free memory back to the system and answers the largest free block (for the process's
+    // heap, what stays free in it). A private heap with nothing left to give raises the system's
+    // error.
     int64_t Compact();
 
     bool SharedHeap() const { return !heap_; }

@@ -113,9 +113,10 @@ void TIniStrings::DoAddString(rtl::TStringList* keys, const std::string& line) {
         key = line.substr(0, p);
         value = line.substr(p + 1);
     } else {
-        if (SkipBareLines) return;
         key = line;
     }
+    // A line without a value, bare or "key=", isn't kept when the switch asks so.
+    if (SkipBareLines && value.empty()) return;
     auto cell = std::make_unique<TValueCell>(std::move(value));
     int index = keys->AddObject(key, cell.get());
     // A sorted key list that ignores a duplicate doesn't take the cell.

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <malloc.h>
 #include <map>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -413,8 +414,14 @@ void* THeapStream::Realloc(int64_t& newCapacity) {
 }
 
 int64_t THeapStream::Compact() {
-    size_t largest = heap_ ? heap_->Compact() : 0;
-    if (largest == 0) rtl::RaiseLastOSError(heap_ ? ENOMEM : ENOSYS);
+    if (!heap_) {
+        // The process's heap gives its free memory back to the system, which cannot fail; the
+        // answer is what stays free in it.
+        malloc_trim(0);
+        return static_cast<int64_t>(mallinfo2().fordblks);
+    }
+    size_t largest = heap_->Compact();
+    if (largest == 0) rtl::RaiseLastOSError(ENOMEM);
     return static_cast<int64_t>(largest);
 }
 

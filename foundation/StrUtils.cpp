@@ -265,7 +265,9 @@ bool CopyToStrEx(std::string_view s, std::string_view sub, std::string& result, 
 
 std::string StrReplace(std::string_view s, std::string_view oldText, std::string_view newText,
                        TReplaceParams params) {
-    if (oldText.empty()) return std::string(s);
+    // An empty Old matches at once, and replacing all of it would never move on: that alone is
+    // refused. A single replacement puts New in front.
+    if (oldText.empty() && params.ReplaceAll) return std::string(s);
     std::string result, piece;
     int start = 1, pos = 0;
     while (CopyToStr(s, oldText, piece, params.IgnoreCase, pos, start)) {
@@ -280,7 +282,9 @@ std::string StrReplace(std::string_view s, std::string_view oldText, std::string
 
 std::string StrReplaceR(std::string_view s, std::string_view oldText, std::string_view newText,
                         TReplaceParams params) {
-    if (oldText.empty()) return std::string(s);
+    // As StrReplace: an empty Old replaced all over would never end; once, it goes in where the
+    // reverse search finds it, before the last character.
+    if (oldText.empty() && params.ReplaceAll) return std::string(s);
     std::string result, piece;
     int start = Len(s), pos = 0;
     // A start of 0 after a match at position 1 ends the loop; it must not be taken for -1.

@@ -4,6 +4,7 @@
 #include "foundation/Dialogs.h"
 
 #include "rtl/TypInfo.h"
+#include "tests/rtl/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -24,13 +25,20 @@ using apptest::ETestError;
 
 namespace {
 
+// The tests' scratch directory, removed when the program ends.
 std::string TempDir() {
-    static std::string dir = [] {
-        std::string d = CreateTempPath() + "zelv_app_" + std::to_string(getpid()) + "/";
-        fs::create_directories(d);
-        return d;
-    }();
-    return dir;
+    struct TScratch {
+        TScratch() : dir(CreateTempPath() + "zelv_app_" + std::to_string(getpid()) + "/") {
+            fs::create_directories(dir);
+        }
+        ~TScratch() {
+            std::error_code ec;
+            fs::remove_all(dir, ec);
+        }
+        std::string dir;
+    };
+    static const TScratch scratch;
+    return scratch.dir;
 }
 
 std::string Slurp(const std::string& name) {
@@ -51,49 +59,19 @@ RTL_IMPLEMENT_CLASS(apptest::ETestError)
 
 // --- exceptions ------------------------------------------------------------------------------
 
-TEST(CreateException, RaisesTheClassWithTheTextOfTheNumber) {
-    try {
-        CreateException<ETestError>(SZeroFileSize);
-        FAIL() << "no exception";
-    } catch (const ETestError& e) {
-        EXPECT_EQ(e.Message(), "New file size should be higher than zero.");
-    }
-}
-
-TEST(CreateException, FormatsTheTextOfTheNumber) {
-    try {
-        CreateException<ETestError>(SIdentNotUnique, {"Abc"});
-        FAIL() << "no exception";
-    } catch (const ETestError& e) {
-        EXPECT_EQ(e.Message(), "Identifier value must be unique [Abc]");
-    }
-}
-
-TEST(CreateException, PlainAndFormattedText) {
-    EXPECT_THROW(
-        {
-            try {
-                CreateException<ETestError>(std::string("plain text"));
-            } catch (const ETestError& e) {
-                EXPECT_EQ(e.Message(), "plain text");
-                throw;
-            }
-        },
-        ETestError);
-    try {
-        CreateException<ETestError>("%s has %d lines", {"unit", 12});
-    } catch (const ETestError& e) {
-        EXPECT_EQ(e.Message(), "unit has 12 lines");
-    }
-}
-
-TEST(CreateException, UsesTheInstalledLanguageText) {
+TEST(CreateException, RaisesTheClassWithItsTextByNumberOrAsGiven) {
+    using rtltest::MessageOf;
+    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(SZeroFileSize); }),
+              "New file size should be higher than zero.");
+    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(SIdentNotUnique, {"Abc"}); }),
+              "Identifier value must be unique [Abc]");
+    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(std::string("plain text")); }),
+              "plain text");
+    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>("%s has %d lines", {"unit", 12}); }),
+              "unit has 12 lines");
+    // The text of a number follows the installed language.
     SetResStrLookup([](int id) { return id == SZeroFileSize ? std::string("Null") : ""; });
-    try {
-        CreateException<ETestError>(SZeroFileSize);
-    } catch (const ETestError& e) {
-        EXPECT_EQ(e.Message(), "Null");
-    }
+    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(SZeroFileSize); }), "Null");
     SetResStrLookup(nullptr);
 }
 
@@ -205,8 +183,11 @@ TEST(Paths, AppDirTitleAndIniName) {
     EXPECT_EQ(dir.back(), '/');
     // The directory ends in a delimiter, so the ini name is the directory and ".ini".
     EXPECT_EQ(GetAppIniFileName(), dir + ".ini");
-    // The test program is foundation_tests: only the first letter keeps its case.
-    EXPECT_EQ(GetTitle(), "foundation_tests");
+    // The program's name without its directory, whatever dots that holds, and without its
+    // extension; only the first letter keeps its case.
+    std::string name = fs::read_symlink("/proc/self/exe").stem().string();
+    EXPECT_EQ(GetTitle(), name.substr(0, 1) + rtl::AnsiLowerCase(name.substr(1)));
+    EXPECT_FALSE(GetTitle().empty());
     EXPECT_EQ(DialogCaption, GetTitle());
 }
 

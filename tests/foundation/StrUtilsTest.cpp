@@ -292,6 +292,12 @@ TEST(StrReplace, FirstOrAll) {
     EXPECT_EQ(StrReplace("abc", "", "x", {rpReplaceAll}), "abc");
 }
 
+TEST(StrReplace, AnEmptyOldMatchesAtOnceButIsNeverReplacedAllOver) {
+    EXPECT_EQ(StrReplace("abc", "", "X", {}), "Xabc");
+    EXPECT_EQ(StrReplaceR("abc", "", "X", {}), "abXc");
+    EXPECT_EQ(StrReplaceR("abc", "", "X", {rpReplaceAll}), "abc");
+}
+
 TEST(StrReplace, GoesOnAfterTheInsertedTextSoItCannotLoop) {
     EXPECT_EQ(StrReplace("aa", "a", "aa", {rpReplaceAll}), "aaaa");
     EXPECT_EQ(StrReplace("x", "x", "xx", {rpReplaceAll, rpIgnoreCase}), "xx");
