@@ -575,3 +575,15 @@ TEST_F(WorkbenchTest, AToolWindowsOwnActionWinsItsKeyOverTheIDEsWhileItHasTheFoc
     EXPECT_EQ(ownRuns, 1);
     EXPECT_EQ(ideRuns, 1);
 }
+
+TEST_F(WorkbenchTest, TheMainMenusImageListReachesPackagesByIndex) {
+    _di_INTAServices services = IDEService<INTAServices>();
+    ASSERT_GE(services->GetImageCount(), 64);
+    // The pictures the add-in's items name: settings and information.
+    EXPECT_FALSE(services->GetImage(36).isNull());
+    EXPECT_FALSE(services->GetImage(50).isNull());
+    EXPECT_TRUE(services->GetImage(-1).isNull());
+    EXPECT_TRUE(services->GetImage(services->GetImageCount()).isNull());
+    // The list is the main menu's: the IDE's own commands show its pictures.
+    EXPECT_EQ(main->Action("HelpAboutCommand")->icon().cacheKey(), services->GetImage(50).cacheKey());
+}
