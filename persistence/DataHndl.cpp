@@ -886,7 +886,7 @@ void SetProps(TObjectArray objects, const std::string& text, TObjectStorageForma
 }
 
 void SetPropsEx(TObjectArray objects, const std::string& text, TObjectStorageFormat format) {
-    if (format != osfBin && format != osfText) return;
+    // Every form but osfBin is read as text, as SafeLoadObjects reads them.
     TStringStream stream(text);
     SafeLoadObjects(objects, &stream, format, false);
 }

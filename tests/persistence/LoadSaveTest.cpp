@@ -254,9 +254,28 @@ TEST(RoundTrip, OtherFormsThanBinaryAndTextGiveNoString) {
         GetProps(objs, text, format);
         EXPECT_EQ(text, "");
         SetProps(objs, "garbage", format);
-        SetPropsEx(objs, "garbage", format);
     }
     EXPECT_EQ(foo.Width, 3);
+}
+
+TEST(RoundTrip, SetPropsExReadsBinaryAsBinaryAndEveryOtherFormAsText) {
+    TFoo source;
+    source.Width = 42;
+    source.Caption = "from the source";
+    TObject* from[] = {&source};
+    std::string binary, text;
+    GetProps(from, binary, osfBin);
+    GetProps(from, text, osfText);
+    const std::pair<TObjectStorageFormat, const std::string*> cases[] = {
+        {osfBin, &binary}, {osfText, &text}, {osfResBin, &text}, {osfExtBin, &text}};
+    for (const auto& [format, data] : cases) {
+        SCOPED_TRACE(int(format));
+        TFoo target;
+        TObject* to[] = {&target};
+        SetPropsEx(to, *data, format);
+        EXPECT_EQ(target.Width, 42);
+        EXPECT_EQ(target.Caption, "from the source");
+    }
 }
 
 // ---------------------------------------------------------------------------------------------

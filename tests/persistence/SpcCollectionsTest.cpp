@@ -160,14 +160,17 @@ TEST(FixedCollection, FileUpdatesTheItemsWhoseKeysItNames) {
     EXPECT_EQ(program.After, 5);
 }
 
-TEST(FixedCollection, EmptyKeysNeverMatch) {
+TEST(FixedCollection, EmptyKeysAndKeysOfAnotherCaseNeverMatch) {
     THolder file;
     file.fixed->AddItem("", 10);
+    file.fixed->AddItem("alpha", 20);
     std::string data = Save(file);
     THolder program;
     TKeyedItem* empty = program.fixed->AddItem("", 1);
+    TKeyedItem* alpha = program.fixed->AddItem("Alpha", 2);
     Load(program, data);
     EXPECT_EQ(empty->Value, 1);
+    EXPECT_EQ(alpha->Value, 2);
 }
 
 TEST(FixedCollection, RepeatedKeysApplyInOrderTheLastWins) {

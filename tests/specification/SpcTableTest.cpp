@@ -58,6 +58,10 @@ TEST(Versions, ParsedTimesTenThousand) {
     v = ParseVerInfo(osfText, " e_ver: 2.5 d_ver: 6.0001");
     EXPECT_EQ(v.Editor, 25000);
     EXPECT_EQ(v.Delphi, 60001);
+    // A text number is read from the seventh character of its label on, whatever stands there.
+    v = ParseVerInfo(osfText, "e_ver:12.5 d_ver:36.0");
+    EXPECT_EQ(v.Editor, 25000);
+    EXPECT_EQ(v.Delphi, 60000);
 }
 
 TEST(Versions, MalformedLinesFailWith51504) {
