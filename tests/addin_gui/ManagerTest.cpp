@@ -4,6 +4,7 @@
 #include "tests/addin_gui/AddinFixture.h"
 
 #include "rtl/Menus.h"
+#include "rtl/Registry.h"
 #include "toolsapi/QtBridge.h"
 
 #include <QLabel>
@@ -184,6 +185,28 @@ TEST_F(ManagerTest, AboutShowsTheProductsBoxOverTheIDE) {
     about->trigger();
     EXPECT_EQ(shown, QStringLiteral("AboutForm"));
     EXPECT_EQ(product, QStringLiteral("Zelvane Wizard Pack"));
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(ManagerTest, TheRegistryKeyHoldsTheVersionAndALanguageThatExists) {
+    {
+        rtl::TRegistry reg;
+        ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
+        reg.WriteString("ExpCurrentLocale", PackageFile("zelv_gone.dll"));
+    }
+    StartAddin();
+    StopAddin();
+    rtl::TRegistry reg;
+    ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", false));
+    EXPECT_EQ(reg.ReadString("ExpVersion"), "1.0");
+    EXPECT_EQ(reg.ReadString("ExpLocaleModules"),
+              "Russian=zelv_rus.dll,English=zelv_eng.dll,German=zelv_ger.dll");
+    // A language file that is gone is no choice any more.
+    EXPECT_TRUE(reg.ValueExists("ExpCurrentLocale"));
+    EXPECT_EQ(reg.ReadString("ExpCurrentLocale"), "");
 }
 
 } // namespace
