@@ -67,16 +67,24 @@ protected:
         rtl::ObjectBinaryToText(&in, &out);
         return out.DataString();
     }
-    // Changes one stored value in the settings file, "Name = from" to "Name = to", with the
+    // Changes stored values in the settings file, each "Name = from" to "Name = to", with the
     // add-in stopped, and starts it again.
-    void SetStoredValue(const std::string& name, const std::string& from, const std::string& to) {
+    struct TStoredChange {
+        std::string Name, From, To;
+    };
+    void SetStoredValues(const std::vector<TStoredChange>& changes) {
         StopAddin();
         std::string text = SettingsText();
-        size_t at = text.find(name + " = " + from);
-        ASSERT_NE(at, std::string::npos) << text;
-        text.replace(at, name.size() + 3 + from.size(), name + " = " + to);
+        for (const TStoredChange& c : changes) {
+            size_t at = text.find(c.Name + " = " + c.From);
+            ASSERT_NE(at, std::string::npos) << c.Name << " in\n" << text;
+            text.replace(at, c.Name.size() + 3 + c.From.size(), c.Name + " = " + c.To);
+        }
         testfiles::WriteFile(PackageFile("ExpData.spc"), text);
         StartAddin();
+    }
+    void SetStoredValue(const std::string& name, const std::string& from, const std::string& to) {
+        SetStoredValues({{name, from, to}});
     }
 
     std::string PackageFile(const std::string& name) const { return packageDir_.File(name); }
@@ -84,11 +92,14 @@ protected:
     std::string Log() const { return testfiles::ReadFile(PackageFile("ExpError.log")); }
     TPackageLoader& Loader() { return *loader_; }
 
-    // The experts' menu in the main menu, or nullptr.
-    QMenu* ExpertsMenu() const {
-        for (QAction* a : main->menuBar()->actions())
-            if (a->menu() && a->menu()->objectName() == QStringLiteral("ZelvaneMenu"))
-                return a->menu();
+    // The experts' menu in the main menu or one of its submenus, or nullptr.
+    QMenu* ExpertsMenu() const { return FindExpertsMenu(main->menuBar()->actions()); }
+    static QMenu* FindExpertsMenu(const QList<QAction*>& actions) {
+        for (QAction* a : actions) {
+            if (!a->menu()) continue;
+            if (a->menu()->objectName() == QStringLiteral("ZelvaneMenu")) return a->menu();
+            if (QMenu* inner = FindExpertsMenu(a->menu()->actions())) return inner;
+        }
         return nullptr;
     }
     // The command of the experts' menu with that caption, or nullptr.

@@ -210,3 +210,44 @@ TEST_F(ManagerTest, TheRegistryKeyHoldsTheVersionAndALanguageThatExists) {
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(ManagerTest, TheMenuGoesWhereItsSettingsPlaceIt) {
+    struct TCase {
+        const char* Search;
+        const char* Before;
+        QStringList Expected; // the experts' menu and its neighbours in the menu that holds it
+    };
+    const TCase cases[] = {
+        {"'Tools'", "True", {"-", "Z&elvane", "-", "&Tools"}},
+        {"'Tools'", "False", {"&Tools", "-", "Z&elvane", "-", "&Help"}},
+        // Not found: before the last item, and no separators whatever the settings say.
+        {"'Nothing'", "True", {"&Tools", "Z&elvane", "&Help"}},
+        // An item of a submenu: into that submenu.
+        {"'Search Again'", "True", {"&Find...", "-", "Z&elvane", "-", "&Search Again"}},
+    };
+    StartAddin();
+    std::string current = "'Tools'", before = "True", lines = "False";
+    for (const TCase& c : cases) {
+        SCOPED_TRACE(c.Search);
+        SetStoredValues({{"MainMenuSearchItem", current, c.Search},
+                         {"InsertMenuBeforeItem", before, c.Before},
+                         {"MenuHaveLineBefore", lines, "True"},
+                         {"MenuHaveLineAfter", lines, "True"}});
+        current = c.Search;
+        before = c.Before;
+        lines = "True";
+        QAction* entry = ExpertsMenu()->menuAction();
+        QWidget* holder = entry->associatedObjects().isEmpty()
+                              ? nullptr
+                              : qobject_cast<QWidget*>(entry->associatedObjects().front());
+        ASSERT_NE(holder, nullptr);
+        QStringList all = Captions(holder->actions());
+        QString first = c.Expected.front();
+        qsizetype at = all.indexOf(first, std::max<qsizetype>(0, all.indexOf("Z&elvane") - 3));
+        EXPECT_EQ(all.mid(at, c.Expected.size()), c.Expected) << all.join(',').toStdString();
+    }
+}
+
+} // namespace
