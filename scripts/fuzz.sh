@@ -43,7 +43,7 @@ cp "$root"/examples/*.snapshot "$work/fuzz_snapshot/"
 mkdir -p "$work/fuzz_expdata"
 cp "$root"/fuzz/addin/seed/* "$work/fuzz_expdata/"
 for exe in "$build"/fuzz/*/fuzz_*; do
-  [ -x "$exe" ] || continue
+  [ -f "$exe" ] && [ -x "$exe" ] || continue
   target=$(basename "$exe")
   mkdir -p "$work/$target"
   echo "== $target: ${seconds}s"
