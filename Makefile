@@ -11,7 +11,7 @@ REL_DIR   := build/release
 FUZZ_DIR  := build/fuzz
 CMAKE_GEN := -G Ninja
 
-.PHONY: all deps test run build bench fuzz format clean
+.PHONY: all deps test run build bench fuzz format clean package
 
 all: build
 
@@ -23,7 +23,8 @@ $(TEST_DIR)/build.ninja: | deps
 	  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" >/dev/null
 
 $(REL_DIR)/build.ninja: | deps
-	@cmake -S . -B $(REL_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DZELVANE_BENCH=ON >/dev/null
+	@cmake -S . -B $(REL_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Release -DZELVANE_BENCH=ON \
+	  -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
 
 test: deps $(TEST_DIR)/build.ninja
 	@cmake --build $(TEST_DIR) -j $(JOBS)
@@ -35,6 +36,10 @@ build: deps $(REL_DIR)/build.ninja
 run: deps $(REL_DIR)/build.ninja
 	@cmake --build $(REL_DIR) -j $(JOBS) --target workbench
 	@bash scripts/run.sh $(REL_DIR)
+
+# The Debian package of the release build, in build/release.
+package: build
+	@cd $(REL_DIR) && cpack -G DEB >/dev/null && ls $(CURDIR)/$(REL_DIR)/*.deb
 
 bench: build
 	@bash scripts/bench.sh $(REL_DIR)

@@ -40,8 +40,14 @@ std::vector<std::string> PackageList(const TPackageListOptions& options,
         if (std::find(list.begin(), list.end(), file) == list.end()) list.push_back(file);
     };
     if (!options.NoDefault) {
+        // Beside the program in a build tree, else where an installation puts it. A missing
+        // add-in is no error: the IDE runs bare.
         std::string def = Absolute("libzelvane.so", programDir);
-        if (rtl::FileExists(def)) add(def); // a missing add-in is no error: the IDE runs bare
+#ifdef ZELVANE_INSTALLED_ADDIN_DIR
+        if (!rtl::FileExists(def))
+            def = Absolute(std::string(ZELVANE_INSTALLED_ADDIN_DIR) + "/libzelvane.so", programDir);
+#endif
+        if (rtl::FileExists(def)) add(def);
     }
     std::string settings =
         options.SettingsFile.empty() ? DefaultSettingsFile() : options.SettingsFile;

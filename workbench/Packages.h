@@ -20,8 +20,8 @@ struct TPackageListOptions {
     std::string SettingsFile;
 };
 
-// The package list: the default package (libzelvane.so in the program's directory) if it
-// exists, then the packages of the settings file's [Packages] section (each key's value a file
+// The package list: the default package (libzelvane.so in the program's directory, or in the
+// add-in's directory of an installation) if it exists, then the packages of the settings file's [Packages] section (each key's value a file
 // name, relative names taken from the settings file's directory) in key order, then those of the
 // command line. A file named twice is loaded once.
 std::vector<std::string> PackageList(const TPackageListOptions& options,
