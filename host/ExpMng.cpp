@@ -10,6 +10,7 @@
 #include "rtl/SysUtils.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <memory>
 
@@ -55,6 +56,17 @@ std::string PackageDir() {
     Dl_info info{};
     if (!dladdr(reinterpret_cast<void*>(&PackageDir), &info) || !info.dli_fname) return {};
     return ExtractFilePath(info.dli_fname);
+}
+
+// Where the settings file and the error log go: beside the package, or, where the package is
+// installed in a directory the user may not write (a system's library directory), the user's
+// own configuration directory.
+std::string SettingsDir() {
+    std::string dir = PackageDir();
+    if (dir.empty() || access(dir.c_str(), W_OK) == 0) return dir;
+    std::string user = UserConfigDir();
+    if (user.empty() || !ForceDirectories(user)) return dir;
+    return IncludeTrailingPathDelimiter(user);
 }
 
 std::unique_ptr<TRegistry> GetRegKey(bool canCreate) {
@@ -113,7 +125,7 @@ void RegisterExpClass(TClass expClass, int slot, const std::string& name, int32_
 void InitExpMngUnit() {
     if (!expDataOwner) expDataOwner = std::make_unique<TExpData>();
     ExpData = expDataOwner.get();
-    ModuleDir = PackageDir();
+    ModuleDir = SettingsDir();
     SaveSpcProc = &ExpSaveSpc;
     ExpClassTable();
 }

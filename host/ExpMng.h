@@ -95,7 +95,9 @@ void RegisterExpClass(rtl::TClass expClass, int slot, const std::string& name, i
 // ---------------------------------------------------------------------------------------------
 // Package state
 
-// The directory of the package, with its trailing delimiter.
+// The directory of the package, with its trailing delimiter: where the settings file and the
+// error log stand. For a package the user may not write beside (one installed in the system's
+// library directory) the user's configuration directory stands in its place.
 extern std::string ModuleDir;
 // The error log's switch and limit, copied from the manager's settings.
 extern bool ErrorLogEnabled;
