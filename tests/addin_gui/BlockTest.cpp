@@ -105,6 +105,13 @@ TEST_F(BlockTest, TheCursorStaysAtTheEndOfTheBlockWhereItStood) {
     Mark("a\r\nb\r\nc", {1, 1}, {3, 1});
     Press(kRightOne);
     EXPECT_EQ(Cursor(), (TTextPos{3, 1}));
+    // Unless the settings send it to the block's first position always.
+    SetStoredValue("MoveCursorTopLeft", "False", "True");
+    view = Open("Utils.pas");
+    Mark("a\r\nb\r\nc", {1, 1}, {3, 1});
+    Press(kRightOne);
+    EXPECT_EQ(Cursor(), (TTextPos{1, 2}));
+    EXPECT_EQ(view->Buffer().BlockEnd(), (TTextPos{3, 1}));
 }
 
 TEST_F(BlockTest, AColumnBlockIsRefusedWithoutASound) {
