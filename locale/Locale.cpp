@@ -91,17 +91,11 @@ TfrLocale& frLocale() {
     return *Unit().locale;
 }
 
+// The hook's text, else the module's, else the package's: a language module need not hold
+// every number.
 std::string LocaleStr(int id) {
-    TfrLocale& l = frLocale();
-    std::string text;
-    if (l.OnGetString) {
-        l.OnGetString(id, text);
-        if (!text.empty()) return text;
-    }
-    void* module = l.Loaded ? l.Handle : nullptr;
-    if (l.LoadStr(module, id, text)) return text;
-    // A language module need not hold every number.
-    if (module) l.LoadStr(nullptr, id, text);
+    std::string text = LanguageText(id);
+    if (text.empty()) frLocale().LoadStr(nullptr, id, text);
     return text;
 }
 
