@@ -33,6 +33,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <stdexcept>
 #include <tuple>
 
 namespace workbench {
@@ -161,11 +162,21 @@ QAction* TMainForm::Action(const std::string& name) const {
     return it == actions_.end() ? nullptr : it->second;
 }
 
-QMenu* TMainForm::TopMenu(const std::string& caption) const {
-    for (QAction* a : menuBar()->actions())
-        if (a->menu() && a->text().remove(QLatin1Char('&')) == QString::fromStdString(caption))
-            return a->menu();
-    return nullptr;
+QAction* TMainForm::Command(const char* name) const {
+    if (QAction* a = Action(name)) return a;
+    throw std::logic_error(std::string("the workbench has no command ") + name);
+}
+
+bool TMainForm::HasView() const {
+    return TopView() != nullptr;
+}
+
+bool TMainForm::Writable() const {
+    return TopBuffer() && !TopBuffer()->IsReadOnly();
+}
+
+bool TMainForm::HasBlock() const {
+    return TopBuffer() && TopBuffer()->BlockValid();
 }
 
 TEditView* TMainForm::TopView() const {
@@ -177,14 +188,23 @@ TSourceEditor* TMainForm::TopBuffer() const {
     return v ? &v->Buffer() : nullptr;
 }
 
+// The main menu, one menu after the other. Menus and commands carry object names, by which
+// packages and tests find them.
 void TMainForm::CreateMenus() {
     QMenuBar* bar = menuBar();
     bar->setObjectName(QStringLiteral("MainMenu"));
-    auto hasView = [this] { return TopView() != nullptr; };
-    auto writable = [this] { return TopBuffer() && !TopBuffer()->IsReadOnly(); };
-    auto hasBlock = [this] { return TopBuffer() && TopBuffer()->BlockValid(); };
-    QStyle* st = style();
+    CreateFileMenu(bar);
+    CreateEditMenu(bar);
+    CreateSearchMenu(bar);
+    CreateViewMenu(bar);
+    CreateProjectMenu(bar);
+    CreateRunMenu(bar);
+    CreateComponentMenu(bar);
+    CreateToolsMenu(bar);
+    CreateHelpMenu(bar);
+}
 
+void TMainForm::CreateFileMenu(QMenuBar* bar) {
     QMenu* file = bar->addMenu(QStringLiteral("&File"));
     file->setObjectName(QStringLiteral("FileMenu"));
     AddAction(
@@ -196,8 +216,7 @@ void TMainForm::CreateMenus() {
                     "Sources (*.pas *.dpr *.dpk *.cpp *.h *.bpr *.bpg *.dfm);;All files (*)"));
             if (!name.isEmpty() && !model_->OpenFile(ToBytes(name)))
                 throw rtl::EFOpenError("Cannot open file \"" + ToBytes(name) + "\"");
-        })
-        ->setIcon(st->standardIcon(QStyle::SP_DialogOpenButton));
+        });
     AddAction(file, "FileOpenProjectCommand", QStringLiteral("Open Pro&ject..."),
               QStringLiteral("Ctrl+F11"),
               [this] {
@@ -205,8 +224,7 @@ void TMainForm::CreateMenus() {
                       this, QStringLiteral("Open Project"), QString(),
                       QStringLiteral("Projects (*.dpr *.dpk *.bpr *.bpk *.bpg)"));
                   if (!name.isEmpty()) OpenProject(ToBytes(name));
-              })
-        ->setIcon(st->standardIcon(QStyle::SP_DirOpenIcon));
+              });
     file->addSeparator();
     AddAction(
         file, "FileSaveCommand", QStringLiteral("&Save"), QStringLiteral("Ctrl+S"),
@@ -214,8 +232,7 @@ void TMainForm::CreateMenus() {
             if (TSourceEditor* b = TopBuffer())
                 if (b->Module()) b->Module()->Save(false, true);
         },
-        hasView)
-        ->setIcon(st->standardIcon(QStyle::SP_DialogSaveButton));
+        [this] { return HasView(); });
     AddAction(
         file, "FileSaveAllCommand", QStringLiteral("Sav&e All"), QStringLiteral("Shift+Ctrl+S"),
         [this] { model_->SaveAll(); }, [this] { return model_->GetModuleCount() > 0; });
@@ -225,14 +242,16 @@ void TMainForm::CreateMenus() {
         [this] {
             if (TEditView* v = TopView()) v->ClosePage();
         },
-        hasView);
+        [this] { return HasView(); });
     AddAction(
         file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(),
         [this] { model_->CloseAll(); }, [this] { return model_->GetModuleCount() > 0; });
     file->addSeparator();
     AddAction(file, "FileExitCommand", QStringLiteral("E&xit"), QStringLiteral("Alt+F4"),
               [this] { close(); });
+}
 
+void TMainForm::CreateEditMenu(QMenuBar* bar) {
     QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
     edit->setObjectName(QStringLiteral("EditMenu"));
     AddAction(
@@ -241,14 +260,14 @@ void TMainForm::CreateMenus() {
             if (TSourceEditor* b = TopBuffer()) b->Undo();
             editWindow_->Editor()->Refresh();
         },
-        [this, writable] { return writable() && TopBuffer()->Buffer().CanUndo(); });
+        [this] { return Writable() && TopBuffer()->Buffer().CanUndo(); });
     AddAction(
         edit, "EditRedoCommand", QStringLiteral("&Redo"), QStringLiteral("Shift+Ctrl+Z"),
         [this] {
             if (TSourceEditor* b = TopBuffer()) b->Redo();
             editWindow_->Editor()->Refresh();
         },
-        [this, writable] { return writable() && TopBuffer()->Buffer().CanRedo(); });
+        [this] { return Writable() && TopBuffer()->Buffer().CanRedo(); });
     edit->addSeparator();
     // Cut, copy, paste, delete and select all act on the editor as its keys do.
     auto key = [this](int k, Qt::KeyboardModifiers m) {
@@ -259,20 +278,20 @@ void TMainForm::CreateMenus() {
     };
     AddAction(edit, "EditCutCommand", QStringLiteral("Cu&t"), QStringLiteral("Ctrl+X"),
               key(Qt::Key_X, Qt::ControlModifier),
-              [hasBlock, writable] { return hasBlock() && writable(); });
+              [this] { return HasBlock() && Writable(); });
     AddAction(edit, "EditCopyCommand", QStringLiteral("&Copy"), QStringLiteral("Ctrl+C"),
-              key(Qt::Key_C, Qt::ControlModifier), hasBlock);
+              key(Qt::Key_C, Qt::ControlModifier), [this] { return HasBlock(); });
     AddAction(edit, "EditPasteCommand", QStringLiteral("&Paste"), QStringLiteral("Ctrl+V"),
-              key(Qt::Key_V, Qt::ControlModifier), writable);
+              key(Qt::Key_V, Qt::ControlModifier), [this] { return Writable(); });
     AddAction(
         edit, "EditDeleteCommand", QStringLiteral("&Delete"), QStringLiteral("Ctrl+Del"),
         [this] {
             if (TEditView* v = TopView()) v->GetBlock()->Delete();
             editWindow_->Editor()->Refresh();
         },
-        [hasBlock, writable] { return hasBlock() && writable(); });
+        [this] { return HasBlock() && Writable(); });
     AddAction(edit, "EditSelectAllCommand", QStringLiteral("Se&lect All"), QStringLiteral("Ctrl+A"),
-              key(Qt::Key_A, Qt::ControlModifier), hasView);
+              key(Qt::Key_A, Qt::ControlModifier), [this] { return HasView(); });
     edit->addSeparator();
     QAction* readOnly =
         AddAction(edit, "EditReadOnlyCommand", QStringLiteral("Read &Only"), QString(), [this] {
@@ -285,20 +304,24 @@ void TMainForm::CreateMenus() {
             a->setEnabled(TopBuffer() != nullptr);
             a->setChecked(TopBuffer() && TopBuffer()->IsReadOnly());
         });
+}
 
+void TMainForm::CreateSearchMenu(QMenuBar* bar) {
     QMenu* search = bar->addMenu(QStringLiteral("&Search"));
     search->setObjectName(QStringLiteral("SearchMenu"));
     AddAction(
         search, "SearchFindCommand", QStringLiteral("&Find..."), QStringLiteral("Ctrl+F"),
-        [this] { FindText(false); }, hasView);
+        [this] { FindText(false); }, [this] { return HasView(); });
     AddAction(
         search, "SearchAgainCommand", QStringLiteral("&Search Again"), QStringLiteral("F3"),
-        [this] { FindText(true); }, [this, hasView] { return hasView() && !lastSearch_.empty(); });
+        [this] { FindText(true); }, [this] { return HasView() && !lastSearch_.empty(); });
     search->addSeparator();
     AddAction(
         search, "SearchGoToCommand", QStringLiteral("&Go to Line Number..."),
-        QStringLiteral("Alt+G"), [this] { GoToLine(); }, hasView);
+        QStringLiteral("Alt+G"), [this] { GoToLine(); }, [this] { return HasView(); });
+}
 
+void TMainForm::CreateViewMenu(QMenuBar* bar) {
     QMenu* view = bar->addMenu(QStringLiteral("&View"));
     view->setObjectName(QStringLiteral("ViewMenu"));
     AddAction(view, "ViewPrjMgrCommand", QStringLiteral("&Project Manager"),
@@ -327,7 +350,9 @@ void TMainForm::CreateMenus() {
             return ActiveDesigner() ||
                    (TopBuffer() && TopBuffer()->Module() && TopBuffer()->Module()->FormEditor());
         });
+}
 
+void TMainForm::CreateProjectMenu(QMenuBar* bar) {
     QMenu* project = bar->addMenu(QStringLiteral("&Project"));
     project->setObjectName(QStringLiteral("ProjectMenu"));
     for (auto [name, text, keys] :
@@ -340,7 +365,9 @@ void TMainForm::CreateMenus() {
         a->setStatusTip(QString::fromLatin1(kNoCompiler));
         a->setToolTip(QString::fromLatin1(kNoCompiler));
     }
+}
 
+void TMainForm::CreateRunMenu(QMenuBar* bar) {
     QMenu* run = bar->addMenu(QStringLiteral("&Run"));
     run->setObjectName(QStringLiteral("RunMenu"));
     for (auto [name, text, keys] : {std::tuple{"RunRunCommand", "&Run", "F9"},
@@ -351,22 +378,24 @@ void TMainForm::CreateMenus() {
                                nullptr, [] { return false; });
         a->setStatusTip(QString::fromLatin1(kNoCompiler));
     }
-    actions_["RunRunCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaPlay));
-    actions_["RunResetCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaStop));
-    actions_["RunStepOverCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaSeekForward));
-    actions_["RunTraceIntoCommand"]->setIcon(st->standardIcon(QStyle::SP_MediaSkipForward));
+}
 
+void TMainForm::CreateComponentMenu(QMenuBar* bar) {
     QMenu* component = bar->addMenu(QStringLiteral("&Component"));
     component->setObjectName(QStringLiteral("ComponentMenu"));
     AddAction(component, "ComponentInstallPackagesCommand", QStringLiteral("Install &Packages..."),
               QString(), [this] { ShowPackages(); });
+}
 
+void TMainForm::CreateToolsMenu(QMenuBar* bar) {
     QMenu* tools = bar->addMenu(QStringLiteral("&Tools"));
     tools->setObjectName(QStringLiteral("ToolsMenu"));
     AddAction(
         tools, "ToolsEditorOptionsCommand", QStringLiteral("&Editor Options..."), QString(),
-        [this] { EditorOptions(); }, hasView);
+        [this] { EditorOptions(); }, [this] { return HasView(); });
+}
 
+void TMainForm::CreateHelpMenu(QMenuBar* bar) {
     QMenu* help = bar->addMenu(QStringLiteral("&Help"));
     help->setObjectName(QStringLiteral("HelpMenu"));
     AddAction(help, "HelpAboutCommand", QStringLiteral("&About..."), QString(), [this] {
@@ -417,7 +446,7 @@ void TMainForm::CreateImageList() {
         list << style()->standardIcon(QStyle::StandardPixmap(i % int(QStyle::SP_MediaVolumeMuted)));
     for (const TImage& image : images) {
         list[image.Index] = style()->standardIcon(image.Pixmap);
-        if (QAction* a = image.Command ? Action(image.Command) : nullptr) a->setIcon(list[image.Index]);
+        if (image.Command) Command(image.Command)->setIcon(list[image.Index]);
     }
     model_->SetImages(list);
 }
@@ -426,13 +455,9 @@ void TMainForm::CreateToolBars() {
     QStyle* st = style();
     QToolBar* standard = addToolBar(QStringLiteral("Standard"));
     standard->setObjectName(QStringLiteral("StandardToolBar"));
-    standard->addAction(actions_["FileOpenCommand"]);
-    standard->addAction(actions_["FileOpenProjectCommand"]);
-    standard->addAction(actions_["FileSaveCommand"]);
-    actions_["FileSaveAllCommand"]->setIcon(st->standardIcon(QStyle::SP_DriveFDIcon));
-    standard->addAction(actions_["FileSaveAllCommand"]);
-    actions_["ViewPrjMgrCommand"]->setIcon(st->standardIcon(QStyle::SP_FileDialogListView));
-    standard->addAction(actions_["ViewPrjMgrCommand"]);
+    for (const char* name : {"FileOpenCommand", "FileOpenProjectCommand", "FileSaveCommand",
+                             "FileSaveAllCommand", "ViewPrjMgrCommand"})
+        standard->addAction(Command(name));
 
     QToolBar* viewBar = addToolBar(QStringLiteral("View"));
     viewBar->setObjectName(QStringLiteral("ViewToolBar"));
@@ -451,14 +476,13 @@ void TMainForm::CreateToolBars() {
             Application->SetActionUpdate(
                 a, [this](QAction* x) { x->setEnabled(ActiveProject(model_.get()) != nullptr); });
     }
-    actions_["ViewSwapSourceFormCommand"]->setIcon(st->standardIcon(QStyle::SP_BrowserReload));
-    viewBar->addAction(actions_["ViewSwapSourceFormCommand"]);
+    viewBar->addAction(Command("ViewSwapSourceFormCommand"));
 
     QToolBar* debug = addToolBar(QStringLiteral("Debug"));
     debug->setObjectName(QStringLiteral("DebugToolBar"));
     for (const char* n :
          {"RunRunCommand", "RunResetCommand", "RunTraceIntoCommand", "RunStepOverCommand"})
-        debug->addAction(actions_[n]);
+        debug->addAction(Command(n));
 
     model_->SetToolBar("StandardToolBar", standard);
     model_->SetToolBar("ViewToolBar", viewBar);

@@ -28,6 +28,7 @@
 
 class QAction;
 class QMenu;
+class QMenuBar;
 class QToolBar;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -60,7 +61,6 @@ public:
 
     // An action of the IDE by its name, or nullptr.
     QAction* Action(const std::string& name) const;
-    QMenu* TopMenu(const std::string& caption) const;
 
     // Places the main form across the top of the screen and the other windows below it.
     void ArrangeWindows();
@@ -91,6 +91,20 @@ private:
     QAction* AddAction(QMenu* menu, const char* name, const QString& text, const QString& keys,
                        std::function<void()> run, std::function<bool()> enabled = nullptr);
     void CreateMenus();
+    void CreateFileMenu(QMenuBar* bar);
+    void CreateEditMenu(QMenuBar* bar);
+    void CreateSearchMenu(QMenuBar* bar);
+    void CreateViewMenu(QMenuBar* bar);
+    void CreateProjectMenu(QMenuBar* bar);
+    void CreateRunMenu(QMenuBar* bar);
+    void CreateComponentMenu(QMenuBar* bar);
+    void CreateToolsMenu(QMenuBar* bar);
+    void CreateHelpMenu(QMenuBar* bar);
+    // A command the workbench made; a name it never made is a programming error and raises.
+    QAction* Command(const char* name) const;
+    bool HasView() const;
+    bool Writable() const;
+    bool HasBlock() const;
     // Takes a key from the IDE's own actions where an enabled package's action in the list has
     // it, and gives back the keys that no package's action holds any more.
     void ResolveShortcuts();

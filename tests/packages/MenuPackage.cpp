@@ -22,11 +22,11 @@ public:
         _di_INTAServices services = IDEService<INTAServices>();
         if (!services || !services->GetMainMenu() || !services->GetActionList()) return;
         QMenuBar* bar = services->GetMainMenu();
-        // The new menu stands right after "Tools".
+        // The new menu stands right after the IDE's Tools menu, found by its name.
         QAction* before = nullptr;
         QList<QAction*> items = bar->actions();
         for (int i = 0; i < items.size(); ++i)
-            if (items[i]->text().remove(QLatin1Char('&')) == QStringLiteral("Tools"))
+            if (items[i]->menu() && items[i]->menu()->objectName() == QStringLiteral("ToolsMenu"))
                 before = i + 1 < items.size() ? items[i + 1] : nullptr;
         menu_ = new QMenu(QStringLiteral("Test &Pack"), bar);
         menu_->setObjectName(QStringLiteral("TestPackMenu"));
