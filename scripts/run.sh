@@ -23,5 +23,5 @@ if ! command -v xvfb-run >/dev/null; then
   echo "make run: no display and no xvfb-run (scripts/install-deps.sh installs it)" >&2
   exit 1
 fi
-xvfb-run -a -s "-screen 0 1280x800x24" "$exe" --screenshot "$shot" --menu Zelvane "${args[@]}"
+xvfb-run -a -s "-screen 0 1280x800x24" "$exe" --screenshot "$shot" --menu ZelvaneMenu "${args[@]}"
 echo "make run: there is no display, so the workbench ran under Xvfb; its screenshot is $shot"

@@ -10,7 +10,7 @@
 //     --snapshot FILE       the machine-state snapshot the CPU window shows
 //     --cpu                 open the CPU window once the windows are up
 //     --screenshot FILE     take a picture of the screen once the windows are up, then quit
-//     --menu CAPTION        with --screenshot: open this menu of the main menu for the picture
+//     --menu NAME           with --screenshot: open the main menu's menu of this object name
 #include "rtl/SysUtils.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -56,8 +56,8 @@ int main(int argc, char** argv) {
                                QStringLiteral("Save a picture of the screen and quit."),
                                QStringLiteral("file"));
     QCommandLineOption menuOpt(QStringLiteral("menu"),
-                               QStringLiteral("Open this menu for the screenshot."),
-                               QStringLiteral("caption"));
+                               QStringLiteral("Open the menu of this name for the screenshot."),
+                               QStringLiteral("name"));
     parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt,
                        shotOpt, menuOpt});
     parser.addPositionalArgument(QStringLiteral("project"),
@@ -119,7 +119,7 @@ int main(int argc, char** argv) {
             QTimer::singleShot(1000, &app, [&mainForm, menu] {
                 if (menu.isEmpty()) return;
                 for (QAction* a : mainForm.menuBar()->actions())
-                    if (a->text().remove(QLatin1Char('&')) == menu)
+                    if (a->menu() && a->menu()->objectName() == menu)
                         mainForm.menuBar()->setActiveAction(a);
             });
             QTimer::singleShot(1500, &app, [&] {
