@@ -129,16 +129,6 @@ const TResStringEntry kTexts[] = {
     {51262, "Hotkey for selected units##moving to the left"},
     {51263, "Hotkey for selected unit activation"},
     {51264, "Hotkey for modules sort"},
-    // The settings editor's fixed texts.
-    {65520, "object %s"},
-    {65521, "SpcEditor"},
-    {65522, "%s :"},
-    {65523, "##"},
-    {65524, ".sbn"},
-    {65525, ".sbr"},
-    {65526, ".sbe"},
-    {65527, ".stx"},
-    {65528, "Control"},
 };
 
 const TResStringBlock kBlock(kTexts);

@@ -1,7 +1,6 @@
 #include "persistence/PropTypes.h"
 
 #include "persistence/DataHndl.h"
-#include "specification/SpcMng.h"
 
 #include <algorithm>
 #include <charconv>
@@ -132,11 +131,6 @@ constinit TSpcEditorProFuncs gFuncs = {
     &GetPictureProps, &SetStringsText,  &SetCheckStrings,  &SetSelectStrings,
     &SetFontProps,    &SetPictureProps, &GetValueKind,
 };
-
-// The block is published when the program starts, before any editor can ask for it.
-struct TRegisterFuncs {
-    TRegisterFuncs() { AddUserData(GlobalInitData(), TUserData::Make(SpcEditorProName, &gFuncs)); }
-} gRegisterFuncs;
 
 } // namespace
 

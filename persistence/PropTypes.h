@@ -8,8 +8,8 @@
 // binary property "Data".
 //
 // The editor reaches these classes only through a block of functions published as the user data
-// "_@SpcEditorPro" of the global TInitData, which this unit registers when the program starts.
-// (A program gets the block with the unit: by using one of its classes or functions.)
+// "_@SpcEditorPro" of the global TInitData, which the specification layer fills with this
+// unit's block when the program starts.
 #pragma once
 
 #include "rtl/Graphics.h"

@@ -23,7 +23,7 @@
 #include "rtl/ObjectText.h"
 #include "rtl/Streams.h"
 #include "rtl/TypInfo.h"
-#include "specification/SpcMng.h"
+#include "persistence/SpcObjects.h"
 
 #include <memory>
 #include <span>

@@ -224,8 +224,4 @@ TEST(PropTypes, PictureSnapshotRoundTripAndEmptying) {
     EXPECT_EQ(target.Graphic(), nullptr);
 }
 
-TEST(PropTypes, BlockIsPublishedAsUserData) {
-    EXPECT_EQ(GetUserData(GetInitData(), SpcEditorProName), &SpcEditorProFuncs());
-}
-
 } // namespace

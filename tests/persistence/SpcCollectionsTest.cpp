@@ -2,7 +2,7 @@
 // updates them. Keys are unique at Add; entries with unknown keys or identifiers are dropped;
 // items the stream doesn't mention keep their state; nothing is ever created from a stream.
 #include "persistence/Storage.h"
-#include "specification/SpcMng.h"
+#include "persistence/SpcObjects.h"
 
 #include "TestModel.h"
 
