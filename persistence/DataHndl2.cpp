@@ -42,17 +42,17 @@ using stream_objects::TOwnerRemoval;
 // ---------------------------------------------------------------------------------------------
 // Filers
 
-TAdvReader* TObjectStorage::CreateReader(TStream* stream) {
+std::unique_ptr<TAdvReader> TObjectStorage::CreateReader(TStream* stream) {
     auto reader = std::make_unique<TAdvReader>(stream, BufSize);
     reader->IgnoreErrors = IgnoreErrors;
     if (OnCreateReader) OnCreateReader(this, reader.get());
-    return reader.release();
+    return reader;
 }
 
-TAdvWriter* TObjectStorage::CreateWriter(TStream* stream) {
+std::unique_ptr<TAdvWriter> TObjectStorage::CreateWriter(TStream* stream) {
     auto writer = std::make_unique<TAdvWriter>(stream, BufSize);
     if (OnCreateWriter) OnCreateWriter(this, writer.get());
-    return writer.release();
+    return writer;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -82,7 +82,7 @@ void TObjectStorage::SaveObjects(TObjectArray objects, const std::string& fileNa
 }
 
 void TObjectStorage::SaveObjectBinary(TObjectArray objects, TStream* stream, bool resFormat) {
-    std::unique_ptr<TAdvWriter> writer(CreateWriter(stream));
+    std::unique_ptr<TAdvWriter> writer = CreateWriter(stream);
     for (size_t i = 0; i < objects.size(); ++i) {
         TWrapper wrapper;
         TComponent* root = StreamRoot(objects[i], i, wrapper);
@@ -104,7 +104,7 @@ void TObjectStorage::SaveObjectBinary(TObjectArray objects, TStream* stream, boo
 
 void TObjectStorage::SaveObjectBinaryEx(TObjectArray objects, TStream* stream) {
     if (objects.empty()) return;
-    std::unique_ptr<TAdvWriter> writer(CreateWriter(stream));
+    std::unique_ptr<TAdvWriter> writer = CreateWriter(stream);
     writer->Write(ExtFilerSignature, 4);
     for (size_t i = 0; i < objects.size(); ++i) {
         writer->WriteProperties(RequirePersistent(objects[i], i));
@@ -182,7 +182,7 @@ void TObjectStorage::LoadComponents(TComponentRefs components, const std::string
 }
 
 void TObjectStorage::LoadObjectBinary(TObjectArray objects, TStream* stream, bool resFormat) {
-    std::unique_ptr<TAdvReader> reader(CreateReader(stream));
+    std::unique_ptr<TAdvReader> reader = CreateReader(stream);
     for (size_t i = 0; i < objects.size(); ++i) {
         if (resFormat) {
             // The header is read from the stream itself, behind what the reader has taken.
@@ -203,7 +203,7 @@ void TObjectStorage::LoadObjectBinary(TObjectArray objects, TStream* stream, boo
 
 void TObjectStorage::LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
     if (objects.empty()) return;
-    std::unique_ptr<TAdvReader> reader(CreateReader(stream));
+    std::unique_ptr<TAdvReader> reader = CreateReader(stream);
     char signature[4];
     reader->Read(signature, 4);
     if (std::memcmp(signature, ExtFilerSignature, 4) != 0)
@@ -233,7 +233,7 @@ void TObjectStorage::LoadObjectText(TObjectArray objects, TStream* stream) {
 
 void TObjectStorage::LoadComponentBinary(TComponentRefs components, TStream* stream,
                                          bool resFormat) {
-    std::unique_ptr<TAdvReader> reader(CreateReader(stream));
+    std::unique_ptr<TAdvReader> reader = CreateReader(stream);
     for (TComponent** ref : components) {
         if (resFormat) {
             reader->FlushBuffer();

@@ -20,6 +20,7 @@
 #include "rtl/SysUtils.h"
 #include "rtl/TypInfo.h"
 
+#include <memory>
 #include <span>
 #include <string>
 
@@ -59,9 +60,9 @@ public:
     TStorageReaderEvent OnCreateReader;
     TStorageWriterEvent OnCreateWriter;
 
-    // The filers of one call, which the caller frees.
-    virtual TAdvReader* CreateReader(rtl::TStream* stream);
-    virtual TAdvWriter* CreateWriter(rtl::TStream* stream);
+    // The filers of one call.
+    virtual std::unique_ptr<TAdvReader> CreateReader(rtl::TStream* stream);
+    virtual std::unique_ptr<TAdvWriter> CreateWriter(rtl::TStream* stream);
 
     // In Format; files are replaced only when all is written.
     void SaveObjects(TObjectArray objects, rtl::TStream* stream);

@@ -298,24 +298,24 @@ void TFitReader::ReadPropValue(TPersistent* instance, PPropInfo propInfo) {
 // ---------------------------------------------------------------------------------------------
 // TObjectSaver
 
-TFitReader* TObjectSaver::CreateReader(TStream* stream) {
-    TFitReader* supplied = nullptr;
-    DoBeforeCreateReader(stream, supplied);
-    std::unique_ptr<TFitReader> reader(supplied ? supplied : new TFitReader(stream, BufSize));
+std::unique_ptr<TFitReader> TObjectSaver::CreateReader(TStream* stream) {
+    std::unique_ptr<TFitReader> reader;
+    DoBeforeCreateReader(stream, reader);
+    if (!reader) reader = std::make_unique<TFitReader>(stream, BufSize);
     reader->IgnoreErrors = IgnoreErrors;
     DoAfterCreateReader(reader.get());
-    return reader.release();
+    return reader;
 }
 
-TFitWriter* TObjectSaver::CreateWriter(TStream* stream) {
-    TFitWriter* supplied = nullptr;
-    DoBeforeCreateWriter(stream, supplied);
-    std::unique_ptr<TFitWriter> writer(supplied ? supplied : new TFitWriter(stream, BufSize));
+std::unique_ptr<TFitWriter> TObjectSaver::CreateWriter(TStream* stream) {
+    std::unique_ptr<TFitWriter> writer;
+    DoBeforeCreateWriter(stream, writer);
+    if (!writer) writer = std::make_unique<TFitWriter>(stream, BufSize);
     writer->IgnoreStored = IgnoreStored;
     writer->StoreMethods = StoreMethods;
     writer->SortProps = SortProps;
     DoAfterCreateWriter(writer.get());
-    return writer.release();
+    return writer;
 }
 
 void TObjectSaver::DoAfterCreateReader(TFitReader* reader) {
@@ -324,10 +324,10 @@ void TObjectSaver::DoAfterCreateReader(TFitReader* reader) {
 void TObjectSaver::DoAfterCreateWriter(TFitWriter* writer) {
     if (OnAfterCreateWriter) OnAfterCreateWriter(this, writer);
 }
-void TObjectSaver::DoBeforeCreateReader(TStream* stream, TFitReader*& reader) {
+void TObjectSaver::DoBeforeCreateReader(TStream* stream, std::unique_ptr<TFitReader>& reader) {
     if (OnBeforeCreateReader) OnBeforeCreateReader(this, stream, reader);
 }
-void TObjectSaver::DoBeforeCreateWriter(TStream* stream, TFitWriter*& writer) {
+void TObjectSaver::DoBeforeCreateWriter(TStream* stream, std::unique_ptr<TFitWriter>& writer) {
     if (OnBeforeCreateWriter) OnBeforeCreateWriter(this, stream, writer);
 }
 void TObjectSaver::DoAfterReadObject(TPersistent* obj, TFitReader* reader,
@@ -380,7 +380,7 @@ std::string OwnerChainName(TComponent* component) {
 } // namespace
 
 void TObjectSaver::SaveObjectBinary(TPersistentArray objects, TNameArray names, TStream* stream) {
-    std::unique_ptr<TFitWriter> writer(CreateWriter(stream));
+    std::unique_ptr<TFitWriter> writer = CreateWriter(stream);
     for (size_t i = 0; i < objects.size(); ++i) {
         TPersistent* obj = objects[i];
         bool doWrite = true;
@@ -427,7 +427,7 @@ void TObjectSaver::LoadObjects(TPersistentArray objects, const std::string& file
 }
 
 void TObjectSaver::LoadObjectBinary(TPersistentArray objects, TStream* stream) {
-    std::unique_ptr<TFitReader> reader(CreateReader(stream));
+    std::unique_ptr<TFitReader> reader = CreateReader(stream);
     for (TPersistent* obj : objects) {
         bool doRead = obj != nullptr;
         DoBeforeReadObject(obj, reader.get(), doRead);
@@ -485,9 +485,9 @@ void TPropSaver::SetIgnoredProps(TStrings* list) {
     AssignOrClear(*ignoredProps_, list);
 }
 
-void TPropSaver::DoBeforeCreateWriter(TStream* stream, TFitWriter*& writer) {
+void TPropSaver::DoBeforeCreateWriter(TStream* stream, std::unique_ptr<TFitWriter>& writer) {
     TObjectSaver::DoBeforeCreateWriter(stream, writer);
-    if (!writer) writer = new TFilteringWriter(stream, BufSize);
+    if (!writer) writer = std::make_unique<TFilteringWriter>(stream, BufSize);
 }
 
 void TPropSaver::DoAfterCreateWriter(TFitWriter* writer) {

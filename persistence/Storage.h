@@ -244,10 +244,11 @@ void ReadFreeCollection(rtl::TReader& reader, TFreeCollection* collection, bool 
 class TObjectSaver;
 
 // The hooks of TObjectSaver; the saver comes first.
-using TSaverCreateReaderEvent =
-    rtl::TEvent<void(TObjectSaver* sender, rtl::TStream* stream, TFitReader*& reader)>;
-using TSaverCreateWriterEvent =
-    rtl::TEvent<void(TObjectSaver* sender, rtl::TStream* stream, TFitWriter*& writer)>;
+// A hook before a filer is made may supply one of its own, which the saver then owns.
+using TSaverCreateReaderEvent = rtl::TEvent<void(TObjectSaver* sender, rtl::TStream* stream,
+                                                 std::unique_ptr<TFitReader>& reader)>;
+using TSaverCreateWriterEvent = rtl::TEvent<void(TObjectSaver* sender, rtl::TStream* stream,
+                                                 std::unique_ptr<TFitWriter>& writer)>;
 using TSaverReaderEvent = rtl::TEvent<void(TObjectSaver* sender, TFitReader* reader)>;
 using TSaverWriterEvent = rtl::TEvent<void(TObjectSaver* sender, TFitWriter* writer)>;
 using TSaverBeforeReadEvent = rtl::TEvent<void(TObjectSaver* sender, rtl::TPersistent* obj,
@@ -306,15 +307,15 @@ public:
     void GetObjectProps(TPersistentArray objects, std::string& text);
     void SetObjectProps(TPersistentArray objects, const std::string& text);
 
-    // The filers, which the caller frees. A hook may supply its own.
-    virtual TFitReader* CreateReader(rtl::TStream* stream);
-    virtual TFitWriter* CreateWriter(rtl::TStream* stream);
+    // The filers of one call. A hook may supply its own.
+    virtual std::unique_ptr<TFitReader> CreateReader(rtl::TStream* stream);
+    virtual std::unique_ptr<TFitWriter> CreateWriter(rtl::TStream* stream);
 
 protected:
     virtual void DoAfterCreateReader(TFitReader* reader);
     virtual void DoAfterCreateWriter(TFitWriter* writer);
-    virtual void DoBeforeCreateReader(rtl::TStream* stream, TFitReader*& reader);
-    virtual void DoBeforeCreateWriter(rtl::TStream* stream, TFitWriter*& writer);
+    virtual void DoBeforeCreateReader(rtl::TStream* stream, std::unique_ptr<TFitReader>& reader);
+    virtual void DoBeforeCreateWriter(rtl::TStream* stream, std::unique_ptr<TFitWriter>& writer);
     virtual void DoAfterReadObject(rtl::TPersistent* obj, TFitReader* reader,
                                    const std::string& name);
     virtual void DoBeforeReadObject(rtl::TPersistent* obj, TFitReader* reader, bool& doRead);
@@ -338,7 +339,7 @@ public:
     void SetIgnoredProps(rtl::TStrings* list);
 
 protected:
-    void DoBeforeCreateWriter(rtl::TStream* stream, TFitWriter*& writer) override;
+    void DoBeforeCreateWriter(rtl::TStream* stream, std::unique_ptr<TFitWriter>& writer) override;
     void DoAfterCreateWriter(TFitWriter* writer) override;
     void DoBeforeWriteObject(rtl::TPersistent* obj, const std::string& name, TFitWriter* writer,
                              bool& doWrite) override;

@@ -51,13 +51,13 @@ std::string Save(TObjectSaver& saver, TPersistentArray objs, TNameArray names = 
 class Listener : public TObject {
 public:
     std::vector<std::string> log;
-    TFitWriter* supplyWriter = nullptr;
+    std::unique_ptr<TFitWriter> supplyWriter; // handed to the saver, which owns it then
     std::string vetoWrite = "<none>";
     bool vetoRead = false;
 
-    void BeforeCreateWriter(TObjectSaver*, TStream*, TFitWriter*& w) {
+    void BeforeCreateWriter(TObjectSaver*, TStream*, std::unique_ptr<TFitWriter>& w) {
         log.push_back("BeforeCreateWriter");
-        if (supplyWriter) w = supplyWriter;
+        if (supplyWriter) w = std::move(supplyWriter);
     }
     void AfterCreateWriter(TObjectSaver*, TFitWriter* w) {
         log.push_back(std::string("AfterCreateWriter") + (w->SortProps ? " sorted" : ""));
@@ -70,7 +70,7 @@ public:
     void AfterWrite(TObjectSaver*, TPersistent*, const std::string& name, TFitWriter*) {
         log.push_back("AfterWrite " + name);
     }
-    void BeforeCreateReader(TObjectSaver*, TStream*, TFitReader*&) {
+    void BeforeCreateReader(TObjectSaver*, TStream*, std::unique_ptr<TFitReader>&) {
         log.push_back("BeforeCreateReader");
     }
     void AfterCreateReader(TObjectSaver*, TFitReader* r) {
@@ -153,8 +153,7 @@ TEST(ObjectSaver, SwitchesReachTheWriterAlsoASuppliedOne) {
     saver.SortProps = true;
     Listener l;
     TStringStream dummy;
-    auto* own = new TFitWriter(&dummy); // freed by the saver
-    l.supplyWriter = own;
+    l.supplyWriter = std::make_unique<TFitWriter>(&dummy);
     l.Attach(saver);
     TPersistent* objs[] = {&foo};
     Save(saver, objs);
