@@ -71,52 +71,10 @@ void TFitWriter::WriteProperties(TPersistent* instance) {
 void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
     // Only what can be read back is written.
     if (!propInfo->GetProc || !propInfo->SetProc) return;
-    PTypeInfo type = propInfo->PropType;
     const std::string& name = propInfo->Name;
-    switch (type->Kind) {
-    case tkInteger: {
-        int64_t value = GetOrdProp(instance, propInfo);
-        WritePropName(name);
-        std::string ident;
-        if (IntegerToIdent(type, value, ident))
-            WriteIdent(ident);
-        else
-            WriteInteger(static_cast<int32_t>(value));
-        break;
-    }
-    case tkChar:
-        WritePropName(name);
-        WriteChar(static_cast<char>(GetOrdProp(instance, propInfo)));
-        break;
-    case tkEnumeration:
-        WritePropName(name);
-        WriteIdent(GetEnumName(type, static_cast<int32_t>(GetOrdProp(instance, propInfo))));
-        break;
-    case tkSet:
-        WritePropName(name);
-        WriteSet(static_cast<uint32_t>(GetOrdProp(instance, propInfo)), type);
-        break;
-    case tkFloat:
-        WritePropName(name);
-        WriteFloat(GetFloatProp(instance, propInfo));
-        break;
-    case tkInt64:
-        WritePropName(name);
-        WriteInteger(GetInt64Prop(instance, propInfo));
-        break;
-    case tkString:
-    case tkLString:
-        WritePropName(name);
-        WriteString(GetStrProp(instance, propInfo));
-        break;
-    case tkWString:
-        WritePropName(name);
-        WriteWideString(GetWideStrProp(instance, propInfo));
-        break;
-    case tkVariant:
-        WritePropName(name);
-        WriteVariant(GetVariantProp(instance, propInfo));
-        break;
+    switch (propInfo->PropType->Kind) {
+    case tkWChar:
+        break; // not written by this writer
     case tkMethod: {
         TMethod method = GetMethodProp(instance, propInfo);
         if (!method.Code) break;
@@ -154,7 +112,9 @@ void TFitWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         break;
     }
     default:
-        break; // nothing, not even the name
+        // Every value of a plain kind, default or not; nothing for a kind without a value form.
+        WritePlainProperty(instance, propInfo);
+        break;
     }
 }
 

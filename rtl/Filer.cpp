@@ -1117,85 +1117,107 @@ void TWriter::WriteProperties(TPersistent* instance) {
     instance->DefineProperties(this);
 }
 
-void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
-    // Only what can be read back is written.
-    if (!propInfo->GetProc || !propInfo->SetProc) return;
-    PTypeInfo type = propInfo->PropType;
-    TPersistent* ancestor =
-        Ancestor && Ancestor->ClassType() == instance->ClassType() ? Ancestor : nullptr;
-    const std::string& name = propInfo->Name;
-    switch (type->Kind) {
+bool TWriter::HoldsDefault(TPersistent* instance, PPropInfo propInfo, TPersistent* ancestor) {
+    switch (propInfo->PropType->Kind) {
     case tkInteger:
     case tkChar:
     case tkWChar:
     case tkEnumeration:
     case tkSet: {
         int64_t value = GetOrdProp(instance, propInfo);
-        bool isDefault = ancestor ? value == GetOrdProp(ancestor, propInfo)
-                                  : (propInfo->Default != NoDefault &&
-                                     static_cast<int32_t>(value) == propInfo->Default);
-        if (isDefault) return;
-        WritePropName(name);
-        switch (type->Kind) {
-        case tkInteger: {
-            std::string ident;
-            if (IntegerToIdent(type, value, ident))
-                WriteIdent(ident);
-            else
-                WriteInteger(static_cast<int32_t>(value));
-            break;
-        }
-        case tkChar:
-            WriteChar(static_cast<char>(value));
-            break;
-        case tkWChar:
-            WriteWideChar(static_cast<char16_t>(value));
-            break;
-        case tkEnumeration:
-            WriteIdent(GetEnumName(type, static_cast<int32_t>(value)));
-            break;
-        default:
-            WriteSet(static_cast<uint32_t>(value), type);
-            break;
-        }
-        break;
+        return ancestor ? value == GetOrdProp(ancestor, propInfo)
+                        : (propInfo->Default != NoDefault &&
+                           static_cast<int32_t>(value) == propInfo->Default);
     }
     case tkFloat: {
         long double value = GetFloatProp(instance, propInfo);
-        if (ancestor ? value == GetFloatProp(ancestor, propInfo) : value == 0) return;
-        WritePropName(name);
-        WriteFloat(value);
-        break;
+        return ancestor ? value == GetFloatProp(ancestor, propInfo) : value == 0;
     }
     case tkInt64: {
         int64_t value = GetInt64Prop(instance, propInfo);
-        if (ancestor ? value == GetInt64Prop(ancestor, propInfo) : value == 0) return;
-        WritePropName(name);
-        WriteInteger(value);
-        break;
+        return ancestor ? value == GetInt64Prop(ancestor, propInfo) : value == 0;
     }
     case tkString:
     case tkLString: {
         std::string value = GetStrProp(instance, propInfo);
-        if (ancestor ? value == GetStrProp(ancestor, propInfo) : value.empty()) return;
-        WritePropName(name);
-        WriteString(value);
-        break;
+        return ancestor ? value == GetStrProp(ancestor, propInfo) : value.empty();
     }
     case tkWString: {
         std::u16string value = GetWideStrProp(instance, propInfo);
-        if (ancestor ? value == GetWideStrProp(ancestor, propInfo) : value.empty()) return;
-        WritePropName(name);
-        WriteWideString(value);
-        break;
+        return ancestor ? value == GetWideStrProp(ancestor, propInfo) : value.empty();
     }
     case tkVariant: {
         Variant value = GetVariantProp(instance, propInfo);
-        if (ancestor ? value == GetVariantProp(ancestor, propInfo) : value.IsEmpty()) return;
-        WritePropName(name);
-        WriteVariant(value);
-        break;
+        return ancestor ? value == GetVariantProp(ancestor, propInfo) : value.IsEmpty();
     }
+    default:
+        return false;
+    }
+}
+
+bool TWriter::WritePlainProperty(TPersistent* instance, PPropInfo propInfo) {
+    PTypeInfo type = propInfo->PropType;
+    const std::string& name = propInfo->Name;
+    switch (type->Kind) {
+    case tkInteger: {
+        int64_t value = GetOrdProp(instance, propInfo);
+        WritePropName(name);
+        std::string ident;
+        if (IntegerToIdent(type, value, ident))
+            WriteIdent(ident);
+        else
+            WriteInteger(static_cast<int32_t>(value));
+        return true;
+    }
+    case tkChar:
+        WritePropName(name);
+        WriteChar(static_cast<char>(GetOrdProp(instance, propInfo)));
+        return true;
+    case tkWChar:
+        WritePropName(name);
+        WriteWideChar(static_cast<char16_t>(GetOrdProp(instance, propInfo)));
+        return true;
+    case tkEnumeration:
+        WritePropName(name);
+        WriteIdent(GetEnumName(type, static_cast<int32_t>(GetOrdProp(instance, propInfo))));
+        return true;
+    case tkSet:
+        WritePropName(name);
+        WriteSet(static_cast<uint32_t>(GetOrdProp(instance, propInfo)), type);
+        return true;
+    case tkFloat:
+        WritePropName(name);
+        WriteFloat(GetFloatProp(instance, propInfo));
+        return true;
+    case tkInt64:
+        WritePropName(name);
+        WriteInteger(GetInt64Prop(instance, propInfo));
+        return true;
+    case tkString:
+    case tkLString:
+        WritePropName(name);
+        WriteString(GetStrProp(instance, propInfo));
+        return true;
+    case tkWString:
+        WritePropName(name);
+        WriteWideString(GetWideStrProp(instance, propInfo));
+        return true;
+    case tkVariant:
+        WritePropName(name);
+        WriteVariant(GetVariantProp(instance, propInfo));
+        return true;
+    default:
+        return false;
+    }
+}
+
+void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
+    // Only what can be read back is written.
+    if (!propInfo->GetProc || !propInfo->SetProc) return;
+    TPersistent* ancestor =
+        Ancestor && Ancestor->ClassType() == instance->ClassType() ? Ancestor : nullptr;
+    const std::string& name = propInfo->Name;
+    switch (propInfo->PropType->Kind) {
     case tkClass:
         WriteObjectProp(instance, propInfo, ancestor);
         break;
@@ -1217,6 +1239,7 @@ void TWriter::WriteProperty(TPersistent* instance, PPropInfo propInfo) {
         break;
     }
     default:
+        if (!HoldsDefault(instance, propInfo, ancestor)) WritePlainProperty(instance, propInfo);
         break;
     }
 }

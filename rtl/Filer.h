@@ -346,6 +346,12 @@ protected:
     // The identifier that stands for the value of an integer property of the type, from the
     // platform's integer-identifier tables; false when there is none.
     virtual bool IntegerToIdent(PTypeInfo type, int64_t value, std::string& ident);
+    // Writes the name and the value of a property of a plain kind (ordinals, floats, strings,
+    // variants), whatever the value; false, with nothing written, for the other kinds.
+    bool WritePlainProperty(TPersistent* instance, PPropInfo propInfo);
+    // Whether the property of a plain kind holds its default: the ancestor's value when there is
+    // an ancestor, else the declared default (ordinals) or zero and empty (the others).
+    static bool HoldsDefault(TPersistent* instance, PPropInfo propInfo, TPersistent* ancestor);
 
     // "Font." while the properties of the object in the Font property are written.
     std::string FPropPath;
