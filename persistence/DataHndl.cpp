@@ -788,13 +788,8 @@ void LoadComponentText(std::span<TComponent*> components, const std::string& fil
 }
 
 void LoadObjectText(TObjectArray objects, TStream* stream) {
-    TMemoryStream binary;
-    for (TObject* obj : objects) {
-        if (!IsComponent(obj)) SkipObjectDescription(stream);
-        ObjectTextToBinary(stream, &binary);
-    }
-    binary.SetPosition(0);
-    LoadObjectBinary(objects, &binary, false);
+    stream_objects::LoadTextThroughBinary(
+        objects, stream, [&](TStream* binary) { LoadObjectBinary(objects, binary, false); });
 }
 
 void LoadObjectText(TObjectArray objects, const std::string& fileName) {

@@ -222,13 +222,8 @@ void TObjectStorage::LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
 }
 
 void TObjectStorage::LoadObjectText(TObjectArray objects, TStream* stream) {
-    TMemoryStream binary;
-    for (TObject* obj : objects) {
-        if (!IsComponent(obj)) SkipObjectDescription(stream);
-        ObjectTextToBinary(stream, &binary);
-    }
-    binary.SetPosition(0);
-    LoadObjectBinary(objects, &binary, false);
+    stream_objects::LoadTextThroughBinary(
+        objects, stream, [&](TStream* binary) { LoadObjectBinary(objects, binary, false); });
 }
 
 void TObjectStorage::LoadComponentBinary(TComponentRefs components, TStream* stream,

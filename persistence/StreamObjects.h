@@ -5,6 +5,8 @@
 #include "foundation/AppUtils.h"
 #include "persistence/DataHndl.h"
 #include "rtl/Classes.h"
+#include "rtl/ObjectText.h"
+#include "rtl/Streams.h"
 
 #include <array>
 #include <cstdint>
@@ -85,5 +87,18 @@ public:
 private:
     std::vector<std::pair<rtl::TComponent*, rtl::TComponent*>> removed_;
 };
+
+// Reads the text form of the objects, one after the other (each object that isn't a component
+// after its description line), into one binary stream, and has load read that.
+template <class Load> void LoadTextThroughBinary(TObjectArray objects, rtl::TStream* stream,
+                                                 Load load) {
+    rtl::TMemoryStream binary;
+    for (rtl::TObject* obj : objects) {
+        if (!IsComponent(obj)) SkipObjectDescription(stream);
+        rtl::ObjectTextToBinary(stream, &binary);
+    }
+    binary.SetPosition(0);
+    load(&binary);
+}
 
 } // namespace zelvane::stream_objects
