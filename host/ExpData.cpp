@@ -14,14 +14,14 @@ using namespace rtl;
 
 RTL_BEGIN_CLASS(TExpertInfo)
 Property("ExpertName", &TExpertInfo::ExpertName);
-Property("Active", &TExpertInfo::Active);
+Property("Active", &TExpertInfo::Active).Default(true);
 RTL_END_CLASS
 
 RTL_IMPLEMENT_CLASS(TActiveExperts)
 
 RTL_BEGIN_CLASS(TExpMenuItemData)
 Property("ItemID", &TExpMenuItemData::ItemID);
-Property("HaveLineBefore", &TExpMenuItemData::HaveLineBefore);
+Property("HaveLineBefore", &TExpMenuItemData::HaveLineBefore).Default(false);
 Property("ShortCutText", &TExpMenuItemData::ShortCutText);
 RTL_END_CLASS
 
@@ -32,21 +32,23 @@ RTL_IMPLEMENT_CLASS(TCustomData)
 RTL_IMPLEMENT_CLASS(TExpData)
 
 RTL_BEGIN_CLASS(TEditorFormData)
-Property("AutoSaveSetting", &TEditorFormData::AutoSaveSetting);
+Property("AutoSaveSetting", &TEditorFormData::AutoSaveSetting).Default(true);
 Property("SaveSettingShortCut", &TEditorFormData::SaveSettingShortCut);
 Property("Setting", &TEditorFormData::GetSetting, &TEditorFormData::SetSetting);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(TExpManagerData)
 Property("ExpertVersion", &TExpManagerData::ExpertVersion);
-Property("AutoSaveSettings", &TExpManagerData::AutoSaveSettings);
+Property("AutoSaveSettings", &TExpManagerData::AutoSaveSettings).Default(true);
 Property("MainMenuSearchItem", &TExpManagerData::MainMenuSearchItem);
-Property("InsertMenuBeforeItem", &TExpManagerData::InsertMenuBeforeItem);
-Property("MenuHaveLineBefore", &TExpManagerData::MenuHaveLineBefore);
-Property("MenuHaveLineAfter", &TExpManagerData::MenuHaveLineAfter);
+Property("InsertMenuBeforeItem", &TExpManagerData::InsertMenuBeforeItem).Default(true);
+Property("MenuHaveLineBefore", &TExpManagerData::MenuHaveLineBefore).Default(false);
+Property("MenuHaveLineAfter", &TExpManagerData::MenuHaveLineAfter).Default(false);
 Property("ErrorLogAllowed", &TExpManagerData::GetErrorLogAllowed,
-         &TExpManagerData::SetErrorLogAllowed);
-Property("MaxLogSize", &TExpManagerData::GetMaxLogSize, &TExpManagerData::SetMaxLogSize);
+         &TExpManagerData::SetErrorLogAllowed)
+    .Default(true);
+Property("MaxLogSize", &TExpManagerData::GetMaxLogSize, &TExpManagerData::SetMaxLogSize)
+    .Default(50);
 Property("EditorFormData", &TExpManagerData::GetEditorFormData,
          &TExpManagerData::SetEditorFormData);
 RTL_END_CLASS

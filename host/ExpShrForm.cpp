@@ -10,7 +10,7 @@
 namespace zelvane {
 
 RTL_BEGIN_CLASS(TFormSetting)
-Property("AutoSavePlacement", &TFormSetting::AutoSavePlacement);
+Property("AutoSavePlacement", &TFormSetting::AutoSavePlacement).Default(false);
 Property("FormPlacement", &TFormSetting::FormPlacement);
 Property("SavePlacementShortCut", &TFormSetting::SavePlacementShortCut);
 RTL_END_CLASS

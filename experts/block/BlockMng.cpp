@@ -20,8 +20,8 @@ using namespace rtl;
 using namespace ToolsAPI;
 
 RTL_BEGIN_CLASS(TBlockMng)
-Property("MoveCursorTopLeft", &TBlockMng::MoveCursorTopLeft);
-Property("SafeStringMoving", &TBlockMng::SafeStringMoving);
+Property("MoveCursorTopLeft", &TBlockMng::MoveCursorTopLeft).Default(false);
+Property("SafeStringMoving", &TBlockMng::SafeStringMoving).Default(true);
 Method<&TBlockMng::MoveBlockLeftOne>("MoveBlockLeftOne");
 Method<&TBlockMng::MoveBlockLeftTwo>("MoveBlockLeftTwo");
 Method<&TBlockMng::MoveBlockRightOne>("MoveBlockRightOne");
