@@ -256,10 +256,11 @@ private:
     int ReadChunk(char* dest, int count);
 
     std::unique_ptr<TSimpleReader> reader_;
-    bool ownsTarget_ = false;
     std::string delimiter_ = "\r\n";
     std::string targetFile_;
     rtl::TStream* target_ = nullptr;
+    // The target when the reader opened it itself (a file); empty for a stream it was given.
+    std::unique_ptr<rtl::TStream> ownedTarget_;
 };
 
 // ---------------------------------------------------------------------------------------------

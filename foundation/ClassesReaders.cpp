@@ -70,9 +70,8 @@ TStringReader::~TStringReader() {
 
 void TStringReader::FreeTarget() {
     reader_.reset();
-    if (ownsTarget_) delete target_;
     target_ = nullptr;
-    ownsTarget_ = false;
+    ownedTarget_.reset();
     targetFile_.clear();
 }
 
@@ -128,9 +127,8 @@ void TStringReader::SetStringDelimiter(const std::string& delimiter) {
 
 void TStringReader::SetTargetFile(const std::string& fileName) {
     FreeTarget();
-    auto stream = std::make_unique<TMappedFileStream>(fileName, true, 0, true);
-    target_ = stream.release();
-    ownsTarget_ = true;
+    ownedTarget_ = std::make_unique<TMappedFileStream>(fileName, true, 0, true);
+    target_ = ownedTarget_.get();
     targetFile_ = fileName;
     UseBuffer = false;
 }
