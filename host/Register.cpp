@@ -2,6 +2,7 @@
 // calls. The classes are registered here, in one place, rather than by static objects in the
 // experts' files, so that the order of the slots is plain and no linker can drop one.
 #include "experts/block/BlockMng.h"
+#include "experts/units/UnitMng.h"
 #include "host/ExpMng.h"
 #include "locale/LocaleIds.h"
 #include "toolsapi/Package.h"
@@ -16,6 +17,7 @@ struct TPackageUnits {
     TPackageUnits() {
         InitExpMngUnit();
         RegisterExpClass(TBlockMng::StaticClass(), 4, "EditorManager", SUnitEditorExpert);
+        RegisterExpClass(TUnitManager::StaticClass(), 5, "UnitManager", SUnitManagerExpert);
     }
     ~TPackageUnits() { DoneExpMngUnit(); }
 };

@@ -32,7 +32,7 @@ public:
     std::string FormPlacement;
 
     // The platform's form events, in the order they come.
-    void FormCreate();
+    virtual void FormCreate();
     void FormShow();
     void FormClose();
 

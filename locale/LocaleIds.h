@@ -39,5 +39,21 @@ constexpr int SLabelErrorLogAllowed = 51169;
 constexpr int SLabelMaxLogSize = 51180;
 constexpr int SLabelMoveCursorTopLeft = 51237;
 constexpr int SLabelSafeStringMoving = 51238;
+constexpr int SLabelDragModeAllowed = 51243;
+constexpr int SLabelCloseFormOnShowUnit = 51244;
+constexpr int SLabelFilterPanelVisible = 51245;
+constexpr int SLabelJumpToUnitsOnApllyFilter = 51246;
+constexpr int SLabelHistoryList = 51247;
+constexpr int SLabelHistoryStoredCount = 51248;
+constexpr int SLabelCloseUnitShortCut = 51249;
+constexpr int SLabelFilterUnitsShortCut = 51260;
+constexpr int SLabelMoveDownUnitShortCut = 51261;
+constexpr int SLabelMoveUpUnitShortCut = 51262;
+constexpr int SLabelShowUnitShortCut = 51263;
+constexpr int SLabelSortUnitsShortCut = 51264;
+
+// Menu items and window captions.
+constexpr int SUnitManagerCaption = 51010;   // "Unit manager", the window
+constexpr int SUnitManagerItem = 51043;      // "Unit manager", the menu item
 
 } // namespace zelvane

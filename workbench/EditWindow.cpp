@@ -53,17 +53,29 @@ std::vector<TTabEntry> TEditTabControl::GetTabs() {
 void TEditTabControl::SetTabs(const std::vector<TTabEntry>& tabs) {
     quiet_ = true;
     int index = currentIndex();
-    // Tabs are rewritten in place, so that the row doesn't flicker through empty states.
+    // A visible bar lays the whole row out again after each changed tab; hidden meanwhile, it
+    // does so once, when it is shown again. Nothing is painted in between.
+    const bool visible = isVisible();
+    if (visible) {
+        setUpdatesEnabled(false);
+        hide();
+    }
+    // Tabs are rewritten in place, and only where they changed.
     while (count() > static_cast<int>(tabs.size()))
         removeTab(count() - 1);
     for (size_t i = 0; i < tabs.size(); ++i) {
         int t = static_cast<int>(i);
         if (t >= count()) addTab(QString());
-        setTabText(t, FromBytes(tabs[i].Text));
+        QString text = FromBytes(tabs[i].Text);
+        if (tabText(t) != text) setTabText(t, text);
         setTabData(t, QVariant::fromValue(reinterpret_cast<quintptr>(tabs[i].Object)));
     }
     if (index >= count()) index = count() - 1;
     setCurrentIndex(index);
+    if (visible) {
+        show();
+        setUpdatesEnabled(true);
+    }
     quiet_ = false;
 }
 

@@ -542,7 +542,7 @@ void TMainForm::ResolveShortcuts() {
 void TMainForm::HookModel() {
     TModelEvents& ev = model_->Events;
     ev.ModulesChanged = [this] {
-        editWindow_->SyncPages();
+        SyncEditWindow();
         RefreshProjectTree();
         // Each open form has its designer window; a closed module's window has closed itself.
         designers_->Sync();
@@ -551,8 +551,9 @@ void TMainForm::HookModel() {
         if (TEditView* v = editWindow_->Editor()->View())
             if (&v->Buffer() == buffer) editWindow_->Editor()->Refresh();
     };
+    ev.PageClosed = [this] { SyncEditWindow(); };
     ev.EditorShown = [this](IOTAEditor* editor) {
-        editWindow_->SyncPages();
+        SyncEditWindow();
         if (auto* form = dynamic_cast<TFormEditor*>(editor)) {
             designer::TDesignerWindow* window = designers_->Open(form);
             if (!window) return;
@@ -571,6 +572,15 @@ void TMainForm::HookModel() {
     ev.ViewPainted = [this](TEditView* view) {
         if (editWindow_->Editor()->View() == view) editWindow_->Editor()->Refresh();
     };
+}
+
+void TMainForm::SyncEditWindow() {
+    editWindow_->SyncPages();
+    // As in the IDE, the edit window goes with its last page and comes back with the next one.
+    if (editWindow_->TabControl()->count() == 0)
+        editWindow_->hide();
+    else if (isVisible() && !editWindow_->isVisible())
+        editWindow_->show();
 }
 
 void TMainForm::RefreshProjectTree() {

@@ -111,6 +111,8 @@ private:
     void CreateImageList();
     void CreateToolBars();
     void HookModel();
+    // Brings the edit window's pages in line with the model, and shows or hides it with them.
+    void SyncEditWindow();
     void RefreshProjectTree();
     void ProjectItemActivated(QTreeWidgetItem* item);
     TEditView* TopView() const;

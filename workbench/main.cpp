@@ -11,6 +11,7 @@
 //     --cpu                 open the CPU window once the windows are up
 //     --screenshot FILE     take a picture of the screen once the windows are up, then quit
 //     --menu NAME           with --screenshot: open the main menu's menu of this object name
+//     --keys KEYS           with --screenshot: first run the command of these keys ("Ctrl+Shift+Q")
 #include "rtl/SysUtils.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -19,6 +20,7 @@
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QAction>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QPixmap>
@@ -58,8 +60,11 @@ int main(int argc, char** argv) {
     QCommandLineOption menuOpt(QStringLiteral("menu"),
                                QStringLiteral("Open the menu of this name for the screenshot."),
                                QStringLiteral("name"));
+    QCommandLineOption keysOpt(QStringLiteral("keys"),
+                               QStringLiteral("Run the command of these keys before the screenshot."),
+                               QStringLiteral("keys"));
     parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt,
-                       shotOpt, menuOpt});
+                       shotOpt, menuOpt, keysOpt});
     parser.addPositionalArgument(QStringLiteral("project"),
                                  QStringLiteral("A project, project group or directory."));
     parser.process(app);
@@ -116,7 +121,15 @@ int main(int argc, char** argv) {
             QString file = parser.value(shotOpt);
             // The menu opens once the packages have built theirs, and stays open for the picture.
             QString menu = parser.value(menuOpt);
-            QTimer::singleShot(1000, &app, [&mainForm, menu] {
+            QKeySequence keys(parser.value(keysOpt));
+            QTimer::singleShot(1000, &app, [&mainForm, menu, keys] {
+                // The command bound to the keys runs, as their press would run it.
+                if (!keys.isEmpty())
+                    for (QAction* a : mainForm.findChildren<QAction*>())
+                        if (a->isEnabled() && a->shortcuts().contains(keys)) {
+                            a->trigger();
+                            break;
+                        }
                 if (menu.isEmpty()) return;
                 for (QAction* a : mainForm.menuBar()->actions())
                     if (a->menu() && a->menu()->objectName() == menu)

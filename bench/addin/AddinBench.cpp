@@ -1,8 +1,10 @@
 // The add-in in the workbench on Qt's offscreen platform: from dlopen of libzelvane.so to its
-// menu built on the first turn of the event loop; and the block expert's commands on a marked
-// block of 1 000 and 10 000 lines, from the action firing to the buffer changed. Beside the
-// commands, the same work done by GNU tools on the same lines (sed shifting every line, sort -f
-// sorting them), timed from here so that the figures come from the same run.
+// menu built on the first turn of the event loop; the block expert's commands on a marked block
+// of 1 000 and 10 000 lines, from the action firing to the buffer changed; and the unit manager
+// over 2 000 open units, from its command to the window shown, and each of its commands to the
+// editor's tab row rewritten. Beside them, the same work done by GNU tools on the same lines (sed
+// shifting every line, sort -f sorting them, grep -i filtering them), timed from here so that
+// the figures come from the same run.
 #include "tests/workbench/TestFiles.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -11,6 +13,10 @@
 #include "workbench/SourceEdit.h"
 #include "workbench/model/Model.h"
 
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QTimer>
@@ -31,6 +37,7 @@ namespace {
 
 TMainForm* mainForm = nullptr;
 testfiles::TTempDir* packageDir = nullptr;
+TIDEModel* ideModel = nullptr;
 
 std::string Package() {
     return packageDir->File("libzelvane.so");
@@ -121,12 +128,127 @@ void BM_Sort(benchmark::State& state) {
     RunCommand(state, "Sorting");
 }
 
+// The unit manager over this many open units, named by random words.
+constexpr int UnitCount = 2000;
+
+std::string UnitName(int i) {
+    static const char* const words[] = {"Data", "Main", "Report", "Utils", "Form", "Grid",
+                                        "Print", "Setup", "Query", "Login"};
+    return words[(i * 7919) % 10] + std::string(words[(i * 104729) % 9]) + std::to_string(i);
+}
+
+// Opens the units once, in the background, with the edit window hidden meanwhile.
+void OpenUnits() {
+    static testfiles::TTempDir dir;
+    if (mainForm->EditWindow()->TabControl()->count() >= UnitCount) return;
+    mainForm->EditWindow()->hide();
+    for (int i = 0; i < UnitCount; ++i) {
+        std::string name = UnitName(i);
+        std::string file = dir.File(name + ".pas");
+        testfiles::WriteFile(file, "unit " + name + ";\r\ninterface\r\nimplementation\r\nend.\r\n");
+        ideModel->OpenModuleFile(file, TOpenMode::Background);
+    }
+    mainForm->EditWindow()->show();
+    QCoreApplication::processEvents();
+}
+
+QWidget* UnitWindow() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->objectName() == QStringLiteral("UnitForm") && w->isVisible()) return w;
+    return nullptr;
+}
+
+void CloseUnitWindow() {
+    if (QWidget* w = UnitWindow()) w->close();
+    QCoreApplication::processEvents();
+}
+
+void BM_UnitsOpenWindow(benchmark::State& state) {
+    TAddin addin;
+    OpenUnits();
+    QAction* command = Command("Unit manager");
+    for (auto _ : state) {
+        command->trigger();
+        while (!UnitWindow())
+            QCoreApplication::processEvents();
+        state.PauseTiming();
+        if (UnitWindow()->findChild<QListWidget*>("UnitList")->count() < UnitCount)
+            state.SkipWithError("the list is not the tab row");
+        CloseUnitWindow();
+        state.ResumeTiming();
+    }
+}
+
+// A command of the open window, run over and over; `between` runs untimed before each.
+template <class Run, class Prepare>
+void RunUnitCommand(benchmark::State& state, Prepare between, Run run) {
+    TAddin addin;
+    OpenUnits();
+    Command("Unit manager")->trigger();
+    QCoreApplication::processEvents();
+    QWidget* window = UnitWindow();
+    for (auto _ : state) {
+        state.PauseTiming();
+        between(window);
+        state.ResumeTiming();
+        run(window);
+    }
+    CloseUnitWindow();
+}
+
+void BM_UnitsSort(benchmark::State& state) {
+    RunUnitCommand(
+        state, [](QWidget*) {},
+        [](QWidget* w) { w->findChild<QAction*>("acSort")->trigger(); });
+}
+
+void BM_UnitsMove(benchmark::State& state) {
+    bool right = true;
+    RunUnitCommand(
+        state,
+        [](QWidget* w) {
+            auto* list = w->findChild<QListWidget*>("UnitList");
+            if (list->selectedItems().size() != 1) list->setCurrentRow(UnitCount / 2);
+        },
+        [&](QWidget* w) {
+            w->findChild<QAction*>(right ? "acMoveDown" : "acMoveUp")->trigger();
+            right = !right;
+        });
+}
+
+// Enter in the filter box with one more or one less character than before.
+void BM_UnitsFilterKeystroke(benchmark::State& state) {
+    bool longer = true;
+    RunUnitCommand(
+        state,
+        [&](QWidget* w) {
+            w->findChild<QLineEdit*>()->setText(longer ? QStringLiteral("ta1") : QStringLiteral("ta"));
+            longer = !longer;
+        },
+        [](QWidget* w) {
+            QLineEdit* edit = w->findChild<QComboBox*>("FilterCombo")->lineEdit();
+            QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+            QApplication::sendEvent(edit, &press);
+        });
+}
+
 // The same lines through a GNU tool, as one process run from here: sed shifting each line by a
-// column, sort -f ordering them.
+// column, sort -f ordering them, grep -i keeping those that hold a text.
+void WriteLines(const std::string& file, int count) {
+    if (count == UnitCount) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += UnitName(i) + "\n";
+        testfiles::WriteFile(file, text);
+    } else {
+        testfiles::WriteFile(file, Lines(count));
+    }
+}
+
 void RunTool(benchmark::State& state, const char* command) {
     int lines = int(state.range(0));
     std::string file = packageDir->File("lines.txt");
-    testfiles::WriteFile(file, Lines(lines));
+    WriteLines(file, lines);
     std::string line = std::string(command) + " " + file + " >/dev/null";
     for (auto _ : state)
         if (std::system(line.c_str()) != 0) state.SkipWithError(command);
@@ -138,6 +260,9 @@ void BM_GnuSedShift(benchmark::State& state) {
 void BM_GnuSortF(benchmark::State& state) {
     RunTool(state, "sort -f");
 }
+void BM_GnuGrepI(benchmark::State& state) {
+    RunTool(state, "grep -i ta1");
+}
 
 BENCHMARK(BM_LoadToMenu)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_MoveRight)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
@@ -146,6 +271,12 @@ BENCHMARK(BM_Sort)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 // The tools run in processes of their own: their time is the wall clock's.
 BENCHMARK(BM_GnuSedShift)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_GnuSortF)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_UnitsOpenWindow)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_UnitsFilterKeystroke)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_UnitsSort)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_UnitsMove)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GnuSortF)->Arg(UnitCount)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_GnuGrepI)->Arg(UnitCount)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
 
@@ -161,6 +292,7 @@ int main(int argc, char** argv) {
     std::filesystem::copy_file(ZELVANE_ADDIN_FILE, Package());
     testfiles::TExampleCopy example;
     auto model = TIDEModel::Create();
+    ideModel = model.get();
     BorlandIDEServices = _di_IBorlandIDEServices(model.get());
     {
         TMainForm form(model.get());

@@ -381,6 +381,16 @@ TEST_F(ModelTest, ClosingAPageOfTwoViewsKeepsTheModule) {
     EXPECT_THROW(first->GetBlock()->GetText(), EModelError);
 }
 
+TEST_F(ModelTest, ClosingTheProjectSourcePageKeepsTheProjectOpen) {
+    OpenExample();
+    _di_IOTAEditView view = OpenUnit("Example.dpr");
+    Query<IOTAEditActions>(view)->ClosePage();
+    TModelModule* project = model->FindOpenModule(File("Example.dpr"));
+    ASSERT_NE(project, nullptr);
+    EXPECT_EQ(project->SourceEditor()->GetEditViewCount(), 0);
+    EXPECT_TRUE(questions.empty());
+}
+
 // ---------------------------------------------------------------------------------------------
 // Forms
 

@@ -386,11 +386,15 @@ _di_INTAEditWindow TEditView::GetEditWindow() {
 void TEditView::ClosePage() {
     TSourceEditor& buffer = Buffer();
     TModelModule* module = buffer.Module();
-    if (buffer.GetEditViewCount() > 1 || !module || !module->Model()) {
+    TIDEModel* model = module ? module->Model() : nullptr;
+    // A buffer shown on more pages loses this one; the project's source closes its page only,
+    // the project staying open; any other module closes with its last page.
+    if (buffer.GetEditViewCount() > 1 || !model || dynamic_cast<TProjectModule*>(module)) {
         buffer.RemoveView(this);
+        if (model && model->Events.PageClosed) model->Events.PageClosed();
         return;
     }
-    module->Model()->CloseModule(module, true);
+    model->CloseModule(module, true);
 }
 
 void TEditView::SetCursor(TTextPos pos) {

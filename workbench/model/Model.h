@@ -61,6 +61,7 @@ class TModuleInfo;
 // What the workbench window listens to. Every member may be empty.
 struct TModelEvents {
     std::function<void()> ModulesChanged;               // a module opened or closed
+    std::function<void()> PageClosed;                   // a page closed, its module still open
     std::function<void(TSourceEditor*)> BufferChanged;  // its text or its block changed
     std::function<void(IOTAEditor*)> EditorShown;       // Show on an editor
     std::function<void(TEditView*)> ViewPainted;        // Paint on a view
