@@ -536,6 +536,20 @@ TEST_F(WorkbenchTest, AnUnmodifiedUnitClosesWithoutAQuestion) {
     EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main"}));
 }
 
+TEST_F(WorkbenchTest, TheEditWindowGoesWithItsLastPageAndComesBackWithTheNext) {
+    Command("FileCloseCommand");
+    EXPECT_TRUE(TabTexts().empty());
+    EXPECT_FALSE(EditWindow()->isVisible());
+    Open("Utils.pas");
+    EXPECT_TRUE(EditWindow()->isVisible());
+    // The project's source closes its page only.
+    Open("Example.dpr");
+    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Utils", "Example"}));
+    View()->ClosePage();
+    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Utils"}));
+    EXPECT_NE(model->FindOpenModule(File("Example.dpr")), nullptr);
+}
+
 TEST_F(WorkbenchTest, ExitAsksForModifiedUnitsAndCancelKeepsTheIDEOpen) {
     Open("Utils.pas");
     QTest::keyClicks(Editor(), "dirty");
