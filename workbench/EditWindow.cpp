@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace workbench {
 
@@ -185,14 +186,20 @@ std::vector<TEditView*> TEditWindowForm::ViewsOfWindow() const {
 
 void TEditWindowForm::SyncPages() {
     std::vector<TEditView*> views = ViewsOfWindow();
+    // Sets on both sides, so that a row of thousands of pages syncs in linear time.
+    const std::unordered_set<const void*> live(views.begin(), views.end());
+    std::unordered_set<const void*> tabbed;
     // Tabs whose view went away.
     for (int i = tabs_->count() - 1; i >= 0; --i) {
-        auto* view = static_cast<TEditView*>(tabs_->GetTabObject(i));
-        if (std::find(views.begin(), views.end(), view) == views.end()) tabs_->RemoveTab(i);
+        void* view = tabs_->GetTabObject(i);
+        if (live.count(view))
+            tabbed.insert(view);
+        else
+            tabs_->RemoveTab(i);
     }
     // Views without a tab.
     for (TEditView* view : views)
-        if (tabs_->IndexOfObject(view) < 0) tabs_->AddTab(TabText(view), view);
+        if (!tabbed.count(view)) tabs_->AddTab(TabText(view), view);
     held_.assign(views.begin(), views.end());
     // The model's top view, when it is one of this window's.
     _di_IOTAEditView top = model_->GetTopView();

@@ -124,12 +124,11 @@ int main(int argc, char** argv) {
             QKeySequence keys(parser.value(keysOpt));
             QTimer::singleShot(1000, &app, [&mainForm, menu, keys] {
                 // The command bound to the keys runs, as their press would run it.
-                if (!keys.isEmpty())
-                    for (QAction* a : mainForm.findChildren<QAction*>())
-                        if (a->isEnabled() && a->shortcuts().contains(keys)) {
-                            a->trigger();
-                            break;
-                        }
+                QAction* command = nullptr;
+                for (QAction* a : mainForm.actions())
+                    if (!keys.isEmpty() && a->isEnabled() && a->shortcuts().contains(keys))
+                        command = a;
+                if (command) command->trigger();
                 if (menu.isEmpty()) return;
                 for (QAction* a : mainForm.menuBar()->actions())
                     if (a->menu() && a->menu()->objectName() == menu)

@@ -285,6 +285,10 @@ int main(int argc, char** argv) {
     testfiles::TTempDir config;
     setenv("XDG_CONFIG_HOME", config.Path().c_str(), 1);
     TWorkbenchApplication app(argc, argv);
+    // An error the workbench would show in a box goes to the log; a benchmark waits for no one.
+    app.SetErrorBox([](const std::string& caption, const std::string& text) {
+        std::fprintf(stderr, "%s: %s\n", caption.c_str(), text.c_str());
+    });
     benchmark::Initialize(&argc, argv);
 
     testfiles::TTempDir dir;

@@ -170,6 +170,9 @@ TUnitForm::TUnitForm(QWidget* owner, TUnitManager* manager)
     toolBar_ = new QToolBar(this);
     toolBar_->setObjectName(QStringLiteral("ToolBar1"));
     toolBar_->setIconSize(QSize(16, 16));
+    // Flat and tight, so that the ten buttons fit the window's least width.
+    toolBar_->setStyleSheet(QStringLiteral("QToolBar { spacing: 0px; padding: 0px; border: 0px; }"
+                                           "QToolButton { padding: 1px; }"));
     toolBar_->addAction(scExit());
     toolBar_->addSeparator();
     toolBar_->addActions({acShow_, acClose_});
@@ -507,10 +510,21 @@ void TUnitForm::scExitExecute() {
 // Sorting, moving and writing the order back
 
 void TUnitForm::SortUnits() {
-    std::vector<TUnitItem> items = ItemsOf(unitList_);
-    std::stable_sort(items.begin(), items.end(), [](const TUnitItem& a, const TUnitItem& b) {
-        return AnsiCompareText(ToBytes(a.Text), ToBytes(b.Text)) < 0;
+    // Each name turned into the runtime's text once, not at every comparison.
+    struct TKeyed {
+        std::string Key;
+        TUnitItem Item;
+    };
+    std::vector<TKeyed> keyed;
+    for (TUnitItem& item : ItemsOf(unitList_))
+        keyed.push_back({ToBytes(item.Text), std::move(item)});
+    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) {
+        return AnsiCompareText(a.Key, b.Key) < 0;
     });
+    std::vector<TUnitItem> items;
+    items.reserve(keyed.size());
+    for (TKeyed& k : keyed)
+        items.push_back(std::move(k.Item));
     if (sortDescending_) {
         std::reverse(items.begin(), items.end());
         sortDescending_ = false;

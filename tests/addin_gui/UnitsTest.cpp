@@ -28,7 +28,10 @@ protected:
     // Opens the window with its hot key, pressed in the editor.
     QWidget* ShowWindow() {
         PressInEditor(Qt::Key_Q, Qt::ControlModifier | Qt::ShiftModifier);
-        EXPECT_TRUE(WaitFor([this] { return Window() && Window()->isActiveWindow(); }));
+        return Shown();
+    }
+    QWidget* Shown() {
+        EXPECT_TRUE(WaitFor([] { return Window() && Window()->isActiveWindow(); }));
         return Window();
     }
     // Esc, and the window gone with the editor active again.
@@ -105,12 +108,15 @@ TEST_F(UnitsTest, TheHotKeyOpensTheListOfTabsOverADisabledIdeAndEscClosesIt) {
     EXPECT_TRUE(IdeEnabled());
 }
 
-TEST_F(UnitsTest, TheCommandIsEnabledOnlyWhileAUnitIsOpen) {
+TEST_F(UnitsTest, TheMenuItemOpensTheWindowAndIsEnabledOnlyWhileAUnitIsOpen) {
     QAction* item = MenuCommand(QStringLiteral("Unit manager"));
     ASSERT_NE(item, nullptr);
     Application->UpdateActions();
     EXPECT_TRUE(item->isEnabled());
     EXPECT_EQ(item->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+Q")));
+    item->trigger();
+    ASSERT_NE(Shown(), nullptr);
+    ASSERT_TRUE(Escape());
     model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
     model->CloseAll();
     QApplication::processEvents();
