@@ -32,6 +32,24 @@ template <class F> void WithFile(const std::string& fileName, F&& f) {
     f(&file);
 }
 
+// Runs the path of a storage format: the two binary forms (the flag says resource), the
+// extended binary form, or text. Saving and loading dispatch the same way.
+template <class Binary, class Extended, class Text>
+void ByFormat(TObjectStorageFormat format, Binary binary, Extended extended, Text text) {
+    switch (format) {
+    case osfBin:
+        return binary(false);
+    case osfResBin:
+        return binary(true);
+    case osfExtBin:
+        return extended();
+    case osfText:
+        return text();
+    default:
+        CreateException<EObjectStorageError>(SInvalidImage);
+    }
+}
+
 constexpr auto RequirePersistent = &stream_objects::RequirePersistent<EObjectStorageError>;
 constexpr auto StreamRoot = &stream_objects::StreamRoot<EObjectStorageError>;
 using stream_objects::IsComponent;
@@ -59,22 +77,9 @@ std::unique_ptr<TAdvWriter> TObjectStorage::CreateWriter(TStream* stream) {
 // Saving
 
 void TObjectStorage::SaveObjects(TObjectArray objects, TStream* stream) {
-    switch (Format) {
-    case osfBin:
-        SaveObjectBinary(objects, stream, false);
-        break;
-    case osfResBin:
-        SaveObjectBinary(objects, stream, true);
-        break;
-    case osfExtBin:
-        SaveObjectBinaryEx(objects, stream);
-        break;
-    case osfText:
-        SaveObjectText(objects, stream);
-        break;
-    default:
-        CreateException<EObjectStorageError>(SInvalidImage);
-    }
+    ByFormat(
+        Format, [&](bool res) { SaveObjectBinary(objects, stream, res); },
+        [&] { SaveObjectBinaryEx(objects, stream); }, [&] { SaveObjectText(objects, stream); });
 }
 
 void TObjectStorage::SaveObjects(TObjectArray objects, const std::string& fileName) {
@@ -133,22 +138,9 @@ void TObjectStorage::WriteObjectDescription(TObject* obj, TStream* stream) {
 
 void TObjectStorage::LoadObjects(TObjectArray objects, TStream* stream) {
     if (AutoDetectFormat) SetFormat(stream);
-    switch (Format) {
-    case osfBin:
-        LoadObjectBinary(objects, stream, false);
-        break;
-    case osfResBin:
-        LoadObjectBinary(objects, stream, true);
-        break;
-    case osfExtBin:
-        LoadObjectBinaryEx(objects, stream);
-        break;
-    case osfText:
-        LoadObjectText(objects, stream);
-        break;
-    default:
-        CreateException<EObjectStorageError>(SInvalidImage);
-    }
+    ByFormat(
+        Format, [&](bool res) { LoadObjectBinary(objects, stream, res); },
+        [&] { LoadObjectBinaryEx(objects, stream); }, [&] { LoadObjectText(objects, stream); });
 }
 
 void TObjectStorage::LoadObjects(TObjectArray objects, const std::string& fileName) {
@@ -162,19 +154,10 @@ void TObjectStorage::LoadComponents(TComponentRefs components, TStream* stream) 
             if (ref && *ref) present.push_back(*ref);
     TOwnerRemoval removal(present);
     if (AutoDetectFormat) SetFormat(stream);
-    switch (Format) {
-    case osfBin:
-        LoadComponentBinary(components, stream, false);
-        break;
-    case osfResBin:
-        LoadComponentBinary(components, stream, true);
-        break;
-    case osfText:
-        LoadComponentText(components, stream);
-        break;
-    default:
-        break; // property lists hold no components
-    }
+    // Property lists, the extended form, hold no components.
+    ByFormat(
+        Format, [&](bool res) { LoadComponentBinary(components, stream, res); }, [] {},
+        [&] { LoadComponentText(components, stream); });
 }
 
 void TObjectStorage::LoadComponents(TComponentRefs components, const std::string& fileName) {
