@@ -895,10 +895,11 @@ void TWriter::WriteListEnd() {
     WriteValue(vaNull);
 }
 
-void TWriter::WritePrefix(TFilerFlags flags, int32_t childPos) {
-    if (flags == 0) return;
-    WriteRaw8(0xF0 | (flags & 0x0F));
+void TWriter::WritePrefix(TFilerFlags flags, int32_t childPos, std::string_view className) {
+    if (flags != 0 || std::min<size_t>(className.size(), 255) >= 0xF0)
+        WriteRaw8(0xF0 | (flags & 0x0F));
     if (flags & ffChildPos) WriteInteger(childPos);
+    WriteStr(className);
 }
 
 void TWriter::WriteStr(std::string_view value) {
@@ -1613,8 +1614,7 @@ void TWriter::WriteData(TComponent* instance) {
     if (FAncestorList && FAncestorPos < FAncestorList->size() &&
         (!Ancestor || (*FAncestorList)[FAncestorPos] != Ancestor))
         flags |= ffChildPos;
-    WritePrefix(flags, FChildPos);
-    WriteStr(instance->ClassName());
+    WritePrefix(flags, FChildPos, instance->ClassName());
     WriteStr(instance->Name());
     int64_t propertiesPosition = Position();
     if (FAncestorList && FAncestorPos < FAncestorList->size()) {

@@ -278,7 +278,10 @@ public:
     void Write(const void* buffer, int64_t count);
     void WriteValue(TValueType value);
     void WriteSignature();
-    void WritePrefix(TFilerFlags flags, int32_t childPos);
+    // The head of an object: its flags (with the child position) and its class name. A class
+    // name of 240 bytes or more has a length byte that a reader takes for flags, so it gets a
+    // flag byte of its own even when there are no flags.
+    void WritePrefix(TFilerFlags flags, int32_t childPos, std::string_view className);
     void WriteListBegin();
     void WriteListEnd();
 

@@ -753,8 +753,7 @@ private:
             p_.NextToken();
             flags |= ffChildPos;
         }
-        w_.WritePrefix(flags, static_cast<int32_t>(childPos));
-        w_.WriteStr(className);
+        w_.WritePrefix(flags, static_cast<int32_t>(childPos), className);
         w_.WriteStr(name);
         while (!p_.TokenSymbolIs("end") && !AtObjectKeyword())
             ConvertProperty(depth);

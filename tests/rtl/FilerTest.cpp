@@ -405,22 +405,27 @@ TEST(FilerValues, SetsByElementName) {
 }
 
 TEST(FilerValues, PrefixCarriesFlagsAndChildPosition) {
-    std::string data = Written([](TWriter& w) {
-        w.WritePrefix(ffInherited | ffChildPos, 300);
-        w.WritePrefix(0, 5);
-        w.WriteStr("X");
+    // A class name whose length byte would read as flags gets an empty flag byte before it.
+    const std::string longName(240, 'T');
+    std::string data = Written([&](TWriter& w) {
+        w.WritePrefix(ffInherited | ffChildPos, 300, "A");
+        w.WritePrefix(0, 5, "X");
+        w.WritePrefix(0, 5, longName);
     });
-    EXPECT_EQ(data, Bytes({0xF3, vaInt16, 0x2C, 0x01, 1, 'X'}));
+    EXPECT_EQ(data.substr(0, 8), Bytes({0xF3, vaInt16, 0x2C, 0x01, 1, 'A', 1, 'X'}));
+    EXPECT_EQ(data.substr(8, 2), Bytes({0xF0, 240}));
     TStringStream in(data);
     TReader r(&in);
     TFilerFlags flags = 0;
     int32_t pos = 0;
-    r.ReadPrefix(flags, pos);
-    EXPECT_EQ(flags, ffInherited | ffChildPos);
+    const std::pair<TFilerFlags, std::string> expected[] = {
+        {ffInherited | ffChildPos, "A"}, {0, "X"}, {0, longName}};
+    for (const auto& [wantFlags, wantName] : expected) {
+        r.ReadPrefix(flags, pos);
+        EXPECT_EQ(flags, wantFlags);
+        EXPECT_EQ(r.ReadStr(), wantName);
+    }
     EXPECT_EQ(pos, 300);
-    r.ReadPrefix(flags, pos);
-    EXPECT_EQ(flags, 0);
-    EXPECT_EQ(r.ReadStr(), "X");
 }
 
 TEST(FilerValues, SkipValuePassesOverEveryForm) {

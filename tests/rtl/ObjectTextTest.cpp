@@ -86,13 +86,11 @@ TEST(ObjectTextLayout, ObjectHeadersAndNesting) {
         w.WriteStr("TForm1");
         w.WriteStr("Form1");
         w.WriteListEnd();
-        w.WritePrefix(ffInherited, 0);
-        w.WriteStr("TButton");
+        w.WritePrefix(ffInherited, 0, "TButton");
         w.WriteStr("B");
         w.WriteListEnd();
         w.WriteListEnd();
-        w.WritePrefix(ffInline | ffChildPos, 2);
-        w.WriteStr("TFrame");
+        w.WritePrefix(ffInline | ffChildPos, 2, "TFrame");
         w.WriteStr("F");
         w.WriteStr("Tag");
         w.WriteInteger(1);
@@ -336,6 +334,15 @@ TEST(ObjectTextParser, ReadsThePlatformsOwnSpellings) {
                                       "    end>\r\n"
                                       "  D = True\r\n"
                                       "end\r\n");
+}
+
+TEST(ObjectTextParser, ClassNamesOfAnyLengthReadBack) {
+    // A length byte of 240 or more would read as flags; longer than 255 keeps the first 255.
+    for (size_t length : {239u, 240u, 255u, 300u}) {
+        std::string cls = "T" + std::string(length - 1, '0');
+        std::string text = ToText(ToBinary("object F: " + cls + "\r\nend\r\n"));
+        EXPECT_EQ(text, "object F: " + cls.substr(0, 255) + "\r\nend\r\n") << length;
+    }
 }
 
 TEST(ObjectTextParser, NumbersChooseTheirTags) {

@@ -223,10 +223,14 @@ private:
 
 // A short string of the stream (class, component and property names): the filer's WriteStr
 // would cut a longer one, which would make a stream that reads back wrong.
-void WriteShortString(rtl::TWriter& writer, const std::string& s, const char* what) {
+void CheckShortString(const std::string& s, const char* what) {
     if (s.size() > 255)
         throw EFormFileError(std::string(what) + " \"" + s.substr(0, 40) +
                              "...\" is longer than 255 bytes");
+}
+
+void WriteShortString(rtl::TWriter& writer, const std::string& s, const char* what) {
+    CheckShortString(s, what);
     writer.WriteStr(s);
 }
 
@@ -265,8 +269,8 @@ void WriteComponent(rtl::TWriter& writer, const TDesignComponent& c, int depth) 
     if (depth > rtl::MaxNestingDepth) throw EFormFileError("components are nested too deeply");
     rtl::TFilerFlags flags = (c.Inherited ? rtl::ffInherited : 0) | (c.Inline ? rtl::ffInline : 0) |
                              (c.ChildPos >= 0 ? rtl::ffChildPos : 0);
-    writer.WritePrefix(flags, c.ChildPos);
-    WriteShortString(writer, c.ClassName, "The class name");
+    CheckShortString(c.ClassName, "The class name");
+    writer.WritePrefix(flags, c.ChildPos, c.ClassName);
     WriteShortString(writer, c.Name, "The component name");
     for (const auto& p : c.Properties) {
         if (p.Name.empty()) throw EFormFileError("A property of " + c.Name + " has no name");
