@@ -321,4 +321,11 @@ void TExpManager::PrivateExpertExecProc(TObject* Sender, const TNotifyEvent& Pro
     if (Proc) Proc(Sender);
 }
 
+void SetSenderEnabled(rtl::TObject* Sender, bool enabled) {
+    if (auto* action = rtl::Is<TExpAction>(Sender))
+        action->SetEnabled(enabled);
+    else if (auto* item = rtl::Is<TExpMenuItem>(Sender))
+        item->Entry()->setEnabled(enabled);
+}
+
 } // namespace zelvane

@@ -105,4 +105,8 @@ private:
 // index the list lacks.
 void SetItemImage(QAction* entry, int32_t imageIndex);
 
+// An update handler's work on its sender: enables or disables a TExpAction or a TExpMenuItem;
+// any other sender is passed over.
+void SetSenderEnabled(rtl::TObject* Sender, bool enabled);
+
 } // namespace zelvane

@@ -180,10 +180,7 @@ bool TBlockMng::CheckState() {
 }
 
 void TBlockMng::UpdateBlockState(TObject* Sender) {
-    if (auto* action = Is<TExpAction>(Sender))
-        action->SetEnabled(CheckState());
-    else if (auto* item = Is<TExpMenuItem>(Sender))
-        item->Entry()->setEnabled(CheckState());
+    SetSenderEnabled(Sender, CheckState());
 }
 
 void TBlockMng::DoAction(TBlockActionID id) {

@@ -70,10 +70,7 @@ void TUnitManager::ShowUnits(TObject*) {
 }
 
 void TUnitManager::CheckShownState(TObject* Sender) {
-    if (auto* action = Is<TExpAction>(Sender))
-        action->SetEnabled(FindEditorTabControl() != nullptr);
-    else if (auto* item = Is<TExpMenuItem>(Sender))
-        item->Entry()->setEnabled(FindEditorTabControl() != nullptr);
+    SetSenderEnabled(Sender, FindEditorTabControl() != nullptr);
 }
 
 QWidget* TUnitManager::FindEditorTabControl() {
