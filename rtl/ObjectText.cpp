@@ -88,8 +88,98 @@ int SignificantDigits(std::string_view s) {
 
 } // namespace
 
+namespace {
+
+// The value's exact decimal expansion when it has at most 18 significant digits: its digits
+// without trailing zeros (count of them) and the power of ten of the first. Any text of fewer
+// digits then lies further from the value than half a unit in its last place, so these digits
+// are the fewest that give the value back, and rounding them to 18 or more digits changes
+// nothing. False for zero, for values that need more digits, and where long double is not the
+// 64-bit-mantissa extended type.
+bool ShortExactDecimal(long double value, char (&digits)[40], int& count, int& exponent) {
+    if constexpr (std::numeric_limits<long double>::digits != 64) {
+        return false;
+    } else {
+        if (value == 0) return false;
+        int e = 0;
+        long double m = std::frexp(std::fabs(value), &e); // [0.5, 1)
+        auto mant = static_cast<uint64_t>(std::ldexp(m, 64));
+        int zeros = std::countr_zero(mant);
+        mant >>= zeros;
+        int e2 = e - 64 + zeros; // the value is mant * 2^e2
+        unsigned __int128 n;
+        int scale = 0; // the value is n / 10^scale
+        if (e2 >= 0) {
+            if (std::bit_width(mant) + e2 > 127) return false;
+            n = static_cast<unsigned __int128>(mant) << e2;
+        } else {
+            // mant / 2^s = mant * 5^s / 10^s; 5^27 keeps the product below 2^127.
+            scale = -e2;
+            if (scale > 27) return false;
+            unsigned __int128 p5 = 1;
+            for (int i = 0; i < scale; ++i)
+                p5 *= 5;
+            n = static_cast<unsigned __int128>(mant) * p5;
+        }
+        char rev[40];
+        int len = 0;
+        if (n <= std::numeric_limits<uint64_t>::max()) {
+            for (auto u = static_cast<uint64_t>(n); u != 0; u /= 10)
+                rev[len++] = static_cast<char>('0' + u % 10);
+        } else {
+            for (; n != 0; n /= 10)
+                rev[len++] = static_cast<char>('0' + static_cast<int>(n % 10));
+        }
+        int first = 0; // trailing zeros, which stand first in rev
+        while (first < len && rev[first] == '0')
+            ++first;
+        count = len - first;
+        if (count > 18) return false;
+        for (int i = 0; i < count; ++i)
+            digits[i] = rev[len - 1 - i];
+        exponent = len - 1 - scale;
+        return true;
+    }
+}
+
+} // namespace
+
 std::string FormatStreamFloat(long double value) {
     if (!std::isfinite(value)) return NonFinite(value);
+    char exact[40];
+    int count = 0, exp10 = 0;
+    if (ShortExactDecimal(value, exact, count, exp10)) {
+        // What the general path below gives for these digits: printf's %g layout at the
+        // precision it picks, trailing zeros dropped, the exponent in the platform's style.
+        int precision = std::max({count, std::min(exp10 + 1, 18), 1});
+        std::string s;
+        if (std::signbit(value)) s += '-';
+        if (exp10 < -4 || exp10 >= precision) {
+            s += exact[0];
+            if (count > 1) {
+                s += '.';
+                s.append(exact + 1, static_cast<size_t>(count - 1));
+            }
+            s += 'E';
+            s += std::to_string(exp10);
+        } else if (exp10 >= 0) {
+            int whole = exp10 + 1;
+            if (count <= whole) {
+                s.append(exact, static_cast<size_t>(count));
+                s.append(static_cast<size_t>(whole - count), '0');
+                s += ".0";
+            } else {
+                s.append(exact, static_cast<size_t>(whole));
+                s += '.';
+                s.append(exact + whole, static_cast<size_t>(count - whole));
+            }
+        } else {
+            s += "0.";
+            s.append(static_cast<size_t>(-exp10 - 1), '0');
+            s.append(exact, static_cast<size_t>(count));
+        }
+        return s;
+    }
     // The fewest digits that give the value back, at most 18, laid out as printf's %g does with
     // that precision: the text depends on the value alone, so converting it again gives it again.
     char buf[80];
@@ -452,6 +542,128 @@ std::string CheckedName(std::string name, bool dotted, bool mayBeEmpty) {
     return name;
 }
 
+// A TReader whose byte-sized reads are inline over its buffer. Whatever the buffer can't serve
+// goes through TReader::Read, so refills, the errors at the end of the stream and the position
+// the stream is left at are the reader's own.
+class ByteReader : public TReader {
+public:
+    using TReader::TReader;
+
+    uint8_t Byte() {
+        if (FBufPos != FBufEnd) return static_cast<uint8_t>(FBuffer[FBufPos++]);
+        uint8_t b;
+        Read(&b, 1);
+        return b;
+    }
+    uint8_t Peek() {
+        uint8_t b = Byte();
+        --FBufPos;
+        return b;
+    }
+    void Unread() { --FBufPos; }
+    void Bytes(void* out, size_t n) {
+        if (static_cast<size_t>(FBufEnd - FBufPos) >= n) {
+            std::memcpy(out, FBuffer.data() + FBufPos, n);
+            FBufPos += static_cast<int>(n);
+        } else
+            Read(out, static_cast<int64_t>(n));
+    }
+    // The next n bytes where they lie in the buffer, consumed; nullptr, with nothing consumed,
+    // when the buffer doesn't hold them all.
+    const char* Span(size_t n) {
+        if (static_cast<size_t>(FBufEnd - FBufPos) < n) return nullptr;
+        const char* p = FBuffer.data() + FBufPos;
+        FBufPos += static_cast<int>(n);
+        return p;
+    }
+    // The end of a list or of a value list: the vaNull tag, or "Invalid property value" with the
+    // tag left unread.
+    void ListEnd() { Expect(vaNull); }
+    void ListBegin() { Expect(vaList); }
+    int32_t Integer() {
+        switch (Byte()) {
+        case vaInt8:
+            return static_cast<int8_t>(Byte());
+        case vaInt16: {
+            uint8_t b[2];
+            Bytes(b, 2);
+            return static_cast<int16_t>(b[0] | b[1] << 8);
+        }
+        case vaInt32: {
+            uint8_t b[4];
+            Bytes(b, 4);
+            return static_cast<int32_t>(uint32_t(b[0]) | uint32_t(b[1]) << 8 |
+                                        uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24);
+        }
+        default:
+            Unread();
+            PropValueError();
+        }
+    }
+    uint64_t Raw64() {
+        uint8_t b[8];
+        Bytes(b, 8);
+        uint64_t v = 0;
+        for (int i = 7; i >= 0; --i)
+            v = v << 8 | b[i];
+        return v;
+    }
+
+private:
+    void Expect(uint8_t tag) {
+        if (Byte() != tag) {
+            Unread();
+            PropValueError();
+        }
+    }
+};
+
+// The text being made: appends that are inline, into a block that grows as needed.
+class TextBuffer {
+public:
+    TextBuffer() { Grow(0); }
+    size_t Size() const { return size_; }
+    const char* Data() const { return data_.get(); }
+    void Clear() { size_ = 0; }
+    // Room for n more bytes, to be filled and then committed.
+    char* Room(size_t n) {
+        if (capacity_ - size_ < n) Grow(n);
+        return data_.get() + size_;
+    }
+    void Commit(size_t n) { size_ += n; }
+    void Put(char c) {
+        if (size_ == capacity_) Grow(1);
+        data_[size_++] = c;
+    }
+    void Put(const char* s, size_t n) {
+        if (n == 0) return;
+        std::memcpy(Room(n), s, n);
+        size_ += n;
+    }
+    void Put(std::string_view s) { Put(s.data(), s.size()); }
+    template <size_t N> void Put(const char (&literal)[N]) { Put(literal, N - 1); }
+    void Fill(char c, size_t n) {
+        std::memset(Room(n), c, n);
+        size_ += n;
+    }
+    template <class Int> void Number(Int v) {
+        char* p = Room(24);
+        size_ += static_cast<size_t>(std::to_chars(p, p + 24, v).ptr - p);
+    }
+
+private:
+    void Grow(size_t n) {
+        size_t capacity = std::max({capacity_ * 2, size_ + n, size_t(1) << 17});
+        std::unique_ptr<char[]> block(new char[capacity]);
+        if (size_) std::memcpy(block.get(), data_.get(), size_);
+        data_ = std::move(block);
+        capacity_ = capacity;
+    }
+    std::unique_ptr<char[]> data_;
+    size_t size_ = 0;
+    size_t capacity_ = 0;
+};
+
 class BinaryToText {
 public:
     BinaryToText(TStream* input, TStream* output) : r_(input), output_(output) {}
@@ -464,89 +676,131 @@ public:
 
 private:
     void Flush() {
-        if (!out_.empty()) output_->WriteBuffer(out_.data(), static_cast<int64_t>(out_.size()));
-        out_.clear();
+        if (out_.Size() != 0) output_->WriteBuffer(out_.Data(), static_cast<int64_t>(out_.Size()));
+        out_.Clear();
     }
     void Maybeflush() {
-        if (out_.size() >= (1 << 16)) Flush();
+        if (out_.Size() >= (1 << 16)) Flush();
     }
-    void Indent(int n) { out_.append(static_cast<size_t>(n), ' '); }
+    void Indent(int n) { out_.Fill(' ', static_cast<size_t>(n)); }
     void NewLine(int indent) {
-        out_ += "\r\n";
-        Indent(indent);
+        char* p = out_.Room(static_cast<size_t>(indent) + 2);
+        p[0] = '\r';
+        p[1] = '\n';
+        std::memset(p + 2, ' ', static_cast<size_t>(indent));
+        out_.Commit(static_cast<size_t>(indent) + 2);
     }
     void Enter(int depth) {
         if (depth > MaxNestingDepth) throw EReadError("Object stream nested too deeply");
+    }
+
+    // A short string of the stream (a length byte and the bytes): where the reader's buffer
+    // holds it, a view of it there, else a copy in scratch.
+    std::string_view Str(std::string& scratch) {
+        uint8_t len = r_.Byte();
+        if (const char* p = r_.Span(len)) return {p, len};
+        scratch.resize(len);
+        r_.Bytes(scratch.data(), len);
+        return scratch;
+    }
+    // Appends a name read from the stream, once it is known to have a text form.
+    void PutName(bool dotted, bool mayBeEmpty) {
+        std::string_view name = Str(scratch_);
+        CheckName(name, dotted, mayBeEmpty);
+        out_.Put(name);
+    }
+    static void CheckName(std::string_view name, bool dotted, bool mayBeEmpty) {
+        if (!IsStreamName(name, dotted, mayBeEmpty)) CheckedName(std::string(name), dotted, mayBeEmpty);
     }
 
     void ConvertObject(int indent) {
         Enter(indent / 2);
         TFilerFlags flags = 0;
         int32_t childPos = 0;
-        r_.ReadPrefix(flags, childPos);
-        std::string className = CheckedName(r_.ReadStr(), false, false);
-        std::string name = CheckedName(r_.ReadStr(), false, true);
+        uint8_t prefix = r_.Peek();
+        if ((prefix & 0xF0) == 0xF0) {
+            r_.Byte();
+            flags = prefix & 0x0F;
+            if (flags & ffChildPos) childPos = r_.Integer();
+        }
+        std::string className(Str(scratch_));
+        CheckName(className, false, false);
+        std::string_view name = Str(scratch_);
+        CheckName(name, false, true);
         Indent(indent);
-        out_ += (flags & ffInherited) ? "inherited " : (flags & ffInline) ? "inline " : "object ";
+        if (flags & ffInherited)
+            out_.Put("inherited ");
+        else if (flags & ffInline)
+            out_.Put("inline ");
+        else
+            out_.Put("object ");
         if (!name.empty()) {
-            out_ += name;
-            out_ += ": ";
+            out_.Put(name);
+            out_.Put(": ");
         }
-        out_ += className;
+        out_.Put(className);
         if (flags & ffChildPos) {
-            out_ += '[';
-            out_ += std::to_string(childPos);
-            out_ += ']';
+            out_.Put('[');
+            out_.Number(childPos);
+            out_.Put(']');
         }
-        out_ += "\r\n";
-        while (!r_.EndOfList())
+        out_.Put("\r\n");
+        while (r_.Peek() != vaNull)
             ConvertProperty(indent + 2);
-        r_.ReadListEnd();
-        while (!r_.EndOfList())
+        r_.ListEnd();
+        while (r_.Peek() != vaNull)
             ConvertObject(indent + 2);
-        r_.ReadListEnd();
+        r_.ListEnd();
         Indent(indent);
-        out_ += "end\r\n";
+        out_.Put("end\r\n");
         Maybeflush();
     }
 
     void ConvertProperty(int indent) {
         Indent(indent);
-        out_ += CheckedName(r_.ReadStr(), true, false);
-        out_ += " = ";
+        PutName(true, false);
+        out_.Put(" = ");
         ConvertValue(indent);
-        out_ += "\r\n";
+        out_.Put("\r\n");
         Maybeflush();
     }
 
+    // Quoted runs of printable units, the others by number as #nn, broken into lines of at most
+    // LineLength units joined by " +".
     template <class Unit, class Printable>
     void WriteQuoted(const Unit* s, size_t len, int indent, Printable printable) {
         if (len == 0) {
-            out_ += "''";
+            out_.Put("''");
             return;
         }
         if (len > LineLength) NewLine(indent + 2);
         size_t i = 0, lineStart = 0;
         while (i < len) {
-            bool lineBreak = false;
             if (printable(s[i])) {
-                out_ += '\'';
-                do {
-                    if (s[i] == '\'')
-                        out_ += "''";
-                    else
-                        out_ += static_cast<char>(s[i]);
-                    ++i;
-                } while (i < len && printable(s[i]) && i - lineStart < LineLength);
-                out_ += '\'';
+                size_t end = std::min(len, lineStart + LineLength);
+                if (end <= i) end = i + 1; // a run takes at least one unit
+                size_t j = i + 1;
+                while (j < end && printable(s[j]))
+                    ++j;
+                // Each unit takes one byte, an apostrophe two; the run is quoted.
+                char* p = out_.Room(2 * (j - i) + 2);
+                char* start = p;
+                *p++ = '\'';
+                for (size_t k = i; k < j; ++k) {
+                    char c = static_cast<char>(s[k]);
+                    *p++ = c;
+                    if (c == '\'') *p++ = '\'';
+                }
+                *p++ = '\'';
+                out_.Commit(static_cast<size_t>(p - start));
+                i = j;
             } else {
-                out_ += '#';
-                out_ += std::to_string(static_cast<uint32_t>(s[i]));
+                out_.Put('#');
+                out_.Number(static_cast<uint32_t>(s[i]));
                 ++i;
             }
-            if (i - lineStart >= LineLength) lineBreak = true;
-            if (lineBreak && i < len) {
-                out_ += " +";
+            if (i - lineStart >= LineLength && i < len) {
+                out_.Put(" +");
                 NewLine(indent + 2);
                 lineStart = i;
             }
@@ -557,8 +811,8 @@ private:
     // Bytes of the code page stand as they are; control characters, DEL among them, are
     // written by number, as in wide strings, so that a string reads back to the same text
     // whichever form the stream held it in.
-    void WriteString(const std::string& s, int indent) {
-        WriteQuoted(reinterpret_cast<const unsigned char*>(s.data()), s.size(), indent,
+    void WriteString(const char* s, size_t len, int indent) {
+        WriteQuoted(reinterpret_cast<const unsigned char*>(s), len, indent,
                     [](unsigned char c) { return c >= 32 && c != 127; });
     }
 
@@ -568,133 +822,157 @@ private:
 
     void ConvertValue(int indent) {
         static const char hex[] = "0123456789ABCDEF";
-        switch (r_.NextValue()) {
+        switch (r_.Peek()) {
         case vaList: {
             Enter(indent / 2);
-            r_.ReadValue();
-            out_ += '(';
-            while (!r_.EndOfList()) {
+            r_.Byte();
+            out_.Put('(');
+            while (r_.Peek() != vaNull) {
                 NewLine(indent + 2);
                 ConvertValue(indent + 2);
             }
-            r_.ReadListEnd();
-            out_ += ')';
+            r_.ListEnd();
+            out_.Put(')');
             break;
         }
         case vaInt8:
         case vaInt16:
         case vaInt32:
+            out_.Number(r_.Integer());
+            break;
         case vaInt64:
-            out_ += std::to_string(r_.ReadInt64());
+            r_.Byte();
+            out_.Number(static_cast<int64_t>(r_.Raw64()));
             break;
-        case vaExtended:
-            out_ += FormatStreamFloat(r_.ReadFloat());
-            break;
-        case vaSingle:
-            out_ += FormatShortest(r_.ReadSingle());
-            out_ += 's';
-            break;
-        case vaCurrency: {
-            r_.ReadValue();
-            uint8_t b[8];
-            r_.Read(b, 8);
-            uint64_t raw = 0;
-            for (int i = 7; i >= 0; --i)
-                raw = raw << 8 | b[i];
-            out_ += std::to_string(static_cast<int64_t>(raw));
-            out_ += 'c';
+        case vaExtended: {
+            r_.Byte();
+            uint8_t b[10];
+            r_.Bytes(b, 10);
+            out_.Put(FormatStreamFloat(BytesToExtended(b)));
             break;
         }
-        case vaDate:
-            out_ += FormatShortest(r_.ReadDate());
-            out_ += 'd';
+        case vaSingle:
+            out_.Put(FormatShortest(r_.ReadSingle()));
+            out_.Put('s');
             break;
-        case vaString:
+        case vaCurrency:
+            r_.Byte();
+            out_.Number(static_cast<int64_t>(r_.Raw64()));
+            out_.Put('c');
+            break;
+        case vaDate:
+            out_.Put(FormatShortest(r_.ReadDate()));
+            out_.Put('d');
+            break;
+        case vaString: {
+            r_.Byte();
+            std::string_view s = Str(scratch_);
+            WriteString(s.data(), s.size(), indent);
+            break;
+        }
         case vaLString:
-            WriteString(r_.ReadString(), indent);
+            r_.ReadString().swap(scratch_);
+            WriteString(scratch_.data(), scratch_.size(), indent);
             break;
         case vaWString:
         case vaUTF8String:
             WriteWide(r_.ReadWideString(), indent);
             break;
         case vaIdent:
+            r_.Byte();
+            PutName(true, false);
+            break;
         case vaFalse:
+            r_.Byte();
+            out_.Put("False");
+            break;
         case vaTrue:
+            r_.Byte();
+            out_.Put("True");
+            break;
         case vaNil:
+            r_.Byte();
+            out_.Put("nil");
+            break;
         case vaNull:
-            out_ += CheckedName(r_.ReadIdent(), true, false);
+            r_.Byte();
+            out_.Put("Null");
             break;
         case vaBinary: {
-            r_.ReadValue();
+            r_.Byte();
             uint8_t b[4];
-            r_.Read(b, 4);
+            r_.Bytes(b, 4);
             uint32_t count =
                 uint32_t(b[0]) | uint32_t(b[1]) << 8 | uint32_t(b[2]) << 16 | uint32_t(b[3]) << 24;
-            out_ += '{';
+            out_.Put('{');
             uint8_t line[32];
             while (count > 0) {
                 uint32_t n = std::min<uint32_t>(count, 32);
-                r_.Read(line, n);
+                r_.Bytes(line, n);
                 count -= n;
                 NewLine(indent + 2);
+                char* p = out_.Room(2 * n);
                 for (uint32_t i = 0; i < n; ++i) {
-                    out_ += hex[line[i] >> 4];
-                    out_ += hex[line[i] & 15];
+                    p[2 * i] = hex[line[i] >> 4];
+                    p[2 * i + 1] = hex[line[i] & 15];
                 }
+                out_.Commit(2 * n);
                 Maybeflush();
             }
-            out_ += '}';
+            out_.Put('}');
             break;
         }
         case vaSet: {
-            r_.ReadValue();
-            out_ += '[';
+            r_.Byte();
+            out_.Put('[');
             bool first = true;
             for (;;) {
-                std::string s = r_.ReadStr();
+                std::string_view s = Str(scratch_);
                 if (s.empty()) break;
-                if (!first) out_ += ", ";
+                CheckName(s, false, false);
+                if (!first) out_.Put(", ");
                 first = false;
-                out_ += CheckedName(s, false, false);
+                out_.Put(s);
             }
-            out_ += ']';
+            out_.Put(']');
             break;
         }
         case vaCollection: {
             Enter(indent / 2);
-            r_.ReadValue();
-            out_ += '<';
-            while (!r_.EndOfList()) {
+            r_.Byte();
+            out_.Put('<');
+            while (r_.Peek() != vaNull) {
                 NewLine(indent + 2);
-                out_ += "item";
-                TValueType v = r_.NextValue();
+                out_.Put("item");
+                uint8_t v = r_.Peek();
                 if (v == vaInt8 || v == vaInt16 || v == vaInt32) {
-                    out_ += '[';
-                    out_ += std::to_string(r_.ReadInteger());
-                    out_ += ']';
+                    out_.Put('[');
+                    out_.Number(r_.Integer());
+                    out_.Put(']');
                 }
-                out_ += "\r\n";
-                r_.ReadListBegin();
-                while (!r_.EndOfList())
+                out_.Put("\r\n");
+                r_.ListBegin();
+                while (r_.Peek() != vaNull)
                     ConvertProperty(indent + 4);
-                r_.ReadListEnd();
+                r_.ListEnd();
                 Indent(indent + 2);
-                out_ += "end";
+                out_.Put("end");
             }
-            r_.ReadListEnd();
-            out_ += '>';
+            r_.ListEnd();
+            out_.Put('>');
             break;
         }
         default: {
-            uint8_t v = r_.ReadValue();
+            uint8_t v = r_.Byte();
             throw EReadError("Unknown value type " + std::to_string(v) + " in stream");
         }
         }
     }
 
-    TReader r_;
+    ByteReader r_;
     TStream* output_;
-    std::string out_;
+    TextBuffer out_;
+    std::string scratch_;
 };
 
 // ---------------------------------------------------------------------------------------------

@@ -7,12 +7,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 
@@ -137,6 +142,54 @@ TEST(ObjectTextLayout, FloatsKeepAtMostEighteenDigitsAndAlwaysReadAsFloats) {
     EXPECT_EQ(FormatStreamFloat(1.0L / 3), "0.333333333333333333");
     // A double's value needs more than 18 digits in extended precision; it is rounded there.
     EXPECT_EQ(FormatStreamFloat(static_cast<long double>(0.1)), "0.100000000000000006");
+}
+
+// The layout a float's text must have, found by trial with printf and strtold: the fewest
+// significant digits, at most 18, that read back as the value, then %g at the larger of that
+// and the whole digits (at most 18), the exponent without "+" or leading zeros, and ".0" when
+// neither a point nor an exponent shows.
+std::string StreamFloatByTrial(long double v) {
+    char buf[80];
+    int digits = 18;
+    for (int p = 1; p <= 18; ++p) {
+        std::snprintf(buf, sizeof buf, "%.*Le", p - 1, v);
+        if (std::strtold(buf, nullptr) == v) {
+            digits = p;
+            break;
+        }
+    }
+    std::snprintf(buf, sizeof buf, "%.*Le", digits - 1, v);
+    int exponent = std::atoi(std::strchr(buf, 'e') + 1);
+    int precision = std::max({digits, std::min(exponent + 1, 18), 1});
+    std::snprintf(buf, sizeof buf, "%.*Lg", precision, v);
+    std::string s = buf;
+    if (size_t e = s.find('e'); e != std::string::npos) {
+        int x = std::atoi(s.c_str() + e + 1);
+        s = s.substr(0, e) + "E" + std::to_string(x);
+    }
+    if (s.find_first_of(".E") == std::string::npos) s += ".0";
+    return s;
+}
+
+TEST(ObjectTextLayout, FloatTextIsTheShortestThatReadsBack) {
+    std::vector<long double> values = {0.0L, -0.0L, 1, -1, 0.5L, 0.25L, 123.25L, 1e17L, 1e18L,
+                                       1e19L, 123456789012345678.0L, 1234567890123456789.0L,
+                                       99999999999999999.0L, 0.0001220703125L, 0.00006103515625L,
+                                       9.5367431640625e-07L, 3.0517578125e-05L, 1e38L, 2e38L,
+                                       1e300L, 0.1L, 1.0L / 3, 65536.5L, -7.75e20L};
+    // Binary fractions and large whole numbers have short exact decimals; the others come from
+    // random bits.
+    std::mt19937_64 rng(2024);
+    for (int i = 0; i < 3000; ++i) {
+        long double m = static_cast<long double>(static_cast<int64_t>(rng() >> (rng() % 64)));
+        values.push_back(std::ldexp(m, static_cast<int>(rng() % 200) - 120));
+        values.push_back(static_cast<long double>(std::bit_cast<double>(rng())));
+        values.push_back(std::ldexp(static_cast<long double>(rng()), static_cast<int>(rng() % 40)));
+    }
+    for (long double v : values) {
+        if (!std::isfinite(v)) continue;
+        ASSERT_EQ(FormatStreamFloat(v), StreamFloatByTrial(v)) << std::hexfloat << v;
+    }
 }
 
 TEST(ObjectTextLayout, SubnormalFloatsReadBackAsTheyWereWritten) {
