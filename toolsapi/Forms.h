@@ -3,6 +3,9 @@
 // (forms, active form and control, cursor, size), hidden message windows with posted messages,
 // the mouse capture, and the tab row of the IDE's edit window.
 //
+// It also has the platform's plain window operations on the IDE's widgets (show, hide,
+// reparent, move), with which a package borrows one of the IDE's windows and gives it back.
+//
 // These are abstract classes; the host implements them and sets Application and Screen before
 // it loads the add-in. Widgets are Qt types, named here only by declaration. A host without
 // windows leaves both pointers empty, and the free routines below then do nothing.
@@ -60,6 +63,7 @@ enum TCursor : int16_t {
 
 // Window messages keep the platform's numbers.
 constexpr uint32_t WM_NULL = 0x0000;
+constexpr uint32_t WM_SETFOCUS = 0x0007;
 constexpr uint32_t WM_SETREDRAW = 0x000B;
 constexpr uint32_t WM_CANCELMODE = 0x001F;
 constexpr uint32_t WM_USER = 0x0400;
@@ -109,6 +113,17 @@ public:
 
     // Sets or, with an empty proc, removes the update handler of an action.
     virtual void SetActionUpdate(QAction* action, TActionUpdateProc proc) = 0;
+    // The execute handler of one of the IDE's actions or tool buttons (the platform's OnExecute
+    // and OnClick): what the IDE runs when the action triggers, with nullptr as Sender. A package
+    // reads it, puts its own in its place and puts the old one back when it goes. An action
+    // whose work the IDE does not run through such a handler gives an empty one; setting one
+    // on it makes the IDE run that handler too.
+    virtual TNotifyEvent GetActionExecute(QAction* action) = 0;
+    virtual void SetActionExecute(QAction* action, TNotifyEvent handler) = 0;
+    // The main form's OnShow: run each time the main form is shown, with nullptr as Sender. The
+    // IDE loads its packages before it shows the main form, so a package sees the first show.
+    virtual TNotifyEvent GetOnMainFormShow() = 0;
+    virtual void SetOnMainFormShow(TNotifyEvent handler) = 0;
     // Runs the update handlers of all actions now, as the idle update does.
     virtual void UpdateActions() = 0;
 
@@ -159,6 +174,25 @@ void DeallocateHWnd(HWND wnd);
 bool PostMessage(HWND wnd, uint32_t msg, uintptr_t wParam, intptr_t lParam);
 intptr_t SendMessage(HWND wnd, uint32_t msg, uintptr_t wParam, intptr_t lParam);
 QWidget* GetCapture();
+
+// The platform's window operations on a widget of the application, whose handle is the widget.
+// They work below the IDE's own bookkeeping, as on the platform: SetParent hangs a window into
+// another (or, with no new parent, makes it a window of its own again) and keeps its visibility
+// and its flags for the way back; SetWindowPos moves or sizes it as the flags allow.
+constexpr int SW_HIDE = 0;
+constexpr int SW_SHOW = 5;
+constexpr uint32_t SWP_NOSIZE = 0x0001;
+constexpr uint32_t SWP_NOMOVE = 0x0002;
+constexpr uint32_t SWP_NOZORDER = 0x0004;
+constexpr uint32_t SWP_NOACTIVATE = 0x0010;
+// Whether the window was visible before.
+bool ShowWindow(HWND wnd, int cmdShow);
+// The old parent; nullptr for a window that was a window of its own, or for no window.
+HWND SetParent(HWND child, HWND newParent);
+bool SetWindowPos(HWND wnd, HWND insertAfter, int x, int y, int cx, int cy, uint32_t flags);
+bool IsWindowVisible(HWND wnd);
+// Whether the handle is a live widget; a handle of a destroyed one gives false.
+bool IsWindow(HWND wnd);
 
 // ---------------------------------------------------------------------------------------------
 // The tab row of the edit window ("TabControl"): one tab per page, each with an object that

@@ -103,10 +103,7 @@ QWidget* TopLevelWidget(HWND wnd) {
 }
 
 QWidget* AnyWidget(HWND wnd) {
-    if (!wnd) return nullptr;
-    for (QWidget* w : QApplication::allWidgets())
-        if (w == wnd) return w;
-    return nullptr;
+    return IsWindow(wnd) ? static_cast<QWidget*>(wnd) : nullptr;
 }
 
 constexpr int VK_LBUTTON = 0x01, VK_RBUTTON = 0x02, VK_MBUTTON = 0x04, VK_SHIFT = 0x10,
@@ -377,7 +374,20 @@ bool TWorkbenchApplication::IsHiddenWindow(HWND wnd) const {
 }
 
 bool TWorkbenchApplication::PostMessage(HWND wnd, uint32_t msg, uintptr_t wParam, intptr_t lParam) {
-    if (!IsHiddenWindow(wnd)) return false;
+    if (!IsHiddenWindow(wnd)) {
+        QWidget* w = AnyWidget(wnd);
+        if (!w) return false;
+        // A control told that it has the focus takes it, and its window comes to the front.
+        if (msg == WM_SETFOCUS)
+            QMetaObject::invokeMethod(
+                w,
+                [w] {
+                    w->window()->activateWindow();
+                    w->setFocus(Qt::OtherFocusReason);
+                },
+                Qt::QueuedConnection);
+        return true;
+    }
     postEvent(static_cast<THiddenWindow*>(wnd),
               new TMessageEvent(TMessage{msg, wParam, lParam, 0}));
     return true;
@@ -415,6 +425,26 @@ void TWorkbenchApplication::SetActionUpdate(QAction* action, TActionUpdateProc p
     updates_[action] = std::move(proc);
     if (!known)
         connect(action, &QObject::destroyed, this, [this, action] { updates_.erase(action); });
+}
+
+TNotifyEvent TWorkbenchApplication::GetActionExecute(QAction* action) {
+    auto it = executes_.find(action);
+    return it == executes_.end() ? TNotifyEvent() : it->second;
+}
+
+void TWorkbenchApplication::SetActionExecute(QAction* action, TNotifyEvent handler) {
+    if (!action) return;
+    if (!executes_.count(action)) {
+        connect(action, &QAction::triggered, this, [this, action] {
+            if (TNotifyEvent run = GetActionExecute(action)) run(nullptr);
+        });
+        connect(action, &QObject::destroyed, this, [this, action] { executes_.erase(action); });
+    }
+    executes_[action] = handler;
+}
+
+void TWorkbenchApplication::MainFormShown() {
+    if (onMainFormShow_) onMainFormShow_(nullptr);
 }
 
 void TWorkbenchApplication::RunUpdate(QAction* action) {

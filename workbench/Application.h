@@ -54,6 +54,10 @@ public:
     void ShowException(rtl::Exception* e) override;
     void ProcessMessages() override;
     void SetActionUpdate(QAction* action, ToolsAPI::TActionUpdateProc proc) override;
+    ToolsAPI::TNotifyEvent GetActionExecute(QAction* action) override;
+    void SetActionExecute(QAction* action, ToolsAPI::TNotifyEvent handler) override;
+    ToolsAPI::TNotifyEvent GetOnMainFormShow() override { return onMainFormShow_; }
+    void SetOnMainFormShow(ToolsAPI::TNotifyEvent handler) override { onMainFormShow_ = handler; }
     void UpdateActions() override;
     ToolsAPI::HWND AllocateHWnd(ToolsAPI::TWndMethod method) override;
     void DeallocateHWnd(ToolsAPI::HWND wnd) override;
@@ -78,6 +82,8 @@ public:
 
     // The workbench's side.
     void SetMainForm(QWidget* form) { mainForm_ = form; }
+    // The main form calls this when it has been shown; it runs OnShow.
+    void MainFormShown();
     // How an error is shown to the user: by default a critical message box owned by the main
     // form. Tests put a recorder here.
     using TErrorBoxProc = std::function<void(const std::string& caption, const std::string& text)>;
@@ -103,6 +109,8 @@ private:
     ToolsAPI::TCursor cursor_ = ToolsAPI::crDefault;
     TErrorBoxProc errorBox_;
     std::map<QAction*, ToolsAPI::TActionUpdateProc> updates_;
+    std::map<QAction*, ToolsAPI::TNotifyEvent> executes_;
+    ToolsAPI::TNotifyEvent onMainFormShow_;
     std::set<THiddenWindow*> hiddenWindows_;
     QElapsedTimer sinceIdle_;
     QTimer* idleTimer_ = nullptr;

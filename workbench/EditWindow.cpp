@@ -4,6 +4,7 @@
 #include "toolsapi/QtBridge.h"
 #include "workbench/Application.h"
 
+#include <QChildEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -152,6 +153,13 @@ TEditWindowForm::TEditWindowForm(TIDEModel* model, TEditWindow* window, QWidget*
     connect(editor_, &TSourceEdit::StateChanged, this, [this] { UpdateStatus(); });
     setFocusProxy(editor_);
     SyncPages();
+}
+
+bool TEditWindowForm::event(QEvent* e) {
+    if (e->type() == QEvent::ChildAdded && static_cast<QChildEvent*>(e)->child() == editor_)
+        if (auto* box = qobject_cast<QVBoxLayout*>(layout()); box && box->indexOf(editor_) < 0)
+            box->insertWidget(1, editor_, 1);
+    return QWidget::event(e);
 }
 
 TEditWindowForm::~TEditWindowForm() {

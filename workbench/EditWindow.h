@@ -50,6 +50,9 @@ public:
     TEditTabControl* TabControl() const { return tabs_; }
     TSourceEdit* Editor() const { return editor_; }
     TEditWindow* Window() const { return window_.get(); }
+    // Whether the editor has been hung into another window; it stands in its place again, and
+    // follows the window's size, once it is given back.
+    bool EditorLent() const { return editor_->parentWidget() != this; }
 
     // Brings the tab row in line with the model: pages of closed views go, pages of new views
     // are added at the end (the row's own order is kept), and the model's top view of this
@@ -62,6 +65,9 @@ public:
 
 signals:
     void PageChanged();
+
+protected:
+    bool event(QEvent* event) override;
 
 private:
     void ShowCurrentTab();

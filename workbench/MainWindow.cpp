@@ -27,6 +27,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
+#include <QShowEvent>
 #include <QStyle>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -55,7 +56,20 @@ const char* kNoCompiler = "The workbench edits sources; it has no compiler or de
 
 } // namespace
 
-TMainForm::TMainForm(TIDEModel* model) : model_(model) {
+// The click handlers of the view tool bar's buttons, as the execute handlers of the IDE's
+// actions are: methods of an object, which a package can tell apart from its own.
+class TMainForm::TViewButtons : public rtl::TObject {
+public:
+    explicit TViewButtons(TMainForm* form) : form_(form) {}
+    void ViewUnit(rtl::TObject*) { form_->ViewUnits(); }
+    void ViewForm(rtl::TObject*) { form_->ViewForms(); }
+
+private:
+    TMainForm* form_;
+};
+
+TMainForm::TMainForm(TIDEModel* model)
+    : model_(model), viewButtons_(std::make_unique<TViewButtons>(this)) {
     setObjectName(QStringLiteral("AppBuilder"));
     setWindowTitle(QStringLiteral("Zelvane Workbench"));
     if (auto* app = TWorkbenchApplication::Instance()) app->SetMainForm(this);
@@ -465,11 +479,15 @@ void TMainForm::CreateToolBars() {
     auto* viewUnit =
         new QAction(st->standardIcon(QStyle::SP_FileIcon), QStringLiteral("View Unit"), this);
     viewUnit->setObjectName(QStringLiteral("ViewUnitButton"));
-    connect(viewUnit, &QAction::triggered, this, &TMainForm::ViewUnits);
     auto* viewForm = new QAction(st->standardIcon(QStyle::SP_FileDialogDetailedView),
                                  QStringLiteral("View Form"), this);
     viewForm->setObjectName(QStringLiteral("ViewFormButton"));
-    connect(viewForm, &QAction::triggered, this, &TMainForm::ViewForms);
+    if (Application) {
+        Application->SetActionExecute(
+            viewUnit, TNotifyEvent::Of<&TViewButtons::ViewUnit>(viewButtons_.get()));
+        Application->SetActionExecute(
+            viewForm, TNotifyEvent::Of<&TViewButtons::ViewForm>(viewButtons_.get()));
+    }
     for (QAction* a : {viewUnit, viewForm}) {
         viewBar->addAction(a);
         if (Application)
@@ -576,10 +594,11 @@ void TMainForm::HookModel() {
 
 void TMainForm::SyncEditWindow() {
     editWindow_->SyncPages();
-    // As in the IDE, the edit window goes with its last page and comes back with the next one.
+    // As in the IDE, the edit window goes with its last page and comes back with the next one;
+    // while its editor is lent out, whoever borrowed it shows the window again.
     if (editWindow_->TabControl()->count() == 0)
         editWindow_->hide();
-    else if (isVisible() && !editWindow_->isVisible())
+    else if (isVisible() && !editWindow_->isVisible() && !editWindow_->EditorLent())
         editWindow_->show();
 }
 
@@ -894,6 +913,12 @@ bool TMainForm::ShowCPUWindow() {
     cpuWindow_->raise();
     cpuWindow_->activateWindow();
     return true;
+}
+
+void TMainForm::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (event->spontaneous()) return;
+    if (auto* app = TWorkbenchApplication::Instance()) app->MainFormShown();
 }
 
 void TMainForm::closeEvent(QCloseEvent* event) {

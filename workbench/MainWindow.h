@@ -10,8 +10,11 @@
 // a package's action takes a shortcut that one of the IDE's own has, the package's wins, and
 // the IDE's action gets its shortcut back when the package's lets go of it.
 //
-// The tool bar buttons "View Unit" and "View Form" run the slots ViewUnits and ViewForms; whoever
-// takes the buttons over puts them back by connecting the action's triggered() to those slots.
+// The tool bar buttons "View Unit" and "View Form" run their execute handlers, which the
+// application services hand out (GetActionExecute); the workbench's own run ViewUnits and
+// ViewForms. A package that takes the buttons over puts the handlers it found back.
+//
+// The main form runs the application's OnMainFormShow each time it is shown.
 #pragma once
 
 #include "workbench/cpu/CPUView.h"
@@ -23,6 +26,7 @@
 #include <QStringList>
 
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 
@@ -85,6 +89,7 @@ public slots:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     bool event(QEvent* event) override;
 
 private:
@@ -128,7 +133,10 @@ private:
     // The modal list of the IDE: the names given, the chosen indexes back (none on Cancel).
     std::vector<int> ChooseModules(const QString& title, const QStringList& names);
 
+    class TViewButtons;
+
     DelphiInterface<TIDEModel> model_;
+    std::unique_ptr<TViewButtons> viewButtons_;
     TEditWindowForm* editWindow_ = nullptr;
     QWidget* projectManager_ = nullptr;
     QTreeWidget* projectTree_ = nullptr;

@@ -99,10 +99,9 @@ int main(int argc, char** argv) {
         if (parser.isSet(snapshotOpt))
             mainForm.SetSnapshotFile(QFileInfo(parser.value(snapshotOpt)).absoluteFilePath().toStdString());
         mainForm.ArrangeWindows();
-        mainForm.ShowAll();
-        if (parser.isSet(cpuOpt)) Guarded(nullptr, [&] { mainForm.ShowCPUWindow(); });
 
-        // The packages come once the IDE is up, as design-time packages load into a running IDE.
+        // The packages load once the IDE's windows are made and before the main form shows, as
+        // design-time packages load at the IDE's start: they see the main form's first show.
         TPackageListOptions options;
         for (const QString& p : parser.values(packageOpt))
             options.Packages.push_back(p.toStdString());
@@ -116,6 +115,8 @@ int main(int argc, char** argv) {
         for (const auto& r : loader.Reports())
             reports << QString::fromStdString(r);
         mainForm.SetPackageInfo(loaded, reports);
+        mainForm.ShowAll();
+        if (parser.isSet(cpuOpt)) Guarded(nullptr, [&] { mainForm.ShowCPUWindow(); });
 
         if (parser.isSet(shotOpt)) {
             QString file = parser.value(shotOpt);

@@ -144,6 +144,83 @@ QAction* ToolButton(QToolBar* bar, const QString& caption) {
     return nullptr;
 }
 
+// What a package does to take over a button and to see the IDE come up.
+struct TProbe : rtl::TObject {
+    int Clicks = 0, Shows = 0;
+    void Click(rtl::TObject*) { ++Clicks; }
+    void Shown(rtl::TObject*) { ++Shows; }
+};
+
+TEST_F(WorkbenchTest, AButtonsHandlerCanBeReplacedAndRestoredAndTheMainFormsShowIsAnnounced) {
+    QAction* viewUnit = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
+                                   QStringLiteral("View Unit"));
+    TProbe probe;
+    TNotifyEvent own = Application->GetActionExecute(viewUnit);
+    ASSERT_TRUE(own);
+    Application->SetActionExecute(viewUnit, TNotifyEvent::Of<&TProbe::Click>(&probe));
+    viewUnit->trigger();
+    EXPECT_EQ(probe.Clicks, 1);
+    Application->SetActionExecute(viewUnit, own);
+    QString dialog;
+    WhenModal([&](QWidget* w) {
+        dialog = w->objectName();
+        w->close();
+    });
+    viewUnit->trigger();
+    EXPECT_EQ(dialog, QStringLiteral("ViewUnitDialog"));
+    EXPECT_EQ(probe.Clicks, 1);
+
+    Application->SetOnMainFormShow(TNotifyEvent::Of<&TProbe::Shown>(&probe));
+    main->hide();
+    main->show();
+    Application->SetOnMainFormShow(nullptr);
+    EXPECT_EQ(probe.Shows, 1);
+}
+
+TEST_F(WorkbenchTest, DesignerWindowAndEditorLentByWindowOperationsComeBackToTheirPlaces) {
+    QWidget host;
+    host.resize(600, 400);
+    host.show();
+    model->OpenModuleFile(File("Settings.pas"), TOpenMode::Show);
+    QApplication::processEvents();
+    QWidget* designer = main->Designers()->Windows().back();
+    designer->show();
+    designer->move(120, 80);
+    const QPoint home = designer->pos();
+    const Qt::WindowFlags flags = designer->windowFlags();
+    SetParent(designer, &host);
+    EXPECT_FALSE(designer->isWindow());
+    EXPECT_TRUE(designer->isVisible());
+    SetWindowPos(designer, nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+    EXPECT_EQ(designer->pos(), QPoint(0, 0));
+    SetParent(designer, nullptr);
+    designer->move(home);
+    EXPECT_TRUE(designer->isWindow());
+    EXPECT_EQ(designer->windowFlags(), flags);
+    EXPECT_EQ(designer->pos(), home);
+    EXPECT_TRUE(IsWindow(designer));
+    auto* gone = new QWidget;
+    delete gone;
+    EXPECT_FALSE(IsWindow(gone));
+
+    // The editor lent out: the edit window stays hidden while pages come and go, and takes the
+    // editor back into its layout.
+    const QRect editorHome = Editor()->geometry();
+    Editor()->setParent(&host);
+    Editor()->show();
+    ShowWindow(EditWindow(), SW_HIDE);
+    Open("Utils.pas");
+    EXPECT_FALSE(EditWindow()->isVisible());
+    Editor()->setParent(EditWindow());
+    Editor()->show();
+    ShowWindow(EditWindow(), SW_SHOW);
+    QApplication::processEvents();
+    EXPECT_EQ(Editor()->geometry(), editorHome);
+    EditWindow()->resize(EditWindow()->size() + QSize(30, 20));
+    QApplication::processEvents();
+    EXPECT_EQ(Editor()->size(), editorHome.size() + QSize(30, 20));
+}
+
 TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
     QAction* viewUnit = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
                                    QStringLiteral("View Unit"));
