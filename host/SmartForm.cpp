@@ -7,6 +7,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QEventLoop>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QShowEvent>
@@ -76,9 +77,35 @@ void TSmartForm::showEvent(QShowEvent* event) {
     FormShow();
 }
 
+int TSmartForm::ShowModal() {
+    modalResult_ = mrNone;
+    setWindowModality(Qt::ApplicationModal);
+    QEventLoop loop;
+    modalLoop_ = &loop;
+    show();
+    raise();
+    activateWindow();
+    if (isVisible() && modalResult_ == mrNone) loop.exec(QEventLoop::DialogExec);
+    modalLoop_ = nullptr;
+    setWindowModality(Qt::NonModal);
+    return modalResult_;
+}
+
+void TSmartForm::SetModalResult(int value) {
+    modalResult_ = value;
+    if (value != mrNone && modalLoop_) close();
+}
+
 void TSmartForm::closeEvent(QCloseEvent* event) {
     FormClose();
     QWidget::closeEvent(event);
+    if (!modalLoop_) return;
+    if (!event->isAccepted()) {
+        modalResult_ = mrNone;
+        return;
+    }
+    if (modalResult_ == mrNone) modalResult_ = mrCancel;
+    modalLoop_->quit();
 }
 
 } // namespace zelvane

@@ -16,8 +16,14 @@
 #include <string>
 
 class QAction;
+class QEventLoop;
 
 namespace zelvane {
+
+// The results of a modal run, with the platform's numbers.
+constexpr int mrNone = 0;
+constexpr int mrOk = 1;
+constexpr int mrCancel = 2;
 
 class TSmartForm : public QWidget {
     Q_OBJECT
@@ -30,6 +36,13 @@ public:
     QAction* scExit() const { return scExit_; }
     bool AutoSavePlacement = false;
     std::string FormPlacement;
+
+    // The platform's modal run: the form shows, the rest of the application takes no input, and
+    // the call returns once ModalResult is set (the form then closes) or the form is closed
+    // otherwise (mrCancel).
+    int ShowModal();
+    int ModalResult() const { return modalResult_; }
+    void SetModalResult(int value);
 
     // The platform's form events, in the order they come.
     virtual void FormCreate();
@@ -55,6 +68,8 @@ private:
     QAction* scSavePlacement_;
     QAction* scExit_;
     bool shown_ = false;
+    int modalResult_ = mrNone;
+    QEventLoop* modalLoop_ = nullptr;
 };
 
 // Makes a form and runs its create step, as the platform does after a form's constructor.
