@@ -3,6 +3,7 @@
 // experts' files, so that the order of the slots is plain and no linker can drop one.
 #include "experts/block/BlockMng.h"
 #include "experts/units/UnitMng.h"
+#include "experts/viewer/FormView.h"
 #include "host/ExpMng.h"
 #include "locale/LocaleIds.h"
 #include "toolsapi/Package.h"
@@ -16,6 +17,7 @@ using namespace zelvane;
 struct TPackageUnits {
     TPackageUnits() {
         InitExpMngUnit();
+        RegisterExpClass(TViewFormMng::StaticClass(), 1, "FormUnitView", SFormUnitView);
         RegisterExpClass(TBlockMng::StaticClass(), 4, "EditorManager", SUnitEditorExpert);
         RegisterExpClass(TUnitManager::StaticClass(), 5, "UnitManager", SUnitManagerExpert);
     }

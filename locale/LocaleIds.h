@@ -51,9 +51,41 @@ constexpr int SLabelMoveDownUnitShortCut = 51261;
 constexpr int SLabelMoveUpUnitShortCut = 51262;
 constexpr int SLabelShowUnitShortCut = 51263;
 constexpr int SLabelSortUnitsShortCut = 51264;
+constexpr int SLabelDisplacingView = 51181;
+constexpr int SLabelDisplayFormScrollbars = 51182;
+constexpr int SLabelDisplayUnitScrollbars = 51183;
+constexpr int SLabelEditorAutoSave = 51184;
+constexpr int SLabelEditorReadOnly = 51185;
+constexpr int SLabelEllipsisFilePath = 51186;
+constexpr int SLabelFormEnhancedState = 51187;
+constexpr int SLabelSynchronizeModules = 51188;
+constexpr int SLabelToolBarUpdated = 51189;
+constexpr int SLabelSetFocusToModules = 51200;
+constexpr int SLabelSelectFocusedItem = 51201;
+constexpr int SLabelGroupedUnits = 51202;
+constexpr int SLabelSeparatorAllowed = 51203;
+constexpr int SLabelSeparatorColor = 51204;
+constexpr int SLabelSeparatorStyle = 51205;
+constexpr int SLabelExtendedDrawing = 51206;
+constexpr int SLabelFormFont = 51207;
+constexpr int SLabelFormUnitFont = 51208;
+constexpr int SLabelUnitFont = 51209;
 
 // Menu items and window captions.
 constexpr int SUnitManagerCaption = 51010;   // "Unit manager", the window
 constexpr int SUnitManagerItem = 51043;      // "Unit manager", the menu item
+constexpr int SViewFormsItem = 51040;        // "View Forms..."
+constexpr int SViewUnitsItem = 51041;        // "View Units..."
+
+// The module viewer.
+constexpr int SFormsChoice = 51005;          // "Forms"
+constexpr int SUnitsChoice = 51006;          // "Units"
+constexpr int SViewFormCaption = 51007;      // "View Form"
+constexpr int SViewUnitCaption = 51008;      // "View Unit"
+constexpr int SCancelButton = 51011;         // "Cancel"
+constexpr int SMoreButton = 51012;           // "More"
+constexpr int SSynchronizeModules = 51028;   // "Synchronize modules"
+constexpr int SDisplayScrollbars = 51029;    // "Display scrollbars"
+constexpr int SClxFormsNotSupported = 51104; // "CLX forms are not supported."
 
 } // namespace zelvane

@@ -99,6 +99,9 @@ RTL_ENUM(TFontPitch, fpDefault, fpVariable, fpFixed)
 RTL_ENUM(TFontStyle, fsBold, fsItalic, fsUnderline, fsStrikeOut)
 RTL_SET(TFontStyles, TFontStyle)
 
+// How a pen draws its lines.
+RTL_ENUM(TPenStyle, psSolid, psDash, psDot, psDashDot, psDashDotDot, psClear, psInsideFrame)
+
 // Screen resolution used to turn point sizes into pixel heights.
 inline constexpr int kPixelsPerInch = 96;
 
