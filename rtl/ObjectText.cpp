@@ -5,6 +5,7 @@
 #include "rtl/SysUtils.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cfloat>
 #include <charconv>
@@ -22,18 +23,29 @@ namespace {
 
 constexpr int ParseBufSize = 4096;
 
-bool IsAlpha(int c) {
+constexpr bool IsAlpha(int c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
 }
-bool IsDigit(int c) {
+constexpr bool IsDigit(int c) {
     return c >= '0' && c <= '9';
 }
-bool IsHex(int c) {
+constexpr bool IsHex(int c) {
     return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
 }
 int HexValue(int c) {
     return IsDigit(c) ? c - '0' : (c | 0x20) - 'a' + 10;
 }
+
+// The classes of bytes that runs of a token are made of.
+enum : uint8_t { ccAlpha = 1, ccDigit = 2, ccHex = 4 };
+constexpr std::array<uint8_t, 256> CharClasses = [] {
+    std::array<uint8_t, 256> t{};
+    for (int c = 0; c < 256; ++c)
+        t[static_cast<size_t>(c)] = static_cast<uint8_t>((IsAlpha(c) ? ccAlpha : 0) |
+                                                          (IsDigit(c) ? ccDigit : 0) |
+                                                          (IsHex(c) ? ccHex : 0));
+    return t;
+}();
 
 std::string TokenName(char t) {
     switch (t) {
@@ -264,15 +276,56 @@ bool TParser::TokenSymbolIs(std::string_view s) const {
 
 void TParser::SkipBlanks() {
     for (;;) {
-        int c = Peek();
-        if (c < 1 || c > ' ') return;
-        ++FBufPos;
-        if (c == '\n')
-            ++FSourceLine;
-        else if (c == '\r') {
-            ++FSourceLine;
-            if (Peek() == '\n') ++FBufPos;
+        if (FBufPos == FBufEnd && !Refill()) return;
+        const char* buf = FBuf.data();
+        int p = FBufPos;
+        const int end = FBufEnd;
+        bool crAtEnd = false;
+        while (p < end) {
+            auto c = static_cast<unsigned char>(buf[p]);
+            if (c == ' ') {
+                ++p;
+                continue;
+            }
+            if (c > ' ' || c == 0) {
+                FBufPos = p;
+                return;
+            }
+            ++p;
+            if (c == '\r') {
+                ++FSourceLine;
+                if (p == end) {
+                    crAtEnd = true;
+                    break;
+                }
+                if (buf[p] == '\n') ++p;
+            } else if (c == '\n')
+                ++FSourceLine;
+            else
+                continue;
+            // A line's indentation: spaces, eight at a time.
+            uint64_t eight;
+            while (end - p >= 8 &&
+                   (std::memcpy(&eight, buf + p, 8), eight == 0x2020202020202020u))
+                p += 8;
         }
+        FBufPos = p;
+        // A CR that ends the block: its LF, if any, comes with the next.
+        if (crAtEnd && Peek() == '\n') ++FBufPos;
+    }
+}
+
+void TParser::AppendRun(uint8_t classes) {
+    for (;;) {
+        if (FBufPos == FBufEnd && !Refill()) return;
+        const char* buf = FBuf.data();
+        int p = FBufPos;
+        while (p < FBufEnd && (CharClasses[static_cast<unsigned char>(buf[p])] & classes))
+            ++p;
+        FTokenStr.append(buf + FBufPos, static_cast<size_t>(p - FBufPos));
+        bool more = p == FBufEnd;
+        FBufPos = p;
+        if (!more) return;
     }
 }
 
@@ -318,27 +371,27 @@ char TParser::NextToken() {
     } else {
         ++FBufPos;
         FToken = static_cast<char>(c);
-        FTokenStr.assign(1, static_cast<char>(c));
+        FTokenStr.push_back(static_cast<char>(c));
     }
     return FToken;
 }
 
 void TParser::ReadSymbol() {
-    int c;
-    while ((c = Peek()) >= 0 && (IsAlpha(c) || IsDigit(c))) {
-        FTokenStr.push_back(static_cast<char>(c));
-        ++FBufPos;
-    }
+    const char* buf = FBuf.data();
+    int p = FBufPos + 1; // the first byte is a letter
+    while (p < FBufEnd && (CharClasses[static_cast<unsigned char>(buf[p])] & (ccAlpha | ccDigit)))
+        ++p;
+    FTokenStr.assign(buf + FBufPos, static_cast<size_t>(p - FBufPos));
+    FBufPos = p;
+    // A symbol that runs on past the block.
+    if (p == FBufEnd) AppendRun(ccAlpha | ccDigit);
     FToken = toSymbol;
 }
 
 void TParser::ReadNumber(bool negative) {
     if (negative) FTokenStr.push_back('-');
-    int c;
-    while (IsDigit(c = Peek())) {
-        FTokenStr.push_back(static_cast<char>(c));
-        ++FBufPos;
-    }
+    AppendRun(ccDigit);
+    int c = Peek();
     FToken = toInteger;
     if (c == '.' || c == 'e' || c == 'E') {
         FToken = toFloat;
@@ -376,11 +429,7 @@ void TParser::ReadNumber(bool negative) {
 
 void TParser::ReadHexNumber(bool negative) {
     FTokenStr = negative ? "-$" : "$";
-    int c;
-    while (IsHex(c = Peek())) {
-        FTokenStr.push_back(static_cast<char>(c));
-        ++FBufPos;
-    }
+    AppendRun(ccHex);
     if (FTokenStr.size() == (negative ? 2u : 1u)) Error("Invalid integer number: " + FTokenStr);
     FToken = toInteger;
 }
@@ -398,6 +447,15 @@ void TParser::ReadStringToken() {
         if (c == '\'') {
             ++FBufPos;
             for (;;) {
+                if (!FWide) {
+                    // The bytes up to the next apostrophe or line end stand as they are.
+                    const char* buf = FBuf.data();
+                    int p = FBufPos;
+                    while (p < FBufEnd && buf[p] != '\'' && buf[p] != '\r' && buf[p] != '\n')
+                        ++p;
+                    FTokenStr.append(buf + FBufPos, static_cast<size_t>(p - FBufPos));
+                    FBufPos = p;
+                }
                 c = Peek();
                 if (c < 0 || c == '\r' || c == '\n') Error("Unterminated string");
                 ++FBufPos;
@@ -447,11 +505,7 @@ std::string TParser::TokenComponentIdent() {
         ++FBufPos;
         FTokenStr.push_back('.');
         if (!IsAlpha(Peek())) Error("Identifier expected after '.'");
-        int c;
-        while ((c = Peek()) >= 0 && (IsAlpha(c) || IsDigit(c))) {
-            FTokenStr.push_back(static_cast<char>(c));
-            ++FBufPos;
-        }
+        AppendRun(ccAlpha | ccDigit);
     }
     return FTokenStr;
 }
@@ -978,6 +1032,89 @@ private:
 // ---------------------------------------------------------------------------------------------
 // Text to binary
 
+// SameText: equal but for the case of ASCII letters.
+bool SameAscii(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i) {
+        auto x = static_cast<unsigned char>(a[i]), y = static_cast<unsigned char>(b[i]);
+        if (x >= 'a' && x <= 'z') x = static_cast<unsigned char>(x - 32);
+        if (y >= 'a' && y <= 'z') y = static_cast<unsigned char>(y - 32);
+        if (x != y) return false;
+    }
+    return true;
+}
+
+// A TWriter whose byte-sized writes are inline over its buffer. Whatever doesn't fit goes
+// through TWriter::Write, so the bytes reach the stream as the writer's own would.
+class ByteWriter : public TWriter {
+public:
+    using TWriter::TWriter;
+
+    void Byte(uint8_t b) {
+        if (FBufPos == FBufSize) FlushBuffer();
+        FBuffer[static_cast<size_t>(FBufPos++)] = static_cast<char>(b);
+    }
+    void Bytes(const void* data, size_t n) {
+        if (n <= static_cast<size_t>(FBufSize - FBufPos)) {
+            if (n) std::memcpy(FBuffer.data() + FBufPos, data, n);
+            FBufPos += static_cast<int>(n);
+        } else
+            Write(data, static_cast<int64_t>(n));
+    }
+    // As WriteStr, WriteString, WriteIdent and WriteInteger.
+    void Str(std::string_view s) {
+        size_t n = std::min<size_t>(s.size(), 255);
+        Byte(static_cast<uint8_t>(n));
+        Bytes(s.data(), n);
+    }
+    void String(std::string_view s) {
+        if (s.size() <= 255) {
+            Byte(vaString);
+            Str(s);
+        } else
+            WriteString(s);
+    }
+    void Ident(std::string_view ident) {
+        if (SameAscii(ident, "False"))
+            Byte(vaFalse);
+        else if (SameAscii(ident, "True"))
+            Byte(vaTrue);
+        else if (SameAscii(ident, "nil"))
+            Byte(vaNil);
+        else if (SameAscii(ident, "Null"))
+            Byte(vaNull);
+        else {
+            Byte(vaIdent);
+            Str(ident);
+        }
+    }
+    void Integer(int64_t v) {
+        uint8_t b[5];
+        if (v >= -128 && v <= 127) {
+            b[0] = vaInt8;
+            b[1] = static_cast<uint8_t>(v);
+            Bytes(b, 2);
+        } else if (v >= -32768 && v <= 32767) {
+            b[0] = vaInt16;
+            b[1] = static_cast<uint8_t>(v);
+            b[2] = static_cast<uint8_t>(v >> 8);
+            Bytes(b, 3);
+        } else if (v >= std::numeric_limits<int32_t>::min() &&
+                   v <= std::numeric_limits<int32_t>::max()) {
+            b[0] = vaInt32;
+            for (int i = 0; i < 4; ++i)
+                b[i + 1] = static_cast<uint8_t>(v >> (8 * i));
+            Bytes(b, 5);
+        } else
+            WriteInteger(v);
+    }
+};
+
+// Whether the token is the symbol word, in any case (as TParser::TokenSymbolIs).
+bool SymbolIs(const TParser& p, std::string_view word) {
+    return p.Token() == toSymbol && SameAscii(p.TokenText(), word);
+}
+
 class TextToBinary {
 public:
     TextToBinary(TStream* input, TStream* output) : p_(input), w_(output) {}
@@ -994,29 +1131,28 @@ private:
     }
 
     bool AtObjectKeyword() const {
-        return p_.TokenSymbolIs("object") || p_.TokenSymbolIs("inherited") ||
-               p_.TokenSymbolIs("inline");
+        return SymbolIs(p_, "object") || SymbolIs(p_, "inherited") || SymbolIs(p_, "inline");
     }
 
     void ConvertObject(int depth) {
         Enter(depth);
         TFilerFlags flags = 0;
-        if (p_.TokenSymbolIs("inherited"))
+        if (SymbolIs(p_, "inherited"))
             flags = ffInherited;
-        else if (p_.TokenSymbolIs("inline"))
+        else if (SymbolIs(p_, "inline"))
             flags = ffInline;
         else
             p_.CheckTokenSymbol("object");
         p_.NextToken();
         p_.CheckToken(toSymbol);
         std::string name;
-        std::string className = p_.TokenString();
+        std::string className = p_.TokenText();
         p_.NextToken();
         if (p_.Token() == ':') {
             p_.NextToken();
             p_.CheckToken(toSymbol);
             name = className;
-            className = p_.TokenString();
+            className = p_.TokenText();
             p_.NextToken();
         }
         int64_t childPos = 0;
@@ -1032,33 +1168,34 @@ private:
             flags |= ffChildPos;
         }
         w_.WritePrefix(flags, static_cast<int32_t>(childPos), className);
-        w_.WriteStr(name);
-        while (!p_.TokenSymbolIs("end") && !AtObjectKeyword())
+        w_.Str(name);
+        while (!SymbolIs(p_, "end") && !AtObjectKeyword())
             ConvertProperty(depth);
-        w_.WriteListEnd();
-        while (!p_.TokenSymbolIs("end"))
+        w_.Byte(vaNull);
+        while (!SymbolIs(p_, "end"))
             ConvertObject(depth + 1);
         // The root's "end" is the last token of this object: what follows belongs to the next.
         if (depth == 0)
             p_.SkipToNextToken();
         else
             p_.NextToken();
-        w_.WriteListEnd();
+        w_.Byte(vaNull);
     }
 
     void ConvertProperty(int depth) {
         p_.CheckToken(toSymbol);
-        std::string name = p_.TokenString();
+        std::string& name = name_;
+        name = p_.TokenText();
         for (;;) {
             p_.NextToken();
             if (p_.Token() != '.') break;
             p_.NextToken();
             p_.CheckToken(toSymbol);
             name += '.';
-            name += p_.TokenString();
+            name += p_.TokenText();
         }
         if (name.size() > 255) p_.Error("Property name too long: " + name.substr(0, 64) + "...");
-        w_.WriteStr(name);
+        w_.Str(name);
         p_.CheckToken('=');
         p_.NextToken();
         ConvertValue(depth + 1);
@@ -1066,12 +1203,12 @@ private:
 
     void ConvertStrings() {
         bool wide = p_.Token() == toWString;
-        std::string s;
+        std::string& s = str_;
         std::u16string ws;
         if (wide)
             ws = p_.TokenWideString();
         else
-            s = p_.TokenString();
+            s = p_.TokenText();
         while (p_.NextToken() == '+') {
             p_.NextToken();
             if (p_.Token() != toString && p_.Token() != toWString) p_.CheckToken(toString);
@@ -1082,12 +1219,12 @@ private:
             if (wide)
                 ws += p_.TokenWideString();
             else
-                s += p_.TokenString();
+                s += p_.TokenText();
         }
         if (wide)
             w_.WriteWideString(ws);
         else
-            w_.WriteString(s);
+            w_.String(s);
     }
 
     // Parses the number of a float token as T, rounded once from its digits.
@@ -1142,7 +1279,7 @@ private:
         Enter(depth);
         switch (p_.Token()) {
         case toInteger:
-            w_.WriteInteger(p_.TokenInt());
+            w_.Integer(p_.TokenInt());
             p_.NextToken();
             break;
         case toFloat:
@@ -1153,36 +1290,36 @@ private:
             ConvertStrings();
             break;
         case toSymbol:
-            w_.WriteIdent(p_.TokenComponentIdent());
+            w_.Ident(p_.TokenComponentIdent());
             p_.NextToken();
             break;
         case '[':
             p_.NextToken();
-            w_.WriteValue(vaSet);
+            w_.Byte(vaSet);
             if (p_.Token() != ']') {
                 for (;;) {
                     p_.CheckToken(toSymbol);
-                    w_.WriteStr(p_.TokenString());
+                    w_.Str(p_.TokenText());
                     p_.NextToken();
                     if (p_.Token() == ']') break;
                     p_.CheckToken(',');
                     p_.NextToken();
                 }
             }
-            w_.WriteStr("");
+            w_.Byte(0);
             p_.NextToken();
             break;
         case '(':
             p_.NextToken();
-            w_.WriteListBegin();
+            w_.Byte(vaList);
             while (p_.Token() != ')')
                 ConvertValue(depth + 1);
-            w_.WriteListEnd();
+            w_.Byte(vaNull);
             p_.NextToken();
             break;
         case '<':
             p_.NextToken();
-            w_.WriteValue(vaCollection);
+            w_.Byte(vaCollection);
             while (p_.Token() != '>') {
                 p_.CheckTokenSymbol("item");
                 p_.NextToken();
@@ -1192,18 +1329,18 @@ private:
                     if (order < std::numeric_limits<int32_t>::min() ||
                         order > std::numeric_limits<int32_t>::max())
                         p_.Error("Item order out of range");
-                    w_.WriteInteger(static_cast<int32_t>(order));
+                    w_.Integer(order);
                     p_.NextToken();
                     p_.CheckToken(']');
                     p_.NextToken();
                 }
-                w_.WriteListBegin();
-                while (!p_.TokenSymbolIs("end"))
+                w_.Byte(vaList);
+                while (!SymbolIs(p_, "end"))
                     ConvertProperty(depth + 1);
                 p_.NextToken();
-                w_.WriteListEnd();
+                w_.Byte(vaNull);
             }
-            w_.WriteListEnd();
+            w_.Byte(vaNull);
             p_.NextToken();
             break;
         case '{': {
@@ -1226,7 +1363,9 @@ private:
     }
 
     TParser p_;
-    TWriter w_;
+    ByteWriter w_;
+    std::string name_;
+    std::string str_;
 };
 
 } // namespace

@@ -54,6 +54,9 @@ public:
     std::u16string TokenWideString();
     bool TokenSymbolIs(std::string_view s) const;
 
+    // The token's text as read, without conversion: a symbol's name, a number's digits, a
+    // string's bytes when it isn't wide.
+    const std::string& TokenText() const { return FTokenStr; }
     char Token() const { return FToken; }
     // 's', 'c' or 'd' after a float: single, currency or date; otherwise 0.
     char FloatType() const { return FFloatType; }
@@ -67,6 +70,9 @@ private:
     bool Refill();
     int64_t Offset() const { return FBufOrigin + FBufPos; }
     void SkipBlanks();
+    // Appends the bytes from the current one on whose class (of the parser's character classes)
+    // is among classes.
+    void AppendRun(uint8_t classes);
     void ReadNumber(bool negative);
     void ReadHexNumber(bool negative);
     void ReadStringToken();

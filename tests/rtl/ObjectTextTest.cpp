@@ -344,6 +344,32 @@ TEST(ObjectTextParser, TokensAndLineNumbers) {
     EXPECT_EQ(p.NextToken(), toEOF);
 }
 
+TEST(ObjectTextParser, TokensReadTheSameWhereverTheBlocksOfTheStreamEnd) {
+    // The parser reads its stream in blocks of 4096 bytes. Moving the text across a block's end
+    // byte by byte cuts each symbol, number, string, blank run and line break somewhere.
+    const std::string tail = "Name_With_Digits123.Sub = 'it''s a string'#13'x' + #$41'y'\r\n"
+                             "\r\n                  $7Fa -42 1.25e3c 7.5s\n\r  [a, b] <item end>\r\n";
+    auto tokens = [](const std::string& text, size_t shift) {
+        TStringStream s(text);
+        TParser p(&s);
+        std::vector<std::string> r;
+        for (; p.Token() != toEOF; p.NextToken())
+            r.push_back(std::to_string(p.Token()) + " " + p.TokenString() + " line " +
+                        std::to_string(p.SourceLine()) + " at " +
+                        std::to_string(p.SourcePos() - static_cast<int64_t>(shift)));
+        return r;
+    };
+    const auto expected = tokens(tail, 0);
+    ASSERT_EQ(expected.size(), 20u);
+    const std::string object = Wrap("  " + tail.substr(0, tail.find("\r\n")) + "\r\n" +
+                                    "  Q = (\r\n    1.25e3c 7.5s\r\n    -42)\r\n");
+    const std::string binary = ToBinary(object);
+    for (size_t pad = 4096 - tail.size() - 2; pad <= 4098; ++pad) {
+        EXPECT_EQ(tokens(std::string(pad, ' ') + tail, pad), expected) << pad;
+        EXPECT_EQ(ToBinary(std::string(pad, ' ') + object), binary) << pad;
+    }
+}
+
 TEST(ObjectTextParser, SyntaxErrorsNameTheLine) {
     EXPECT_EQ(ParserError("object A: T\r\n  X = 'open\r\nend\r\n"),
               "Unterminated string on line 2");
