@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include <sys/stat.h>
+
 using namespace rtl;
 
 namespace {
@@ -69,6 +71,15 @@ Form Detect(TStream* s) {
 void LoadInput(const std::string& name, TMemoryStream& into) {
     std::FILE* f = name == "-" ? stdin : std::fopen(name.c_str(), "rb");
     if (!f) throw Failure{"cannot open " + name + ": " + std::strerror(errno)};
+    // A regular file goes straight into a stream of its size; what else there is (a pipe, a
+    // file that grew meanwhile) follows in blocks.
+    struct stat st;
+    if (fstat(fileno(f), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+        into.SetSize(st.st_size);
+        size_t got = std::fread(into.Memory(), 1, static_cast<size_t>(st.st_size), f);
+        into.SetSize(static_cast<int64_t>(got));
+        into.SetPosition(static_cast<int64_t>(got));
+    }
     std::vector<char> buf(1 << 16);
     size_t n;
     while ((n = std::fread(buf.data(), 1, buf.size(), f)) > 0)
@@ -79,11 +90,11 @@ void LoadInput(const std::string& name, TMemoryStream& into) {
     into.SetPosition(0);
 }
 
-void SaveOutput(const std::string& name, TMemoryStream& data) {
+void SaveOutput(const std::string& name, const std::string& data) {
     std::FILE* f = name.empty() || name == "-" ? stdout : std::fopen(name.c_str(), "wb");
     if (!f) throw Failure{"cannot create " + name + ": " + std::strerror(errno)};
-    size_t size = static_cast<size_t>(data.GetSize());
-    bool ok = std::fwrite(data.Memory(), 1, size, f) == size;
+    size_t size = data.size();
+    bool ok = std::fwrite(data.data(), 1, size, f) == size;
     ok = (f == stdout ? std::fflush(f) : std::fclose(f)) == 0 && ok;
     if (!ok) throw Failure{"cannot write " + (name.empty() ? std::string("-") : name)};
 }
@@ -240,7 +251,12 @@ int main(int argc, char** argv) {
         if (from == Form::Unknown) throw Failure{"not an object stream"};
         if (to == Form::Unknown) to = from == Form::Text ? Form::Binary : Form::Text;
         if (check) to = from == Form::Text ? Form::Binary : Form::Text;
-        TMemoryStream out;
+        // The output is kept in a string with room reserved for about twice the input (the
+        // text of a binary stream is less than that as a rule): pages that stay unused cost
+        // nothing, and the output is seldom copied as it grows.
+        std::string room;
+        room.reserve(static_cast<size_t>(in.GetSize()) * 2 + 65536);
+        TStringStream out(std::move(room));
         int count = 0;
         while (in.GetPosition() < in.GetSize()) {
             ConvertOne(&in, from, to, &out);
@@ -259,7 +275,7 @@ int main(int argc, char** argv) {
                          count == 1 ? "" : "s", FormName(from));
             return 0;
         }
-        SaveOutput(output, out);
+        SaveOutput(output, out.DataString());
         return 0;
     } catch (const Failure& f) {
         std::fprintf(stderr, "objconv: %s: %s\n", input.c_str(), f.message.c_str());
