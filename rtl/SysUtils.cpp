@@ -1571,6 +1571,26 @@ int AnsiCompareText(std::string_view a, std::string_view b) {
     return CollateKeys(a, b);
 }
 
+void AppendAnsiSortKey(std::string_view s, std::string& key) {
+    // Each byte's key as its rank among the distinct keys: fewer than 256 of them, since the
+    // two cases of a letter share one.
+    static const auto rank = [] {
+        const auto& t = Tables();
+        std::vector<uint16_t> keys(t.key, t.key + 256);
+        std::sort(keys.begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+        std::array<unsigned char, 256> r{};
+        for (size_t i = 0; i < 256; ++i)
+            r[i] = static_cast<unsigned char>(
+                std::lower_bound(keys.begin(), keys.end(), t.key[i]) - keys.begin());
+        return r;
+    }();
+    size_t at = key.size();
+    key.resize(at + s.size());
+    for (size_t i = 0; i < s.size(); ++i)
+        key[at + i] = static_cast<char>(rank[U(s[i])]);
+}
+
 int AnsiCompareStr(std::string_view a, std::string_view b) {
     int r = CollateKeys(a, b);
     if (r != 0) return r;

@@ -374,6 +374,10 @@ bool SameText(std::string_view a, std::string_view b);
 // "A" < "b"), as the platform's locale compare does. Results are < 0, 0 or > 0.
 int AnsiCompareText(std::string_view a, std::string_view b);
 int AnsiCompareStr(std::string_view a, std::string_view b);
+// Appends the sort key of s for AnsiCompareText: one byte for each byte of s, its rank among
+// the sort keys. Two keys compared byte by byte as unsigned, a key that is the start of the
+// other first, order their strings as AnsiCompareText does; equal keys mean equal texts.
+void AppendAnsiSortKey(std::string_view s, std::string& key);
 bool AnsiSameText(std::string_view a, std::string_view b);
 bool AnsiSameStr(std::string_view a, std::string_view b);
 

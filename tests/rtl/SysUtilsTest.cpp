@@ -7,9 +7,13 @@
 
 #include <cerrno>
 #include <climits>
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <cstdlib>
 #include <fstream>
+#include <string>
+#include <vector>
 #include <unistd.h>
 
 using namespace rtl;
@@ -505,6 +509,42 @@ TEST(Text, AnsiCollationOrdersCyrillicAfterLatin) {
     EXPECT_LT(AnsiCompareText("abc", "abcd"), 0);
     EXPECT_LT(AnsiCompareText("a", "B"), 0);
     EXPECT_GT(AnsiCompareText("b", "A"), 0);
+}
+
+TEST(Text, AnsiSortKeysOrderAsAnsiCompareText) {
+    // Keys compared byte by byte, the shorter first on a common start, against the collation:
+    // every pair of single bytes, then pairs of strings that differ in case, length, letters of
+    // both alphabets, symbols and control bytes.
+    auto keyOrder = [](std::string_view a, std::string_view b) {
+        std::string ka, kb;
+        AppendAnsiSortKey(a, ka);
+        AppendAnsiSortKey(b, kb);
+        EXPECT_EQ(ka.size(), a.size());
+        int c = std::memcmp(ka.data(), kb.data(), std::min(ka.size(), kb.size()));
+        if (c == 0) c = static_cast<int>(ka.size() > kb.size()) - static_cast<int>(ka.size() < kb.size());
+        return (c > 0) - (c < 0);
+    };
+    auto collation = [](std::string_view a, std::string_view b) {
+        int c = AnsiCompareText(a, b);
+        return (c > 0) - (c < 0);
+    };
+    for (int x = 0; x < 256; ++x)
+        for (int y = 0; y < 256; ++y) {
+            std::string a(1, static_cast<char>(x)), b(1, static_cast<char>(y));
+            ASSERT_EQ(keyOrder(a, b), collation(a, b)) << x << " " << y;
+        }
+    const std::vector<std::string> words = {"", "a", "A", "ab", "aB", "abc", "b", W("ёлка"),
+                                            W("ЁЛКА"), W("ель"), W("ёж"), W("ґанок"), "zebra",
+                                            std::string("a\0b", 3), "a\x01", "\x7F", "_x", "x_",
+                                            "123", W("№5"), W("«a»")};
+    for (const auto& a : words)
+        for (const auto& b : words)
+            EXPECT_EQ(keyOrder(a, b), collation(a, b)) << a << " | " << b;
+    // A key appends to what is there.
+    std::string key = "ab";
+    AppendAnsiSortKey("c", key);
+    EXPECT_EQ(key.size(), 3u);
+    EXPECT_EQ(key.substr(0, 2), "ab");
 }
 
 TEST(Text, AnsiCompareStrBreaksTiesByCase) {
