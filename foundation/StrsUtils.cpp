@@ -3,13 +3,28 @@
 #include "foundation/StrUtils.h"
 #include "rtl/SysUtils.h"
 
-#include <memory>
+#include <algorithm>
+#include <cstring>
+#include <string_view>
 #include <vector>
 
 namespace zelvane {
 
 bool IsInitialWord(const std::string& word) {
-    return rtl::GetEnumValue(rtl::TypeInfo<TInitialWords>(), "iw" + word) >= 0;
+    // GetEnumValue(TypeInfo<TInitialWords>(), "iw" + word) >= 0, without making the name each
+    // time: the rest of each value name that starts with "iw", compared without regard to case.
+    static const std::vector<std::string> words = [] {
+        rtl::PTypeInfo type = rtl::TypeInfo<TInitialWords>();
+        const auto& names = type->Data.BaseType ? type->Data.BaseType->Data.NameList
+                                                : type->Data.NameList;
+        std::vector<std::string> r;
+        for (const std::string& name : names)
+            if (rtl::SameText(std::string_view(name).substr(0, 2), "iw")) r.push_back(name.substr(2));
+        return r;
+    }();
+    for (const std::string& w : words)
+        if (rtl::SameText(w, word)) return true;
+    return false;
 }
 
 namespace {
@@ -86,103 +101,182 @@ bool ReadLayoutSegment(const std::string& line, const std::string& layout, size_
 
 namespace {
 
-// A layout string attached to a line of the work list.
-class TLayout : public rtl::TObject {
-public:
-    std::string Text;
-    size_t ReadPos = 0;
+// A declaration of the block being sorted. It sorts by its pieces joined: its first line from
+// the declared name on, its further lines, then its indentation and keyword. The pieces stand
+// back to back in the sort's text from Begin on; pieceEnds holds where each ends.
+struct Declaration {
+    uint64_t KeyHead;    // the first eight bytes of its sort key, big-endian, zeros past its end
+    size_t Begin;        // of its text, and of its sort key in the keys
+    size_t Length;
+    uint32_t FirstPiece; // in pieceEnds
+    uint32_t Pieces;
+    uint32_t Index;      // its place in the block
 };
 
-// Finds the last line of the declaration that starts at index; false when it has no end.
-bool FindDeclarationEnd(rtl::TStrings* l, int index, int p, int& endIndex) {
-    const std::string first = l->Strings(index);
+// The lines of the block, copied into one string.
+class LineBlock {
+public:
+    explicit LineBlock(rtl::TStrings* lines) {
+        int count = lines->Count();
+        starts_.reserve(static_cast<size_t>(count) + 1);
+        for (int i = 0; i < count; ++i) {
+            starts_.push_back(text_.size());
+            text_ += lines->Strings(i);
+        }
+        starts_.push_back(text_.size());
+    }
+    size_t Count() const { return starts_.size() - 1; }
+    size_t Size() const { return text_.size(); }
+    std::string_view operator[](size_t k) const {
+        return std::string_view(text_).substr(starts_[k], starts_[k + 1] - starts_[k]);
+    }
+
+private:
+    std::string text_;
+    std::vector<size_t> starts_;
+};
+
+bool IsBlankView(std::string_view s) {
+    for (char c : s)
+        if (static_cast<unsigned char>(c) > 32) return false;
+    return true;
+}
+
+// The line, from start on, that ends the declaration: the first non-blank line that holds sub,
+// or -1.
+int FindEnd(const LineBlock& lines, size_t start, std::string_view sub) {
+    for (size_t k = start; k < lines.Count(); ++k) {
+        std::string_view line = lines[k];
+        if (IsBlankView(line)) continue;
+        if (line.find(sub) != std::string_view::npos) return static_cast<int>(k);
+    }
+    return -1;
+}
+
+// The last line of the declaration whose first line is lines[start], the declared name standing
+// at the 1-based position p of it; -1 when it has no end.
+int FindDeclarationEnd(const LineBlock& lines, size_t start, int p) {
+    std::string_view first = lines[start];
     const std::string head = rtl::Copy(first, p, 2);
-    int pos = p;
-    endIndex = index;
-    if (head == "//") return true;
-    if (!head.empty() && head[0] == '{') return FindLine(l, '}', endIndex, pos);
-    if (head == "(*") return FindLineEx(l, "*)", endIndex, pos);
-    if (CharPos(first, '(') != 0) {
+    if (head == "//") return static_cast<int>(start);
+    if (!head.empty() && head[0] == '{') return FindEnd(lines, start, "}");
+    if (head == "(*") return FindEnd(lines, start, "*)");
+    if (first.find('(') != std::string_view::npos) {
         // A parameter list may run over several lines; the line that closes it must also end
         // the declaration.
-        return FindLine(l, ')', endIndex, pos) && CharPos(l->Strings(endIndex), ';') != 0;
+        int end = FindEnd(lines, start, ")");
+        return end >= 0 && lines[static_cast<size_t>(end)].find(';') != std::string_view::npos
+                   ? end
+                   : -1;
     }
-    return FindLine(l, ';', endIndex, pos);
+    return FindEnd(lines, start, ";");
 }
 
 } // namespace
 
 bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
     // The work goes on a copy: the lines change only on success.
-    rtl::TStringList l;
-    for (int i = 0; i < lines->Count(); ++i)
-        l.Add(lines->Strings(i));
-    std::vector<std::unique_ptr<TLayout>> layouts;
+    const LineBlock source(lines);
 
-    // From lines to items: each declaration becomes one line that begins with the declared
-    // name, with its further lines and then its indentation and keyword appended.
-    int i = 0;
-    while (i < l.Count()) {
-        if (!DeleteBlankLines(&l, i)) break;
-        std::string line = l.Strings(i);
+    // From lines to declarations; blank lines vanish.
+    std::string text;
+    text.reserve(source.Size());
+    std::vector<size_t> pieceEnds;
+    std::vector<Declaration> decls;
+    size_t k = 0;
+    for (;;) {
+        while (k < source.Count() && IsBlankView(source[k]))
+            ++k;
+        if (k == source.Count()) break;
+        std::string_view first = source[k];
         int p = 1, next = 0;
         std::string word;
-        if (GetWord(line, word, next, 1) && IsInitialWord(word)) p = next;
-        SkipBlanks(line, p, p);
-        std::string prefix = Cut(line, 1, p - 1);
-        int endIndex = i;
-        if (!FindDeclarationEnd(&l, i, p, endIndex)) {
-            errorLine = i;
+        if (GetWord(first, word, next, 1) && IsInitialWord(word)) p = next;
+        SkipBlanks(first, p, p);
+        int end = FindDeclarationEnd(source, k, p);
+        if (end < 0) {
+            errorLine = static_cast<int>(decls.size());
             return false;
         }
-        auto layout = std::make_unique<TLayout>();
-        for (int k = i + 1; k <= endIndex; ++k)
-            AppendWithLayout(line, layout->Text, l.Strings(k));
-        for (int k = endIndex; k > i; --k)
-            l.Delete(k);
-        AppendWithLayout(line, layout->Text, prefix);
-        l.SetStrings(i, line);
-        l.SetObjects(i, layout.get());
-        layouts.push_back(std::move(layout));
-        ++i;
+        Declaration d{0, text.size(), 0, static_cast<uint32_t>(pieceEnds.size()), 0,
+                      static_cast<uint32_t>(decls.size())};
+        auto addPiece = [&](std::string_view piece) {
+            text.append(piece);
+            pieceEnds.push_back(text.size());
+        };
+        addPiece(first.substr(static_cast<size_t>(p - 1)));
+        for (size_t j = k + 1; j <= static_cast<size_t>(end); ++j)
+            if (!IsBlankView(source[j])) addPiece(source[j]);
+        addPiece(first.substr(0, static_cast<size_t>(p - 1)));
+        d.Pieces = static_cast<uint32_t>(pieceEnds.size()) - d.FirstPiece;
+        d.Length = text.size() - d.Begin;
+        decls.push_back(d);
+        k = static_cast<size_t>(end) + 1;
     }
 
-    // The platform's sort, by AnsiCompareText over the whole joined text.
-    l.SetSorted(true);
-    l.SetSorted(false);
+    // The platform's sort, by AnsiCompareText over the whole joined text, stable: by sort key,
+    // then by place.
+    std::string keys;
+    keys.reserve(text.size());
+    rtl::AppendAnsiSortKey(text, keys);
+    for (Declaration& d : decls) {
+        uint64_t head = 0;
+        for (size_t i = 0; i < 8; ++i)
+            head = head << 8 | (i < d.Length ? static_cast<unsigned char>(keys[d.Begin + i]) : 0);
+        d.KeyHead = head;
+    }
+    std::sort(decls.begin(), decls.end(), [&keys](const Declaration& a, const Declaration& b) {
+        if (a.KeyHead != b.KeyHead) return a.KeyHead < b.KeyHead;
+        int c = std::memcmp(keys.data() + a.Begin, keys.data() + b.Begin,
+                            std::min(a.Length, b.Length));
+        if (c != 0) return c < 0;
+        if (a.Length != b.Length) return a.Length < b.Length;
+        return a.Index < b.Index;
+    });
 
-    // From items back to lines.
-    i = 0;
-    while (i < l.Count()) {
-        auto* layout = static_cast<TLayout*>(l.Objects(i));
-        if (!layout) {
-            ++i;
-            continue;
-        }
-        l.SetObjects(i, nullptr);
-        const std::string line = l.Strings(i);
-        std::string head, seg;
-        if (!ReadLayoutSegment(line, layout->Text, layout->ReadPos, head)) {
-            errorLine = i;
-            return false;
-        }
-        int count = 1;
-        while (ReadLayoutSegment(line, layout->Text, layout->ReadPos, seg)) {
+    // From declarations back to lines: the first line gets its indentation and keyword back in
+    // front, the further lines follow it. A piece that is blank or a keyword alone counts as
+    // part of the indentation and keyword.
+    rtl::TStringList l;
+    l.SetCapacity(static_cast<int>(source.Count()));
+    std::vector<std::string_view> further, front;
+    std::string head;
+    for (const Declaration& d : decls) {
+        auto piece = [&](uint32_t i) {
+            size_t from = i == 0 ? d.Begin : pieceEnds[d.FirstPiece + i - 1];
+            return std::string_view(text).substr(from, pieceEnds[d.FirstPiece + i] - from);
+        };
+        further.clear();
+        front.clear();
+        size_t headLength = piece(0).size();
+        for (uint32_t i = 1; i < d.Pieces; ++i) {
+            std::string_view seg = piece(i);
             if (seg.empty()) continue;
-            std::string trimmed = rtl::Trim(seg);
-            if (!trimmed.empty() && !IsInitialWord(trimmed)) {
-                l.Insert(i + count, seg); // a continuation line
-                ++count;
-            } else {
-                head = seg + head; // the indentation and keyword
+            // Trim: the bytes above 32 from the first to the last.
+            size_t b = 0, e = seg.size();
+            while (b < e && static_cast<unsigned char>(seg[b]) <= 32)
+                ++b;
+            while (e > b && static_cast<unsigned char>(seg[e - 1]) <= 32)
+                --e;
+            if (b < e && !IsInitialWord(std::string(seg.substr(b, e - b))))
+                further.push_back(seg);
+            else {
+                front.push_back(seg); // each goes in front of what the line has so far
+                headLength += seg.size();
             }
         }
-        l.SetStrings(i, head);
-        i += count;
+        head.clear();
+        head.reserve(headLength);
+        for (size_t i = front.size(); i-- > 0;)
+            head.append(front[i]);
+        head.append(piece(0));
+        l.Add(head);
+        for (std::string_view seg : further)
+            l.Add(std::string(seg));
     }
 
     lines->Assign(&l);
-    errorLine = i;
+    errorLine = l.Count();
     return true;
 }
 

@@ -219,6 +219,30 @@ TEST(SortDeclarations, MultiLineHeadingMovesAsOneUnit) {
                                                  "  procedure Zed;"}));
 }
 
+TEST(SortDeclarations, EqualTextsKeepTheirOrder) {
+    // Declarations whose joined texts compare equal stay in the order they had, whatever case
+    // or letters of the code page tell them apart; the comment sorts by its text too.
+    struct Case {
+        std::vector<std::string> In, Out;
+    };
+    const std::vector<Case> cases = {
+        {{"procedure FOO;", "procedure foo;", "procedure Foo;", "procedure Bar;"},
+         {"procedure Bar;", "procedure FOO;", "procedure foo;", "procedure Foo;"}},
+        {{"procedure foo;", "procedure Foo;", "procedure FOO;"},
+         {"procedure foo;", "procedure Foo;", "procedure FOO;"}},
+        {{"  // b", "procedure \xC0\xE1;", "procedure \xE0\xC1;", "procedure Z;", "  // B"},
+         {"  // b", "  // B", "procedure Z;", "procedure \xC0\xE1;", "procedure \xE0\xC1;"}},
+        // The indentation and keyword come last in the text: a blank sorts before a letter.
+        {{"function A2: Integer;", "function a1;", "function A1;", "  function a2: Integer;"},
+         {"function a1;", "function A1;", "  function a2: Integer;", "function A2: Integer;"}},
+    };
+    for (const auto& c : cases) {
+        auto r = Sort(c.In);
+        ASSERT_TRUE(r.Ok);
+        EXPECT_EQ(r.Lines, c.Out);
+    }
+}
+
 TEST(SortDeclarations, ClosingParenthesisWithoutSemicolonFails) {
     std::vector<std::string> lines = LoadData("broken_heading.pas");
     auto r = Sort(lines);
