@@ -9,10 +9,12 @@
 #include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zelvane {
@@ -206,6 +208,17 @@ public:
     void SetPosition(int64_t position);
     // Sets the source to the logical position and empties the buffer.
     void FlushBuffer();
+    // The next unread bytes, at most count of them, left unread: when the buffer holds fewer
+    // than count it is refilled first, as Read does.
+    std::string_view Peek(int count) {
+        if (count > bufEnd_ - bufPos_) ReadBuffer(bufEnd_ - bufPos_);
+        return {buffer_.get() + bufPos_, static_cast<size_t>(std::min(count, bufEnd_ - bufPos_))};
+    }
+    // Passes over count of the unread bytes, which Peek has shown.
+    void Skip(int count) {
+        bufPos_ += count;
+        position_ += count;
+    }
 
     int64_t Position() const { return position_; }
     int BufSize() const { return bufSize_; }
@@ -288,7 +301,12 @@ public:
     bool Mapped() const { return mapped_; }
     int64_t Read(void* buffer, int64_t count) override;
     int64_t Write(const void* buffer, int64_t count) override;
-    int64_t Seek(int64_t offset, rtl::TSeekOrigin origin) override;
+    int64_t Seek(int64_t offset, rtl::TSeekOrigin origin) override {
+        position_ = origin == rtl::soBeginning ? offset
+                    : origin == rtl::soCurrent ? position_ + offset
+                                               : size_ + offset;
+        return position_;
+    }
     int64_t GetSize() override { return size_; }
     void SaveToStream(rtl::TStream* stream);
     void SaveToFile(const std::string& fileName);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <typeinfo>
 
 namespace zelvane {
 
@@ -64,6 +65,87 @@ void TSimpleReader::FlushBuffer() {
 // ---------------------------------------------------------------------------------------------
 // TStringReader
 
+namespace {
+
+// The first place of the delimiter in text, or npos: memchr finds its first byte, the others
+// are compared there.
+size_t FindDelimiter(std::string_view text, std::string_view delimiter, size_t from = 0) {
+    const size_t n = delimiter.size();
+    const char* data = text.data();
+    const char* p = data + std::min(from, text.size());
+    const char* end = data + text.size();
+    while (static_cast<size_t>(end - p) >= n) {
+        p = static_cast<const char*>(std::memchr(p, delimiter[0], static_cast<size_t>(end - p) - n + 1));
+        if (!p) break;
+        size_t i = 1;
+        while (i < n && p[i] == delimiter[i])
+            ++i;
+        if (i == n) return static_cast<size_t>(p - data);
+        ++p;
+    }
+    return std::string_view::npos;
+}
+
+// ReadString over the look-ahead buffer.
+bool ReadBuffered(TSimpleReader& reader, int chunkSize, std::string_view delimiter,
+                  std::string& s) {
+    const size_t delimLen = delimiter.size();
+    s.clear();
+    for (;;) {
+        // The chunk that ReadChunk would copy, where it lies in the buffer.
+        std::string_view chunk = reader.Peek(chunkSize);
+        if (chunk.empty()) return !s.empty();
+        if (s.empty()) {
+            size_t p = FindDelimiter(chunk, delimiter);
+            if (p != std::string_view::npos) {
+                s.assign(chunk.data(), p);
+                reader.Skip(static_cast<int>(p + delimLen));
+                return true;
+            }
+            s.assign(chunk);
+            reader.Skip(static_cast<int>(chunk.size()));
+            continue;
+        }
+        // The string runs over several chunks: a delimiter may straddle two.
+        size_t len = s.size();
+        size_t searchFrom = len >= delimLen ? len - delimLen + 1 : 0;
+        s.append(chunk);
+        reader.Skip(static_cast<int>(chunk.size()));
+        size_t p = FindDelimiter(s, delimiter, searchFrom);
+        if (p == std::string::npos) continue;
+        int64_t unread = static_cast<int64_t>(s.size() - (p + delimLen));
+        if (unread > 0) reader.SetPosition(reader.Position() - unread);
+        s.resize(p);
+        return true;
+    }
+}
+
+// ReadString over the view of a mapped file.
+bool ReadMapped(TMappedFileStream& file, std::string_view delimiter, std::string& s) {
+    // Chunk after chunk, ReadChunk would take every byte of the view from the position on up
+    // to the first delimiter after it, or to the end. The stream is a TMappedFileStream itself:
+    // its own Seek is called directly.
+    int64_t pos = file.TMappedFileStream::Seek(0, rtl::soCurrent);
+    int64_t size = file.TMappedFileStream::GetSize();
+    if (!file.Mapped() || pos < 0 || pos >= size) {
+        s.clear();
+        return false;
+    }
+    std::string_view rest(static_cast<const char*>(file.Memory()) + pos,
+                          static_cast<size_t>(size - pos));
+    size_t p = FindDelimiter(rest, delimiter);
+    if (p == std::string_view::npos) {
+        s.assign(rest);
+        file.TMappedFileStream::Seek(size, rtl::soBeginning);
+        return true;
+    }
+    s.assign(rest.data(), p);
+    file.TMappedFileStream::Seek(pos + static_cast<int64_t>(p + delimiter.size()), rtl::soBeginning);
+    return true;
+}
+
+} // namespace
+
 TStringReader::~TStringReader() {
     FreeTarget();
 }
@@ -83,6 +165,12 @@ int TStringReader::ReadChunk(char* dest, int count) {
 bool TStringReader::ReadString(std::string& s) {
     if (!target_) throw rtl::EStreamError("The string reader has no source");
     if (ChunkSize <= 0) throw rtl::EStreamError("Invalid chunk size " + std::to_string(ChunkSize));
+    // The look-ahead buffer and a mapped file's view are searched where the bytes lie. Each
+    // reads the chunks from its source that ReadChunk would and leaves the source where the
+    // loop below would.
+    if (UseBuffer && reader_) return ReadBuffered(*reader_, ChunkSize, delimiter_, s);
+    if (typeid(*target_) == typeid(TMappedFileStream))
+        return ReadMapped(*static_cast<TMappedFileStream*>(target_), delimiter_, s);
     const size_t chunk = static_cast<size_t>(ChunkSize);
     const size_t delimLen = delimiter_.size();
     size_t len = 0; // bytes read into s so far

@@ -180,21 +180,6 @@ int64_t TMappedFileStream::Write(const void* buffer, int64_t count) {
     return n;
 }
 
-int64_t TMappedFileStream::Seek(int64_t offset, rtl::TSeekOrigin origin) {
-    switch (origin) {
-    case rtl::soBeginning:
-        position_ = offset;
-        break;
-    case rtl::soCurrent:
-        position_ += offset;
-        break;
-    default:
-        position_ = size_ + offset;
-        break;
-    }
-    return position_;
-}
-
 void TMappedFileStream::SaveToStream(rtl::TStream* stream) {
     if (size_ != 0 && memory_) stream->WriteBuffer(memory_, size_);
 }

@@ -228,6 +228,57 @@ TEST(StringReader, ReadsAMappedFile) {
     EXPECT_THROW(r.SetTargetFile(name), EMFStreamError); // missing, read-only
 }
 
+TEST(StringReader, EverySourceGivesTheSameStrings) {
+    // A stream read through the look-ahead buffer or without it, a mapped file and a mapped
+    // stream through the buffer: the strings split at each delimiter, left to right, and the
+    // source ends behind the last byte.
+    auto split = [](const std::string& text, const std::string& delimiter) {
+        std::vector<std::string> r;
+        size_t pos = 0;
+        while (pos < text.size()) {
+            size_t p = text.find(delimiter, pos);
+            if (p == std::string::npos) p = text.size();
+            r.push_back(text.substr(pos, p - pos));
+            pos = p == text.size() ? p : p + delimiter.size();
+        }
+        return r;
+    };
+    struct Case {
+        std::string Text, Delimiter;
+    };
+    const std::vector<Case> cases = {{"one\r\ntwo\r\n\r\nlast", "\r\n"},
+                                     {"a;;b;;;;c;", ";;"},
+                                     {"aaaaa", "aa"},
+                                     {"xabaabax", "aba"},
+                                     {std::string(250, 'y') + "\r\nz\r\n", "\r\n"},
+                                     {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
+    const std::string name = TempName("every.txt");
+    for (const auto& c : cases) {
+        const auto expected = split(c.Text, c.Delimiter);
+        WriteFile(name, c.Text);
+        for (int chunk : {1, 2, 5, 100}) {
+            for (int source = 0; source < 4; ++source) {
+                rtl::TStringStream text(c.Text);
+                TMappedFileStream mapped(name, true, 0, true);
+                TStringReader r;
+                r.ChunkSize = chunk;
+                r.UseBuffer = source != 1;
+                if (source <= 1)
+                    r.SetTargetStream(&text);
+                else if (source == 2)
+                    r.SetTargetFile(name);
+                else
+                    r.SetTargetStream(&mapped);
+                r.SetStringDelimiter(c.Delimiter);
+                EXPECT_EQ(ReadAll(r), expected) << c.Text << " " << chunk << " " << source;
+                r.Synchronize();
+                EXPECT_EQ(r.Target()->GetPosition(), static_cast<int64_t>(c.Text.size()));
+            }
+        }
+    }
+    fs::remove(name);
+}
+
 TEST(StringReader, WithoutSourceRaises) {
     TStringReader r;
     std::string line;
