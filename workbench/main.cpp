@@ -22,6 +22,7 @@
 #include <QDir>
 #include <QAction>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QMenuBar>
 #include <QPixmap>
 #include <QScreen>
@@ -124,16 +125,31 @@ int main(int argc, char** argv) {
             QString menu = parser.value(menuOpt);
             QKeySequence keys(parser.value(keysOpt));
             QTimer::singleShot(1000, &app, [&mainForm, menu, keys] {
-                // The command bound to the keys runs, as their press would run it.
+                // The keys after the first go to the control that has the focus then, a tenth
+                // of a second apart: into the window the command opened.
+                for (int i = 1; i < keys.count(); ++i)
+                    QTimer::singleShot(100 * i, [chord = keys[i]] {
+                        QWidget* focus = QApplication::focusWidget();
+                        if (!focus) return;
+                        QKeyEvent press(QEvent::KeyPress, chord.key(), chord.keyboardModifiers());
+                        QKeyEvent release(QEvent::KeyRelease, chord.key(), chord.keyboardModifiers());
+                        QApplication::sendEvent(focus, &press);
+                        QApplication::sendEvent(focus, &release);
+                    });
+                // The command bound to the first keys runs, as their press would run it.
                 QAction* command = nullptr;
+                QKeySequence first = keys.isEmpty() ? QKeySequence() : QKeySequence(keys[0]);
                 for (QAction* a : mainForm.actions())
-                    if (!keys.isEmpty() && a->isEnabled() && a->shortcuts().contains(keys))
+                    if (!first.isEmpty() && a->isEnabled() && a->shortcuts().contains(first))
                         command = a;
-                if (command) command->trigger();
-                if (menu.isEmpty()) return;
+                if (menu.isEmpty()) {
+                    if (command) command->trigger();
+                    return;
+                }
                 for (QAction* a : mainForm.menuBar()->actions())
                     if (a->menu() && a->menu()->objectName() == menu)
                         mainForm.menuBar()->setActiveAction(a);
+                if (command) command->trigger();
             });
             QTimer::singleShot(1500, &app, [&] {
                 if (QScreen* screen = QGuiApplication::primaryScreen()) {
@@ -145,9 +161,13 @@ int main(int argc, char** argv) {
                         std::cerr << "workbench: could not save the screenshot to "
                                   << file.toStdString() << '\n';
                 }
-                // Leave without questions: the picture was all that was asked.
-                model->CloseAll();
-                mainForm.close();
+                // Leave without questions: the picture was all that was asked. A window the
+                // command opened modally closes first, so that its loop ends.
+                if (QWidget* modal = QApplication::activeModalWidget()) modal->close();
+                QTimer::singleShot(0, &app, [&] {
+                    model->CloseAll();
+                    mainForm.close();
+                });
             });
             model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
         }

@@ -2,7 +2,9 @@
 // menu built on the first turn of the event loop; the block expert's commands on a marked block
 // of 1 000 and 10 000 lines, from the action firing to the buffer changed; and the unit manager
 // over 2 000 open units, from its command to the window shown, and each of its commands to the
-// editor's tab row rewritten. Beside them, the same work done by GNU tools on the same lines (sed
+// editor's tab row rewritten; and the module viewer over a project of 2 000 units with 1 000
+// forms, from its command to the list shown, and its preview moved from one form to the next.
+// Beside them, the same work done by GNU tools on the same lines (sed
 // shifting every line, sort -f sorting them, grep -i filtering them), timed from here so that
 // the figures come from the same run.
 #include "tests/workbench/TestFiles.h"
@@ -11,6 +13,7 @@
 #include "workbench/MainWindow.h"
 #include "workbench/Packages.h"
 #include "workbench/SourceEdit.h"
+#include "workbench/designer/FormDesigners.h"
 #include "workbench/model/Model.h"
 
 #include <QComboBox>
@@ -19,6 +22,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
+#include <QToolButton>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
@@ -232,6 +236,117 @@ void BM_UnitsFilterKeystroke(benchmark::State& state) {
         });
 }
 
+// A project of 2 000 units, every other one with a form, opened in place of the example.
+constexpr int ViewerUnitCount = 2000;
+
+testfiles::TTempDir& ViewerDir() {
+    static testfiles::TTempDir dir;
+    return dir;
+}
+
+void OpenViewerProject() {
+    testfiles::TTempDir& dir = ViewerDir();
+    static bool made = false;
+    std::string dpr = dir.File("Big.dpr");
+    if (!made) {
+        std::string uses;
+        for (int i = 0; i < ViewerUnitCount; ++i) {
+            std::string unit = "Unit" + std::to_string(i);
+            bool form = i % 2 == 0;
+            std::string cls = "TForm" + std::to_string(i);
+            uses += std::string(i ? ",\r\n  " : "  ") + unit + " in '" + unit + ".pas'" +
+                    (form ? " {Form" + std::to_string(i) + "}" : "");
+            testfiles::WriteFile(dir.File(unit + ".pas"),
+                                 "unit " + unit + ";\r\ninterface\r\nuses Forms, StdCtrls;\r\n" +
+                                     (form ? "type\r\n  " + cls + " = class(TForm)\r\n    Button1: TButton;\r\n  end;\r\n" : "") +
+                                     "implementation\r\n" + (form ? "{$R *.dfm}\r\n" : "") + "end.\r\n");
+            if (form)
+                testfiles::WriteFile(dir.File(unit + ".dfm"),
+                                     "object Form" + std::to_string(i) + ": " + cls +
+                                         "\r\n  Left = 200\r\n  Top = 100\r\n  Width = 320\r\n  Height = 240\r\n"
+                                         "  Caption = 'Form " + std::to_string(i) + "'\r\n"
+                                         "  object Button1: TButton\r\n    Left = 16\r\n    Top = 16\r\n"
+                                         "    Width = 75\r\n    Height = 25\r\n    Caption = 'OK'\r\n  end\r\nend\r\n");
+        }
+        testfiles::WriteFile(dpr, "program Big;\r\n\r\nuses\r\n  Forms,\r\n" + uses +
+                                      ";\r\n\r\nbegin\r\nend.\r\n");
+        made = true;
+    }
+    if (ideModel->FindOpenModule(dpr)) return;
+    ideModel->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
+    ideModel->CloseAll();
+    mainForm->OpenProject(dpr);
+    QCoreApplication::processEvents();
+}
+
+QWidget* Viewer() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->objectName() == QStringLiteral("ViewForm") && w->isVisible()) return w;
+    return nullptr;
+}
+
+// Runs body inside the modal viewer that "View Forms..." opens, then closes it.
+void InViewer(const std::function<void(QWidget*)>& body) {
+    QTimer::singleShot(0, [body] {
+        QWidget* viewer = Viewer();
+        if (viewer) body(viewer);
+        if ((viewer = Viewer())) viewer->close();
+    });
+    Command("View Forms...")->trigger();
+}
+
+void BM_ViewerOpen(benchmark::State& state) {
+    TAddin addin;
+    OpenViewerProject();
+    for (auto _ : state) {
+        auto t0 = std::chrono::steady_clock::now();
+        int listed = 0;
+        InViewer([&](QWidget* viewer) {
+            auto t1 = std::chrono::steady_clock::now();
+            state.SetIterationTime(std::chrono::duration<double>(t1 - t0).count());
+            listed = viewer->findChild<QListWidget*>("ModuleList")->count();
+        });
+        if (listed != ViewerUnitCount / 2) state.SkipWithError("the list does not hold the forms");
+    }
+}
+
+// Two forms open in the workbench; the preview goes from one to the other.
+void BM_ViewerPreviewNextForm(benchmark::State& state) {
+    TAddin addin;
+    OpenViewerProject();
+    for (const char* unit : {"Unit0.pas", "Unit2.pas"}) {
+        auto module = ideModel->OpenModuleFile(ViewerDir().File(unit), TOpenMode::Background);
+        if (TFormEditor* form = module ? module->FormEditor() : nullptr) form->Show();
+    }
+    QCoreApplication::processEvents();
+    auto borrowed = [](const char* name) {
+        for (designer::TDesignerWindow* w : mainForm->Designers()->Windows())
+            if (w->Root() && w->Root()->Name == name) return !w->isWindow();
+        return false;
+    };
+    InViewer([&](QWidget* viewer) {
+        auto* list = viewer->findChild<QListWidget*>("ModuleList");
+        viewer->findChild<QToolButton*>("btnMore")->click();
+        // "Form0" sorts first, "Form2" after "Form1", "Form10" ... "Form1998".
+        int rows[2] = {-1, -1};
+        for (int i = 0; i < list->count(); ++i) {
+            if (list->item(i)->text() == QStringLiteral("Form0")) rows[0] = i;
+            if (list->item(i)->text() == QStringLiteral("Form2")) rows[1] = i;
+        }
+        const char* names[2] = {"Form0", "Form2"};
+        int next = 0;
+        for (auto _ : state) {
+            auto t0 = std::chrono::steady_clock::now();
+            list->setCurrentRow(rows[next]);
+            while (!borrowed(names[next]))
+                QCoreApplication::processEvents();
+            state.SetIterationTime(
+                std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count());
+            next = 1 - next;
+        }
+    });
+}
+
 // The same lines through a GNU tool, as one process run from here: sed shifting each line by a
 // column, sort -f ordering them, grep -i keeping those that hold a text.
 void WriteLines(const std::string& file, int count) {
@@ -277,6 +392,9 @@ BENCHMARK(BM_UnitsSort)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_UnitsMove)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_GnuSortF)->Arg(UnitCount)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_GnuGrepI)->Arg(UnitCount)->Unit(benchmark::kMillisecond)->UseRealTime();
+// The viewer runs its own loop; the time is taken inside it.
+BENCHMARK(BM_ViewerOpen)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(BM_ViewerPreviewNextForm)->Unit(benchmark::kMillisecond)->UseManualTime();
 
 } // namespace
 

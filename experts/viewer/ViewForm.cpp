@@ -254,6 +254,13 @@ private:
 
 TFormPanel::TFormPanel(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("FormPanel"));
+    // The panel is disabled so that the form in it takes no input, but the form is shown as it
+    // is: a disabled control here paints in the colours of an enabled one.
+    QPalette shown = palette();
+    for (int role = 0; role < QPalette::NColorRoles; ++role)
+        shown.setColor(QPalette::Disabled, QPalette::ColorRole(role),
+                       shown.color(QPalette::Active, QPalette::ColorRole(role)));
+    setPalette(shown);
 }
 
 void TFormPanel::paintEvent(QPaintEvent* event) {

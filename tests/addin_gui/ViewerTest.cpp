@@ -7,7 +7,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QMenu>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QToolButton>
 
 using namespace addintest;
@@ -226,6 +228,66 @@ TEST_F(ViewerTest, PreviewBorrowsTheEditorReadOnlyAndGivesItBackIntoItsWindow) {
     EXPECT_FALSE(IsOpen("Utils.pas"));
     EXPECT_FALSE(mainView->Buffer().IsReadOnly());
     EXPECT_EQ(View(), mainView);
+}
+
+TEST_F(ViewerTest, ThePreviewWidensTheWindowAndEachModeShowsItsOwnBoxAndPanels) {
+    InFormViewer([&] {
+        const int narrow = Viewer()->width();
+        Preview(true);
+        EXPECT_EQ(Viewer()->width(), narrow + 250);
+        EXPECT_TRUE(Child<QWidget>("FormBox")->isVisible());
+        EXPECT_FALSE(Child<QWidget>("UnitBox")->isVisible());
+        EXPECT_TRUE(Child<QLabel>("StatusPanel1")->isVisible());
+        SwitchMode(1);
+        EXPECT_EQ(Viewer()->windowTitle(), QStringLiteral("View Unit"));
+        EXPECT_TRUE(Child<QWidget>("UnitBox")->isVisible());
+        EXPECT_FALSE(Child<QWidget>("FormBox")->isVisible());
+        EXPECT_FALSE(Child<QLabel>("StatusPanel1")->isVisible());
+        Preview(false);
+        EXPECT_FALSE(Child<QWidget>("ControlPanel")->isVisible());
+        EXPECT_LT(Viewer()->width(), narrow + 250);
+    });
+}
+
+TEST_F(ViewerTest, ThePopupMenuSwitchesSettingsButTheUnitScrollBarItemKeepsItsCheck) {
+    InFormViewer([&] {
+        QAction* scrollbars = Child<QAction>("N3");
+        scrollbars->trigger();
+        EXPECT_TRUE(scrollbars->isChecked());
+        EXPECT_EQ(Child<QScrollArea>("FormBox")->verticalScrollBarPolicy(), Qt::ScrollBarAsNeeded);
+        SwitchMode(1);
+        emit Child<QMenu>("PopupMenu1")->aboutToShow();
+        const bool before = scrollbars->isChecked();
+        scrollbars->trigger();
+        EXPECT_EQ(scrollbars->isChecked(), before);
+        Child<QAction>("N1")->trigger();
+        EXPECT_TRUE(Child<QAction>("N1")->isChecked());
+    });
+    // The switches were stored.
+    StopAddin();
+    EXPECT_NE(SettingsText().find("DisplayFormScrollbars = True"), std::string::npos);
+    EXPECT_NE(SettingsText().find("SynchronizeModules = True"), std::string::npos);
+}
+
+TEST_F(ViewerTest, TheBlockCommandsWorkOnThePreviewedUnitWhoseEditIsSavedWhenAsked) {
+    SetStoredValues({{"EditorReadOnly", "True", "False"}, {"EditorAutoSave", "False", "True"}});
+    ASSERT_TRUE(WaitFor([this] { return Hooked(); }));
+    const std::string before = testfiles::ReadFile(File("Utils.pas"));
+    InUnitViewer([&] {
+        Preview(true);
+        Choose(Row("Utils"));
+        ASSERT_TRUE(WaitFor([&] { return View() && View()->Buffer().GetFileName() == File("Utils.pas"); }));
+        View()->GetPosition()->Move(1, 1);
+        View()->GetBlock()->Extend(3, 1);
+        Application->UpdateActions();
+        QTest::keyClick(List(), Qt::Key_Period, Qt::ControlModifier);
+        EXPECT_EQ(View()->Buffer().Buffer().Line(1).substr(0, 1), " ");
+    });
+    // The unit the preview opened was saved with the change, and closed.
+    EXPECT_FALSE(IsOpen("Utils.pas"));
+    const std::string after = testfiles::ReadFile(File("Utils.pas"));
+    EXPECT_NE(after, before);
+    EXPECT_EQ(after.substr(0, 1), " ");
 }
 
 TEST_F(ViewerTest, OkOpensEveryChosenModuleAfterTheViewerHasGone) {
