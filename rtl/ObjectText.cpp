@@ -12,6 +12,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 #include <locale.h>
 #include <stdlib.h>
 
@@ -274,7 +275,7 @@ bool TParser::TokenSymbolIs(std::string_view s) const {
     return FToken == toSymbol && SameText(FTokenStr, s);
 }
 
-void TParser::SkipBlanks() {
+inline void TParser::SkipBlanks() {
     for (;;) {
         if (FBufPos == FBufEnd && !Refill()) return;
         const char* buf = FBuf.data();
@@ -315,7 +316,7 @@ void TParser::SkipBlanks() {
     }
 }
 
-void TParser::AppendRun(uint8_t classes) {
+inline void TParser::AppendRun(uint8_t classes) {
     for (;;) {
         if (FBufPos == FBufEnd && !Refill()) return;
         const char* buf = FBuf.data();
@@ -376,7 +377,7 @@ char TParser::NextToken() {
     return FToken;
 }
 
-void TParser::ReadSymbol() {
+inline void TParser::ReadSymbol() {
     const char* buf = FBuf.data();
     int p = FBufPos + 1; // the first byte is a letter
     while (p < FBufEnd && (CharClasses[static_cast<unsigned char>(buf[p])] & (ccAlpha | ccDigit)))
@@ -388,7 +389,7 @@ void TParser::ReadSymbol() {
     FToken = toSymbol;
 }
 
-void TParser::ReadNumber(bool negative) {
+inline void TParser::ReadNumber(bool negative) {
     if (negative) FTokenStr.push_back('-');
     AppendRun(ccDigit);
     int c = Peek();
@@ -427,7 +428,7 @@ void TParser::ReadNumber(bool negative) {
     }
 }
 
-void TParser::ReadHexNumber(bool negative) {
+inline void TParser::ReadHexNumber(bool negative) {
     FTokenStr = negative ? "-$" : "$";
     AppendRun(ccHex);
     if (FTokenStr.size() == (negative ? 2u : 1u)) Error("Invalid integer number: " + FTokenStr);
@@ -440,7 +441,7 @@ void TParser::MakeWide() {
     FTokenWide = Cp1251ToUtf16(FTokenStr);
 }
 
-void TParser::ReadStringToken() {
+inline void TParser::ReadStringToken() {
     FTokenWide.clear();
     for (;;) {
         int c = Peek();
@@ -1056,7 +1057,20 @@ public:
     }
     void Bytes(const void* data, size_t n) {
         if (n <= static_cast<size_t>(FBufSize - FBufPos)) {
-            if (n) std::memcpy(FBuffer.data() + FBufPos, data, n);
+            char* out = FBuffer.data() + FBufPos;
+            const auto* in = static_cast<const char*>(data);
+            if (n >= 8 && n <= 16) {
+                // Names mostly: two overlapping words rather than a call.
+                uint64_t a, b;
+                std::memcpy(&a, in, 8);
+                std::memcpy(&b, in + n - 8, 8);
+                std::memcpy(out, &a, 8);
+                std::memcpy(out + n - 8, &b, 8);
+            } else if (n < 8) {
+                for (size_t i = 0; i < n; ++i)
+                    out[i] = in[i];
+            } else
+                std::memcpy(out, in, n);
             FBufPos += static_cast<int>(n);
         } else
             Write(data, static_cast<int64_t>(n));
@@ -1183,9 +1197,9 @@ private:
     }
 
     void ConvertProperty(int depth) {
-        p_.CheckToken(toSymbol);
+        if (p_.Token() != toSymbol) p_.CheckToken(toSymbol);
         std::string& name = name_;
-        name = p_.TokenText();
+        p_.SwapTokenText(name);
         for (;;) {
             p_.NextToken();
             if (p_.Token() != '.') break;
@@ -1196,7 +1210,7 @@ private:
         }
         if (name.size() > 255) p_.Error("Property name too long: " + name.substr(0, 64) + "...");
         w_.Str(name);
-        p_.CheckToken('=');
+        if (p_.Token() != '=') p_.CheckToken('=');
         p_.NextToken();
         ConvertValue(depth + 1);
     }
@@ -1208,7 +1222,7 @@ private:
         if (wide)
             ws = p_.TokenWideString();
         else
-            s = p_.TokenText();
+            p_.SwapTokenText(s);
         while (p_.NextToken() == '+') {
             p_.NextToken();
             if (p_.Token() != toString && p_.Token() != toWString) p_.CheckToken(toString);
@@ -1227,8 +1241,49 @@ private:
             w_.String(s);
     }
 
+    // A plain decimal ("-12.25") of at most 19 digits, 27 of them after the point, as a long
+    // double: the digits as a whole number and the power of ten are both exact, so the one
+    // rounding of their quotient gives what reading the text gives. False for anything else.
+    static bool ExactQuotient(std::string_view t, long double& v) {
+        if constexpr (std::numeric_limits<long double>::digits != 64) {
+            return false;
+        } else {
+            size_t i = 0;
+            bool negative = !t.empty() && t[0] == '-';
+            if (negative) ++i;
+            uint64_t digits = 0;
+            int count = 0, fraction = -1;
+            for (; i < t.size(); ++i) {
+                char c = t[i];
+                if (c == '.' && fraction < 0) {
+                    fraction = 0;
+                    continue;
+                }
+                if (c < '0' || c > '9') return false;
+                if (digits == 0 && c == '0') {
+                    if (fraction >= 0) ++fraction;
+                    continue;
+                }
+                if (++count > 19) return false;
+                digits = digits * 10 + static_cast<uint64_t>(c - '0');
+                if (fraction >= 0) ++fraction;
+            }
+            if (fraction > 27) return false;
+            long double scale = 1;
+            for (int k = 0; k < fraction; ++k)
+                scale *= 10;
+            v = static_cast<long double>(digits) / scale;
+            if (negative) v = -v;
+            return true;
+        }
+    }
+
     // Parses the number of a float token as T, rounded once from its digits.
     template <class T> T ParseAs() {
+        if constexpr (std::is_same_v<T, long double>) {
+            long double v;
+            if (!p_.FloatType() && ExactQuotient(p_.TokenText(), v)) return v;
+        }
         std::string t = p_.TokenString();
         if (p_.FloatType()) t.pop_back();
         if (!t.empty() && t.back() == '.') t.push_back('0');

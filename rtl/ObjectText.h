@@ -57,6 +57,9 @@ public:
     // The token's text as read, without conversion: a symbol's name, a number's digits, a
     // string's bytes when it isn't wide.
     const std::string& TokenText() const { return FTokenStr; }
+    // Swaps the token's text (as TokenText) with s, which the parser then uses for the next
+    // token: a caller keeps the text without a copy.
+    void SwapTokenText(std::string& s) { FTokenStr.swap(s); }
     char Token() const { return FToken; }
     // 's', 'c' or 'd' after a float: single, currency or date; otherwise 0.
     char FloatType() const { return FFloatType; }
@@ -67,16 +70,18 @@ private:
         if (FBufPos < FBufEnd) return static_cast<unsigned char>(FBuf[FBufPos]);
         return Refill() ? static_cast<unsigned char>(FBuf[FBufPos]) : -1;
     }
+    // The scanners of the tokens are inline, defined where NextToken is, so that they can be
+    // built into it.
     bool Refill();
     int64_t Offset() const { return FBufOrigin + FBufPos; }
-    void SkipBlanks();
+    inline void SkipBlanks();
     // Appends the bytes from the current one on whose class (of the parser's character classes)
     // is among classes.
-    void AppendRun(uint8_t classes);
-    void ReadNumber(bool negative);
-    void ReadHexNumber(bool negative);
-    void ReadStringToken();
-    void ReadSymbol();
+    inline void AppendRun(uint8_t classes);
+    inline void ReadNumber(bool negative);
+    inline void ReadHexNumber(bool negative);
+    inline void ReadStringToken();
+    inline void ReadSymbol();
     void MakeWide();
 
     TStream* FStream;

@@ -442,6 +442,33 @@ TEST(ObjectTextParser, NumbersChooseTheirTags) {
     EXPECT_EQ(b, expected);
 }
 
+TEST(ObjectTextParser, DecimalsReadAsTheNearestExtendedValue) {
+    // A float's text becomes the extended value nearest to it, as strtold reads it: decimals of
+    // up to 21 digits, up to 30 of them after the point, of either sign, with and without
+    // leading and trailing zeros, and with exponents.
+    std::vector<std::string> texts = {"0.0", "-0.0", "1.5", "300.25", "0.1", "-0.3", "12.",
+                                      "007.50", "0.000000000000000000000000001",
+                                      "9999999999999999999.5", "18446744073709551615.0",
+                                      "1234567890.123456789", "1.5e3", "2E-5"};
+    std::mt19937_64 rng(7);
+    for (int i = 0; i < 2000; ++i) {
+        std::string digits = std::to_string(rng() >> (rng() % 64));
+        size_t point = rng() % (digits.size() + 1);
+        std::string fraction = std::string(rng() % 12, '0') + std::to_string(rng() % 100000);
+        std::string text = (rng() % 2 ? "-" : "") + digits.substr(0, point) +
+                           (point == 0 ? "0" : "") + "." + digits.substr(point) + fraction;
+        texts.push_back(text);
+    }
+    for (const std::string& text : texts) {
+        std::string b = ToBinary("object A: T\r\n  F = " + text + "\r\nend\r\n");
+        uint8_t expected[10];
+        ExtendedToBytes(std::strtold(text.c_str(), nullptr), expected);
+        ASSERT_EQ(b.substr(10, 11), std::string(1, char(vaExtended)) +
+                                        std::string(reinterpret_cast<char*>(expected), 10))
+            << text;
+    }
+}
+
 fs::path CorpusDir() {
     if (const char* s = std::getenv("ZELVANE_SOURCE_DIR"))
         return fs::path(s) / "tests" / "interop" / "corpus";
