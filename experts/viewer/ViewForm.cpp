@@ -118,6 +118,16 @@ bool FindOpenedEditor(const _di_IOTAModuleInfo& info, TViewModuleMode mode, _di_
     return false;
 }
 
+bool IsModuleOpen(const _di_IOTAModuleInfo& info) {
+    _di_IOTAModuleServices services = IDEService<IOTAModuleServices>();
+    if (!services) return false;
+    std::string file = info->GetFileName();
+    for (int i = 0; i < services->GetModuleCount(); ++i)
+        if (_di_IOTAModule module = services->GetModule(i); module && module->GetFileName() == file)
+            return true;
+    return false;
+}
+
 _di_IOTAEditor EditorOfModule(const _di_IOTAModule& module, TViewModuleMode mode) {
     if (!module) return nullptr;
     if (mode == svmForm) return GetFormEditorFromModule(module);
@@ -724,10 +734,16 @@ void TViewForm::DoProcessModule() {
 
     _di_IOTAEditor editor;
     bool wasOpen = FindOpenedEditor(info, viewMode_, editor);
+    bool moduleWasOpen = wasOpen || IsModuleOpen(info);
     _di_IOTAModule module = info->OpenModule();
     if (!wasOpen) editor = EditorOfModule(module, viewMode_);
     OpenEditor = Query<IOTASourceEditor>(editor).get();
-    if (!editor) return;
+    if (!editor) {
+        // A module without what this mode shows (a form whose file is missing) stays open only
+        // if it was open before.
+        if (!moduleWasOpen && module) module->CloseModule(true);
+        return;
+    }
     if (viewMode_ == svmForm)
         ShowForm(info, wasOpen, file);
     else

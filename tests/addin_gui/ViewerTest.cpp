@@ -81,6 +81,8 @@ protected:
             if (ran) body();
             if (Viewer()) Child<QPushButton>(closeWith)->click();
         });
+        // The buttons are enabled by the update the workbench runs when idle.
+        Application->UpdateActions();
         open();
         EXPECT_TRUE(ran);
         EXPECT_EQ(Viewer(), nullptr);
@@ -308,16 +310,29 @@ TEST_F(ViewerTest, OkOpensEveryChosenModuleAfterTheViewerHasGone) {
 }
 
 TEST_F(ViewerTest, FaultsLeaveNothingBorrowedAndNoModuleOpenThatTheUserDidNotOpen) {
-    // A form file that can't be read: the error is reported, the viewer stays, nothing stays open.
-    testfiles::WriteFile(File("Settings.dfm"), "object SettingsForm: TForm\n  Caption = 'x\n");
-    InFormViewer([&] {
-        Preview(true);
-        Choose(Row("SettingsForm"));
-        RunLoop(100);
-        EXPECT_NE(Viewer(), nullptr);
-    });
-    EXPECT_FALSE(errors.empty());
-    EXPECT_FALSE(IsOpen("Settings.pas"));
+    // A form file that can't be read, or is missing: the viewer stays, nothing stays open.
+    struct TCase {
+        const char* Name;
+        const char* Form;
+        const char* Text;
+    };
+    const TCase cases[] = {{"damaged", "Settings.dfm", "object SettingsForm: TForm\n  Caption = 'x\n"},
+                           {"missing", "DataMod.dfm", nullptr}};
+    for (const TCase& c : cases) {
+        SCOPED_TRACE(c.Name);
+        if (c.Text)
+            testfiles::WriteFile(File(c.Form), c.Text);
+        else
+            std::filesystem::remove(File(c.Form));
+        std::string unit = std::filesystem::path(c.Form).replace_extension(".pas").string();
+        InFormViewer([&] {
+            Preview(true);
+            Choose(Row(c.Form[0] == 'S' ? "SettingsForm" : "DataModuleMain"));
+            RunLoop(100);
+            EXPECT_NE(Viewer(), nullptr);
+        });
+        EXPECT_FALSE(IsOpen(unit));
+    }
 
     // A module closed behind the preview's back, then the viewer closed.
     InUnitViewer([&] {
@@ -330,6 +345,18 @@ TEST_F(ViewerTest, FaultsLeaveNothingBorrowedAndNoModuleOpenThatTheUserDidNotOpe
     EXPECT_EQ(Editor()->parentWidget(), EditWindow());
     EXPECT_TRUE(WaitFor([this] { return EditWindow()->isVisible(); }));
 
+    // A project without units: an empty list, and OK opens nothing.
+    model->CloseAll();
+    testfiles::WriteFile(File("Empty.dpr"), "program Empty;\r\nbegin\r\nend.\r\n");
+    main->OpenProject(File("Empty.dpr"));
+    const int modules = model->GetModuleCount();
+    size_t listed = 1;
+    InFormViewer([&] { listed = Items().size(); }, "btnOk");
+    EXPECT_EQ(listed, 0u);
+    EXPECT_EQ(model->GetModuleCount(), modules);
+    model->CloseAll();
+    main->OpenProject(File("Example.dpr"));
+
     // The IDE quitting while a form is lent out: the viewer's loop ends, the form goes home.
     QWidget* mainDesigner = DesignerOf("MainForm");
     InFormViewer([&] {
@@ -339,6 +366,9 @@ TEST_F(ViewerTest, FaultsLeaveNothingBorrowedAndNoModuleOpenThatTheUserDidNotOpe
         QCoreApplication::exit(0);
     });
     EXPECT_TRUE(mainDesigner->isWindow());
+    // The quit holds for every event loop until the application's own loop has run once more.
+    QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(0); });
+    QCoreApplication::exec();
 }
 
 } // namespace
