@@ -1427,14 +1427,15 @@ private:
 
 bool IsStreamName(std::string_view s, bool dotted, bool mayBeEmpty) {
     if (s.empty()) return mayBeEmpty;
-    bool start = true;
+    bool start = true; // at the start of the name or of a part after a dot
     for (char c : s) {
-        if (dotted && c == '.' && !start) {
+        uint8_t k = CharClasses[static_cast<unsigned char>(c)];
+        if (k & ccAlpha)
+            start = false;
+        else if (!(k & ccDigit) || start) {
+            if (!dotted || c != '.' || start) return false;
             start = true;
-            continue;
         }
-        if (!(IsAlpha(c) || (!start && IsDigit(c)))) return false;
-        start = false;
     }
     return !start;
 }
