@@ -169,6 +169,9 @@ int64_t TMappedFileStream::Read(void* buffer, int64_t count) {
     int64_t n = std::min(count, size_ - position_);
     std::memcpy(buffer, memory_ + position_, static_cast<size_t>(n));
     position_ += n;
+    // Reads mostly go on where this one ended: the page after is asked for ahead of time, as
+    // the processor doesn't fetch across pages by itself.
+    if (size_ - position_ > 4096) __builtin_prefetch(memory_ + position_ + 4096);
     return n;
 }
 
