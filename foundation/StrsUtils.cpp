@@ -119,6 +119,7 @@ public:
     explicit LineBlock(rtl::TStrings* lines) {
         int count = lines->Count();
         starts_.reserve(static_cast<size_t>(count) + 1);
+        text_.reserve(static_cast<size_t>(count) * 64); // a guess; the text grows as needed
         for (int i = 0; i < count; ++i) {
             starts_.push_back(text_.size());
             text_ += lines->Strings(i);
@@ -134,6 +135,23 @@ public:
 private:
     std::string text_;
     std::vector<size_t> starts_;
+};
+
+// The sorted lines, handed over by the Assign of the caller's list: a list that only holds
+// them, without the events and checks of a string list.
+class SortedLines : public rtl::TStrings {
+public:
+    std::vector<std::string> Lines;
+
+    void Clear() override { Lines.clear(); }
+    void Delete(int index) override { Lines.erase(Lines.begin() + index); }
+    void Insert(int index, const std::string& s) override {
+        Lines.insert(Lines.begin() + index, s);
+    }
+
+protected:
+    std::string Get(int index) const override { return Lines[static_cast<size_t>(index)]; }
+    int GetCount() const override { return static_cast<int>(Lines.size()); }
 };
 
 bool IsBlankView(std::string_view s) {
@@ -182,7 +200,9 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
     std::string text;
     text.reserve(source.Size());
     std::vector<size_t> pieceEnds;
+    pieceEnds.reserve(2 * source.Count() + 2);
     std::vector<Declaration> decls;
+    decls.reserve(source.Count());
     size_t k = 0;
     for (;;) {
         while (k < source.Count() && IsBlankView(source[k]))
@@ -237,8 +257,8 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
     // From declarations back to lines: the first line gets its indentation and keyword back in
     // front, the further lines follow it. A piece that is blank or a keyword alone counts as
     // part of the indentation and keyword.
-    rtl::TStringList l;
-    l.SetCapacity(static_cast<int>(source.Count()));
+    SortedLines l;
+    l.Lines.reserve(source.Count());
     std::vector<std::string_view> further, front;
     std::string head;
     for (const Declaration& d : decls) {
@@ -270,9 +290,9 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
         for (size_t i = front.size(); i-- > 0;)
             head.append(front[i]);
         head.append(piece(0));
-        l.Add(head);
+        l.Lines.push_back(head);
         for (std::string_view seg : further)
-            l.Add(std::string(seg));
+            l.Lines.emplace_back(seg);
     }
 
     lines->Assign(&l);
