@@ -70,12 +70,24 @@ constexpr int SLabelExtendedDrawing = 51206;
 constexpr int SLabelFormFont = 51207;
 constexpr int SLabelFormUnitFont = 51208;
 constexpr int SLabelUnitFont = 51209;
+constexpr int SLabelDisplayPanel = 51220;
+constexpr int SLabelProjectFormsOnly = 51221;
+constexpr int SLabelReturnFocus = 51222;
+constexpr int SLabelAutoShowForm = 51223;
 
 // Menu items and window captions.
 constexpr int SUnitManagerCaption = 51010;   // "Unit manager", the window
 constexpr int SUnitManagerItem = 51043;      // "Unit manager", the menu item
 constexpr int SViewFormsItem = 51040;        // "View Forms..."
 constexpr int SViewUnitsItem = 51041;        // "View Units..."
+
+// The inspector's pop-up menu.
+constexpr int SDisplayPanelItem = 51022;     // "Display panel"
+constexpr int SProjectFormsOnlyItem = 51023; // "Project forms only"
+constexpr int SReturnFocusItem = 51024;      // "Return focus"
+constexpr int SSelectParentItem = 51025;     // "Select parent"
+constexpr int SSelectFormItem = 51026;       // "Select form"
+constexpr int SShowFormItem = 51027;         // "Show form"
 
 // The module viewer.
 constexpr int SFormsChoice = 51005;          // "Forms"
