@@ -267,12 +267,12 @@ void TParser::CheckToken(char t) {
 
 void TParser::CheckTokenSymbol(std::string_view s) {
     CheckToken(toSymbol);
-    if (!SameText(FTokenStr, s))
+    if (!SameText(Text(), s))
         Error("'" + std::string(s) + "' expected but '" + FTokenStr + "' found");
 }
 
 bool TParser::TokenSymbolIs(std::string_view s) const {
-    return FToken == toSymbol && SameText(FTokenStr, s);
+    return FToken == toSymbol && SameText(TokenView(), s);
 }
 
 inline void TParser::SkipBlanks() {
@@ -330,10 +330,16 @@ inline void TParser::AppendRun(uint8_t classes) {
     }
 }
 
+void TParser::TakeSymbol() const {
+    FTokenStr.assign(FSymbol, FSymbolLength);
+    FSymbol = nullptr;
+}
+
 void TParser::SkipToNextToken() {
     SkipBlanks();
     FTokenStart = Offset();
     FToken = toEOF;
+    FSymbol = nullptr;
     FTokenStr.clear();
 }
 
@@ -342,6 +348,7 @@ char TParser::NextToken() {
     FTokenStart = Offset();
     FFloatType = 0;
     FWide = false;
+    FSymbol = nullptr;
     FTokenStr.clear();
     int c = Peek();
     if (c < 0) {
@@ -370,9 +377,10 @@ char TParser::NextToken() {
     } else if (c == 0 || c >= 0x80) {
         Error("Invalid character " + std::to_string(c) + " in text");
     } else {
+        FSymbol = FBuf.data() + FBufPos;
+        FSymbolLength = 1;
         ++FBufPos;
         FToken = static_cast<char>(c);
-        FTokenStr.push_back(static_cast<char>(c));
     }
     return FToken;
 }
@@ -382,10 +390,16 @@ inline void TParser::ReadSymbol() {
     int p = FBufPos + 1; // the first byte is a letter
     while (p < FBufEnd && (CharClasses[static_cast<unsigned char>(buf[p])] & (ccAlpha | ccDigit)))
         ++p;
-    FTokenStr.assign(buf + FBufPos, static_cast<size_t>(p - FBufPos));
-    FBufPos = p;
-    // A symbol that runs on past the block.
-    if (p == FBufEnd) AppendRun(ccAlpha | ccDigit);
+    if (p < FBufEnd) {
+        FSymbol = buf + FBufPos;
+        FSymbolLength = static_cast<size_t>(p - FBufPos);
+        FBufPos = p;
+    } else {
+        // A symbol that runs on past the block.
+        FTokenStr.assign(buf + FBufPos, static_cast<size_t>(p - FBufPos));
+        FBufPos = p;
+        AppendRun(ccAlpha | ccDigit);
+    }
     FToken = toSymbol;
 }
 
@@ -502,6 +516,7 @@ inline void TParser::ReadStringToken() {
 
 std::string TParser::TokenComponentIdent() {
     CheckToken(toSymbol);
+    Text();
     while (Peek() == '.') {
         ++FBufPos;
         FTokenStr.push_back('.');
@@ -512,7 +527,7 @@ std::string TParser::TokenComponentIdent() {
 }
 
 long double TParser::TokenFloat() {
-    std::string s = FTokenStr;
+    std::string s = Text();
     if (!s.empty() && s.back() == '.') s.push_back('0');
     long double v = 0;
     auto r = std::from_chars(s.data(), s.data() + s.size(), v);
@@ -547,12 +562,12 @@ int64_t TParser::TokenInt() {
 std::string TParser::TokenString() {
     if (FToken == toWString) return Utf16ToCp1251(FTokenWide);
     if (FToken == toFloat && FFloatType) return FTokenStr + FFloatType;
-    return FTokenStr;
+    return Text();
 }
 
 std::u16string TParser::TokenWideString() {
     if (FToken == toWString) return FTokenWide;
-    return Cp1251ToUtf16(FTokenStr);
+    return Cp1251ToUtf16(Text());
 }
 
 void TParser::HexToBinary(TStream* stream) {
@@ -1081,6 +1096,22 @@ public:
         Byte(static_cast<uint8_t>(n));
         Bytes(s.data(), n);
     }
+    // A short string of at most 255 bytes, written whole into the buffer so that it can be
+    // taken back until the next write.
+    void KeptStr(std::string_view s) {
+        size_t n = s.size();
+        if (static_cast<size_t>(FBufSize - FBufPos) < n + 1) FlushBuffer();
+        char* out = FBuffer.data() + FBufPos;
+        out[0] = static_cast<char>(n);
+        std::memcpy(out + 1, s.data(), n);
+        FBufPos += static_cast<int>(n + 1);
+        kept_ = n;
+    }
+    // Takes back the string of KeptStr: its bytes go into s.
+    void TakeBack(std::string& s) {
+        FBufPos -= static_cast<int>(kept_ + 1);
+        s.assign(FBuffer.data() + FBufPos + 1, kept_);
+    }
     void String(std::string_view s) {
         if (s.size() <= 255) {
             Byte(vaString);
@@ -1122,11 +1153,14 @@ public:
         } else
             WriteInteger(v);
     }
+
+private:
+    size_t kept_ = 0;
 };
 
 // Whether the token is the symbol word, in any case (as TParser::TokenSymbolIs).
 bool SymbolIs(const TParser& p, std::string_view word) {
-    return p.Token() == toSymbol && SameAscii(p.TokenText(), word);
+    return p.Token() == toSymbol && SameAscii(p.TokenView(), word);
 }
 
 class TextToBinary {
@@ -1160,13 +1194,13 @@ private:
         p_.NextToken();
         p_.CheckToken(toSymbol);
         std::string name;
-        std::string className = p_.TokenText();
+        std::string className(p_.TokenView());
         p_.NextToken();
         if (p_.Token() == ':') {
             p_.NextToken();
             p_.CheckToken(toSymbol);
             name = className;
-            className = p_.TokenText();
+            className = p_.TokenView();
             p_.NextToken();
         }
         int64_t childPos = 0;
@@ -1198,18 +1232,37 @@ private:
 
     void ConvertProperty(int depth) {
         if (p_.Token() != toSymbol) p_.CheckToken(toSymbol);
+        // A name of one symbol is written as it is read; the first part of a dotted name is
+        // taken back from the writer and the whole name written after its last part.
         std::string& name = name_;
-        p_.SwapTokenText(name);
-        for (;;) {
+        std::string_view first = p_.TokenView();
+        bool kept = first.size() <= 255;
+        if (kept)
+            w_.KeptStr(first);
+        else
+            name.assign(first);
+        try {
             p_.NextToken();
-            if (p_.Token() != '.') break;
-            p_.NextToken();
-            p_.CheckToken(toSymbol);
-            name += '.';
-            name += p_.TokenText();
+        } catch (...) {
+            if (kept) w_.TakeBack(name);
+            throw;
         }
-        if (name.size() > 255) p_.Error("Property name too long: " + name.substr(0, 64) + "...");
-        w_.Str(name);
+        if (kept && p_.Token() == '.') {
+            w_.TakeBack(name);
+            kept = false;
+        }
+        if (!kept) {
+            while (p_.Token() == '.') {
+                p_.NextToken();
+                p_.CheckToken(toSymbol);
+                name += '.';
+                name += p_.TokenView();
+                p_.NextToken();
+            }
+            if (name.size() > 255)
+                p_.Error("Property name too long: " + name.substr(0, 64) + "...");
+            w_.Str(name);
+        }
         if (p_.Token() != '=') p_.CheckToken('=');
         p_.NextToken();
         ConvertValue(depth + 1);
@@ -1354,7 +1407,7 @@ private:
             if (p_.Token() != ']') {
                 for (;;) {
                     p_.CheckToken(toSymbol);
-                    w_.Str(p_.TokenText());
+                    w_.Str(p_.TokenView());
                     p_.NextToken();
                     if (p_.Token() == ']') break;
                     p_.CheckToken(',');

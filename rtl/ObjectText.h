@@ -56,10 +56,17 @@ public:
 
     // The token's text as read, without conversion: a symbol's name, a number's digits, a
     // string's bytes when it isn't wide.
-    const std::string& TokenText() const { return FTokenStr; }
+    const std::string& TokenText() const { return Text(); }
+    // The same text as a view, valid until the parser moves on.
+    std::string_view TokenView() const {
+        return FSymbol ? std::string_view(FSymbol, FSymbolLength) : std::string_view(FTokenStr);
+    }
     // Swaps the token's text (as TokenText) with s, which the parser then uses for the next
     // token: a caller keeps the text without a copy.
-    void SwapTokenText(std::string& s) { FTokenStr.swap(s); }
+    void SwapTokenText(std::string& s) {
+        Text();
+        FTokenStr.swap(s);
+    }
     char Token() const { return FToken; }
     // 's', 'c' or 'd' after a float: single, currency or date; otherwise 0.
     char FloatType() const { return FFloatType; }
@@ -83,6 +90,13 @@ private:
     inline void ReadStringToken();
     inline void ReadSymbol();
     void MakeWide();
+    // The token's text. A symbol or a single character that lies in the block is kept there
+    // (FSymbol) until its text is asked for.
+    const std::string& Text() const {
+        if (FSymbol) TakeSymbol();
+        return FTokenStr;
+    }
+    void TakeSymbol() const;
 
     TStream* FStream;
     std::vector<char> FBuf;
@@ -94,7 +108,9 @@ private:
     char FToken = toEOF;
     char FFloatType = 0;
     bool FWide = false;
-    std::string FTokenStr;
+    mutable std::string FTokenStr;
+    mutable const char* FSymbol = nullptr;
+    size_t FSymbolLength = 0;
     std::u16string FTokenWide;
 };
 

@@ -500,6 +500,29 @@ TEST(ObjectTextLayout, StreamNamesAreIdentifiersDottedWhereAllowed) {
     }
 }
 
+TEST(ObjectTextParser, OutputStopsWhereTheTextGoesWrong) {
+    // What was converted before a syntax error stays in the output: the properties before it,
+    // and the name of the property in error once the whole name has been read.
+    auto partial = [](const std::string& text) {
+        TStringStream in(text), out;
+        EXPECT_THROW(ObjectTextToBinary(&in, &out), EParserError) << text;
+        return out.DataString();
+    };
+    const std::string head = "object A: T\r\n  P = 1\r\n";
+    std::string before = ToBinary(head + "end\r\n");
+    before.resize(before.size() - 2); // without the ends of the property and child lists
+    struct Case {
+        std::string Tail, Written;
+    };
+    const std::vector<Case> cases = {{"  Q\x80 = 2\r\n", ""},
+                                     {"  Q.\x80 = 2\r\n", ""},
+                                     {"  Q.R = @\r\n", "\x03Q.R"},
+                                     {"  Q = @\r\n", "\x01Q"},
+                                     {"  Q 2\r\n", "\x01Q"}};
+    for (const Case& c : cases)
+        EXPECT_EQ(partial(head + c.Tail + "end\r\n"), before + c.Written) << c.Tail;
+}
+
 fs::path CorpusDir() {
     if (const char* s = std::getenv("ZELVANE_SOURCE_DIR"))
         return fs::path(s) / "tests" / "interop" / "corpus";
