@@ -100,4 +100,30 @@ constexpr int SSynchronizeModules = 51028;   // "Synchronize modules"
 constexpr int SDisplayScrollbars = 51029;    // "Display scrollbars"
 constexpr int SClxFormsNotSupported = 51104; // "CLX forms are not supported."
 
+// The CPU capture.
+constexpr int SViewCPUCaption = 51009;       // "View CPU", the window
+constexpr int SViewCPUItem = 51042;          // "View CPU data", the menu item
+constexpr int SStringsCount = 51066;         // "%d strings"
+constexpr int SCustomStrCount = 51067;       // "Custom..."
+constexpr int SGetDataHint = 51069;          // "Get data from CPU window"
+constexpr int SSetStrCountHint = 51070;      // "Lines to read"
+constexpr int SStrCountCaption = 51071;      // "Parameters"
+constexpr int SStrCountLabel = 51072;        // "String count:"
+constexpr int SDisasmViewTitle = 51073;      // "Assembler code"
+constexpr int SRegViewTitle = 51080;         // "Processor’s registers"
+constexpr int SFlagsViewTitle = 51081;       // "Processor’s flags"
+constexpr int SDumpViewTitle = 51082;        // "Memory dump"
+constexpr int SStackViewTitle = 51083;       // "Program stack"
+constexpr int SAllViewsTitle = 51084;        // "All types"
+constexpr int SExitHint = 51085;             // "Exit"
+constexpr int SDialogCancel = 50623;         // "Cancel"
+constexpr int SLabelReadLineCount = 51224;
+constexpr int SLabelViewObject = 51225;
+constexpr int SLabelDisasmView = 51226;
+constexpr int SLabelRegView = 51227;
+constexpr int SLabelFlagsView = 51228;
+constexpr int SLabelDumpView = 51229;
+constexpr int SLabelStackView = 51235;
+constexpr int SLabelAllViews = 51236;
+
 } // namespace zelvane
