@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 using namespace rtl;
@@ -68,6 +69,15 @@ Form Detect(TStream* s) {
     }
 }
 
+// Asks for large pages behind a large block that is about to be filled: a few faults instead
+// of one for every 4 KiB page. Only advice; the block works the same without it.
+void PreferLargePages(void* block, size_t size) {
+    constexpr uintptr_t large = uintptr_t(1) << 21;
+    uintptr_t begin = (reinterpret_cast<uintptr_t>(block) + large - 1) & ~(large - 1);
+    uintptr_t end = (reinterpret_cast<uintptr_t>(block) + size) & ~(large - 1);
+    if (end > begin) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+}
+
 void LoadInput(const std::string& name, TMemoryStream& into) {
     std::FILE* f = name == "-" ? stdin : std::fopen(name.c_str(), "rb");
     if (!f) throw Failure{"cannot open " + name + ": " + std::strerror(errno)};
@@ -76,6 +86,7 @@ void LoadInput(const std::string& name, TMemoryStream& into) {
     struct stat st;
     if (fstat(fileno(f), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
         into.SetSize(st.st_size);
+        PreferLargePages(into.Memory(), static_cast<size_t>(st.st_size));
         size_t got = std::fread(into.Memory(), 1, static_cast<size_t>(st.st_size), f);
         into.SetSize(static_cast<int64_t>(got));
         into.SetPosition(static_cast<int64_t>(got));
@@ -256,6 +267,7 @@ int main(int argc, char** argv) {
         // nothing, and the output is seldom copied as it grows.
         std::string room;
         room.reserve(static_cast<size_t>(in.GetSize()) * 2 + 65536);
+        PreferLargePages(room.data(), room.capacity());
         TStringStream out(std::move(room));
         int count = 0;
         while (in.GetPosition() < in.GetSize()) {
