@@ -404,6 +404,24 @@ inline void TParser::ReadSymbol() {
 }
 
 inline void TParser::ReadNumber(bool negative) {
+    // A whole number that ends inside the block, its "-" in the block too, stays there as a
+    // symbol does.
+    if (int start = FBufPos - (negative ? 1 : 0); start >= 0) {
+        const char* buf = FBuf.data();
+        int p = FBufPos;
+        while (p < FBufEnd && IsDigit(buf[p]))
+            ++p;
+        if (p < FBufEnd) {
+            char c = static_cast<char>(buf[p] | 0x20);
+            if (c != '.' && c != 'e' && c != 's' && c != 'c' && c != 'd') {
+                FSymbol = buf + start;
+                FSymbolLength = static_cast<size_t>(p - start);
+                FBufPos = p;
+                FToken = toInteger;
+                return;
+            }
+        }
+    }
     if (negative) FTokenStr.push_back('-');
     AppendRun(ccDigit);
     int c = Peek();
@@ -538,8 +556,9 @@ long double TParser::TokenFloat() {
 
 int64_t TParser::TokenInt() {
     if (FToken != toInteger) Error("Integer expected but " + TokenName(FToken) + " found");
-    const char* p = FTokenStr.data();
-    const char* end = p + FTokenStr.size();
+    std::string_view text = TokenView();
+    const char* p = text.data();
+    const char* end = p + text.size();
     bool neg = *p == '-';
     if (neg) ++p;
     int base = 10;
@@ -549,11 +568,11 @@ int64_t TParser::TokenInt() {
     }
     uint64_t u = 0;
     auto r = std::from_chars(p, end, u, base);
-    if (r.ec != std::errc() || r.ptr != end) Error("Invalid integer number: " + FTokenStr);
+    if (r.ec != std::errc() || r.ptr != end) Error("Invalid integer number: " + Text());
     // As the platform does, an unsigned 64-bit value is taken with its bits as they are.
     if (neg) {
         if (u > uint64_t(std::numeric_limits<int64_t>::max()) + 1)
-            Error("Invalid integer number: " + FTokenStr);
+            Error("Invalid integer number: " + Text());
         return static_cast<int64_t>(0 - u);
     }
     return static_cast<int64_t>(u);
