@@ -76,7 +76,8 @@ int64_t Ordinal(const QVariant& value) {
     case QMetaType::QChar:
         return static_cast<int32_t>(value.toLongLong());
     default:
-        if (type.flags() & QMetaType::IsEnumeration) return static_cast<int32_t>(value.toLongLong());
+        if (type.flags() & QMetaType::IsEnumeration)
+            return static_cast<int32_t>(value.toLongLong());
         InvalidPropertyType(type);
     }
 }

@@ -53,9 +53,8 @@ struct TRegisterInfo {
     int Width;
 };
 constexpr TRegisterInfo RegisterInfo[16] = {
-    {"EAX", 8}, {"EBX", 8}, {"ECX", 8}, {"EDX", 8}, {"ESI", 8}, {"EDI", 8},
-    {"EBP", 8}, {"ESP", 8}, {"EIP", 8}, {"EFL", 8}, {"CS", 4},  {"DS", 4},
-    {"SS", 4},  {"ES", 4},  {"FS", 4},  {"GS", 4},
+    {"EAX", 8}, {"EBX", 8}, {"ECX", 8}, {"EDX", 8}, {"ESI", 8}, {"EDI", 8}, {"EBP", 8}, {"ESP", 8},
+    {"EIP", 8}, {"EFL", 8}, {"CS", 4},  {"DS", 4},  {"SS", 4},  {"ES", 4},  {"FS", 4},  {"GS", 4},
 };
 
 // The flag pane's rows: the property, the short name and the description of the line.
@@ -155,8 +154,9 @@ void ReadFlags(QObject* pane, TStrings* strings) {
     QObject* flags = ToolsAPI::GetObjectProp(pane, "CurrentFlags");
     if (!flags) return;
     for (const TFlagInfo& f : FlagInfo)
-        strings->Add(Format("%s %d [%s]", {f.ShortName, int32_t(ToolsAPI::GetOrdProp(flags, f.Name)),
-                                           f.Description}));
+        strings->Add(
+            Format("%s %d [%s]",
+                   {f.ShortName, int32_t(ToolsAPI::GetOrdProp(flags, f.Name)), f.Description}));
 }
 
 // Eight bytes a line, each read by moving the selection on by one.
@@ -251,16 +251,15 @@ template <class F> void Guarded(TCPUFormMng* manager, F&& command) {
 // The expert
 
 TCPUFormMng::TCPUFormMng() {
-    std::string labels =
-        LabelTemplate("TCPUFormMng", {{"ReadLineCount", SLabelReadLineCount},
-                                      {"ViewObject", SLabelViewObject}}) +
-        "\r\n" +
-        LabelTemplate("TCPUViewType", {{"vtDisasmView", SLabelDisasmView},
-                                       {"vtRegView", SLabelRegView},
-                                       {"vtFlagsView", SLabelFlagsView},
-                                       {"vtDumpView", SLabelDumpView},
-                                       {"vtStackView", SLabelStackView},
-                                       {"vtAllViews", SLabelAllViews}});
+    std::string labels = LabelTemplate("TCPUFormMng", {{"ReadLineCount", SLabelReadLineCount},
+                                                       {"ViewObject", SLabelViewObject}}) +
+                         "\r\n" +
+                         LabelTemplate("TCPUViewType", {{"vtDisasmView", SLabelDisasmView},
+                                                        {"vtRegView", SLabelRegView},
+                                                        {"vtFlagsView", SLabelFlagsView},
+                                                        {"vtDumpView", SLabelDumpView},
+                                                        {"vtStackView", SLabelStackView},
+                                                        {"vtAllViews", SLabelAllViews}});
     AddStoredData(this, "CPUViewData", LocaleStr(SCPUView), labels);
 }
 
@@ -286,7 +285,9 @@ void TCPUFormMng::Load(bool) {
 void TCPUFormMng::ShowCPU(TObject*) {
     QWidget* form = ShowFormByClass<TCPUForm>();
     if (!form) {
-        form_ = MakeForm<TCPUForm>(nullptr, this).release();
+        // A window of the application's: it goes when the IDE's main form closes.
+        QWidget* owner = ToolsAPI::Application ? ToolsAPI::Application->GetMainForm() : nullptr;
+        form_ = MakeForm<TCPUForm>(owner, this).release();
         form_->show();
         form = form_;
     }

@@ -1,5 +1,5 @@
-// The CPU capture expert's place in the settings tree and the menu, without an IDE: its stored
-// object with the labels of the settings editor, its defaults, and its one menu item.
+// The CPU capture expert's place in the settings tree, without an IDE: its stored object with
+// the labels of the settings editor, and its defaults.
 #include "experts/cpu/CPUView.h"
 #include "host/ExpData.h"
 #include "host/ExpMng.h"
@@ -36,22 +36,7 @@ TEST_F(CPUViewSettings, TheExpertStoresItsCountAndPaneUnderItsNodeWithTheirLabel
               "\r\nvtStackView=Program stack"
               "\r\nvtAllViews=All types");
     // The pane is stored by its name, the values 0 to 5 in table order.
-    EXPECT_EQ(rtl::GetEnumName(rtl::TypeInfo<TCPUViewType>(), 5),
-              "vtAllViews");
-}
-
-TEST_F(CPUViewSettings, OneMenuItemOpensTheWindowOnCtrlW) {
-    TCPUFormMng expert;
-    expert.Init([](const std::string& id) { return ExpData->MenuData()->Add(id); });
-    ASSERT_EQ(ExpData->MenuData()->Count(), 1);
-    TExpMenuItemData* item = ExpData->MenuData()->Item(0);
-    EXPECT_EQ(item->ItemID, "ViewCPUItem");
-    EXPECT_EQ(item->GetNodeName(), "View CPU data");
-    EXPECT_EQ(item->ShortCutText, "Ctrl+W");
-    EXPECT_TRUE(item->HaveLineBefore);
-    EXPECT_EQ(item->ImageIndex, 67);
-    EXPECT_TRUE(item->OnExecute);
-    EXPECT_TRUE(item->OnUpdate);
+    EXPECT_EQ(rtl::GetEnumName(rtl::TypeInfo<TCPUViewType>(), 5), "vtAllViews");
 }
 
 } // namespace
