@@ -12,6 +12,7 @@
 //     --screenshot FILE     take a picture of the screen once the windows are up, then quit
 //     --menu NAME           with --screenshot: open the main menu's menu of this object name
 //     --keys KEYS           with --screenshot: first run the command of these keys ("Ctrl+Shift+Q")
+//     --click NAME          with --screenshot: then click the button of this object name
 #include "rtl/SysUtils.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -20,6 +21,7 @@
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QAbstractButton>
 #include <QAction>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -64,8 +66,11 @@ int main(int argc, char** argv) {
     QCommandLineOption keysOpt(QStringLiteral("keys"),
                                QStringLiteral("Run the command of these keys before the screenshot."),
                                QStringLiteral("keys"));
+    QCommandLineOption clickOpt(QStringLiteral("click"),
+                                QStringLiteral("Click this button before the screenshot."),
+                                QStringLiteral("name"));
     parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt,
-                       shotOpt, menuOpt, keysOpt});
+                       shotOpt, menuOpt, keysOpt, clickOpt});
     parser.addPositionalArgument(QStringLiteral("project"),
                                  QStringLiteral("A project, project group or directory."));
     parser.process(app);
@@ -124,7 +129,16 @@ int main(int argc, char** argv) {
             // The menu opens once the packages have built theirs, and stays open for the picture.
             QString menu = parser.value(menuOpt);
             QKeySequence keys(parser.value(keysOpt));
-            QTimer::singleShot(1000, &app, [&mainForm, menu, keys] {
+            QString click = parser.value(clickOpt);
+            QTimer::singleShot(1000, &app, [&mainForm, menu, keys, click] {
+                // After the keys, a click on a button of a window that is up, as a user's.
+                if (!click.isEmpty())
+                    QTimer::singleShot(100 * std::max(1, int(keys.count())), [click] {
+                        for (QWidget* w : QApplication::topLevelWidgets()) {
+                            auto* button = w->findChild<QAbstractButton*>(click);
+                            if (button && button->isVisible()) return button->click();
+                        }
+                    });
                 // The keys after the first go to the control that has the focus then, a tenth
                 // of a second apart: into the window the command opened.
                 for (int i = 1; i < keys.count(); ++i)
