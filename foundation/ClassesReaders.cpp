@@ -75,7 +75,8 @@ size_t FindDelimiter(std::string_view text, std::string_view delimiter, size_t f
     const char* p = data + std::min(from, text.size());
     const char* end = data + text.size();
     while (static_cast<size_t>(end - p) >= n) {
-        p = static_cast<const char*>(std::memchr(p, delimiter[0], static_cast<size_t>(end - p) - n + 1));
+        p = static_cast<const char*>(
+            std::memchr(p, delimiter[0], static_cast<size_t>(end - p) - n + 1));
         if (!p) break;
         size_t i = 1;
         while (i < n && p[i] == delimiter[i])
@@ -144,7 +145,8 @@ bool ReadMapped(TMappedFileStream& file, std::string_view delimiter, std::string
         return true;
     }
     s.assign(rest.data(), p);
-    file.TMappedFileStream::Seek(pos + static_cast<int64_t>(p + delimiter.size()), rtl::soBeginning);
+    file.TMappedFileStream::Seek(pos + static_cast<int64_t>(p + delimiter.size()),
+                                 rtl::soBeginning);
     return true;
 }
 

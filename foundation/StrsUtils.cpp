@@ -15,11 +15,12 @@ bool IsInitialWord(const std::string& word) {
     // time: the rest of each value name that starts with "iw", compared without regard to case.
     static const std::vector<std::string> words = [] {
         rtl::PTypeInfo type = rtl::TypeInfo<TInitialWords>();
-        const auto& names = type->Data.BaseType ? type->Data.BaseType->Data.NameList
-                                                : type->Data.NameList;
+        const auto& names =
+            type->Data.BaseType ? type->Data.BaseType->Data.NameList : type->Data.NameList;
         std::vector<std::string> r;
         for (const std::string& name : names)
-            if (rtl::SameText(std::string_view(name).substr(0, 2), "iw")) r.push_back(name.substr(2));
+            if (rtl::SameText(std::string_view(name).substr(0, 2), "iw"))
+                r.push_back(name.substr(2));
         return r;
     }();
     for (const std::string& w : words)
@@ -105,12 +106,12 @@ namespace {
 // the declared name on, its further lines, then its indentation and keyword. The pieces stand
 // back to back in the sort's text from Begin on; pieceEnds holds where each ends.
 struct Declaration {
-    uint64_t KeyHead;    // the first eight bytes of its sort key, big-endian, zeros past its end
-    size_t Begin;        // of its text, and of its sort key in the keys
+    uint64_t KeyHead; // the first eight bytes of its sort key, big-endian, zeros past its end
+    size_t Begin;     // of its text, and of its sort key in the keys
     size_t Length;
     uint32_t FirstPiece; // in pieceEnds
     uint32_t Pieces;
-    uint32_t Index;      // its place in the block
+    uint32_t Index; // its place in the block
 };
 
 // The lines of the block, copied into one string.
@@ -183,9 +184,8 @@ int FindDeclarationEnd(const LineBlock& lines, size_t start, int p) {
         // A parameter list may run over several lines; the line that closes it must also end
         // the declaration.
         int end = FindEnd(lines, start, ")");
-        return end >= 0 && lines[static_cast<size_t>(end)].find(';') != std::string_view::npos
-                   ? end
-                   : -1;
+        return end >= 0 && lines[static_cast<size_t>(end)].find(';') != std::string_view::npos ? end
+                                                                                               : -1;
     }
     return FindEnd(lines, start, ";");
 }
@@ -218,8 +218,9 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
             errorLine = static_cast<int>(decls.size());
             return false;
         }
-        Declaration d{0, text.size(), 0, static_cast<uint32_t>(pieceEnds.size()), 0,
-                      static_cast<uint32_t>(decls.size())};
+        Declaration d{0, text.size(),
+                      0, static_cast<uint32_t>(pieceEnds.size()),
+                      0, static_cast<uint32_t>(decls.size())};
         auto addPiece = [&](std::string_view piece) {
             text.append(piece);
             pieceEnds.push_back(text.size());
@@ -247,8 +248,8 @@ bool SortDeclarations(rtl::TStrings* lines, int& errorLine) {
     }
     std::sort(decls.begin(), decls.end(), [&keys](const Declaration& a, const Declaration& b) {
         if (a.KeyHead != b.KeyHead) return a.KeyHead < b.KeyHead;
-        int c = std::memcmp(keys.data() + a.Begin, keys.data() + b.Begin,
-                            std::min(a.Length, b.Length));
+        int c =
+            std::memcmp(keys.data() + a.Begin, keys.data() + b.Begin, std::min(a.Length, b.Length));
         if (c != 0) return c < 0;
         if (a.Length != b.Length) return a.Length < b.Length;
         return a.Index < b.Index;

@@ -12,9 +12,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 #include <locale.h>
 #include <stdlib.h>
+#include <type_traits>
 
 namespace rtl {
 
@@ -42,9 +42,8 @@ enum : uint8_t { ccAlpha = 1, ccDigit = 2, ccHex = 4 };
 constexpr std::array<uint8_t, 256> CharClasses = [] {
     std::array<uint8_t, 256> t{};
     for (int c = 0; c < 256; ++c)
-        t[static_cast<size_t>(c)] = static_cast<uint8_t>((IsAlpha(c) ? ccAlpha : 0) |
-                                                          (IsDigit(c) ? ccDigit : 0) |
-                                                          (IsHex(c) ? ccHex : 0));
+        t[static_cast<size_t>(c)] = static_cast<uint8_t>(
+            (IsAlpha(c) ? ccAlpha : 0) | (IsDigit(c) ? ccDigit : 0) | (IsHex(c) ? ccHex : 0));
     return t;
 }();
 
@@ -306,8 +305,7 @@ inline void TParser::SkipBlanks() {
                 continue;
             // A line's indentation: spaces, eight at a time.
             uint64_t eight;
-            while (end - p >= 8 &&
-                   (std::memcpy(&eight, buf + p, 8), eight == 0x2020202020202020u))
+            while (end - p >= 8 && (std::memcpy(&eight, buf + p, 8), eight == 0x2020202020202020u))
                 p += 8;
         }
         FBufPos = p;
@@ -799,7 +797,8 @@ private:
         out_.Put(name);
     }
     static void CheckName(std::string_view name, bool dotted, bool mayBeEmpty) {
-        if (!IsStreamName(name, dotted, mayBeEmpty)) CheckedName(std::string(name), dotted, mayBeEmpty);
+        if (!IsStreamName(name, dotted, mayBeEmpty))
+            CheckedName(std::string(name), dotted, mayBeEmpty);
     }
 
     void ConvertObject(int indent) {

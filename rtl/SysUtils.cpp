@@ -1581,8 +1581,8 @@ void AppendAnsiSortKey(std::string_view s, std::string& key) {
         keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
         std::array<unsigned char, 256> r{};
         for (size_t i = 0; i < 256; ++i)
-            r[i] = static_cast<unsigned char>(
-                std::lower_bound(keys.begin(), keys.end(), t.key[i]) - keys.begin());
+            r[i] = static_cast<unsigned char>(std::lower_bound(keys.begin(), keys.end(), t.key[i]) -
+                                              keys.begin());
         return r;
     }();
     size_t at = key.size();

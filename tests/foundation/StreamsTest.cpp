@@ -246,12 +246,13 @@ TEST(StringReader, EverySourceGivesTheSameStrings) {
     struct Case {
         std::string Text, Delimiter;
     };
-    const std::vector<Case> cases = {{"one\r\ntwo\r\n\r\nlast", "\r\n"},
-                                     {"a;;b;;;;c;", ";;"},
-                                     {"aaaaa", "aa"},
-                                     {"xabaabax", "aba"},
-                                     {std::string(250, 'y') + "\r\nz\r\n", "\r\n"},
-                                     {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
+    const std::vector<Case> cases = {
+        {"one\r\ntwo\r\n\r\nlast", "\r\n"},
+        {"a;;b;;;;c;", ";;"},
+        {"aaaaa", "aa"},
+        {"xabaabax", "aba"},
+        {std::string(250, 'y') + "\r\nz\r\n", "\r\n"},
+        {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
     const std::string name = TempName("every.txt");
     for (const auto& c : cases) {
         const auto expected = split(c.Text, c.Delimiter);

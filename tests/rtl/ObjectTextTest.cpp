@@ -172,11 +172,30 @@ std::string StreamFloatByTrial(long double v) {
 }
 
 TEST(ObjectTextLayout, FloatTextIsTheShortestThatReadsBack) {
-    std::vector<long double> values = {0.0L, -0.0L, 1, -1, 0.5L, 0.25L, 123.25L, 1e17L, 1e18L,
-                                       1e19L, 123456789012345678.0L, 1234567890123456789.0L,
-                                       99999999999999999.0L, 0.0001220703125L, 0.00006103515625L,
-                                       9.5367431640625e-07L, 3.0517578125e-05L, 1e38L, 2e38L,
-                                       1e300L, 0.1L, 1.0L / 3, 65536.5L, -7.75e20L};
+    std::vector<long double> values = {0.0L,
+                                       -0.0L,
+                                       1,
+                                       -1,
+                                       0.5L,
+                                       0.25L,
+                                       123.25L,
+                                       1e17L,
+                                       1e18L,
+                                       1e19L,
+                                       123456789012345678.0L,
+                                       1234567890123456789.0L,
+                                       99999999999999999.0L,
+                                       0.0001220703125L,
+                                       0.00006103515625L,
+                                       9.5367431640625e-07L,
+                                       3.0517578125e-05L,
+                                       1e38L,
+                                       2e38L,
+                                       1e300L,
+                                       0.1L,
+                                       1.0L / 3,
+                                       65536.5L,
+                                       -7.75e20L};
     // Binary fractions and large whole numbers have short exact decimals; the others come from
     // random bits.
     std::mt19937_64 rng(2024);
@@ -347,8 +366,9 @@ TEST(ObjectTextParser, TokensAndLineNumbers) {
 TEST(ObjectTextParser, TokensReadTheSameWhereverTheBlocksOfTheStreamEnd) {
     // The parser reads its stream in blocks of 4096 bytes. Moving the text across a block's end
     // byte by byte cuts each symbol, number, string, blank run and line break somewhere.
-    const std::string tail = "Name_With_Digits123.Sub = 'it''s a string'#13'x' + #$41'y'\r\n"
-                             "\r\n                  $7Fa -42 1.25e3c 7.5s\n\r  [a, b] <item end>\r\n";
+    const std::string tail =
+        "Name_With_Digits123.Sub = 'it''s a string'#13'x' + #$41'y'\r\n"
+        "\r\n                  $7Fa -42 1.25e3c 7.5s\n\r  [a, b] <item end>\r\n";
     auto tokens = [](const std::string& text, size_t shift) {
         TStringStream s(text);
         TParser p(&s);
@@ -446,10 +466,20 @@ TEST(ObjectTextParser, DecimalsReadAsTheNearestExtendedValue) {
     // A float's text becomes the extended value nearest to it, as strtold reads it: decimals of
     // up to 21 digits, up to 30 of them after the point, of either sign, with and without
     // leading and trailing zeros, and with exponents.
-    std::vector<std::string> texts = {"0.0", "-0.0", "1.5", "300.25", "0.1", "-0.3", "12.",
-                                      "007.50", "0.000000000000000000000000001",
-                                      "9999999999999999999.5", "18446744073709551615.0",
-                                      "1234567890.123456789", "1.5e3", "2E-5"};
+    std::vector<std::string> texts = {"0.0",
+                                      "-0.0",
+                                      "1.5",
+                                      "300.25",
+                                      "0.1",
+                                      "-0.3",
+                                      "12.",
+                                      "007.50",
+                                      "0.000000000000000000000000001",
+                                      "9999999999999999999.5",
+                                      "18446744073709551615.0",
+                                      "1234567890.123456789",
+                                      "1.5e3",
+                                      "2E-5"};
     std::mt19937_64 rng(7);
     for (int i = 0; i < 2000; ++i) {
         std::string digits = std::to_string(rng() >> (rng() % 64));
@@ -473,7 +503,9 @@ TEST(ObjectTextLayout, StreamNamesAreIdentifiersDottedWhereAllowed) {
     // Against identifiers checked part by part: every string of up to four bytes from a small
     // alphabet, with and without dots allowed.
     auto identifier = [](std::string_view part) {
-        auto letter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; };
+        auto letter = [](char c) {
+            return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+        };
         if (part.empty() || !letter(part[0])) return false;
         for (char c : part)
             if (!letter(c) && !(c >= '0' && c <= '9')) return false;

@@ -5,16 +5,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <string>
-#include <vector>
 #include <unistd.h>
+#include <vector>
 
 using namespace rtl;
 
@@ -521,7 +521,8 @@ TEST(Text, AnsiSortKeysOrderAsAnsiCompareText) {
         AppendAnsiSortKey(b, kb);
         EXPECT_EQ(ka.size(), a.size());
         int c = std::memcmp(ka.data(), kb.data(), std::min(ka.size(), kb.size()));
-        if (c == 0) c = static_cast<int>(ka.size() > kb.size()) - static_cast<int>(ka.size() < kb.size());
+        if (c == 0)
+            c = static_cast<int>(ka.size() > kb.size()) - static_cast<int>(ka.size() < kb.size());
         return (c > 0) - (c < 0);
     };
     auto collation = [](std::string_view a, std::string_view b) {
@@ -533,10 +534,10 @@ TEST(Text, AnsiSortKeysOrderAsAnsiCompareText) {
             std::string a(1, static_cast<char>(x)), b(1, static_cast<char>(y));
             ASSERT_EQ(keyOrder(a, b), collation(a, b)) << x << " " << y;
         }
-    const std::vector<std::string> words = {"", "a", "A", "ab", "aB", "abc", "b", W("ёлка"),
-                                            W("ЁЛКА"), W("ель"), W("ёж"), W("ґанок"), "zebra",
-                                            std::string("a\0b", 3), "a\x01", "\x7F", "_x", "x_",
-                                            "123", W("№5"), W("«a»")};
+    const std::vector<std::string> words = {
+        "",        "a",       "A",      "ab",    "aB",       "abc",   "b",
+        W("ёлка"), W("ЁЛКА"), W("ель"), W("ёж"), W("ґанок"), "zebra", std::string("a\0b", 3),
+        "a\x01",   "\x7F",    "_x",     "x_",    "123",      W("№5"), W("«a»")};
     for (const auto& a : words)
         for (const auto& b : words)
             EXPECT_EQ(keyOrder(a, b), collation(a, b)) << a << " | " << b;
