@@ -3,6 +3,11 @@
 // (forms, active form and control, cursor, size), hidden message windows with posted messages,
 // the mouse capture, and the tab row of the IDE's edit window.
 //
+// The IDE's object inspector is the form named "PropertyInspector". Its pop-up menu is its child
+// QMenu "PopupMenu", whose aboutToShow() is the platform's OnPopup; the form's destroyed() is its
+// OnDestroy. That signal comes after Qt has deleted the form's children, so whatever a package
+// put into the inspector it holds through QPointer and finds gone by then.
+//
 // It also has the platform's plain window operations on the IDE's widgets (show, hide,
 // reparent, move), with which a package borrows one of the IDE's windows and gives it back.
 //
@@ -148,6 +153,9 @@ public:
     // The application's forms: its top-level windows, hidden ones included, in creation order.
     virtual int GetFormCount() = 0;
     virtual QWidget* GetForm(int index) = 0;
+    // Whether the form is a form under design (the platform's Designer is set): a designer
+    // window of the IDE.
+    virtual bool HasDesigner(QWidget* form) = 0;
     // The form that has the focus and the control in it that has the focus; nullptr when the
     // application is not in the foreground.
     virtual QWidget* GetActiveForm() = 0;

@@ -27,6 +27,8 @@ namespace ToolsAPI {
 // Types
 
 using TShortCut = uint16_t;
+// A component's handle: the address of its TDesignComponent in its form editor's tree, whose
+// ClassName and Ancestors tell its class. GetComponentHandle and ComponentRenamed give the same.
 using TOTAHandle = const void*;
 
 // The style of a marked block. The ordinals are the IDE's.

@@ -5,6 +5,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/TypInfo.h"
 #include "toolsapi/QtBridge.h"
+#include "workbench/designer/DesignerWindow.h"
 
 #include <QAbstractEventDispatcher>
 #include <QAction>
@@ -288,6 +289,10 @@ TWorkbenchApplication* TWorkbenchApplication::Instance() {
 }
 
 bool TWorkbenchApplication::notify(QObject* receiver, QEvent* event) {
+    if (event->type() == QEvent::PolishRequest && receiver->isWidgetType()) {
+        auto* w = static_cast<QWidget*>(receiver);
+        if (w->isWindow() && knownWindows_.insert(w).second) windows_.emplace_back(w, w);
+    }
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
@@ -554,18 +559,31 @@ bool TWorkbenchApplication::eventFilter(QObject* watched, QEvent* event) {
 // ---------------------------------------------------------------------------------------------
 // Screen
 
-int TWorkbenchApplication::GetFormCount() {
-    int n = 0;
+std::vector<QWidget*> TWorkbenchApplication::Forms() {
+    std::erase_if(windows_, [this](const auto& entry) {
+        if (entry.second && entry.second->isWindow()) return false;
+        knownWindows_.erase(entry.first);
+        return true;
+    });
+    std::vector<QWidget*> forms;
+    for (const auto& [address, w] : windows_)
+        if (IsForm(w)) forms.push_back(w);
     for (QWidget* w : QApplication::topLevelWidgets())
-        if (IsForm(w)) ++n;
-    return n;
+        if (IsForm(w) && !knownWindows_.count(w)) forms.push_back(w);
+    return forms;
+}
+
+int TWorkbenchApplication::GetFormCount() {
+    return int(Forms().size());
 }
 
 QWidget* TWorkbenchApplication::GetForm(int index) {
-    int n = 0;
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (IsForm(w) && n++ == index) return w;
-    return nullptr;
+    std::vector<QWidget*> forms = Forms();
+    return index >= 0 && index < int(forms.size()) ? forms[size_t(index)] : nullptr;
+}
+
+bool TWorkbenchApplication::HasDesigner(QWidget* form) {
+    return qobject_cast<designer::TDesignerWindow*>(form) != nullptr;
 }
 
 QWidget* TWorkbenchApplication::GetActiveForm() {

@@ -17,6 +17,7 @@
 #include <functional>
 #include <map>
 #include <set>
+#include <vector>
 #include <string>
 
 class QTimer;
@@ -69,6 +70,7 @@ public:
     // TScreenServices
     int GetFormCount() override;
     QWidget* GetForm(int index) override;
+    bool HasDesigner(QWidget* form) override;
     QWidget* GetActiveForm() override;
     QWidget* GetActiveControl() override;
     ToolsAPI::TNotifyEvent GetOnActiveFormChange() override { return onActiveFormChange_; }
@@ -97,6 +99,8 @@ protected:
 
 private:
     void Idle();
+    // The forms in creation order, top-level widgets not seen yet last.
+    std::vector<QWidget*> Forms();
     void CheckActiveForm();
     void UpdateMenuActions(QWidget* menu);
     void RunUpdate(QAction* action);
@@ -110,6 +114,10 @@ private:
     TErrorBoxProc errorBox_;
     std::map<QAction*, ToolsAPI::TActionUpdateProc> updates_;
     std::map<QAction*, ToolsAPI::TNotifyEvent> executes_;
+    // Top-level widgets in the order they were made (each posts itself a polish request as it
+    // is made, and those arrive in order).
+    std::vector<std::pair<const QWidget*, QPointer<QWidget>>> windows_;
+    std::set<const QWidget*> knownWindows_;
     ToolsAPI::TNotifyEvent onMainFormShow_;
     std::set<THiddenWindow*> hiddenWindows_;
     QElapsedTimer sinceIdle_;

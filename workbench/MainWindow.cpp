@@ -56,20 +56,21 @@ const char* kNoCompiler = "The workbench edits sources; it has no compiler or de
 
 } // namespace
 
-// The click handlers of the view tool bar's buttons, as the execute handlers of the IDE's
-// actions are: methods of an object, which a package can tell apart from its own.
-class TMainForm::TViewButtons : public rtl::TObject {
+// The execute handlers of the commands that packages take over (the view tool bar's buttons,
+// close all), as the IDE's are: methods of an object, which a package can tell from its own.
+class TMainForm::TCommandHandlers : public rtl::TObject {
 public:
-    explicit TViewButtons(TMainForm* form) : form_(form) {}
+    explicit TCommandHandlers(TMainForm* form) : form_(form) {}
     void ViewUnit(rtl::TObject*) { form_->ViewUnits(); }
     void ViewForm(rtl::TObject*) { form_->ViewForms(); }
+    void CloseAll(rtl::TObject*) { form_->model_->CloseAll(); }
 
 private:
     TMainForm* form_;
 };
 
 TMainForm::TMainForm(TIDEModel* model)
-    : model_(model), viewButtons_(std::make_unique<TViewButtons>(this)) {
+    : model_(model), commandHandlers_(std::make_unique<TCommandHandlers>(this)) {
     setObjectName(QStringLiteral("AppBuilder"));
     setWindowTitle(QStringLiteral("Zelvane Workbench"));
     if (auto* app = TWorkbenchApplication::Instance()) app->SetMainForm(this);
@@ -257,9 +258,12 @@ void TMainForm::CreateFileMenu(QMenuBar* bar) {
             if (TEditView* v = TopView()) v->ClosePage();
         },
         [this] { return HasView(); });
-    AddAction(
-        file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(),
-        [this] { model_->CloseAll(); }, [this] { return model_->GetModuleCount() > 0; });
+    QAction* closeAll =
+        AddAction(file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(), nullptr,
+                  [this] { return model_->GetModuleCount() > 0; });
+    if (Application)
+        Application->SetActionExecute(
+            closeAll, TNotifyEvent::Of<&TCommandHandlers::CloseAll>(commandHandlers_.get()));
     file->addSeparator();
     AddAction(file, "FileExitCommand", QStringLiteral("E&xit"), QStringLiteral("Alt+F4"),
               [this] { close(); });
@@ -419,7 +423,7 @@ void TMainForm::CreateHelpMenu(QMenuBar* bar) {
     });
 }
 
-// The main menu's image list, which packages reach through INTAServices: 64 pictures by index.
+// The main menu's image list, which packages reach through INTAServices: 80 pictures by index.
 // Each index has one meaning, and the IDE's own commands of that meaning show its picture; 36 is
 // the picture of settings and options, 50 that of information and About boxes. Indexes without
 // a command of their own carry the style's general pictures.
@@ -453,10 +457,11 @@ void TMainForm::CreateImageList() {
         {20, QStyle::SP_MediaSeekForward, "RunStepOverCommand"},
         {36, QStyle::SP_FileDialogDetailedView, "ToolsEditorOptionsCommand"},
         {50, QStyle::SP_MessageBoxInformation, "HelpAboutCommand"},
+        {67, QStyle::SP_ComputerIcon, nullptr}, // the debugger's data: CPU, registers, memory
     };
-    // The rest of the 64: the style's pictures in their own order, so that every index shows one.
+    // The rest of the 80: the style's pictures in their own order, so that every index shows one.
     QList<QIcon> list;
-    for (int i = 0; i < 64; ++i)
+    for (int i = 0; i < 80; ++i)
         list << style()->standardIcon(QStyle::StandardPixmap(i % int(QStyle::SP_MediaVolumeMuted)));
     for (const TImage& image : images) {
         list[image.Index] = style()->standardIcon(image.Pixmap);
@@ -484,9 +489,9 @@ void TMainForm::CreateToolBars() {
     viewForm->setObjectName(QStringLiteral("ViewFormButton"));
     if (Application) {
         Application->SetActionExecute(
-            viewUnit, TNotifyEvent::Of<&TViewButtons::ViewUnit>(viewButtons_.get()));
+            viewUnit, TNotifyEvent::Of<&TCommandHandlers::ViewUnit>(commandHandlers_.get()));
         Application->SetActionExecute(
-            viewForm, TNotifyEvent::Of<&TViewButtons::ViewForm>(viewButtons_.get()));
+            viewForm, TNotifyEvent::Of<&TCommandHandlers::ViewForm>(commandHandlers_.get()));
     }
     for (QAction* a : {viewUnit, viewForm}) {
         viewBar->addAction(a);

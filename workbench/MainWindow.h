@@ -133,10 +133,10 @@ private:
     // The modal list of the IDE: the names given, the chosen indexes back (none on Cancel).
     std::vector<int> ChooseModules(const QString& title, const QStringList& names);
 
-    class TViewButtons;
+    class TCommandHandlers;
 
     DelphiInterface<TIDEModel> model_;
-    std::unique_ptr<TViewButtons> viewButtons_;
+    std::unique_ptr<TCommandHandlers> commandHandlers_;
     TEditWindowForm* editWindow_ = nullptr;
     QWidget* projectManager_ = nullptr;
     QTreeWidget* projectTree_ = nullptr;

@@ -177,6 +177,30 @@ TEST_F(WorkbenchTest, AButtonsHandlerCanBeReplacedAndRestoredAndTheMainFormsShow
     EXPECT_EQ(probe.Shows, 1);
 }
 
+TEST_F(WorkbenchTest, ScreenListsFormsInCreationOrderAndKnowsTheDesignerWindows) {
+    std::vector<std::unique_ptr<QWidget>> made;
+    for (int i = 0; i < 12; ++i) {
+        made.push_back(std::make_unique<QWidget>());
+        made.back()->setObjectName(QStringLiteral("Made%1").arg(i));
+    }
+    QApplication::processEvents();
+    QStringList names;
+    for (int i = 0; i < Screen->GetFormCount(); ++i)
+        names << Screen->GetForm(i)->objectName();
+    QStringList mine = names.filter(QStringLiteral("Made"));
+    ASSERT_EQ(mine.size(), 12);
+    for (int i = 0; i < 12; ++i)
+        EXPECT_EQ(mine[i], QStringLiteral("Made%1").arg(i));
+    EXPECT_LT(names.indexOf(QStringLiteral("AppBuilder")), names.indexOf(QStringLiteral("Made0")));
+
+    ASSERT_FALSE(main->Designers()->Windows().empty());
+    EXPECT_TRUE(Screen->HasDesigner(main->Designers()->Windows().front()));
+    EXPECT_FALSE(Screen->HasDesigner(main));
+    EXPECT_EQ(IDEService<IOTAServices>()->GetActiveDesignerType(), "dfm");
+    model->CloseAll();
+    EXPECT_EQ(IDEService<IOTAServices>()->GetActiveDesignerType(), "");
+}
+
 TEST_F(WorkbenchTest, DesignerWindowAndEditorLentByWindowOperationsComeBackToTheirPlaces) {
     QWidget host;
     host.resize(600, 400);

@@ -164,10 +164,12 @@ bool TIDEModel::FireFileNotification(TOTAFileNotification code, const std::strin
 }
 
 std::string TIDEModel::GetActiveDesignerType() {
-    if (current_)
-        if (TFormEditor* f = current_->FormEditor())
-            if (SameText(ExtractFileExt(f->GetFileName()), ".xfm")) return "xfm";
-    return "dfm";
+    // The current module's designer, else any designer that is up; none without a form open.
+    TFormEditor* form = current_ ? current_->FormEditor() : nullptr;
+    for (size_t i = 0; !form && i < modules_.size(); ++i)
+        form = modules_[i]->FormEditor();
+    if (!form) return "";
+    return SameText(ExtractFileExt(form->GetFileName()), ".xfm") ? "xfm" : "dfm";
 }
 
 // ---------------------------------------------------------------------------------------------
