@@ -187,6 +187,19 @@ TDesignComponent* GetFormFromEditor(const _di_IOTAEditor& editor, TProjectFormTy
     return nullptr;
 }
 
+QWidget* GetRootControl(TDesignComponent* component) {
+    if (!component || (!component->Widget && !component->InheritsFrom("TDataModule")))
+        return nullptr;
+    if (component->Owner && component->Owner->Widget) return component->Owner->Widget;
+    return component->Widget;
+}
+
+bool IsFormComponent(const TDesignComponent* component) {
+    return component &&
+           (component->InheritsFrom("TCustomForm") || component->InheritsFrom("TDataModule") ||
+            component->InheritsFrom("TFrame") || component->ClassParentName() == "TQuickRep");
+}
+
 void GetProjectForms(std::vector<TDesignComponent*>& list, TProjectFormTypes types) {
     list.clear();
     _di_IOTAProject project = GetActiveProject();

@@ -63,6 +63,13 @@ TDesignComponent* GetFormFromEditor(const ToolsAPI::_di_IOTAEditor& editor);
 TDesignComponent* GetFormFromEditor(const ToolsAPI::_di_IOTAEditor& editor,
                                     TProjectFormTypes types);
 
+// The window that carries a design root in the designer: a form gives itself, a data module the
+// designer window that holds it. nullptr for a component of a kind the IDE shows in no window.
+QWidget* GetRootControl(TDesignComponent* component);
+// Whether the component is a design root of one of the kinds the IDE designs: a form, a data
+// module, a frame, or a class whose direct parent is TQuickRep.
+bool IsFormComponent(const TDesignComponent* component);
+
 // The roots of all modules of the active project, each opened for it.
 void GetProjectForms(std::vector<TDesignComponent*>& list, TProjectFormTypes types);
 // The roots of the open modules; with projectOnly only those of the active project's modules.

@@ -91,15 +91,6 @@ void SetControlParent(QWidget* control, QWidget* parent) {
     if (shown) control->show();
 }
 
-// The window that carries a component in the designer: a form gives itself, a data module the
-// designer window that holds it. Nothing for a component of a kind the IDE shows in no window.
-QWidget* GetRootControl(TDesignComponent* component) {
-    if (!component || (!component->Widget && !component->InheritsFrom("TDataModule")))
-        return nullptr;
-    if (component->Owner && component->Owner->Widget) return component->Owner->Widget;
-    return component->Widget;
-}
-
 // The open module of the file (compared with case), and its form or source editor.
 bool FindOpenedEditor(const _di_IOTAModuleInfo& info, TViewModuleMode mode, _di_IOTAEditor& editor) {
     editor = nullptr;

@@ -23,6 +23,14 @@ namespace addintest {
 
 using namespace wbtest;
 
+// The captions of menu items, "-" for a line.
+inline QStringList MenuCaptions(const QList<QAction*>& actions) {
+    QStringList r;
+    for (QAction* a : actions)
+        r << (a->isSeparator() ? QStringLiteral("-") : a->text());
+    return r;
+}
+
 class AddinFixture : public WorkbenchFixture {
 protected:
     void SetUp() override {
