@@ -52,6 +52,8 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
     const TItem expected[] = {{"View Forms...", "Ctrl+D"},
                               {"View Units...", "Ctrl+A"},
                               {"-", ""},
+                              {"View CPU data", "Ctrl+W"},
+                              {"-", ""},
                               {"Move block left (1 pos)", "Ctrl+,"},
                               {"Move block left (2 pos)", "Shift+Ctrl+,"},
                               {"Move block right (1 pos)", "Ctrl+."},
@@ -76,8 +78,8 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
 
     // An item keeps the first hot key it had, whatever changes it later; one without a key takes
     // the first it is given.
-    items[3]->setShortcut(QKeySequence(QStringLiteral("Ctrl+K")));
-    EXPECT_EQ(ShortCutText(items[3]), QStringLiteral("Ctrl+,"));
+    items[5]->setShortcut(QKeySequence(QStringLiteral("Ctrl+K")));
+    EXPECT_EQ(ShortCutText(items[5]), QStringLiteral("Ctrl+,"));
     items.back()->setShortcut(QKeySequence(QStringLiteral("Ctrl+K")));
     items.back()->setShortcut(QKeySequence(QStringLiteral("Ctrl+J")));
     EXPECT_EQ(ShortCutText(items.back()), QStringLiteral("Ctrl+K"));
@@ -113,12 +115,18 @@ TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
     StartAddin();
     StopAddin();
     const TStoredChange off{"Active", "True", "False"}, on{"Active", "False", "True"};
-    SetStoredValues({off, off, off});
+    std::string text = SettingsText();
+    size_t experts = 0;
+    for (size_t at = text.find("Active = True"); at != std::string::npos;
+         at = text.find("Active = True", at + 1))
+        ++experts;
+    SetStoredValues(std::vector<TStoredChange>(experts, off));
     EXPECT_EQ(Captions(ExpertsMenu()->actions()), QStringList{QStringLiteral("About...")});
     StopAddin();
     EXPECT_NE(SettingsText().find("ExpertName = 'EditorManager'"), std::string::npos);
-    SetStoredValues({on, on, on});
+    SetStoredValues(std::vector<TStoredChange>(experts, on));
     EXPECT_NE(MenuCommand(QStringLiteral("View Forms...")), nullptr);
+    EXPECT_NE(MenuCommand(QStringLiteral("View CPU data")), nullptr);
     EXPECT_NE(MenuCommand(QStringLiteral("Sorting")), nullptr);
     EXPECT_NE(MenuCommand(QStringLiteral("Unit manager")), nullptr);
 }
@@ -165,7 +173,8 @@ TEST_F(ManagerTest, AnExceptionInACommandIsLoggedWithTheStartTraceOnce) {
     EXPECT_NE(log.find(errors[0]), std::string::npos) << log;
     EXPECT_NE(log.find("Source object: TExpAction"), std::string::npos) << log;
     EXPECT_NE(log.find("< Start constructor >\r\n0 1 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18\r\n"
-                       "FormUnitView\r\nEditorManager\r\nUnitManager\r\n< Finish constructor >"),
+                       "FormUnitView\r\nInspectorFormView\r\nCPUView\r\nEditorManager\r\n"
+                       "UnitManager\r\n< Finish constructor >"),
               std::string::npos)
         << log;
 
