@@ -2,6 +2,8 @@
 // calls. The classes are registered here, in one place, rather than by static objects in the
 // experts' files, so that the order of the slots is plain and no linker can drop one.
 #include "experts/block/BlockMng.h"
+#include "experts/cpu/CPUView.h"
+#include "experts/inspector/InspView.h"
 #include "experts/units/UnitMng.h"
 #include "experts/viewer/FormView.h"
 #include "host/ExpMng.h"
@@ -18,6 +20,9 @@ struct TPackageUnits {
     TPackageUnits() {
         InitExpMngUnit();
         RegisterExpClass(TViewFormMng::StaticClass(), 1, "FormUnitView", SFormUnitView);
+        RegisterExpClass(TInspectorViewMng::StaticClass(), 2, "InspectorFormView",
+                         SInspectorFormView);
+        RegisterExpClass(TCPUFormMng::StaticClass(), 3, "CPUView", SCPUView);
         RegisterExpClass(TBlockMng::StaticClass(), 4, "EditorManager", SUnitEditorExpert);
         RegisterExpClass(TUnitManager::StaticClass(), 5, "UnitManager", SUnitManagerExpert);
     }
