@@ -3,7 +3,8 @@
 // of 1 000 and 10 000 lines, from the action firing to the buffer changed; and the unit manager
 // over 2 000 open units, from its command to the window shown, and each of its commands to the
 // editor's tab row rewritten; and the module viewer over a project of 2 000 units with 1 000
-// forms, from its command to the list shown, and its preview moved from one form to the next.
+// forms, from its command to the list shown, and its preview moved from one form to the next;
+// and the inspector's form bar refilled after a rename with 300 forms open.
 // Beside them, the same work done by GNU tools on the same lines (sed
 // shifting every line, sort -f sorting them, grep -i filtering them), timed from here so that
 // the figures come from the same run.
@@ -14,6 +15,7 @@
 #include "workbench/Packages.h"
 #include "workbench/SourceEdit.h"
 #include "workbench/designer/FormDesigners.h"
+#include "workbench/designer/ObjectInspector.h"
 #include "workbench/model/Model.h"
 
 #include <QComboBox>
@@ -347,6 +349,36 @@ void BM_ViewerPreviewNextForm(benchmark::State& state) {
     });
 }
 
+// The inspector's form bar with 300 forms open, each on show in the editor: a form renamed, and
+// the bar refilled with the new name, from the rename to the list read back.
+void BM_InspectorRenameRefill(benchmark::State& state) {
+    TAddin addin;
+    OpenViewerProject();
+    constexpr int Forms = 300;
+    for (int i = 0; i < Forms; ++i)
+        ideModel->OpenModuleFile(ViewerDir().File("Unit" + std::to_string(2 * i) + ".pas"),
+                                 TOpenMode::Background);
+    QCoreApplication::processEvents();
+    QComboBox* combo = mainForm->Inspector()->findChild<QComboBox*>("InspectorFormCombo");
+    auto waitFor = [&](const QString& name) {
+        while (combo->findText(name) < 0)
+            QCoreApplication::processEvents();
+    };
+    waitFor(QStringLiteral("Form0"));
+    if (combo->count() < Forms) state.SkipWithError("the bar does not list the open forms");
+    TFormEditor* form = ideModel->FindOpenModule(ViewerDir().File("Unit0.pas"))->FormEditor();
+    bool renamed = false;
+    for (auto _ : state) {
+        renamed = !renamed;
+        QString name = renamed ? QStringLiteral("Renamed0") : QStringLiteral("Form0");
+        form->GetRootComponent()->SetPropByName("Name", name.toStdString());
+        waitFor(name);
+    }
+    ideModel->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
+    ideModel->CloseAll();
+    QCoreApplication::processEvents();
+}
+
 // The same lines through a GNU tool, as one process run from here: sed shifting each line by a
 // column, sort -f ordering them, grep -i keeping those that hold a text.
 void WriteLines(const std::string& file, int count) {
@@ -395,6 +427,7 @@ BENCHMARK(BM_GnuGrepI)->Arg(UnitCount)->Unit(benchmark::kMillisecond)->UseRealTi
 // The viewer runs its own loop; the time is taken inside it.
 BENCHMARK(BM_ViewerOpen)->Unit(benchmark::kMillisecond)->UseManualTime();
 BENCHMARK(BM_ViewerPreviewNextForm)->Unit(benchmark::kMillisecond)->UseManualTime();
+BENCHMARK(BM_InspectorRenameRefill)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
