@@ -63,7 +63,8 @@ TEST_F(InspectorTest, TheBarListsTheFormsOnShowAndChoosingOneBringsItUp) {
     Choose("MainForm");
     designer::TDesignerWindow* window = main->Designers()->Window(FormOf("Main.pas"));
     ASSERT_NE(window, nullptr);
-    EXPECT_TRUE(WaitFor([&] { return window->isActiveWindow(); }));
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(main->Inspector()->FormEditor(), FormOf("Main.pas"));
     // Its own activation leaves the choice as it is.
     RunLoop(50);
     EXPECT_EQ(Combo()->currentText(), QStringLiteral("MainForm"));

@@ -86,6 +86,10 @@ TEST_F(OTAUtilsTest, WithoutServicesEverythingIsEmpty) {
 
 TEST_F(OTAUtilsTest, TheKeyboardServicesAndTheFormTypeComeFromTheIDE) {
     EXPECT_TRUE(OTAKeyboardServices() == _di_IOTAKeyboardServices(model.get()));
+    // No designer is up before a form is open.
+    EXPECT_EQ(GetProjectFormType(), "");
+    OpenExample();
+    Open("Settings.pas");
     EXPECT_EQ(GetProjectFormType(), "dfm");
     EXPECT_EQ(GetProjectFormExt(), ".dfm");
 }

@@ -164,12 +164,13 @@ bool TIDEModel::FireFileNotification(TOTAFileNotification code, const std::strin
 }
 
 std::string TIDEModel::GetActiveDesignerType() {
-    // The current module's designer, else any designer that is up; none without a form open.
-    TFormEditor* form = current_ ? current_->FormEditor() : nullptr;
-    for (size_t i = 0; !form && i < modules_.size(); ++i)
-        form = modules_[i]->FormEditor();
-    if (!form) return "";
-    return SameText(ExtractFileExt(form->GetFileName()), ".xfm") ? "xfm" : "dfm";
+    // The current module's designer; with another module current, the platform's own forms as
+    // long as any designer is up; none without a form open.
+    if (TFormEditor* f = current_ ? current_->FormEditor() : nullptr)
+        return SameText(ExtractFileExt(f->GetFileName()), ".xfm") ? "xfm" : "dfm";
+    for (const auto& m : modules_)
+        if (m->FormEditor()) return "dfm";
+    return "";
 }
 
 // ---------------------------------------------------------------------------------------------
