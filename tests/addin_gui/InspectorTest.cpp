@@ -80,7 +80,12 @@ TEST_F(InspectorTest, TheListFollowsOpensClosesRenamesAndTheActiveForm) {
 
     FormOf("Settings.pas")->GetRootComponent()->SetPropByName("Name", "OptionsForm");
     EXPECT_TRUE(ListedIs({"InfoFrame", "MainForm", "OptionsForm"}));
+    // A form closed while chosen: the stale choice reaches nothing, and the list lets it go.
+    const int stale = Combo()->findText(QStringLiteral("InfoFrame"));
     model->FindOpenModule(File("Frame1.pas"))->CloseModule(true);
+    Combo()->setCurrentIndex(stale);
+    emit Combo()->activated(stale);
+    EXPECT_EQ(model->FindOpenModule(File("Frame1.pas")), nullptr);
     EXPECT_TRUE(ListedIs({"MainForm", "OptionsForm"}));
     // Close all empties the list at once, with no notification awaited.
     model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
