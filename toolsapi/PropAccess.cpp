@@ -20,16 +20,6 @@ namespace {
                               (type.isValid() ? type.name() : "none"));
 }
 
-bool SameText(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (size_t i = 0; i < a.size(); ++i) {
-        char x = a[i], y = b[i];
-        if (x >= 'a' && x <= 'z') x = char(x - 32);
-        if (y >= 'a' && y <= 'z') y = char(y - 32);
-        if (x != y) return false;
-    }
-    return true;
-}
 
 // A property found by name: a declared one, or else a dynamic one of that name.
 struct TProperty {
@@ -48,10 +38,10 @@ TProperty Lookup(const QObject* obj, std::string_view name) {
     const QMetaObject* meta = obj->metaObject();
     int index = meta->indexOfProperty(std::string(name).c_str());
     for (int i = 0; index < 0 && i < meta->propertyCount(); ++i)
-        if (SameText(meta->property(i).name(), name)) index = i;
+        if (rtl::SameText(meta->property(i).name(), name)) index = i;
     if (index >= 0) return {obj, meta->property(index), {}};
     for (const QByteArray& dynamic : obj->dynamicPropertyNames())
-        if (SameText(std::string_view(dynamic.constData(), size_t(dynamic.size())), name))
+        if (rtl::SameText(std::string_view(dynamic.constData(), size_t(dynamic.size())), name))
             return {obj, {}, dynamic};
     UnknownProperty(name);
 }

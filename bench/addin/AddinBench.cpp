@@ -8,6 +8,7 @@
 // Beside them, the same work done by GNU tools on the same lines (sed
 // shifting every line, sort -f sorting them, grep -i filtering them), timed from here so that
 // the figures come from the same run.
+#include "bench/addin/BenchWorkbench.h"
 #include "tests/workbench/TestFiles.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -42,17 +43,16 @@ using namespace ToolsAPI;
 namespace {
 
 TMainForm* mainForm = nullptr;
-testfiles::TTempDir* packageDir = nullptr;
 TIDEModel* ideModel = nullptr;
 
+std::string packageFile;
+
 std::string Package() {
-    return packageDir->File("libzelvane.so");
+    return packageFile;
 }
 
 QMenu* ExpertsMenu() {
-    for (QAction* a : mainForm->menuBar()->actions())
-        if (a->menu() && a->menu()->objectName() == QStringLiteral("ZelvaneMenu")) return a->menu();
-    return nullptr;
+    return benchworkbench::ExpertsMenu(*mainForm);
 }
 
 QAction* Command(const char* caption) {
@@ -394,7 +394,8 @@ void WriteLines(const std::string& file, int count) {
 
 void RunTool(benchmark::State& state, const char* command) {
     int lines = int(state.range(0));
-    std::string file = packageDir->File("lines.txt");
+    static testfiles::TTempDir dir;
+    std::string file = dir.File("lines.txt");
     WriteLines(file, lines);
     std::string line = std::string(command) + " " + file + " >/dev/null";
     for (auto _ : state)
@@ -432,34 +433,11 @@ BENCHMARK(BM_InspectorRenameRefill)->Unit(benchmark::kMillisecond);
 } // namespace
 
 int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    testfiles::TTempDir config;
-    setenv("XDG_CONFIG_HOME", config.Path().c_str(), 1);
-    TWorkbenchApplication app(argc, argv);
-    // An error the workbench would show in a box goes to the log; a benchmark waits for no one.
-    app.SetErrorBox([](const std::string& caption, const std::string& text) {
-        std::fprintf(stderr, "%s: %s\n", caption.c_str(), text.c_str());
-    });
-    benchmark::Initialize(&argc, argv);
-
-    testfiles::TTempDir dir;
-    packageDir = &dir;
-    std::filesystem::copy_file(ZELVANE_ADDIN_FILE, Package());
-    testfiles::TExampleCopy example;
-    auto model = TIDEModel::Create();
-    ideModel = model.get();
-    BorlandIDEServices = _di_IBorlandIDEServices(model.get());
-    {
-        TMainForm form(model.get());
-        mainForm = &form;
-        form.OpenProject(example.File("Example.dpr"));
-        form.ShowAll();
-        QCoreApplication::processEvents();
-        benchmark::RunSpecifiedBenchmarks();
-        model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
-        model->CloseAll();
-    }
-    BorlandIDEServices = nullptr;
-    benchmark::Shutdown();
-    return 0;
+    return benchworkbench::Run(argc, argv,
+                               [](TMainForm& form, TIDEModel& model, const std::string& package) {
+                                   mainForm = &form;
+                                   ideModel = &model;
+                                   packageFile = package;
+                                   benchmark::RunSpecifiedBenchmarks();
+                               });
 }

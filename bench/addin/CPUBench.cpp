@@ -4,6 +4,7 @@
 // set to "All types". Timed is the "Get data" command, from the button to the text in the memo:
 // every pane read and its selection put back, for 50 lines (the most the menu offers) and for
 // 10 000 lines (the whole disassembly, and as many lines of dump and stack).
+#include "bench/addin/BenchWorkbench.h"
 #include "tests/workbench/TestFiles.h"
 #include "workbench/Application.h"
 #include "workbench/MainWindow.h"
@@ -76,12 +77,6 @@ std::string Snapshot() {
     return text;
 }
 
-QMenu* ExpertsMenu(TMainForm& form) {
-    for (QAction* a : form.menuBar()->actions())
-        if (a->menu() && a->menu()->objectName() == QStringLiteral("ZelvaneMenu")) return a->menu();
-    return nullptr;
-}
-
 QWidget* CaptureWindow() {
     for (QWidget* w : QApplication::topLevelWidgets())
         if (w->objectName() == QStringLiteral("CPUForm") && w->isVisible()) return w;
@@ -115,35 +110,18 @@ void BM_CaptureAllPanes(benchmark::State& state) {
 BENCHMARK(BM_CaptureAllPanes)->Arg(50)->Arg(Instructions)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    testfiles::TTempDir config;
-    setenv("XDG_CONFIG_HOME", config.Path().c_str(), 1);
-    TWorkbenchApplication app(argc, argv);
-    app.SetErrorBox([](const std::string& caption, const std::string& text) {
-        std::fprintf(stderr, "%s: %s\n", caption.c_str(), text.c_str());
-    });
-    benchmark::Initialize(&argc, argv);
-
-    testfiles::TTempDir dir;
-    const std::string package = dir.File("libzelvane.so");
-    std::filesystem::copy_file(ZELVANE_ADDIN_FILE, package);
-    testfiles::TExampleCopy example;
-    testfiles::WriteFile(dir.File("Big.snapshot"), Snapshot());
-    auto model = TIDEModel::Create();
-    BorlandIDEServices = _di_IBorlandIDEServices(model.get());
-    {
-        TMainForm form(model.get());
-        form.OpenProject(example.File("Example.dpr"));
-        form.ShowAll();
+    return benchworkbench::Run(argc, argv, [](TMainForm& form, TIDEModel&, const std::string& package) {
+        testfiles::TTempDir dir;
+        testfiles::WriteFile(dir.File("Big.snapshot"), Snapshot());
         form.SetSnapshotFile(dir.File("Big.snapshot"));
         form.ShowCPUWindow();
         TPackageLoader loader;
         loader.Load(package);
-        while (!ExpertsMenu(form))
+        while (!benchworkbench::ExpertsMenu(form))
             QCoreApplication::processEvents(QEventLoop::AllEvents);
         // The capture window from the menu, set to all panes.
         Application->UpdateActions();
-        for (QAction* a : ExpertsMenu(form)->actions())
+        for (QAction* a : benchworkbench::ExpertsMenu(form)->actions())
             if (a->text() == QStringLiteral("View CPU data")) a->trigger();
         QCoreApplication::processEvents();
         if (QWidget* window = CaptureWindow()) {
@@ -154,10 +132,5 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "the capture window did not open\n");
         }
         loader.UnloadAll();
-        model->SetQuestion([](const std::string&, const std::string&) { return int(mrNo); });
-        model->CloseAll();
-    }
-    BorlandIDEServices = nullptr;
-    benchmark::Shutdown();
-    return 0;
+    });
 }
