@@ -83,14 +83,6 @@ QFont ToQFont(const TFont& font) {
     return f;
 }
 
-// Gives a control a new parent as the platform's Parent property does: it stays as visible as
-// it was.
-void SetControlParent(QWidget* control, QWidget* parent) {
-    bool shown = !control->isHidden();
-    control->setParent(parent);
-    if (shown) control->show();
-}
-
 // The open module of the file (compared with case), and its form or source editor.
 bool FindOpenedEditor(const _di_IOTAModuleInfo& info, TViewModuleMode mode, _di_IOTAEditor& editor) {
     editor = nullptr;
@@ -857,7 +849,7 @@ void TViewForm::ReleaseEditors() {
         }
     }
     if (editorControl_ && editorParent_ && IsWindow(editWindow_.data())) {
-        SetControlParent(editorControl_, editorParent_);
+        SetParent(editorControl_, editorParent_);
         if (activeEditor_) activeEditor_->Show();
         ShowWindow(editWindow_, SW_SHOW);
         // The IDE's idea of the focus is repaired after its window had been hidden.
@@ -910,7 +902,7 @@ void TViewForm::EmbedEditorControl() {
     if (editorControl_ && editorControl_->parentWidget() != unitBox_) {
         editorParent_ = editorControl_->parentWidget();
         ShowWindow(editWindow_, SW_HIDE);
-        SetControlParent(editorControl_, unitBox_);
+        SetParent(editorControl_, unitBox_);
     }
 }
 
