@@ -84,37 +84,31 @@ QFont ToQFont(const TFont& font) {
 }
 
 // The open module of the file (compared with case), and its form or source editor.
-bool FindOpenedEditor(const _di_IOTAModuleInfo& info, TViewModuleMode mode, _di_IOTAEditor& editor) {
-    editor = nullptr;
+// The open modules of the info's file, compared with case.
+std::vector<_di_IOTAModule> OpenModulesOf(const _di_IOTAModuleInfo& info) {
+    std::vector<_di_IOTAModule> found;
     _di_IOTAModuleServices services = IDEService<IOTAModuleServices>();
-    if (!services) return false;
-    std::string file = info->GetFileName();
-    for (int i = 0; i < services->GetModuleCount(); ++i) {
-        _di_IOTAModule module = services->GetModule(i);
-        if (!module || module->GetFileName() != file) continue;
-        if (mode == svmForm)
-            editor = GetFormEditorFromModule(module);
-        else
-            editor = GetSourceEditorFromModule(module);
-        if (editor) return true;
-    }
-    return false;
-}
-
-bool IsModuleOpen(const _di_IOTAModuleInfo& info) {
-    _di_IOTAModuleServices services = IDEService<IOTAModuleServices>();
-    if (!services) return false;
+    if (!services) return found;
     std::string file = info->GetFileName();
     for (int i = 0; i < services->GetModuleCount(); ++i)
         if (_di_IOTAModule module = services->GetModule(i); module && module->GetFileName() == file)
-            return true;
-    return false;
+            found.push_back(module);
+    return found;
 }
 
 _di_IOTAEditor EditorOfModule(const _di_IOTAModule& module, TViewModuleMode mode) {
     if (!module) return nullptr;
     if (mode == svmForm) return GetFormEditorFromModule(module);
     return GetSourceEditorFromModule(module);
+}
+
+// The form or source editor of the first open module of the info's file that has one.
+bool FindOpenedEditor(const std::vector<_di_IOTAModule>& modules, TViewModuleMode mode,
+                      _di_IOTAEditor& editor) {
+    editor = nullptr;
+    for (const _di_IOTAModule& module : modules)
+        if ((editor = EditorOfModule(module, mode))) return true;
+    return false;
 }
 
 // The DT_PATH_ELLIPSIS rule: the end of the path, from its last delimiter, stays whole, and
@@ -716,8 +710,9 @@ void TViewForm::DoProcessModule() {
     if (!enhanced_) return;
 
     _di_IOTAEditor editor;
-    bool wasOpen = FindOpenedEditor(info, viewMode_, editor);
-    bool moduleWasOpen = wasOpen || IsModuleOpen(info);
+    std::vector<_di_IOTAModule> openModules = OpenModulesOf(info);
+    bool wasOpen = FindOpenedEditor(openModules, viewMode_, editor);
+    bool moduleWasOpen = !openModules.empty();
     _di_IOTAModule module = info->OpenModule();
     if (!wasOpen) editor = EditorOfModule(module, viewMode_);
     OpenEditor = Query<IOTASourceEditor>(editor).get();

@@ -16,13 +16,6 @@ using namespace addintest;
 
 namespace {
 
-QStringList Captions(const QList<QAction*>& actions) {
-    QStringList r;
-    for (QAction* a : actions)
-        r << (a->isSeparator() ? QStringLiteral("-") : a->text());
-    return r;
-}
-
 QString ShortCutText(QAction* action) {
     return ToolsAPI::FromBytes(rtl::ShortCutToText(ToolsAPI::KeySequenceToShortCut(action->shortcut())));
 }
@@ -41,7 +34,7 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
     EXPECT_EQ(ExpertsMenu(), nullptr);
     ASSERT_TRUE(WaitFor([this] { return ExpertsMenu() != nullptr; }));
 
-    QStringList bar = Captions(main->menuBar()->actions());
+    QStringList bar = MenuCaptions(main->menuBar()->actions());
     int at = int(bar.indexOf(QStringLiteral("Z&elvane")));
     ASSERT_GE(at, 0) << bar.join(',').toStdString();
     EXPECT_EQ(bar.value(at + 1), QStringLiteral("&Tools"));
@@ -63,11 +56,11 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
                               {"Unit manager", "Shift+Ctrl+Q"},
                               {"About...", ""}};
     QList<QAction*> items = ExpertsMenu()->actions();
-    ASSERT_EQ(items.size(), int(std::size(expected))) << Captions(items).join(',').toStdString();
+    ASSERT_EQ(items.size(), int(std::size(expected))) << MenuCaptions(items).join(',').toStdString();
     QWidget* actionList = IDEService<INTAServices>()->GetActionList();
     for (int i = 0; i < items.size(); ++i) {
         SCOPED_TRACE(expected[i].Caption.toStdString());
-        EXPECT_EQ(Captions({items[i]}).front(), expected[i].Caption);
+        EXPECT_EQ(MenuCaptions({items[i]}).front(), expected[i].Caption);
         if (items[i]->isSeparator()) continue;
         EXPECT_EQ(ShortCutText(items[i]), expected[i].Keys);
         EXPECT_TRUE(actionList->actions().contains(items[i]));
@@ -121,7 +114,7 @@ TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
          at = text.find("Active = True", at + 1))
         ++experts;
     SetStoredValues(std::vector<TStoredChange>(experts, off));
-    EXPECT_EQ(Captions(ExpertsMenu()->actions()), QStringList{QStringLiteral("About...")});
+    EXPECT_EQ(MenuCaptions(ExpertsMenu()->actions()), QStringList{QStringLiteral("About...")});
     StopAddin();
     EXPECT_NE(SettingsText().find("ExpertName = 'EditorManager'"), std::string::npos);
     SetStoredValues(std::vector<TStoredChange>(experts, on));
@@ -263,7 +256,7 @@ TEST_F(ManagerTest, TheMenuGoesWhereItsSettingsPlaceIt) {
                               ? nullptr
                               : qobject_cast<QWidget*>(entry->associatedObjects().front());
         ASSERT_NE(holder, nullptr);
-        QStringList all = Captions(holder->actions());
+        QStringList all = MenuCaptions(holder->actions());
         QString first = c.Expected.front();
         qsizetype at = all.indexOf(first, std::max<qsizetype>(0, all.indexOf("Z&elvane") - 3));
         EXPECT_EQ(all.mid(at, c.Expected.size()), c.Expected) << all.join(',').toStdString();
