@@ -3,10 +3,26 @@
 #include "rtl/CodePage.h"
 #include "rtl/Menus.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace ToolsAPI {
+
+QColor ToQColor(rtl::TColor color) {
+    int32_t rgb = rtl::ColorToRGB(color);
+    return QColor(rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF);
+}
+
+QFont ToQFont(const rtl::TFont& font) {
+    QFont f(FromBytes(font.Name));
+    f.setPointSize(std::max(1, font.Size()));
+    f.setBold(font.Style.Contains(rtl::fsBold));
+    f.setItalic(font.Style.Contains(rtl::fsItalic));
+    f.setUnderline(font.Style.Contains(rtl::fsUnderline));
+    f.setStrikeOut(font.Style.Contains(rtl::fsStrikeOut));
+    return f;
+}
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/TypInfo.h"
 #include "toolsapi/QtBridge.h"
+#include "toolsapi/QtWindowSystem.h"
 #include "workbench/designer/DesignerWindow.h"
 
 #include <QAbstractEventDispatcher>
@@ -96,118 +97,8 @@ bool IsForm(QWidget* w) {
            type != Qt::Desktop && !qobject_cast<QMenu*>(w);
 }
 
-QWidget* TopLevelWidget(HWND wnd) {
-    if (!wnd) return nullptr;
-    for (QWidget* w : QApplication::topLevelWidgets())
-        if (w == wnd) return w;
-    return nullptr;
-}
-
 QWidget* AnyWidget(HWND wnd) {
     return IsWindow(wnd) ? static_cast<QWidget*>(wnd) : nullptr;
-}
-
-constexpr int VK_LBUTTON = 0x01, VK_RBUTTON = 0x02, VK_MBUTTON = 0x04, VK_SHIFT = 0x10,
-              VK_CONTROL = 0x11, VK_MENU = 0x12;
-
-// The foundation's message box: the style's buttons and icon, the platform's answer codes.
-int WorkbenchMessageBox(HWND owner, const std::string& text, const std::string& caption,
-                        uint32_t style) {
-    QMessageBox box(TopLevelWidget(owner));
-    box.setWindowTitle(ToolsAPI::FromBytes(caption));
-    box.setText(ToolsAPI::FromBytes(text));
-    switch (style & 0xF0) {
-    case zelvane::MB_ICONSTOP:
-        box.setIcon(QMessageBox::Critical);
-        break;
-    case zelvane::MB_ICONQUESTION:
-        box.setIcon(QMessageBox::Question);
-        break;
-    case zelvane::MB_ICONEXCLAMATION:
-        box.setIcon(QMessageBox::Warning);
-        break;
-    case zelvane::MB_ICONINFORMATION:
-        box.setIcon(QMessageBox::Information);
-        break;
-    default:
-        break;
-    }
-    switch (style & 0x0F) {
-    case zelvane::MB_YESNO:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
-        break;
-    case zelvane::MB_YESNOCANCEL:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        break;
-    default:
-        box.setStandardButtons(QMessageBox::Ok);
-        break;
-    }
-    switch (box.exec()) {
-    case QMessageBox::Yes:
-        return zelvane::IDYES;
-    case QMessageBox::No:
-        return zelvane::IDNO;
-    case QMessageBox::Ok:
-        return zelvane::IDOK;
-    default:
-        return zelvane::IDCANCEL;
-    }
-}
-
-bool WorkbenchGetPlacement(HWND wnd, zelvane::TWindowPlacement& p) {
-    QWidget* w = TopLevelWidget(wnd);
-    if (!w) return false;
-    p = {};
-    p.Length = zelvane::kWindowPlacementLength;
-    p.ShowCmd = w->isMinimized() ? 2 : w->isMaximized() ? 3 : zelvane::SW_SHOWNORMAL;
-    QRect r = w->isMaximized() || w->isMinimized() ? w->normalGeometry() : w->geometry();
-    p.MinPosition = {-1, -1};
-    p.MaxPosition = {-1, -1};
-    p.NormalPosition = {r.left(), r.top(), r.left() + r.width(), r.top() + r.height()};
-    return true;
-}
-
-bool WorkbenchSetPlacement(HWND wnd, const zelvane::TWindowPlacement& p) {
-    QWidget* w = TopLevelWidget(wnd);
-    if (!w) return false;
-    const zelvane::TRect& r = p.NormalPosition;
-    if (r.Right > r.Left && r.Bottom > r.Top)
-        w->setGeometry(r.Left, r.Top, r.Right - r.Left, r.Bottom - r.Top);
-    if (p.ShowCmd == 3)
-        w->showMaximized();
-    else if (p.ShowCmd == 2 || p.ShowCmd == 6)
-        w->showMinimized();
-    return true;
-}
-
-int16_t WorkbenchKeyState(int key) {
-    Qt::KeyboardModifiers mods = QGuiApplication::queryKeyboardModifiers();
-    Qt::MouseButtons buttons = QGuiApplication::mouseButtons();
-    bool down = false;
-    switch (key) {
-    case VK_SHIFT:
-        down = mods & Qt::ShiftModifier;
-        break;
-    case VK_CONTROL:
-        down = mods & Qt::ControlModifier;
-        break;
-    case VK_MENU:
-        down = mods & Qt::AltModifier;
-        break;
-    case VK_LBUTTON:
-        down = buttons & Qt::LeftButton;
-        break;
-    case VK_RBUTTON:
-        down = buttons & Qt::RightButton;
-        break;
-    case VK_MBUTTON:
-        down = buttons & Qt::MiddleButton;
-        break;
-    default:
-        break;
-    }
-    return down ? static_cast<int16_t>(-32768) : 0;
 }
 
 } // namespace
@@ -256,10 +147,7 @@ TWorkbenchApplication::TWorkbenchApplication(int& argc, char** argv) : QApplicat
             idleTimer_->start(elapsed >= 100 ? 0 : static_cast<int>(100 - elapsed));
         });
 
-    zelvane::TWindowSystem system;
-    system.MessageBox = WorkbenchMessageBox;
-    system.GetWindowPlacement = WorkbenchGetPlacement;
-    system.SetWindowPlacement = WorkbenchSetPlacement;
+    zelvane::TWindowSystem system = ToolsAPI::QtWindowSystem();
     system.AllocateWindow = [this](const std::string&, zelvane::TWndProc proc) -> HWND {
         // The procedure receives the window's own handle, known only once it exists.
         auto holder = std::make_shared<HWND>(nullptr);
@@ -270,8 +158,6 @@ TWorkbenchApplication::TWorkbenchApplication(int& argc, char** argv) : QApplicat
         return wnd;
     };
     system.DestroyWindow = [this](HWND wnd) { DeallocateHWnd(wnd); };
-    system.GetKeyState = WorkbenchKeyState;
-    system.Beep = [] { QApplication::beep(); };
     zelvane::SetWindowSystem(std::move(system));
 }
 

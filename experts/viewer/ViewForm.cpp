@@ -49,10 +49,6 @@ struct TViewModeInfo {
     int Caption = 0;
 };
 
-QColor ToQColor(TColor color) {
-    int32_t rgb = ColorToRGB(color);
-    return QColor(rgb & 0xFF, (rgb >> 8) & 0xFF, (rgb >> 16) & 0xFF);
-}
 
 Qt::PenStyle ToQtPen(TPenStyle style) {
     switch (style) {
@@ -73,15 +69,6 @@ Qt::PenStyle ToQtPen(TPenStyle style) {
     return Qt::SolidLine;
 }
 
-QFont ToQFont(const TFont& font) {
-    QFont f(FromBytes(font.Name));
-    f.setPointSize(std::max(1, font.Size()));
-    f.setBold(font.Style.Contains(fsBold));
-    f.setItalic(font.Style.Contains(fsItalic));
-    f.setUnderline(font.Style.Contains(fsUnderline));
-    f.setStrikeOut(font.Style.Contains(fsStrikeOut));
-    return f;
-}
 
 // The open module of the file (compared with case), and its form or source editor.
 // The open modules of the info's file, compared with case.
