@@ -1,0 +1,50 @@
+#include "EditorModel.h"
+
+namespace edmodel {
+
+RTL_BEGIN_CLASS(TGeometry)
+Property("Left", &TGeometry::Left);
+Property("Top", &TGeometry::Top);
+RTL_END_CLASS
+
+RTL_BEGIN_CLASS(TRowItem)
+Property("Caption", &TRowItem::Caption);
+Property("Width", &TRowItem::Width);
+RTL_END_CLASS
+
+RTL_IMPLEMENT_CLASS(TRows)
+
+RTL_BEGIN_CLASS(TMarkItem)
+Property("Shade", &TMarkItem::Shade);
+RTL_END_CLASS
+
+RTL_IMPLEMENT_CLASS(TMarks)
+
+RTL_BEGIN_CLASS(TEdSettings)
+Property("Count", &TEdSettings::Count);
+Property("Letter", &TEdSettings::Letter);
+Property("Ratio", &TEdSettings::Ratio);
+Property("Title", &TEdSettings::Title);
+Property("Shade", &TEdSettings::Shade);
+Property("Enabled", &TEdSettings::Enabled);
+Property("Shades", &TEdSettings::Shades);
+Property("NodeName", &TEdSettings::NodeName);
+Property("Geometry", &TEdSettings::GetGeometry, &TEdSettings::SetGeometry);
+Property("Rows", &TEdSettings::GetRows, &TEdSettings::SetRows);
+Property("Marks", &TEdSettings::GetMarks, &TEdSettings::SetMarks);
+RTL_END_CLASS
+
+TRowItem* TRows::Add(const std::string& caption, int width) {
+    auto* item = static_cast<TRowItem*>(TSpcCollection::Add());
+    item->Caption = caption;
+    item->Width = width;
+    return item;
+}
+
+TEdSettings::TEdSettings()
+    : geometry_(std::make_unique<TGeometry>()), rows_(std::make_unique<TRows>(this)),
+      marks_(std::make_unique<TMarks>(this)) {}
+
+TEdSettings::~TEdSettings() = default;
+
+} // namespace edmodel

@@ -1,0 +1,479 @@
+// The settings editor on a tree with every kind of property, driven through its widgets on Qt's
+// offscreen platform: the tree, the rows and their controls, the editing transaction on the
+// clone, files in the four forms, the hooks, collections from the tree, and the layout.
+#include "EditorModel.h"
+
+#include "editor/SpcEditor.h"
+#include "editor/SpcForm.h"
+#include "specification/SpcMng.h"
+#include "tests/workbench_gui/Fixture.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTemporaryDir>
+#include <QToolBar>
+#include <QTreeWidget>
+
+#include <filesystem>
+
+namespace {
+
+using namespace edmodel;
+using namespace zelvane;
+using wbtest::RunLoop;
+using wbtest::WaitFor;
+using wbtest::WhenModal;
+
+// Answers the next message box with the button and gives back its text.
+std::shared_ptr<std::string> AnswerBox(QMessageBox::StandardButton button) {
+    auto text = std::make_shared<std::string>();
+    WhenModal([text, button](QWidget* w) {
+        auto* box = qobject_cast<QMessageBox*>(w);
+        ASSERT_TRUE(box);
+        *text = box->text().toStdString();
+        box->button(button)->click();
+    });
+    return text;
+}
+
+class EditorTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        root = new TEdSettings;
+        root->GetRows()->Add("first", 11);
+        root->GetRows()->Add("second", 22);
+        root->GetRows()->Add("third", 33);
+        editor = std::make_unique<TSpcEditor>();
+        editor->FormOptions.Exclude(foModalShowing);
+        editor->IniFileName = Path("editor.ini");
+    }
+    void TearDown() override {
+        for (auto& w : wbtest::ModalWatches()) delete w.data();
+        wbtest::ModalWatches().clear();
+        if (TSpcForm* form = editor->Form()) {
+            editor->UndoChanges();
+            form->close();
+        }
+        RunLoop(1);
+        editor.reset();
+        delete root;
+    }
+
+    std::string Path(const std::string& name) const { return dir.filePath(name.c_str()).toStdString(); }
+    void Show() {
+        editor->ShowTree(reinterpret_cast<TPersistent**>(&root));
+        ASSERT_TRUE(WaitFor([&] { return Tree()->currentItem() != nullptr; }));
+    }
+    void ShowDirect(TPersistent* object) {
+        editor->ShowTreeEx(object);
+        ASSERT_TRUE(WaitFor([&] { return Tree()->currentItem() != nullptr; }));
+    }
+    QTreeWidget* Tree() const { return editor->TreeView(); }
+    TEdSettings* Clone() const { return static_cast<TEdSettings*>(editor->GetUpdatingSpc()); }
+    // The node by its captions from the root, "/"-separated.
+    QTreeWidgetItem* Node(const QString& path) const {
+        QStringList parts = path.split('/');
+        QTreeWidgetItem* node = Tree()->topLevelItem(0);
+        for (int i = 1; node && i < parts.size(); ++i) {
+            QTreeWidgetItem* next = nullptr;
+            for (int c = 0; c < node->childCount(); ++c)
+                if (node->child(c)->text(0) == parts[i]) next = node->child(c);
+            node = next;
+        }
+        return node;
+    }
+    void Select(const QString& path) {
+        Tree()->setCurrentItem(Node(path));
+        QApplication::processEvents();
+    }
+    TControlInfo* Row(const std::string& prop) const {
+        for (const auto& info : editor->Controls())
+            if (info->PropInfo->Name == prop) return info.get();
+        return nullptr;
+    }
+    template <class W> W* Control(const std::string& prop) const {
+        TControlInfo* info = Row(prop);
+        return info ? qobject_cast<W*>(info->Control.data()) : nullptr;
+    }
+    void Type(const std::string& prop, const QString& text) {
+        auto* edit = Control<QLineEdit>(prop);
+        ASSERT_TRUE(edit) << prop;
+        edit->setFocus();
+        edit->selectAll();
+        QTest::keyClicks(edit, text);
+    }
+    TRowItem* Item(int index) const {
+        return static_cast<TRowItem*>(Clone()->GetRows()->GetItem(index));
+    }
+    QAction* Action(const char* name) const {
+        editor->Form()->UpdateActions();
+        return editor->Form()->Action(name);
+    }
+
+    QTemporaryDir dir;
+    TEdSettings* root = nullptr;
+    std::unique_ptr<TSpcEditor> editor;
+};
+
+TEST_F(EditorTest, TreeShowsObjectsCollectionsAndItemsAndEachTypeGetsItsControl) {
+    Show();
+    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings"));
+    EXPECT_TRUE(Node("TEdSettings/Geometry"));
+    EXPECT_TRUE(Node("TEdSettings/Rows/Rows[3]"));
+    EXPECT_TRUE(Node("TEdSettings/Marks"));
+    EXPECT_TRUE(Node("TEdSettings")->isExpanded());
+    // A node's name is its caption, not a row; object properties are nodes, not rows.
+    EXPECT_EQ(editor->Controls().Count(), 7);
+    EXPECT_FALSE(Row("NodeName"));
+    EXPECT_EQ(Control<QLineEdit>("Count")->text(), "5");
+    EXPECT_EQ(Control<QLineEdit>("Letter")->maxLength(), 1);
+    EXPECT_EQ(Control<QLineEdit>("Ratio")->text(), "1.5");
+    EXPECT_EQ(Control<QLineEdit>("Title")->text(), "Main");
+    EXPECT_EQ(Control<QComboBox>("Shade")->currentText(), "shDark");
+    EXPECT_TRUE(Control<QCheckBox>("Enabled")->isChecked());
+    auto* shades = Control<QListWidget>("Shades");
+    ASSERT_TRUE(shades);
+    EXPECT_EQ(shades->count(), 3);
+    EXPECT_EQ(shades->item(0)->checkState(), Qt::Checked);
+    EXPECT_EQ(shades->item(1)->checkState(), Qt::Unchecked);
+    EXPECT_EQ(editor->Labels().front()->text(), "Count :");
+    // A collection's node has no rows.
+    Select("TEdSettings/Rows");
+    EXPECT_EQ(editor->Controls().Count(), 0);
+}
+
+TEST_F(EditorTest, EditsReachTheCloneOnLeavingTheNodeAndTheCallerOnlyOnSave) {
+    Show();
+    Type("Count", "42");
+    Type("Title", "Renamed");
+    Control<QComboBox>("Shade")->setCurrentIndex(2);
+    Control<QCheckBox>("Enabled")->click();
+    Control<QListWidget>("Shades")->item(1)->setCheckState(Qt::Checked);
+    EXPECT_TRUE(editor->Modified());
+    EXPECT_EQ(Clone()->Count, 5) << "values stay in the controls until the node is left";
+    Select("TEdSettings/Geometry");
+    EXPECT_EQ(Clone()->Count, 42);
+    EXPECT_EQ(Clone()->Title, "Renamed");
+    EXPECT_EQ(Clone()->Shade, shAuto);
+    EXPECT_FALSE(Clone()->Enabled);
+    EXPECT_EQ(Clone()->Shades, (TShades{shLight, shDark}));
+    EXPECT_EQ(root->Count, 5);
+    ASSERT_TRUE(editor->SaveToFile(Path("edited.stx"), osfText));
+    EXPECT_EQ(root->Count, 42);
+    EXPECT_EQ(root->GetRows()->Count(), 3);
+    EXPECT_TRUE(editor->Saved());
+    EXPECT_FALSE(editor->Modified());
+    EXPECT_EQ(editor->Form()->windowTitle().toStdString(), "Specification " + Path("edited.stx"));
+}
+
+TEST_F(EditorTest, ClosingAsksAndOnlyYesSaves) {
+    struct Case {
+        QMessageBox::StandardButton answer;
+        bool formStaysOpen;
+        int rootCount;
+    };
+    for (Case c : {Case{QMessageBox::Cancel, true, 5}, Case{QMessageBox::No, false, 5},
+                   Case{QMessageBox::Yes, false, 77}}) {
+        editor->SetSpcFileName(Path("close.sbn"));
+        Show();
+        Type("Count", "77");
+        auto text = AnswerBox(c.answer);
+        editor->Form()->close();
+        RunLoop(1);
+        EXPECT_EQ(*text, "Save changes in specification?");
+        EXPECT_EQ(editor->Form() != nullptr, c.formStaysOpen) << c.answer;
+        EXPECT_EQ(root->Count, c.rootCount) << c.answer;
+        EXPECT_EQ(editor->Saved(), c.answer == QMessageBox::Yes);
+        if (c.formStaysOpen) {
+            EXPECT_EQ(Control<QLineEdit>("Count")->text(), "77") << "the edit stands";
+            editor->UndoChanges();
+            editor->Form()->close();
+            RunLoop(1);
+        }
+    }
+}
+
+TEST_F(EditorTest, ABadValueHoldsTheSelectionOnItsNode) {
+    Show();
+    Type("Count", "-");
+    auto text = AnswerBox(QMessageBox::Ok);
+    Select("TEdSettings/Geometry");
+    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings"));
+    EXPECT_NE(text->find("is not a valid integer"), std::string::npos) << *text;
+    EXPECT_EQ(Clone()->Count, 5);
+}
+
+TEST_F(EditorTest, NumericEditsRefuseForeignCharactersTypedOrPasted) {
+    Show();
+    Type("Count", "1x2");
+    EXPECT_EQ(Control<QLineEdit>("Count")->text(), "12");
+    Type("Ratio", "2.5e3");
+    EXPECT_EQ(Control<QLineEdit>("Ratio")->text(), "2.5e3");
+    QApplication::clipboard()->setText("12a");
+    auto* count = Control<QLineEdit>("Count");
+    count->clear();
+    count->paste();
+    EXPECT_EQ(count->text(), "");
+    Select("TEdSettings/Geometry");
+    EXPECT_EQ(Clone()->Count, 0) << "an empty integer edit writes 0";
+    EXPECT_EQ(Clone()->Ratio, 2500);
+}
+
+TEST_F(EditorTest, ItemsOfOneClassShareTheirControls) {
+    Show();
+    Select("TEdSettings/Rows/Rows[1]");
+    QLineEdit* caption = Control<QLineEdit>("Caption");
+    EXPECT_EQ(caption->text(), "first");
+    Select("TEdSettings/Rows/Rows[2]");
+    EXPECT_EQ(Control<QLineEdit>("Caption"), caption);
+    EXPECT_EQ(caption->text(), "second");
+    EXPECT_FALSE(editor->Modified()) << "showing values is no change";
+    Type("Width", "99");
+    Select("TEdSettings/Rows/Rows[3]");
+    EXPECT_EQ(Item(1)->Width, 99);
+    EXPECT_EQ(Control<QLineEdit>("Width")->text(), "33");
+}
+
+TEST_F(EditorTest, CollectionsGrowShrinkAndMoveFromTheTree) {
+    Show();
+    Select("TEdSettings/Marks");
+    EXPECT_TRUE(Action("ActAddNode")->isEnabled());
+    EXPECT_FALSE(Action("ActDelNode")->isEnabled()) << "an empty collection";
+    Action("ActAddNode")->trigger();
+    EXPECT_EQ(Clone()->GetMarks()->Count(), 1);
+    EXPECT_EQ(Tree()->currentItem()->text(0), "Marks[1]");
+    EXPECT_FALSE(Action("ActMoveUp")->isEnabled()) << "a sole item";
+    EXPECT_FALSE(Action("ActMoveDown")->isEnabled());
+
+    Select("TEdSettings/Rows/Rows[1]");
+    EXPECT_FALSE(Action("ActMoveUp")->isEnabled());
+    Action("ActMoveDown")->trigger();
+    EXPECT_EQ(Item(1)->Caption, "first");
+    EXPECT_EQ(Node("TEdSettings/Rows")->indexOfChild(Tree()->currentItem()), 1);
+    Select("TEdSettings/Rows/Rows[3]");
+    EXPECT_FALSE(Action("ActMoveDown")->isEnabled());
+    Action("ActMoveUp")->trigger();
+    EXPECT_EQ(Item(1)->Caption, "third");
+
+    AnswerBox(QMessageBox::Yes);
+    Action("ActDelNode")->trigger();
+    EXPECT_EQ(Clone()->GetRows()->Count(), 2);
+    EXPECT_EQ(Node("TEdSettings/Rows")->childCount(), 2);
+    EXPECT_EQ(Control<QLineEdit>("Caption")->text(), "first") << "the next item is shown";
+
+    auto text = AnswerBox(QMessageBox::Yes);
+    Select("TEdSettings/Rows");
+    Action("ActDelNode")->trigger();
+    EXPECT_EQ(*text, "Delete all elements of the selected node?");
+    EXPECT_EQ(Clone()->GetRows()->Count(), 0);
+    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings/Rows"));
+    EXPECT_TRUE(editor->Modified());
+    EXPECT_EQ(root->GetRows()->Count(), 3) << "the caller's object waits for a save";
+}
+
+TEST_F(EditorTest, DeletingTheLastItemLeavesTheCollectionSelected) {
+    Show();
+    Select("TEdSettings/Marks");
+    Action("ActAddNode")->trigger();
+    AnswerBox(QMessageBox::Yes);
+    Action("ActDelNode")->trigger();
+    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings/Marks"));
+    EXPECT_EQ(editor->Controls().Count(), 0);
+}
+
+TEST_F(EditorTest, HooksMakeReplaceAndAbortTheTransferOfValues) {
+    QLineEdit* own = nullptr;
+    int setCalls = 0;
+    editor->BeforeCreateControl = [&](TPersistent*, PPropInfo prop, QWidget* parent,
+                                      const TChangeAction& change, TNewControlData& data,
+                                      bool& handled) {
+        if (prop->Name == "Letter") handled = true; // no control: no row
+        if (prop->Name == "Title") {
+            handled = true;
+            own = new QLineEdit(parent);
+            QObject::connect(own, &QLineEdit::textChanged, own, [own, change] { change(own); });
+            data.Control = own;
+            data.ControlIdent = "StringControl";
+            data.Caption = "Own title";
+        }
+    };
+    editor->BeforeSetControlData = [&](TControlInfo* info, bool& handled) {
+        if (info->ETag == -1) {
+            ++setCalls;
+            own->setText("from hook");
+            handled = true;
+        }
+    };
+    bool abort = true;
+    editor->BeforeGetControlData = [&](TControlInfo* info, bool& handled, bool& aborted) {
+        if (info->ETag == -1) {
+            aborted = abort;
+            handled = true;
+        }
+    };
+    Show();
+    EXPECT_FALSE(Row("Letter"));
+    EXPECT_EQ(setCalls, 1);
+    EXPECT_EQ(own->text(), "from hook");
+    EXPECT_TRUE(std::any_of(editor->Labels().begin(), editor->Labels().end(),
+                            [](auto& l) { return l->text() == "Own title"; }));
+    own->setText("typed");
+    Type("Count", "8");
+    Select("TEdSettings/Geometry");
+    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings")) << "an aborted read keeps the node";
+    abort = false;
+    Select("TEdSettings/Geometry");
+    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings/Geometry"));
+    EXPECT_EQ(Clone()->Count, 8);
+    EXPECT_EQ(Clone()->Title, "Main") << "no level transfers a hook's control";
+}
+
+TEST_F(EditorTest, SavesAndLoadsInEveryFormAndABadFileChangesNothing) {
+    Show();
+    Type("Title", "Stored");
+    Select("TEdSettings/Geometry");
+    for (auto [format, name] : {std::pair{osfBin, "a.sbn"}, std::pair{osfResBin, "a.sbr"},
+                                std::pair{osfExtBin, "a.sbe"}, std::pair{osfText, "a.stx"}}) {
+        ASSERT_TRUE(editor->SaveToFile(Path(name), format)) << name;
+        root->Title = "Changed";
+        TPersistent* before = root;
+        ASSERT_TRUE(editor->LoadFromFile(Path(name), true)) << name;
+        EXPECT_NE(root, before);
+        EXPECT_EQ(root->Title, "Stored") << name;
+        EXPECT_EQ(root->GetRows()->Count(), 3);
+        EXPECT_EQ(editor->SpcFormat, format == osfText ? osfText : osfBin);
+    }
+    std::string foreign = Path("foreign.sbn");
+    WriteFileEx("this is no specification", foreign);
+    std::string truncated = Path("truncated.sbn");
+    std::string whole;
+    ReadFileEx(Path("a.sbn"), whole);
+    WriteFileEx(whole.substr(0, whole.size() / 2), truncated);
+    for (const std::string& bad : {foreign, truncated, Path("missing.sbn")}) {
+        TPersistent* before = root;
+        auto text = AnswerBox(QMessageBox::Ok);
+        EXPECT_FALSE(editor->LoadFromFile(bad, false)) << bad;
+        EXPECT_EQ(root, before);
+        EXPECT_EQ(text->rfind("Error on load specification file " + bad, 0), 0u) << *text;
+    }
+    EXPECT_EQ(root->Title, "Stored");
+}
+
+TEST_F(EditorTest, DirectModeEditsTheObjectItselfWithoutFiles) {
+    TEdSettings live;
+    editor->Options.Include(eoSaveSpcOnChange);
+    ShowDirect(&live);
+    EXPECT_FALSE(Action("ActLoadSpc")->isVisible());
+    EXPECT_FALSE(Action("ActSaveAsSpc")->isVisible());
+    EXPECT_EQ(editor->Form()->windowTitle(), "Object TEdSettings");
+    Type("Count", "31");
+    EXPECT_EQ(live.Count, 31) << "each change is read at once";
+    EXPECT_FALSE(editor->Modified());
+    EXPECT_FALSE(editor->Save());
+    EXPECT_FALSE(editor->SaveToFile(Path("direct.sbn"), osfBin));
+    EXPECT_FALSE(std::filesystem::exists(Path("direct.sbn")));
+}
+
+TEST_F(EditorTest, ControlParametersShapeTheRows) {
+    editor->SetColCount(0);
+    EXPECT_EQ(editor->ColCount(), 1);
+    editor->SetColCount(2);
+    editor->SetStrings(skRedefiedParams,
+                       "[TEdSettings.Title]\r\nWidth=60\r\nHint=The title\r\n"
+                       "[TEdSettings.Count]\r\nWidth=50%\r\n");
+    Show();
+    // Seven rows in two columns: four left, three right.
+    std::vector<int> areas;
+    for (const auto& info : editor->Controls()) areas.push_back(info->AreaIndex);
+    EXPECT_EQ(std::count(areas.begin(), areas.end(), 0), 4);
+    EXPECT_EQ(std::count(areas.begin(), areas.end(), 1), 3);
+    EXPECT_FALSE(Row("Title")->IsPercent);
+    EXPECT_EQ(Row("Title")->Control->width(), 60);
+    EXPECT_EQ(Row("Title")->Control->toolTip(), "The title");
+    EXPECT_TRUE(Row("Count")->IsPercent);
+    int panel = editor->Frames()[0].ControlPanel->width();
+    EXPECT_EQ(Row("Count")->Control->width(), (panel - 2 - 3) * 50 / 100);
+
+    // Dragging the control section of the first column resizes its relative controls.
+    QHeaderView* header = editor->Form()->HeaderControl();
+    header->resizeSection(1, 300);
+    editor->RebuildControls();
+    EXPECT_EQ(editor->Frames()[0].ControlPanel->width(), 300 - 2);
+    EXPECT_EQ(Row("Count")->Control->width(), (300 - 2 - 2 - 3) * 50 / 100);
+    EXPECT_EQ(editor->Frames()[1].LabelPanel->x(), header->sectionPosition(2) + 1);
+
+    // The simple mode ignores the per-property parameters; a bad width fails on the node.
+    editor->SimpleMode = true;
+    editor->RebuildControls();
+    EXPECT_TRUE(Row("Title")->IsPercent);
+    editor->SetStrings(skControlParams, "[IntegerControl]\r\nWidth=101%\r\n");
+    auto text = AnswerBox(QMessageBox::Ok);
+    EXPECT_THROW(editor->RebuildControls(), ESpcEditorError);
+}
+
+TEST_F(EditorTest, TranslationNamesLabelsNodesAndValues) {
+    editor->FormOptions.Include(foMultiLineCaptions);
+    editor->SetStrings(skTranslatingTable,
+                       "[TEdSettings]\r\nCount=Number of##items\r\nRows=Lines\r\n"
+                       "[TShade]\r\nshDark=Dark\r\n[TRows]\r\nLines[2]=Second line\r\n");
+    Show();
+    EXPECT_EQ(editor->Labels().front()->text(), "Number of\r\nitems :");
+    EXPECT_EQ(Control<QComboBox>("Shade")->itemText(1), "Dark");
+    EXPECT_EQ(Control<QListWidget>("Shades")->item(1)->text(), "Dark") << "the set's base type";
+    EXPECT_TRUE(Node("TEdSettings/Lines/Lines[1]"));
+    EXPECT_TRUE(Node("TEdSettings/Lines/Second line[2]")) << "an item's own name keeps its index";
+}
+
+TEST_F(EditorTest, DisabledAndInvisibleProperties) {
+    editor->SetStrings(skInvisibleProps, "TEdSettings.Ratio\r\nTEdSettings.Geometry");
+    editor->SetStrings(skDisabledProps, "TEdSettings.Title");
+    Show();
+    EXPECT_FALSE(Row("Ratio"));
+    EXPECT_FALSE(Node("TEdSettings/Geometry"));
+    EXPECT_FALSE(Row("Title")->Control->isEnabled());
+    editor->SetStrings(skDisabledProps, "");
+    EXPECT_TRUE(Row("Title")->Control->isEnabled()) << "a change applies at once";
+}
+
+TEST_F(EditorTest, StartingWithoutAnObjectFails) {
+    TPersistent* none = nullptr;
+    EXPECT_THROW(editor->ShowTree(&none), ESpcEditorError);
+    EXPECT_FALSE(editor->Form());
+}
+
+TEST_F(EditorTest, FormSettingsAreKeptAndAHostMayKeepThemItself) {
+    editor->FormOptions.Include(foAutoSaveParams);
+    Show();
+    editor->Form()->LoadDir = "/tmp/load/";
+    editor->Form()->close();
+    RunLoop(1);
+    TIniStrings ini(Path("editor.ini"));
+    EXPECT_EQ(ini.ReadString("SpcEditor", "LoadDir", ""), "/tmp/load/");
+    EXPECT_FALSE(ini.ReadString("SpcEditor", "WindowPlacement", "").empty());
+
+    std::string kept;
+    editor->OnWriteFormSetting = [&](const std::string&, const std::string&,
+                                     const std::string& data, bool& allow) {
+        kept = data;
+        allow = false;
+    };
+    editor->OnReadFormSetting = [&](const std::string&, const std::string&, std::string& data,
+                                    bool& allow) {
+        data = "TreeWidth=150\r\n";
+        allow = false;
+    };
+    Show();
+    EXPECT_EQ(Tree()->width(), 150);
+    editor->Form()->close();
+    RunLoop(1);
+    EXPECT_NE(kept.find("TreeWidth="), std::string::npos);
+}
+
+} // namespace
