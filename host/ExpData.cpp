@@ -29,7 +29,13 @@ RTL_IMPLEMENT_CLASS(ExpMenuItemError)
 RTL_IMPLEMENT_CLASS(TExpMenuData)
 RTL_IMPLEMENT_CLASS(TCustomDataItem)
 RTL_IMPLEMENT_CLASS(TCustomData)
-RTL_IMPLEMENT_CLASS(TExpData)
+// The three collections are stored through DefineProperties; published, unstored, they are the
+// branches of the tree that the settings editor shows.
+RTL_BEGIN_CLASS(TExpData)
+Property("ActiveExperts", &TExpData::ActiveExperts, nullptr).Stored(false);
+Property("MenuData", &TExpData::MenuData, nullptr).Stored(false);
+Property("CustomData", &TExpData::CustomData, nullptr).Stored(false);
+RTL_END_CLASS
 
 RTL_BEGIN_CLASS(TEditorFormData)
 Property("AutoSaveSetting", &TEditorFormData::AutoSaveSetting).Default(true);
