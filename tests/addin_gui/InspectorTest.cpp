@@ -65,9 +65,9 @@ TEST_F(InspectorTest, TheBarListsTheFormsOnShowAndChoosingOneBringsItUp) {
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(main->Inspector()->FormEditor(), FormOf("Main.pas"));
-    // Its own activation leaves the choice as it is.
+    // Its own activation leaves the choice as it is, once the posted refills have run.
     RunLoop(50);
-    EXPECT_EQ(Combo()->currentText(), QStringLiteral("MainForm"));
+    EXPECT_TRUE(WaitFor([&] { return Combo()->currentText() == QStringLiteral("MainForm"); }));
 }
 
 TEST_F(InspectorTest, TheListFollowsOpensClosesRenamesAndTheActiveForm) {
