@@ -250,6 +250,8 @@ void TSpcForm::MakeLayout() {
     headerControl_->setMinimumSectionSize(0);
     headerControl_->viewport()->installEventFilter(this);
     headerLayout->addWidget(headerControl_);
+    headerPanel_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    headerControl_->setFixedHeight(headerControl_->fontMetrics().height() + 8);
     paintLayout->addWidget(headerPanel_);
     connect(headerControl_, &QHeaderView::sectionResized, this,
             [this](int section, int, int size) {
@@ -512,9 +514,9 @@ void TSpcForm::LoadSetting() {
         std::string text = list.Values(key);
         if (!text.empty()) value = StrToInt(text);
     };
-    int treeWidth = splitter_->sizes().value(0, 190);
+    int treeWidth = 190;
     readInt("TreeWidth", treeWidth);
-    splitter_->setSizes({treeWidth, std::max(1, width() - treeWidth)});
+    splitter_->setSizes({treeWidth, std::max(1, width() - treeWidth - splitter_->handleWidth())});
     LoadDir = list.Values("LoadDir");
     SaveDir = list.Values("SaveDir");
     readInt("LabelSectionWidth", editor_->LabelAreaInfo().DefAreaWidth);

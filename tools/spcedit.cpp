@@ -1,6 +1,8 @@
 // spcedit: the settings editor on a specification file, without the IDE.
 //
-//   spcedit FILE
+//   spcedit [--screenshot PNG] FILE
+//
+// With --screenshot the editor shows its tree unfolded, is saved as a picture and closes.
 //
 // The file's root class must be one the program knows: the add-in's settings tree ("ExpData.spc"
 // as the add-in writes it) or any class registered with the runtime. The editor works on a copy
@@ -14,6 +16,8 @@
 #include "toolsapi/QtWindowSystem.h"
 
 #include <QApplication>
+#include <QTreeWidget>
+#include "editor/SpcForm.h"
 
 #include <cstdio>
 #include <fstream>
@@ -56,8 +60,14 @@ std::string RootClassName(const std::string& fileName) {
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     SetWindowSystem(ToolsAPI::QtWindowSystem());
+    std::string screenshot;
+    if (argc == 4 && std::string(argv[1]) == "--screenshot") {
+        screenshot = argv[2];
+        argv[1] = argv[3];
+        argc = 2;
+    }
     if (argc != 2) {
-        std::fprintf(stderr, "usage: spcedit FILE\n");
+        std::fprintf(stderr, "usage: spcedit [--screenshot PNG] FILE\n");
         return 2;
     }
     std::string fileName = argv[1];
@@ -77,10 +87,25 @@ int main(int argc, char** argv) {
     editor.Init(&table, nullptr);
     editor.SetShowStatusBar(true);
     int result = 0;
-    if (editor.LoadFromFile(&root, fileName, true))
-        editor.ShowTree();
-    else
+    if (!editor.LoadFromFile(&root, fileName, true)) {
         result = 1;
+    } else if (screenshot.empty()) {
+        editor.ShowTree();
+    } else {
+        editor.FormOptions.Exclude(foModalShowing);
+        editor.ShowTree();
+        QTreeWidget* tree = editor.TreeView();
+        while (!tree->currentItem()) QApplication::processEvents();
+        tree->expandAll();
+        // The first item of the second branch, to show a row of each kind of control.
+        QTreeWidgetItem* top = tree->topLevelItem(0);
+        if (top->childCount() > 1 && top->child(1)->childCount() > 0)
+            tree->setCurrentItem(top->child(1)->child(0));
+        editor.Form()->resize(760, 480);
+        for (int i = 0; i < 20; ++i) QApplication::processEvents();
+        editor.Form()->grab().save(QString::fromStdString(screenshot));
+        editor.Form()->close();
+    }
     ops.FreeSpc(root);
     return result;
 }

@@ -73,6 +73,11 @@ public:
     TBenchItems* GetA() const { return lists_[0].get(); }
     TBenchItems* GetB() const { return lists_[1].get(); }
     TBenchItems* GetC() const { return lists_[2].get(); }
+    void SetA(TBenchItems* v) { lists_[0]->Assign(v); }
+    void SetB(TBenchItems* v) { lists_[1]->Assign(v); }
+    void SetC(TBenchItems* v) { lists_[2]->Assign(v); }
+    void SetInts(TFiftyInts*) {}
+    void SetStrings(TFiftyStrings*) {}
     void Fill(int items) {
         for (auto& c : lists_)
             for (int i = 0; i < items; ++i) c->Add();
@@ -103,11 +108,11 @@ RTL_END_CLASS
 RTL_IMPLEMENT_CLASS(TBenchItems)
 RTL_BEGIN_CLASS(TBenchRoot)
 Property("Title", &TBenchRoot::Title);
-Property("Ints", &TBenchRoot::GetInts, nullptr);
-Property("Strings", &TBenchRoot::GetStrings, nullptr);
-Property("A", &TBenchRoot::GetA, nullptr);
-Property("B", &TBenchRoot::GetB, nullptr);
-Property("C", &TBenchRoot::GetC, nullptr);
+Property("Ints", &TBenchRoot::GetInts, &TBenchRoot::SetInts);
+Property("Strings", &TBenchRoot::GetStrings, &TBenchRoot::SetStrings);
+Property("A", &TBenchRoot::GetA, &TBenchRoot::SetA);
+Property("B", &TBenchRoot::GetB, &TBenchRoot::SetB);
+Property("C", &TBenchRoot::GetC, &TBenchRoot::SetC);
 RTL_END_CLASS
 
 class TBenchEditor : public TSpcEditor {
