@@ -47,4 +47,32 @@ TEdSettings::TEdSettings()
 
 TEdSettings::~TEdSettings() = default;
 
+RTL_BEGIN_CLASS(TProSettings)
+Property("Depth", &TProSettings::Depth);
+Property("Plain", &TProSettings::Plain);
+Property("Back", &TProSettings::Back);
+Property("Key", &TProSettings::Key);
+Property("KeyText", &TProSettings::KeyText);
+Property("Since", &TProSettings::Since);
+Property("At", &TProSettings::At);
+Property("Columns", &TProSettings::GetColumns, &TProSettings::SetColumns);
+Property("Sort", &TProSettings::GetSort, &TProSettings::SetSort);
+Property("Notes", &TProSettings::GetNotes, &TProSettings::SetNotes);
+Property("Font", &TProSettings::GetFont, &TProSettings::SetFont);
+Property("Picture", &TProSettings::GetPicture, &TProSettings::SetPicture);
+RTL_END_CLASS
+
+TProSettings::TProSettings()
+    : columns_(std::make_unique<TCheckStrings>()), sort_(std::make_unique<TSelectStrings>()),
+      notes_(std::make_unique<TMemoStrings>()), font_(std::make_unique<TFontEx>()),
+      picture_(std::make_unique<TPictureEx>()) {
+    columns_->SetText("Name\r\nSize\r\nDate\r\n");
+    columns_->CheckedInds = "0,2";
+    sort_->SetText("Ascending\r\nDescending\r\n");
+    sort_->ItemIndex = 1;
+    notes_->SetText("one\r\ntwo\r\n");
+}
+
+TProSettings::~TProSettings() = default;
+
 } // namespace edmodel
