@@ -185,6 +185,17 @@ bool TSpcEditorPro::CanProcessProperty(TPersistent* instance, PPropInfo propInfo
 // ---------------------------------------------------------------------------------------------
 // Making the rows
 
+// The control's context menu: the popup handler enables its items, then the menu runs for it.
+void TSpcEditorPro::AttachMenu(QWidget* control, QMenu* menu, void (TSpcEditorPro::*popup)()) {
+    control->setContextMenuPolicy(Qt::CustomContextMenu);
+    QObject::connect(control, &QWidget::customContextMenuRequested, control,
+                     [this, control, menu, popup](QPoint p) {
+                         menuControl_ = control;
+                         (this->*popup)();
+                         menu->exec(control->mapToGlobal(p));
+                     });
+}
+
 QWidget* TSpcEditorPro::MakeProControl(TProControlKind kind, QWidget* parent) {
     TChangeAction change = ChangeAction();
     auto notify = [change](QObject* sender) { return [change, sender] { change(sender); }; };
@@ -197,24 +208,12 @@ QWidget* TSpcEditorPro::MakeProControl(TProControlKind kind, QWidget* parent) {
     }
     case pkCheckStrings: {
         QWidget* list = MakeCheckListControl(parent, {}, change);
-        list->resize(list->width(), 100);
-        list->setContextMenuPolicy(Qt::CustomContextMenu);
-        QObject::connect(list, &QWidget::customContextMenuRequested, list, [this, list](QPoint p) {
-            menuControl_ = list;
-            StringsMenuPopup();
-            stringsMenu_->exec(list->mapToGlobal(p));
-        });
+        AttachMenu(list, stringsMenu_.get(), &TSpcEditorPro::StringsMenuPopup);
         return list;
     }
     case pkSelectStrings: {
         QWidget* combo = MakeComboControl(parent, {}, change);
-        combo->setContextMenuPolicy(Qt::CustomContextMenu);
-        QObject::connect(combo, &QWidget::customContextMenuRequested, combo,
-                         [this, combo](QPoint p) {
-                             menuControl_ = combo;
-                             StringsMenuPopup();
-                             stringsMenu_->exec(combo->mapToGlobal(p));
-                         });
+        AttachMenu(combo, stringsMenu_.get(), &TSpcEditorPro::StringsMenuPopup);
         return combo;
     }
     case pkColor: {
@@ -238,20 +237,12 @@ QWidget* TSpcEditorPro::MakeProControl(TProControlKind kind, QWidget* parent) {
     case pkPicture:
     case pkGraphic: {
         auto* image = new TSpcImage(parent);
-        image->resize(image->width(), 32);
-        image->setContextMenuPolicy(Qt::CustomContextMenu);
         QObject::connect(image, &TSpcImage::Changed, image, notify(image));
-        QObject::connect(image, &QWidget::customContextMenuRequested, image,
-                         [this, image](QPoint p) {
-                             menuControl_ = image;
-                             PicMenuPopup();
-                             picMenu_->exec(image->mapToGlobal(p));
-                         });
+        AttachMenu(image, picMenu_.get(), &TSpcEditorPro::PicMenuPopup);
         return image;
     }
     case pkStrings: {
         auto* memo = new TSpcMemo(parent);
-        memo->resize(memo->width(), 90);
         QObject::connect(memo, &QPlainTextEdit::textChanged, memo, notify(memo));
         QObject::connect(memo, &TSpcMemo::DoubleClicked, memo, [this, memo] { MemoDblClick(memo); });
         return memo;
@@ -436,14 +427,12 @@ void TSpcEditorPro::GetControlData(TControlInfo* info, bool& aborted) {
 // ---------------------------------------------------------------------------------------------
 // The menus
 
-std::unique_ptr<QMenu> TSpcEditorPro::CreateStringsEditorMenu() {
+// A menu of the items by tag; a tag of 0 is a separator.
+static std::unique_ptr<QMenu> MakeTagMenu(const char* name,
+                                          std::initializer_list<std::pair<int, const char*>> items,
+                                          const std::function<void(int)>& click) {
     auto menu = std::make_unique<QMenu>();
-    menu->setObjectName("StringsMenu");
-    const std::pair<int, const char*> items[] = {{1, "Add line"},   {2, "Insert line"},
-                                                 {3, "Delete line"}, {0, "-"},
-                                                 {4, "Clear"},      {0, "-"},
-                                                 {5, "Edit text"},  {0, "-"},
-                                                 {6, "Load from file"}, {7, "Save to file"}};
+    menu->setObjectName(name);
     for (auto [tag, caption] : items) {
         if (tag == 0) {
             menu->addSeparator();
@@ -451,34 +440,25 @@ std::unique_ptr<QMenu> TSpcEditorPro::CreateStringsEditorMenu() {
         }
         QAction* action = menu->addAction(caption);
         action->setData(tag);
-        QObject::connect(action, &QAction::triggered, menu.get(),
-                         [this, tag] { StringsMenuItemClick(tag); });
+        QObject::connect(action, &QAction::triggered, menu.get(), [click, tag] { click(tag); });
     }
     return menu;
 }
 
+std::unique_ptr<QMenu> TSpcEditorPro::CreateStringsEditorMenu() {
+    return MakeTagMenu("StringsMenu",
+                       {{1, "Add line"}, {2, "Insert line"}, {3, "Delete line"}, {0, "-"},
+                        {4, "Clear"}, {0, "-"}, {5, "Edit text"}, {0, "-"},
+                        {6, "Load from file"}, {7, "Save to file"}},
+                       [this](int tag) { StringsMenuItemClick(tag); });
+}
+
 std::unique_ptr<QMenu> TSpcEditorPro::CreatePicEditorMenu() {
-    auto menu = std::make_unique<QMenu>();
-    menu->setObjectName("PictureMenu");
-    const std::pair<int, const char*> items[] = {{1, "Load from file"},
-                                                 {2, "Load form clipboard"},
-                                                 {0, "-"},
-                                                 {3, "Save into file"},
-                                                 {4, "Save into clipboard"},
-                                                 {0, "-"},
-                                                 {5, "Clear"},
-                                                 {6, "Clear clipboard"}};
-    for (auto [tag, caption] : items) {
-        if (tag == 0) {
-            menu->addSeparator();
-            continue;
-        }
-        QAction* action = menu->addAction(caption);
-        action->setData(tag);
-        QObject::connect(action, &QAction::triggered, menu.get(),
-                         [this, tag] { PicMenuItemClick(tag); });
-    }
-    return menu;
+    return MakeTagMenu("PictureMenu",
+                       {{1, "Load from file"}, {2, "Load form clipboard"}, {0, "-"},
+                        {3, "Save into file"}, {4, "Save into clipboard"}, {0, "-"},
+                        {5, "Clear"}, {6, "Clear clipboard"}},
+                       [this](int tag) { PicMenuItemClick(tag); });
 }
 
 TControlInfo* TSpcEditorPro::MenuRow(QMenu*) const {

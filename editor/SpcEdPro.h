@@ -57,6 +57,7 @@ protected:
 
 private:
     QWidget* MakeProControl(TProControlKind kind, QWidget* parent);
+    void AttachMenu(QWidget* control, QMenu* menu, void (TSpcEditorPro::*popup)());
     TControlInfo* MenuRow(QMenu* menu) const;
     void StringsMenuPopup();
     void StringsMenuItemClick(int tag);

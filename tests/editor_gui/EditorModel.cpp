@@ -55,22 +55,15 @@ Property("Key", &TProSettings::Key);
 Property("KeyText", &TProSettings::KeyText);
 Property("Since", &TProSettings::Since);
 Property("At", &TProSettings::At);
-Property("Columns", &TProSettings::GetColumns, &TProSettings::SetColumns);
-Property("Sort", &TProSettings::GetSort, &TProSettings::SetSort);
-Property("Notes", &TProSettings::GetNotes, &TProSettings::SetNotes);
-Property("Font", &TProSettings::GetFont, &TProSettings::SetFont);
-Property("Picture", &TProSettings::GetPicture, &TProSettings::SetPicture);
+Property("View", &TProSettings::GetView, &TProSettings::SetView);
 RTL_END_CLASS
 
-TProSettings::TProSettings()
-    : columns_(std::make_unique<TCheckStrings>()), sort_(std::make_unique<TSelectStrings>()),
-      notes_(std::make_unique<TMemoStrings>()), font_(std::make_unique<TFontEx>()),
-      picture_(std::make_unique<TPictureEx>()) {
-    columns_->SetText("Name\r\nSize\r\nDate\r\n");
-    columns_->CheckedInds = "0,2";
-    sort_->SetText("Ascending\r\nDescending\r\n");
-    sort_->ItemIndex = 1;
-    notes_->SetText("one\r\ntwo\r\n");
+TProSettings::TProSettings() : view_(std::make_unique<spcmodel::TViewSettings>()) {
+    view_->GetColumns()->SetText("Name\r\nSize\r\nDate\r\n");
+    view_->GetColumns()->CheckedInds = "0,2";
+    view_->GetSort()->SetText("Ascending\r\nDescending\r\n");
+    view_->GetSort()->ItemIndex = 1;
+    view_->GetNotes()->SetText("one\r\ntwo\r\n");
 }
 
 TProSettings::~TProSettings() = default;

@@ -2,7 +2,7 @@
 // collection and a collection of another item class: what the editor's tests edit.
 #pragma once
 
-#include "persistence/PropTypes.h"
+#include "tests/specification/SpcModel.h"
 #include "persistence/SpcObjects.h"
 #include "rtl/Classes.h"
 
@@ -82,7 +82,8 @@ private:
     std::unique_ptr<TMarks> marks_;
 };
 
-// The richer value types that the extended editor gives rows of their own.
+// The richer scalar types that the extended editor gives rows of their own; the string lists,
+// font and picture stand in the nested view settings of the specification tests' model.
 class TProSettings : public TSpcObject {
     RTL_CLASS(TProSettings, TSpcObject)
 public:
@@ -96,23 +97,11 @@ public:
     TShortCutString KeyText = "Ctrl+F2";
     TDateTime Since = 36526.0; // 2000-01-01
     TTime At = 0.5;
-    TCheckStrings* GetColumns() const { return columns_.get(); }
-    void SetColumns(TCheckStrings* v) { columns_->Assign(v); }
-    TSelectStrings* GetSort() const { return sort_.get(); }
-    void SetSort(TSelectStrings* v) { sort_->Assign(v); }
-    TMemoStrings* GetNotes() const { return notes_.get(); }
-    void SetNotes(TMemoStrings* v) { notes_->Assign(v); }
-    TFontEx* GetFont() const { return font_.get(); }
-    void SetFont(TFontEx* v) { font_->Assign(v); }
-    TPictureEx* GetPicture() const { return picture_.get(); }
-    void SetPicture(TPictureEx* v) { picture_->Assign(v); }
+    spcmodel::TViewSettings* GetView() const { return view_.get(); }
+    void SetView(spcmodel::TViewSettings* v) { view_->Assign(v); }
 
 private:
-    std::unique_ptr<TCheckStrings> columns_;
-    std::unique_ptr<TSelectStrings> sort_;
-    std::unique_ptr<TMemoStrings> notes_;
-    std::unique_ptr<TFontEx> font_;
-    std::unique_ptr<TPictureEx> picture_;
+    std::unique_ptr<spcmodel::TViewSettings> view_;
 };
 
 } // namespace edmodel

@@ -2,10 +2,9 @@
 // the string lists' menu edits them.
 #include "EditorModel.h"
 
+#include "EditorFixture.h"
 #include "editor/SpcEdControls.h"
 #include "editor/SpcEdPro.h"
-#include "editor/SpcForm.h"
-#include "tests/workbench_gui/Fixture.h"
 
 #include <QComboBox>
 #include <QDateTimeEdit>
@@ -19,46 +18,26 @@
 namespace {
 
 using namespace edmodel;
-using namespace zelvane;
-using wbtest::RunLoop;
-using wbtest::WaitFor;
-using wbtest::WhenModal;
+using namespace edtest;
 
-class EditorProTest : public ::testing::Test {
+class EditorProTest : public EditorFixture<TSpcEditorPro> {
 protected:
-    void SetUp() override {
-        editor = std::make_unique<TSpcEditorPro>();
-        editor->FormOptions.Exclude(foModalShowing);
-        editor->IniFileName = "/dev/null";
-    }
-    void TearDown() override {
-        for (auto& w : wbtest::ModalWatches()) delete w.data();
-        wbtest::ModalWatches().clear();
-        if (TSpcForm* form = editor->Form()) {
-            editor->UndoChanges();
-            form->close();
-        }
-        RunLoop(1);
-        editor.reset();
-    }
     void Show() {
         editor->ShowTreeEx(&live);
-        ASSERT_TRUE(WaitFor([&] { return editor->TreeView()->currentItem() != nullptr; }));
+        WaitShown();
     }
-    template <class W> W* Control(const std::string& prop) const {
-        for (const auto& info : editor->Controls())
-            if (info->PropInfo->Name == prop) return qobject_cast<W*>(info->Control.data());
-        return nullptr;
+    void ShowView() {
+        Show();
+        Tree()->setCurrentItem(Tree()->topLevelItem(0)->child(0));
+        QApplication::processEvents();
     }
+    spcmodel::TViewSettings* View() { return live.GetView(); }
 
     TProSettings live;
-    std::unique_ptr<TSpcEditorPro> editor;
 };
 
 TEST_F(EditorProTest, EachRicherTypeGetsItsControlWithItsValue) {
     Show();
-    EXPECT_EQ(editor->TreeView()->topLevelItem(0)->childCount(), 0)
-        << "string lists, fonts and pictures are rows, not nodes";
     EXPECT_EQ(Control<QSpinBox>("Depth")->value(), 3);
     EXPECT_TRUE(Control<QLineEdit>("Plain")) << "a plain integer stays a filtered edit";
     EXPECT_EQ(Control<TColorEdit>("Back")->currentText(), "Red");
@@ -66,6 +45,9 @@ TEST_F(EditorProTest, EachRicherTypeGetsItsControlWithItsValue) {
     EXPECT_EQ(Control<THotKeyEx>("KeyText")->keySequence(), QKeySequence("Ctrl+F2"));
     EXPECT_EQ(Control<QDateTimeEdit>("Since")->date(), QDate(2000, 1, 1));
     EXPECT_EQ(Control<QDateTimeEdit>("At")->time(), QTime(12, 0));
+    ShowView();
+    EXPECT_EQ(Tree()->currentItem()->childCount(), 0)
+        << "string lists, fonts and pictures are rows, not nodes";
     auto* columns = Control<QListWidget>("Columns");
     ASSERT_EQ(columns->count(), 3);
     EXPECT_EQ(columns->item(0)->checkState(), Qt::Checked);
@@ -73,7 +55,7 @@ TEST_F(EditorProTest, EachRicherTypeGetsItsControlWithItsValue) {
     EXPECT_EQ(columns->item(2)->checkState(), Qt::Checked);
     EXPECT_EQ(Control<QComboBox>("Sort")->currentText(), "Descending");
     EXPECT_EQ(Control<QPlainTextEdit>("Notes")->toPlainText(), "one\ntwo");
-    EXPECT_EQ(Control<TFontEdit>("Font")->SelFont().Name, live.GetFont()->Name);
+    EXPECT_EQ(Control<TFontEdit>("Font")->SelFont().Name, View()->GetFont()->Name);
     EXPECT_FALSE(Control<TSpcImage>("Picture")->HasGraphic());
 }
 
@@ -84,23 +66,25 @@ TEST_F(EditorProTest, ValuesGoBackIntoTheObjects) {
     Control<TColorEdit>("Back")->SetColorValue(clBlue);
     Control<THotKeyEx>("KeyText")->setKeySequence(QKeySequence("Alt+X"));
     Control<QDateTimeEdit>("Since")->setDate(QDate(2001, 1, 1));
-    Control<QListWidget>("Columns")->item(1)->setCheckState(Qt::Checked);
-    Control<QListWidget>("Columns")->item(0)->setCheckState(Qt::Unchecked);
-    Control<QComboBox>("Sort")->setCurrentIndex(0);
-    Control<QPlainTextEdit>("Notes")->setPlainText("three");
     EXPECT_EQ(int(live.Depth), 9);
     EXPECT_EQ(live.Back, clBlue);
     EXPECT_EQ(std::string(live.KeyText), "Alt+X");
     EXPECT_DOUBLE_EQ(double(live.Since), 36892.0);
-    EXPECT_EQ(live.GetColumns()->CheckedInds, "1,2");
-    EXPECT_EQ(live.GetSort()->ItemIndex, 0);
-    EXPECT_EQ(live.GetNotes()->Count(), 1);
-    EXPECT_EQ(live.GetNotes()->Strings(0), "three");
+    Tree()->setCurrentItem(Tree()->topLevelItem(0)->child(0));
+    QApplication::processEvents();
+    Control<QListWidget>("Columns")->item(1)->setCheckState(Qt::Checked);
+    Control<QListWidget>("Columns")->item(0)->setCheckState(Qt::Unchecked);
+    Control<QComboBox>("Sort")->setCurrentIndex(0);
+    Control<QPlainTextEdit>("Notes")->setPlainText("three");
+    EXPECT_EQ(View()->GetColumns()->CheckedInds, "1,2");
+    EXPECT_EQ(View()->GetSort()->ItemIndex, 0);
+    EXPECT_EQ(View()->GetNotes()->Count(), 1);
+    EXPECT_EQ(View()->GetNotes()->Strings(0), "three");
 }
 
 TEST_F(EditorProTest, TheStringsMenuAddsAndEditsKeepingTheMarksByLine) {
     editor->Options.Include(eoSaveSpcOnChange);
-    Show();
+    ShowView();
     auto* columns = Control<QListWidget>("Columns");
     QMenu* menu = editor->StringsMenu();
     auto trigger = [&](const char* caption, std::function<void(QWidget*)> answer) {
@@ -117,14 +101,14 @@ TEST_F(EditorProTest, TheStringsMenuAddsAndEditsKeepingTheMarksByLine) {
         w->findChild<QLineEdit*>()->setText("Owner");
         static_cast<QDialog*>(w)->accept();
     });
-    EXPECT_EQ(live.GetColumns()->Count(), 4);
-    EXPECT_EQ(live.GetColumns()->Strings(3), "Owner");
+    EXPECT_EQ(View()->GetColumns()->Count(), 4);
+    EXPECT_EQ(View()->GetColumns()->Strings(3), "Owner");
     trigger("Edit text", [](QWidget* w) {
         w->findChild<QPlainTextEdit*>()->setPlainText("A\nB\nC\nD");
         static_cast<QDialog*>(w)->accept();
     });
-    EXPECT_EQ(live.GetColumns()->Strings(0), "A");
-    EXPECT_EQ(live.GetColumns()->CheckedInds, "0,2") << "marks stay on their line numbers";
+    EXPECT_EQ(View()->GetColumns()->Strings(0), "A");
+    EXPECT_EQ(View()->GetColumns()->CheckedInds, "0,2") << "marks stay on their line numbers";
 }
 
 TEST_F(EditorProTest, SpinOveruseMakesEveryIntegerASpinEdit) {

@@ -3,10 +3,8 @@
 // clone, files in the four forms, the hooks, collections from the tree, and the layout.
 #include "EditorModel.h"
 
-#include "editor/SpcEditor.h"
-#include "editor/SpcForm.h"
+#include "EditorFixture.h"
 #include "specification/SpcMng.h"
-#include "tests/workbench_gui/Fixture.h"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -26,10 +24,7 @@
 namespace {
 
 using namespace edmodel;
-using namespace zelvane;
-using wbtest::RunLoop;
-using wbtest::WaitFor;
-using wbtest::WhenModal;
+using namespace edtest;
 
 // Answers the next message box with the button and gives back its text.
 std::shared_ptr<std::string> AnswerBox(QMessageBox::StandardButton button) {
@@ -43,39 +38,30 @@ std::shared_ptr<std::string> AnswerBox(QMessageBox::StandardButton button) {
     return text;
 }
 
-class EditorTest : public ::testing::Test {
+class EditorTest : public EditorFixture<TSpcEditor> {
 protected:
     void SetUp() override {
+        EditorFixture::SetUp();
         root = new TEdSettings;
         root->GetRows()->Add("first", 11);
         root->GetRows()->Add("second", 22);
         root->GetRows()->Add("third", 33);
-        editor = std::make_unique<TSpcEditor>();
-        editor->FormOptions.Exclude(foModalShowing);
         editor->IniFileName = Path("editor.ini");
     }
     void TearDown() override {
-        for (auto& w : wbtest::ModalWatches()) delete w.data();
-        wbtest::ModalWatches().clear();
-        if (TSpcForm* form = editor->Form()) {
-            editor->UndoChanges();
-            form->close();
-        }
-        RunLoop(1);
-        editor.reset();
+        EditorFixture::TearDown();
         delete root;
     }
 
     std::string Path(const std::string& name) const { return dir.filePath(name.c_str()).toStdString(); }
     void Show() {
         editor->ShowTree(reinterpret_cast<TPersistent**>(&root));
-        ASSERT_TRUE(WaitFor([&] { return Tree()->currentItem() != nullptr; }));
+        WaitShown();
     }
     void ShowDirect(TPersistent* object) {
         editor->ShowTreeEx(object);
-        ASSERT_TRUE(WaitFor([&] { return Tree()->currentItem() != nullptr; }));
+        WaitShown();
     }
-    QTreeWidget* Tree() const { return editor->TreeView(); }
     TEdSettings* Clone() const { return static_cast<TEdSettings*>(editor->GetUpdatingSpc()); }
     // The node by its captions from the root, "/"-separated.
     QTreeWidgetItem* Node(const QString& path) const {
@@ -92,15 +78,6 @@ protected:
     void Select(const QString& path) {
         Tree()->setCurrentItem(Node(path));
         QApplication::processEvents();
-    }
-    TControlInfo* Row(const std::string& prop) const {
-        for (const auto& info : editor->Controls())
-            if (info->PropInfo->Name == prop) return info.get();
-        return nullptr;
-    }
-    template <class W> W* Control(const std::string& prop) const {
-        TControlInfo* info = Row(prop);
-        return info ? qobject_cast<W*>(info->Control.data()) : nullptr;
     }
     void Type(const std::string& prop, const QString& text) {
         auto* edit = Control<QLineEdit>(prop);
@@ -119,7 +96,6 @@ protected:
 
     QTemporaryDir dir;
     TEdSettings* root = nullptr;
-    std::unique_ptr<TSpcEditor> editor;
 };
 
 TEST_F(EditorTest, TreeShowsObjectsCollectionsAndItemsAndEachTypeGetsItsControl) {
