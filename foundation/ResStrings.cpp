@@ -59,6 +59,12 @@ std::string PackageResStr(int id) {
     return it == t.texts.end() ? std::string() : it->second;
 }
 
+std::vector<std::pair<int, std::string>> PackageResStrings() {
+    Table& t = TheTable();
+    std::lock_guard guard(t.lock);
+    return {t.texts.begin(), t.texts.end()};
+}
+
 std::string ResStr(int id) {
     TResStrLookup lookup;
     {

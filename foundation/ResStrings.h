@@ -14,6 +14,8 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace zelvane {
 
@@ -43,6 +45,9 @@ std::string ResStr(int id);
 
 // The package's own text of a number, without the lookup.
 std::string PackageResStr(int id);
+
+// Every text the package holds, by ascending number: what a language module translates.
+std::vector<std::pair<int, std::string>> PackageResStrings();
 
 // Numbers of the foundation's texts.
 constexpr int SNegativeFileSize = 50550;   // "New file size should not be less than zero."

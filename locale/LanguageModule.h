@@ -3,11 +3,18 @@
 //
 //     extern "C" int ZelvaneLoadString(int id, char* buffer, int bufferSize);
 //
-// which copies the text of the number (Windows-1251, cut to the buffer and ended with a zero) and
-// gives its length, 0 when it has none. A module is one line over a table of its texts:
+// which copies the text of the number (cut to the buffer and ended with a zero) and gives its
+// length, 0 when it has none. The texts are in the module's code page, which it may tell through
+//
+//     extern "C" int ZelvaneCodePage();
+//
+// 1251 (Windows-1251, the add-in's own) when it doesn't, or 65001 (UTF-8): a language whose
+// letters Windows-1251 lacks keeps them in its module, and the add-in takes from them what its
+// code page can show (see locale/Locale.h). A module is one line over a table of its texts:
 //
 //     static const zelvane::TResStringEntry kTexts[] = {{51120, "..."}, ...};
-//     ZELVANE_LANGUAGE_MODULE(kTexts)
+//     ZELVANE_LANGUAGE_MODULE(kTexts)                  // Windows-1251
+//     ZELVANE_LANGUAGE_MODULE_CP(kTexts, CodePageUtf8) // UTF-8
 #pragma once
 
 #include "foundation/ResStrings.h"
@@ -19,6 +26,11 @@ namespace zelvane {
 
 inline constexpr const char* LoadStringProcName = "ZelvaneLoadString";
 using TLoadStringProc = int (*)(int id, char* buffer, int bufferSize);
+inline constexpr const char* CodePageProcName = "ZelvaneCodePage";
+using TCodePageProc = int (*)();
+
+inline constexpr int CodePage1251 = 1251;
+inline constexpr int CodePageUtf8 = 65001;
 
 // The body of ZelvaneLoadString over a table.
 inline int LoadStringFrom(std::span<const TResStringEntry> table, int id, char* buffer,
@@ -43,3 +55,7 @@ inline int LoadStringFrom(std::span<const TResStringEntry> table, int id, char* 
                                                                             int bufferSize) {      \
         return ::zelvane::LoadStringFrom(table, id, buffer, bufferSize);                           \
     }
+
+#define ZELVANE_LANGUAGE_MODULE_CP(table, codePage)                                                \
+    ZELVANE_LANGUAGE_MODULE(table)                                                                 \
+    extern "C" __attribute__((visibility("default"))) int ZelvaneCodePage() { return codePage; }

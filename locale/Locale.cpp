@@ -2,7 +2,10 @@
 
 #include "foundation/ResStrings.h"
 #include "locale/LanguageModule.h"
+#include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
+
+#include <QString>
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -17,6 +20,27 @@ RTL_IMPLEMENT_CLASS(TfrLocale)
 namespace {
 
 constexpr int LoadStringBufferSize = 1024;
+
+// How German writes its letters where they can't be had; other letters lose their marks.
+constexpr std::pair<char16_t, const char*> kSpelledOut[] = {
+    {u'\u00C4', "Ae"}, {u'\u00D6', "Oe"}, {u'\u00DC', "Ue"},
+    {u'\u00E4', "ae"}, {u'\u00F6', "oe"}, {u'\u00FC', "ue"}, {u'\u00DF', "ss"},
+};
+
+void AppendHostChar(std::string& out, QChar c) {
+    char byte = rtl::WideToCp1251(c.unicode());
+    if (byte != '?' || c == QLatin1Char('?')) {
+        out += byte;
+        return;
+    }
+    for (const auto& [letter, spelled] : kSpelledOut)
+        if (c.unicode() == letter) {
+            out += spelled;
+            return;
+        }
+    QString base = c.decomposition();
+    out += base.isEmpty() ? '?' : rtl::WideToCp1251(base.front().unicode());
+}
 
 bool HostIsDelphi() {
     char path[PATH_MAX];
@@ -77,8 +101,17 @@ bool TfrLocale::LoadStr(void* module, int id, std::string& text) {
     char buffer[LoadStringBufferSize];
     int length = load(id, buffer, LoadStringBufferSize);
     if (length < 1) return false;
-    text.assign(buffer, size_t(length));
+    auto codePage = reinterpret_cast<TCodePageProc>(dlsym(module, CodePageProcName));
+    text = HostText({buffer, size_t(length)}, codePage ? codePage() : CodePage1251);
     return true;
+}
+
+std::string HostText(std::string_view text, int codePage) {
+    if (codePage != CodePageUtf8) return std::string(text);
+    std::string out;
+    for (QChar c : QString::fromUtf8(text.data(), qsizetype(text.size())))
+        AppendHostChar(out, c);
+    return out;
 }
 
 void TfrLocale::Unload() {

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace zelvane {
 
@@ -34,6 +35,12 @@ public:
     // Frees the module, if one is loaded.
     void Unload();
 };
+
+// A module's text in the add-in's code page (Windows-1251). Text in Windows-1251 stands as it is;
+// UTF-8 text is converted, and a letter that Windows-1251 lacks is written as German writes it
+// without its marks ("\u00FC" as "ue", "\u00DF" as "ss"), or as its base letter ("\u00E9" as "e"),
+// or as "?" when it has none.
+std::string HostText(std::string_view text, int codePage);
 
 // The one instance, made when the package loads.
 TfrLocale& frLocale();

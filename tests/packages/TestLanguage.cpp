@@ -1,4 +1,5 @@
-// A language module for the tests: a few of the add-in's texts in German, and one it lacks.
+// A language module for the tests: a few of the add-in's texts in German, among them one menu
+// item's caption and not the next one's.
 #include "locale/LanguageModule.h"
 
 namespace {
@@ -6,6 +7,7 @@ namespace {
 const zelvane::TResStringEntry kTexts[] = {
     {51120, "Experteneinstellungen"},
     {51123, "Besondere Einstellungen"},
+    {51040, "Formulare anzeigen..."},
     {50550, "Die neue Dateigr\xF6\xDF" "e darf nicht negativ sein."},
 };
 
