@@ -123,6 +123,7 @@ TEditWindowForm::TEditWindowForm(TIDEModel* model, TEditWindow* window, QWidget*
 
     tabs_ = new TEditTabControl(this);
     editor_ = new TSourceEdit(this);
+    editor_->SetKeyBindings(model_);
     auto* status = new QWidget(this);
     status->setObjectName(QStringLiteral("StatusBar"));
     auto* statusLayout = new QHBoxLayout(status);

@@ -346,7 +346,26 @@ bool TSourceEdit::focusNextPrevChild(bool) {
     return false; // Tab is a key of the editor
 }
 
+TShortCut TSourceEdit::ShortCutOf(const QKeyEvent* event) {
+    return ToolsAPI::KeySequenceToShortCut(QKeySequence(event->keyCombination()));
+}
+
+bool TSourceEdit::event(QEvent* event) {
+    // A bound key is claimed before the shortcuts are matched, so that its press comes here.
+    if (event->type() == QEvent::ShortcutOverride && keyBindings_ &&
+        keyBindings_->IsBoundKey(ShortCutOf(static_cast<QKeyEvent*>(event)))) {
+        event->accept();
+        return true;
+    }
+    return QAbstractScrollArea::event(event);
+}
+
 void TSourceEdit::keyPressEvent(QKeyEvent* event) {
+    if (keyBindings_ && keyBindings_->IsBoundKey(ShortCutOf(event))) {
+        TKeyBindingResult result = krUnhandled;
+        Guarded(nullptr, [&] { result = keyBindings_->DispatchKey(ShortCutOf(event)); });
+        if (result != krUnhandled) return;
+    }
     TEditView* v = View();
     if (!v) {
         QAbstractScrollArea::keyPressEvent(event);

@@ -17,6 +17,10 @@ class TSourceEdit : public QAbstractScrollArea {
 public:
     explicit TSourceEdit(QWidget* parent = nullptr);
 
+    // The model whose key bindings the editor's keys go to first, before the shortcuts of the
+    // IDE's actions and before the editor's own keys, as in the IDE's editor.
+    void SetKeyBindings(TIDEModel* model) { keyBindings_ = model; }
+
     // The view shown; nullptr shows an empty page.
     void SetView(TEditView* view);
     TEditView* View() const;
@@ -41,6 +45,7 @@ signals:
     void StateChanged();
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -66,6 +71,10 @@ private:
     void SelectAll();
     void SelectWord(TTextPos pos);
 
+    // The shortcut of a key event, 0 for a key that has none.
+    static TShortCut ShortCutOf(const QKeyEvent* event);
+
+    TIDEModel* keyBindings_ = nullptr;
     DelphiInterface<TEditView> view_;
     TSourceLanguage language_ = TSourceLanguage::Plain;
     int lineHeight_ = 16;

@@ -638,6 +638,8 @@ public:
     // Runs the key bindings for one key, the last registered first; gives what the handler
     // answered, krUnhandled when none is bound to the key.
     TKeyBindingResult DispatchKey(TShortCut key);
+    // Whether a binding takes the key (0 is no key and is never bound).
+    bool IsBoundKey(TShortCut key) const;
     int KeyBindingCount() const { return static_cast<int>(bindings_.size()); }
 
     TModelEvents Events;

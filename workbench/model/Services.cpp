@@ -502,6 +502,14 @@ void TIDEModel::RemoveKeyboardBinding(int index) {
     bindings_.erase(index);
 }
 
+bool TIDEModel::IsBoundKey(TShortCut key) const {
+    if (key == 0) return false;
+    for (const auto& [index, record] : bindings_)
+        for (const TKeyBinding& k : record.Keys)
+            if (k.Keys.size() == 1 && k.Keys.front() == key) return true;
+    return false;
+}
+
 TKeyBindingResult TIDEModel::DispatchKey(TShortCut key) {
     auto bindings = bindings_; // a handler may remove bindings
     for (auto it = bindings.rbegin(); it != bindings.rend(); ++it) {
