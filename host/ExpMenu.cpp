@@ -15,6 +15,8 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include <set>
+
 namespace zelvane {
 
 using namespace rtl;
@@ -55,7 +57,9 @@ void InsertEntry(QWidget* parent, int index, QAction* entry) {
 // Actions
 
 TExpAction::TExpAction() : action_(new QAction()) {
-    QObject::connect(action_, &QAction::triggered, action_, [this] {
+    QObject::connect(action_, &QAction::triggered, action_, [this](bool checked) {
+        // A radio item shows the choice that its command makes; the click itself checks nothing.
+        if (action_->isCheckable()) action_->setChecked(!checked);
         // As the IDE's action dispatch: what the command raises goes to the application.
         try {
             if (OnExecute) OnExecute(this);
@@ -243,28 +247,32 @@ void TExpManager::AddTopMMenuItem() {
     }
 }
 
-TExpAction* TExpManager::NewAction(const std::string& caption, const TNotifyEvent& proc) {
+TExpAction* TExpManager::NewAction(const std::string& caption, TExpActionList& list) {
     auto action = std::make_unique<TExpAction>();
     action->SetCaption(caption);
     action->OnExecute = TNotifyEvent::Of<&TExpManager::CommonExpertExecProc>(this);
     ToolsAPI::IDEService<ToolsAPI::INTAServices>()->GetActionList()->addAction(action->Action());
-    expActions_.push_back(std::move(action));
-    return expActions_.back().get();
+    list.push_back(std::move(action));
+    return list.back().get();
 }
 
 // One action and one item per item of the menu data, in its order; each item is announced to
-// the experts as soon as it is made.
+// the experts as soon as it is made. A key that an earlier item has already is not given again:
+// it runs the first item that has it, and the later one shows none (its stored key is kept, for
+// the user to change in the settings).
 void TExpManager::AddMMenuItems() {
     ToolsAPI::_di_INTAServices services = ToolsAPI::IDEService<ToolsAPI::INTAServices>();
     if (!topItem_ || !services || !services->GetActionList()) return;
     itemCounter_ = 1;
     TExpMenuData* menuData = ExpData->MenuData();
     execProcs_.assign(size_t(menuData->Count()), {});
+    std::set<TShortCut> keys;
     for (int i = 0; i < menuData->Count(); ++i) {
         TExpMenuItemData* data = menuData->Item(i);
         if (data->HaveLineBefore) topItem_->Add(std::make_unique<TExpMenuItem>("-"));
-        TExpAction* action = NewAction(data->Caption, data->OnExecute);
-        action->SetShortCut(TextToShortCut(data->ShortCutText));
+        TExpAction* action = NewAction(data->Caption, expActions_);
+        TShortCut key = TextToShortCut(data->ShortCutText);
+        if (key != 0 && keys.insert(key).second) action->SetShortCut(key);
         action->OnUpdate = data->OnUpdate;
         execProcs_[size_t(i)] = {action, data->OnExecute};
 
@@ -279,10 +287,52 @@ void TExpManager::AddMMenuItems() {
 
 // Items go before actions, so that no item is left with a dead action.
 void TExpManager::DeleteExpertMenu() {
+    langItem_ = nullptr;
     topItem_.reset();
     lineBefore_.reset();
     lineAfter_.reset();
+    langActions_.clear();
+    settingActions_.clear();
     expActions_.clear();
+}
+
+// ---------------------------------------------------------------------------------------------
+// The submenus
+
+TExpMenuItem* TExpManager::CreateNewItem(const std::string& caption, const TNotifyEvent& proc,
+                                         TExpMenuItem* parent, TExpActionList& list) {
+    std::unique_ptr<TExpMenuItem> item;
+    if (proc) {
+        TExpAction* action = NewAction(caption, list);
+        execProcs_.push_back({action, proc});
+        item = std::make_unique<TExpMenuItem>(action);
+    } else {
+        item = std::make_unique<TExpMenuItem>(caption);
+    }
+    item->SetName(ItemNamePrefix + std::to_string(itemCounter_++));
+    // The entries are radio items: one shows a mark only while its action is checked, which is
+    // how the language entries show the choice.
+    TExpMenuItem* made = item.get();
+    parent->Add(std::move(item));
+    return made;
+}
+
+void TExpManager::CreateSettingSubMenu(TExpMenuItem* parent) {
+    if (!parent) return;
+    ClearItems(parent, settingActions_);
+    auto item = [&](const char* caption, const TNotifyEvent& proc) {
+        return CreateNewItem(caption, proc, parent, settingActions_);
+    };
+    // The settings dialog's "Edit..." (EditSettings2, picture 36) is the first entry.
+    item("Load default", TNotifyEvent::Of<&TExpManager::LoadDefaultSettings>(this));
+    item("-", nullptr);
+    langItem_ = item("Language", nullptr);
+    CreateLangSubMenu(langItem_);
+}
+
+void TExpManager::ClearItems(TExpMenuItem* parent, TExpActionList& list) {
+    parent->Clear();
+    list.clear();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -290,6 +340,7 @@ void TExpManager::DeleteExpertMenu() {
 
 void TExpManager::ExpMenuClick(QMenu* menu) {
     if (!topItem_ || menu != topItem_->SubMenu()) return;
+    if (!layoutSwitched_) SetEngLayout();
     for (int i = topItem_->Count() - 1; i >= 0; --i) {
         TExpMenuItem* item = topItem_->Item(i);
         if (item->OnMenuOpen) item->OnMenuOpen(item);

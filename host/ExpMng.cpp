@@ -30,6 +30,10 @@ RTL_BEGIN_CLASS(TExpManager)
 Method<&TExpManager::FormChange>("FormChange");
 Method<&TExpManager::ShowAbout>("ShowAbout");
 Method<&TExpManager::CommonExpertExecProc>("CommonExpertExecProc");
+Method<&TExpManager::LoadDefaultSettings>("LoadDefaultSettings");
+Method<&TExpManager::SelectLanguage>("SelectLanguage");
+Method<&TExpManager::SelectDefaultLanguage>("SelectDefaultLanguage");
+Method<&TExpManager::EditLangModules>("EditLangModules");
 RTL_END_CLASS
 
 std::string ModuleDir;
@@ -51,12 +55,16 @@ std::unique_ptr<TExpData> expDataOwner;
 constexpr const char* DefaultLocaleModules =
     "Russian=zelv_rus.dll,English=zelv_eng.dll,German=zelv_ger.dll";
 
+} // namespace
+
 // The directory of the file this function's code was loaded from: the package.
 std::string PackageDir() {
     Dl_info info{};
     if (!dladdr(reinterpret_cast<void*>(&PackageDir), &info) || !info.dli_fname) return {};
     return ExtractFilePath(info.dli_fname);
 }
+
+namespace {
 
 // Where the settings file and the error log go: beside the package, or, where the package is
 // installed in a directory the user may not write (a system's library directory), the user's
@@ -128,6 +136,12 @@ void InitExpMngUnit() {
     ModuleDir = SettingsDir();
     SaveSpcProc = &ExpSaveSpc;
     ExpClassTable();
+}
+
+void RecreateExpData() {
+    ExpData = nullptr;
+    expDataOwner = std::make_unique<TExpData>();
+    ExpData = expDataOwner.get();
 }
 
 void DoneExpMngUnit() {
@@ -344,16 +358,21 @@ void TExpManager::MenuNotify(TExpMenuItem* item, TExpMenuItemData* itemData) {
     MenuNotification(item, itemData);
 }
 
-// The manager's own items come after every expert's. The settings submenu joins them once the
-// add-in has its settings dialog.
+// The manager's own items come after every expert's: the settings, whose submenu is made as the
+// item is, and the about box.
 void TExpManager::Init(TAddItemFunc AddItem) {
+    TExpMenuItemData* settings = AddItem("SettingItem");
+    settings->HaveLineBefore = true;
+    settings->Caption = "Settings";
     TExpMenuItemData* about = AddItem("AboutFormItem");
     about->Caption = "About...";
     about->ImageIndex = 50;
     about->OnExecute = TNotifyEvent::Of<&TExpManager::ShowAbout>(this);
 }
 
-void TExpManager::MenuNotification(TExpMenuItem* Item, TExpMenuItemData* ItemData) {}
+void TExpManager::MenuNotification(TExpMenuItem* Item, TExpMenuItemData* ItemData) {
+    if (ItemData->ItemID == "SettingItem") CreateSettingSubMenu(Item);
+}
 
 void TExpManager::ShowAbout(TObject* Sender) {
     zelvane::ShowAbout();
@@ -365,16 +384,15 @@ void TExpManager::ShowAbout(TObject* Sender) {
 void TExpManager::WndProc(ToolsAPI::TMessage& message) {
     switch (message.Msg) {
     case WM_APPLYSETTINGS:
-        DeleteExpertMenu();
-        if (Application) Application->ProcessMessages();
-        CreateExpertMenu();
-        if (Application) Application->ProcessMessages();
+        ApplySettings();
         break;
     case WM_RESTORELAYOUT:
-        // Keyboard layouts are not switched on this platform; the message keeps its place.
+        // The saved layout would come back here; see SetEngLayout.
         break;
     case WM_BUILDMENU:
+        SetEngLayout();
         CreateExpertMenu();
+        SetActiveLayout();
         break;
     default:
         message.Result = 0;
@@ -396,7 +414,18 @@ void TExpManager::UnHookActiveFormChange() {
 
 void TExpManager::FormChange(TObject* Sender) {
     if (oldOnActiveFormChange_) oldOnActiveFormChange_(Sender);
+    if (!layoutSwitched_) return;
+    SetActiveLayout();
     layoutSwitched_ = false;
+}
+
+// This platform names keys by their codes whatever the keyboard layout, and gives a program no
+// layout to switch: the switch to English is empty. Its way back keeps its posted message, so
+// that the work that runs between the two, and the order of the messages, stay as they are.
+void TExpManager::SetEngLayout() {}
+
+void TExpManager::SetActiveLayout() {
+    ToolsAPI::PostMessage(handle_, WM_RESTORELAYOUT, 0, 0);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -154,6 +154,9 @@ struct TExecProcRec {
     rtl::TNotifyEvent Proc;
 };
 using TExecProcList = std::vector<TExecProcRec>;
+// Actions the manager made, in the order it made them; it frees them after the items that show
+// them.
+using TExpActionList = std::vector<std::unique_ptr<TExpAction>>;
 
 // ---------------------------------------------------------------------------------------------
 // The manager
@@ -202,6 +205,48 @@ public:
     void WndProc(ToolsAPI::TMessage& message);
     ToolsAPI::HWND Handle() const { return handle_; }
 
+    // The keyboard layout while shortcuts are built and while the experts' menu is open: on
+    // before, and back by the posted message 0xC002, so that it comes back after the work.
+    void SetEngLayout();
+    void SetActiveLayout();
+
+    // Settings editing (ExpSettings.cpp). RecreateExperts makes the settings tree, the manager's
+    // settings and the active experts anew and reads the settings file for them; the menu keeps
+    // its items, inert, until ApplySettings rebuilds it on the posted message 0xC001, after the
+    // command that asked for it has ended.
+    void RecreateExperts();
+    void DoRecreateExperts();
+    void ApplySettings();
+    void DoApplySettings();
+    // "Load default": asks, then deletes the settings file and makes the experts anew from their
+    // built-in defaults. Answered no, nothing changes.
+    void LoadDefaultSettings(rtl::TObject* Sender);
+    // The settings editor's translation table: the label sections of the shared settings
+    // classes, then the templates the manager and the experts registered.
+    std::string TranslatingTable() const;
+
+    // The submenus (ExpMenu.cpp): an item of a submenu, with its action when it has a command;
+    // the settings submenu; a parent's items and their actions freed.
+    TExpMenuItem* CreateNewItem(const std::string& caption, const rtl::TNotifyEvent& proc,
+                                TExpMenuItem* parent, TExpActionList& list);
+    void CreateSettingSubMenu(TExpMenuItem* parent);
+    void ClearItems(TExpMenuItem* parent, TExpActionList& list);
+
+    // Language selection (ExpLang.cpp). The language submenu lists the modules of LocaleModules
+    // ("name=file" entries) whose file is in the language directory; choosing one loads it and
+    // makes the experts anew in that language.
+    void CreateLangSubMenu(TExpMenuItem* parent);
+    void SetActiveLanguageItem(TExpMenuItem* parent);
+    void SelectLanguage(rtl::TObject* Sender);
+    void SelectDefaultLanguage(rtl::TObject* Sender);
+    void EditLangModules(rtl::TObject* Sender);
+    // A language's name as the current language writes it (text 50514), and back.
+    static std::string TranslateLangName(const std::string& name);
+    static std::string RetranslateLangName(const std::string& display);
+    // Where the language modules are: LocaleDir, or the package's own directory.
+    std::string LanguageDir() const;
+    TExpMenuItem* LangItem() const { return langItem_; }
+
     // The menu (ExpMenu.cpp).
     void CreateExpertMenu();
     void DeleteExpertMenu();
@@ -231,9 +276,11 @@ private:
     // The menu's steps (ExpMenu.cpp).
     void AddTopMMenuItem();
     void AddMMenuItems();
-    TExpAction* NewAction(const std::string& caption, const rtl::TNotifyEvent& proc);
+    TExpAction* NewAction(const std::string& caption, TExpActionList& list);
 
-    std::vector<std::unique_ptr<TExpAction>> expActions_;
+    TExpActionList expActions_;
+    TExpActionList langActions_;
+    TExpActionList settingActions_;
     std::unique_ptr<TExpMenuItem> topItem_;
     std::unique_ptr<TExpMenuItem> lineBefore_;
     std::unique_ptr<TExpMenuItem> lineAfter_;
@@ -248,6 +295,7 @@ private:
     std::string localeDir_;
     std::string localeModules_;
     std::string currentLocale_;
+    TExpMenuItem* langItem_ = nullptr; // a child of the settings item
     int itemCounter_ = 0;
 
     friend class TExpManagerData;
@@ -258,5 +306,10 @@ TExpMenuItemData* AddItem(const std::string& itemID);
 
 // The package's entry: makes the manager and hands it to the IDE.
 void RegisterManager();
+
+// The directory of the package's own file, with its trailing delimiter.
+std::string PackageDir();
+// Frees ExpData and makes a new, empty one.
+void RecreateExpData();
 
 } // namespace zelvane

@@ -54,6 +54,8 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
                               {"Sorting", "Ctrl+;"},
                               {"-", ""},
                               {"Unit manager", "Shift+Ctrl+Q"},
+                              {"-", ""},
+                              {"Settings", ""},
                               {"About...", ""}};
     QList<QAction*> items = ExpertsMenu()->actions();
     ASSERT_EQ(items.size(), int(std::size(expected))) << MenuCaptions(items).join(',').toStdString();
@@ -114,7 +116,9 @@ TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
          at = text.find("Active = True", at + 1))
         ++experts;
     SetStoredValues(std::vector<TStoredChange>(experts, off));
-    EXPECT_EQ(MenuCaptions(ExpertsMenu()->actions()), QStringList{QStringLiteral("About...")});
+    EXPECT_EQ(MenuCaptions(ExpertsMenu()->actions()),
+              (QStringList{QStringLiteral("-"), QStringLiteral("Settings"),
+                           QStringLiteral("About...")}));
     StopAddin();
     EXPECT_NE(SettingsText().find("ExpertName = 'EditorManager'"), std::string::npos);
     SetStoredValues(std::vector<TStoredChange>(experts, on));
