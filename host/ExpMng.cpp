@@ -269,10 +269,14 @@ void TExpManager::StartExperts() {
     Mark(ConstructorTrace, " 13");
 }
 
-// The second load gives the experts their stored values. A failure here is reported, and the
-// experts start from their defaults.
 void TExpManager::StartSettings() {
     Mark(ConstructorTrace, " 14");
+    LoadSettings();
+}
+
+// The second load gives the experts their stored values. A failure here is reported, and the
+// experts start from their defaults.
+void TExpManager::LoadSettings() {
     try {
         LoadNotify(LoadExpData());
         data_->ExpertVersion = ExpVersion;

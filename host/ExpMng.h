@@ -223,7 +223,7 @@ public:
     void LoadDefaultSettings(rtl::TObject* Sender);
     // The settings editor's translation table: the label sections of the shared settings
     // classes, then the templates the manager and the experts registered.
-    std::string TranslatingTable() const;
+    static std::string TranslatingTable();
 
     // The submenus (ExpMenu.cpp): an item of a submenu, with its action when it has a command;
     // the settings submenu; a parent's items and their actions freed.
@@ -264,6 +264,7 @@ private:
     void StartExperts();
     void StartSettings();
     void StartMenu();
+    void LoadSettings();
     void StopSettings();
     void StopExperts();
     void StopObjects();

@@ -54,18 +54,11 @@ void TExpManager::RecreateExperts() {
     InitExperts();
 }
 
-// A failure while the values are read is reported, and the experts start from their defaults.
+// The second read gives the new experts their values, as at start.
 void TExpManager::DoRecreateExperts() {
     WithHourGlass([this] {
         RecreateExperts();
-        try {
-            LoadNotify(LoadExpData());
-            data_->ExpertVersion = ExpVersion;
-        } catch (...) {
-            CheckAddErrorLog(this);
-            if (Application) Application->HandleException(this);
-            LoadNotify(false);
-        }
+        LoadSettings();
         DoApplySettings();
     });
 }
@@ -96,7 +89,7 @@ void TExpManager::ApplySettings() {
     SetActiveLayout();
 }
 
-std::string TExpManager::TranslatingTable() const {
+std::string TExpManager::TranslatingTable() {
     return LabelTemplate("TExpertInfo", {{"Active", SLabelActive}}) + "\r\n" +
            LabelTemplate("TExpMenuItemData", {{"Caption", SLabelItemCaption},
                                               {"ImageIndex", SLabelImageIndex},

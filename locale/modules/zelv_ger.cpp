@@ -1,9 +1,8 @@
 // The German language module: every text of the package's string table, in German, by the same
 // numbers. The texts are UTF-8 and keep their umlauts; Windows-1251, the add-in's code page, has
-// none, so the add-in shows them as German writes them without (see locale/Locale.h). The names
-// of the settings editor's section, the line break mark, the file extensions and the control
-// name suffix are names, not texts, and stand as in the package.
+// none, so the add-in shows them as German writes them without (see locale/Locale.h).
 #include "locale/LanguageModule.h"
+#include "locale/modules/FixedTexts.h"
 
 namespace {
 
@@ -54,14 +53,7 @@ const zelvane::TResStringEntry kTexts[] = {
     {51513, "Kein Dateiname eingegeben."},
     {51514, "Eine Datei mit dem Namen %s gibt es bereits. Ersetzen?"},
     {65520, "Objekt %s"},
-    {65521, "SpcEditor"},
-    {65522, "%s :"},
-    {65523, "##"},
-    {65524, ".sbn"},
-    {65525, ".sbr"},
-    {65526, ".sbe"},
-    {65527, ".stx"},
-    {65528, "Control"},
+    ZELVANE_FIXED_NAMES,
     // The settings tree and the labels of the host's settings.
     {51120, "Experteneinstellungen"},
     {51121, "Installierte Experten"},

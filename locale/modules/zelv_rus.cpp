@@ -1,8 +1,7 @@
 // The Russian language module: every text of the package's string table, in Russian, by the same
 // numbers. The texts are UTF-8; the add-in takes them into Windows-1251, which holds all of them.
-// The names of the settings editor's section, the line break mark, the file extensions and the
-// control name suffix are names, not texts, and stand as in the package.
 #include "locale/LanguageModule.h"
+#include "locale/modules/FixedTexts.h"
 
 namespace {
 
@@ -51,14 +50,7 @@ const zelvane::TResStringEntry kTexts[] = {
     {51513, "Не введено имя файла."},
     {51514, "Файл с именем %s уже существует. Заменить?"},
     {65520, "объект %s"},
-    {65521, "SpcEditor"},
-    {65522, "%s :"},
-    {65523, "##"},
-    {65524, ".sbn"},
-    {65525, ".sbr"},
-    {65526, ".sbe"},
-    {65527, ".stx"},
-    {65528, "Control"},
+    ZELVANE_FIXED_NAMES,
     // The settings tree and the labels of the host's settings.
     {51120, "Настройки экспертов"},
     {51121, "Установленные эксперты"},

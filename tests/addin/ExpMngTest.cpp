@@ -2,6 +2,7 @@
 // settings tree the experts register their objects in.
 #include "host/ExpData.h"
 #include "host/ExpMng.h"
+#include "rtl/Lists.h"
 
 #include <gtest/gtest.h>
 
@@ -80,6 +81,35 @@ TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndLabels) {
     RemoveStoredData(&a);
     ASSERT_EQ(data->Count(), 1);
     EXPECT_EQ(data->GetItem(0)->NestedObject, &b);
+}
+
+TEST_F(ExpMngTest, TheEditorsLabelsAreTheSharedClassesSectionsThenTheRegisteredOnes) {
+    TSettings a;
+    AddStoredData(&a, "AData", "", "[TSettings]\r\nX=x");
+    const std::string expected[] = {"[TExpertInfo]",
+                                    "Active=Active",
+                                    "[TExpMenuItemData]",
+                                    "Caption=menu item\x92s text",
+                                    "ImageIndex=Picture index for menu item",
+                                    "HaveLineBefore=Separator before##menu item",
+                                    "ShortCutText=Hotkeys ##for menu item call",
+                                    "[TFormSetting]",
+                                    "AutoSavePlacement=Autosave##form position",
+                                    "FormPlacement=Save form##position",
+                                    "SavePlacementShortCut=Hotkey for##form position save",
+                                    "[TEditorFormData]",
+                                    "AutoSaveSetting=Form properties autosave",
+                                    "SaveSettingShortCut=Hotkey for##form properties save",
+                                    "Setting=Save form properties",
+                                    "",
+                                    "[TSettings]",
+                                    "X=x"};
+    rtl::TStringList lines;
+    lines.SetText(TExpManager::TranslatingTable());
+    ASSERT_EQ(lines.Count(), int(std::size(expected))) << lines.Text();
+    for (int i = 0; i < lines.Count(); ++i)
+        EXPECT_EQ(lines[i], expected[i]);
+    RemoveStoredData(&a);
 }
 
 TEST_F(ExpMngTest, AMenuItemCopiesOnlyItsKeyAndCaption) {

@@ -148,6 +148,11 @@ TEST(LanguageModules, EachModuleHoldsTheWholeTableAndEnglishIsThePackagesOwn) {
         EXPECT_FALSE(russian.Text(id).empty()) << id;
         EXPECT_FALSE(german.Text(id).empty()) << id;
     }
+    // Names are not translated.
+    for (int id = 65521; id <= 65528; ++id) {
+        EXPECT_EQ(russian.Text(id), PackageResStr(id)) << id;
+        EXPECT_EQ(german.Text(id), PackageResStr(id)) << id;
+    }
 }
 
 TEST(LanguageModules, TheirTextsReachTheAddinInItsCodePage) {
