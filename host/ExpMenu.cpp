@@ -323,7 +323,7 @@ void TExpManager::CreateSettingSubMenu(TExpMenuItem* parent) {
     auto item = [&](const char* caption, const TNotifyEvent& proc) {
         return CreateNewItem(caption, proc, parent, settingActions_);
     };
-    // The settings dialog's "Edit..." (EditSettings2, picture 36) is the first entry.
+    item("Edit...", TNotifyEvent::Of<&TExpManager::EditSettings2>(this))->SetImageIndex(36);
     item("Load default", TNotifyEvent::Of<&TExpManager::LoadDefaultSettings>(this));
     item("-", nullptr);
     langItem_ = item("Language", nullptr);

@@ -3,6 +3,7 @@
 #include "about/About.h"
 #include "foundation/AppUtils.h"
 #include "foundation/Dialogs.h"
+#include "host/ExpEditor.h"
 #include "host/ExpMenu.h"
 #include "locale/Locale.h"
 #include "locale/LocaleIds.h"
@@ -245,8 +246,8 @@ void TExpManager::StartObjects() {
     handle_ = ToolsAPI::AllocateHWnd([this](ToolsAPI::TMessage& m) { WndProc(m); });
     Mark(ConstructorTrace, " 4");
     expObjects_.Clear();
-    // The settings editor joins here once the add-in has one.
     Mark(ConstructorTrace, " 5");
+    editor_ = std::make_unique<TExpertEditor>();
 }
 
 // Which experts exist and are active, then the active ones, made and asked for their items.
@@ -266,7 +267,9 @@ void TExpManager::StartExperts() {
     Mark(ConstructorTrace, " 11");
     InitExperts();
     Mark(ConstructorTrace, " 12");
+    LocalizeEditor();
     Mark(ConstructorTrace, " 13");
+    PrepareEditor();
 }
 
 void TExpManager::StartSettings() {
@@ -474,6 +477,7 @@ void TExpManager::StopObjects() {
     RemoveStoredData(data_.get());
     data_.reset();
     Mark(DestructorTrace, " 9");
+    editor_.reset();
     Mark(DestructorTrace, " 10");
     SaveLocalization();
     Mark(DestructorTrace, " 11");

@@ -30,6 +30,8 @@ class QMenu;
 
 namespace zelvane {
 
+class TExpertEditor;
+
 RTL_EXCEPTION(EExpMngError, Exception)
 
 class TExpMenuItem;
@@ -224,6 +226,12 @@ public:
     // The settings editor's translation table: the label sections of the shared settings
     // classes, then the templates the manager and the experts registered.
     static std::string TranslatingTable();
+    // The settings dialog (ExpEditor.cpp): configured once at start, given its labels, and shown
+    // by "Edit..." over the whole settings tree; a save makes the experts anew.
+    TExpertEditor* Editor() const { return editor_.get(); }
+    void PrepareEditor();
+    void LocalizeEditor();
+    void EditSettings2(rtl::TObject* Sender);
 
     // The submenus (ExpMenu.cpp): an item of a submenu, with its action when it has a command;
     // the settings submenu; a parent's items and their actions freed.
@@ -292,6 +300,7 @@ private:
     std::vector<std::unique_ptr<TCustomExpert>> experts_;
     TExpObjectList expObjects_;
     std::unique_ptr<TExpManagerData> data_;
+    std::unique_ptr<TExpertEditor> editor_;
     TExecProcList execProcs_;
     std::string localeDir_;
     std::string localeModules_;

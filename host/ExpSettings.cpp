@@ -48,10 +48,11 @@ void TExpManager::RecreateExperts() {
     AddStoredData(data_.get(), "ExpManagerData", LocaleStr(SExpertsManager),
                   GetLocalPropNames());
     LoadExpData();
-    // The settings editor takes TranslatingTable() here, and again after InitExperts with the
-    // experts' labels.
+    LocalizeEditor();
     CreateExpObjects();
     InitExperts();
+    // Again, now with the experts' labels.
+    LocalizeEditor();
 }
 
 // The second read gives the new experts their values, as at start.

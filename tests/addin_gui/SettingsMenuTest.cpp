@@ -89,7 +89,7 @@ protected:
 TEST_F(SettingsMenuTest, AChosenLanguageRebuildsTheMenuInItAtOnceAndStaysChosen) {
     StartAddin();
     EXPECT_EQ(MenuCaptions(SettingsMenu()->actions()),
-              (QStringList{"Load default", "-", "Language"}));
+              (QStringList{"Edit...", "Load default", "-", "Language"}));
     EXPECT_EQ(LanguageEntries(), (QStringList{"Default (English)", "-", "English", "German",
                                               "Russian", "-", "Modules..."}));
     EXPECT_EQ(CheckedLanguage(), QStringLiteral("Default (English)"));
@@ -186,7 +186,7 @@ TEST_F(SettingsMenuTest, LoadDefaultAsksFirstAndThenTheBuiltInSettingsReturn) {
     EXPECT_EQ(ShortCutText(MenuCommand(right)), QStringLiteral("Ctrl+."));
     EXPECT_FALSE(std::filesystem::exists(PackageFile("ExpData.spc")));
     EXPECT_EQ(MenuCaptions(SettingsMenu()->actions()),
-              (QStringList{"Load default", "-", "Language"}));
+              (QStringList{"Edit...", "Load default", "-", "Language"}));
 }
 
 TEST_F(SettingsMenuTest, AKeyGivenToTwoItemsRunsTheFirstAndTheSecondShowsNone) {
