@@ -121,6 +121,7 @@ TSpcEditor::~TSpcEditor() {
         labelList_.clear();
         delete form_.data();
     }
+    delete closedForm_.data();
     DropSpcClone();
 }
 

@@ -377,6 +377,8 @@ private:
     std::unique_ptr<TIniStrings> controlParamsIni_, redefiedParamsIni_, translatingIni_;
 
     QPointer<TSpcForm> form_;
+    // A closed form waiting for its deferred deletion; the editor frees it if it goes first.
+    QPointer<TSpcForm> closedForm_;
     std::vector<TAreaFrame> frames_;
     rtl::TClass lastClass_ = nullptr;
     bool sameClass_ = false;

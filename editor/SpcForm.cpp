@@ -447,6 +447,7 @@ void TSpcForm::closeEvent(QCloseEvent* event) {
     QDialog::done(QDialog::Rejected);
     editor_->state_.Exclude(esFormDestroying);
     if (editor_->form_ == this) editor_->form_ = nullptr;
+    editor_->closedForm_ = this;
     deleteLater();
 }
 

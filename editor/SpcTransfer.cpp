@@ -48,6 +48,12 @@ std::string ExpandPseudoNewLines(std::string text) {
     return text;
 }
 
+// A control without a name of its own is named after its property, so that it can be found as
+// the IDE's components are.
+void NameControl(QWidget* control, PPropInfo propInfo) {
+    if (control->objectName().isEmpty()) control->setObjectName(QString::fromStdString(propInfo->Name));
+}
+
 } // namespace
 
 TChangeAction TSpcEditor::ChangeAction() {
@@ -151,6 +157,7 @@ void TSpcEditor::CreatePropControl(TPersistent* instance, PPropInfo propInfo, in
         info->ControlKind = data.ControlKind;
         info->ETag = data.ETag;
         info->Control = data.Control;
+        NameControl(data.Control, propInfo);
         info->ModifyObject = data.ModifyObject ? data.ModifyObject : data.Control;
         SetControlParams(data.ControlIdent, info.get(), centredLabel);
         TControlInfo* row = info.get();
@@ -200,6 +207,7 @@ void TSpcEditor::CreatePropControl(TPersistent* instance, PPropInfo propInfo, in
         break;
     }
     if (kind != ckSet) control->resize(control->width(), control->sizeHint().height());
+    NameControl(control, propInfo);
     info->Control = control;
     info->ControlKind = kind;
     info->ETag = 0;

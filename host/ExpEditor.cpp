@@ -52,6 +52,7 @@ void ReCreateSpc(TPersistent* spc) {
 void TExpManager::PrepareEditor() {
     TExpertEditor& editor = *editor_;
     editor.Manager = this;
+    FillInitData();
     editor.Init(&GlobalInitData(), nullptr);
     editor.SetColCount(1);
     editor.TreeFont.Style.Exclude(fsBold);

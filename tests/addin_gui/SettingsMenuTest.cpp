@@ -9,7 +9,13 @@
 #include "rtl/Registry.h"
 #include "toolsapi/QtBridge.h"
 
+#include <QCheckBox>
+#include <QKeySequenceEdit>
+#include <QLabel>
+#include <QDialog>
 #include <QTableWidget>
+#include <QToolBar>
+#include <QTreeWidget>
 
 using namespace addintest;
 
@@ -210,3 +216,148 @@ TEST_F(SettingsMenuTest, AKeyGivenToTwoItemsRunsTheFirstAndTheSecondShowsNone) {
 }
 
 } // namespace
+
+// ---------------------------------------------------------------------------------------------
+// The settings dialog
+
+// The dialog is reached as a user reaches it: by its widgets' names, from the outside.
+class SettingsDialogTest : public SettingsMenuTest {
+protected:
+    using Form = QDialog;
+    // Opens "Edit..." and runs the check inside the dialog once its first node is shown; the
+    // check closes the dialog, saving or not.
+    void EditSettings(std::function<void(Form*)> check) {
+        bool ran = false;
+        WhenModal([&](QWidget* w) {
+            auto* form = qobject_cast<Form*>(w);
+            ASSERT_TRUE(form && form->objectName() == "SpcForm");
+            ASSERT_TRUE(WaitFor([&] { return Tree(form)->currentItem() != nullptr; }));
+            check(form);
+            ran = true;
+        });
+        Run(SettingsMenu(), QStringLiteral("Edit..."));
+        EXPECT_TRUE(ran);
+    }
+    static QTreeWidget* Tree(Form* form) { return form->findChild<QTreeWidget*>("TreeView"); }
+    static QAction* FormAction(Form* form, const char* name) {
+        return form->findChild<QAction*>(name);
+    }
+    static QTreeWidgetItem* Node(Form* form, const QStringList& path) {
+        QTreeWidgetItem* node = Tree(form)->topLevelItem(0);
+        for (const QString& text : path) {
+            QTreeWidgetItem* next = nullptr;
+            for (int i = 0; node && i < node->childCount(); ++i)
+                if (node->child(i)->text(0) == text) next = node->child(i);
+            node = next;
+        }
+        return node;
+    }
+    static void Select(Form* form, QTreeWidgetItem* node) {
+        ASSERT_TRUE(node);
+        Tree(form)->setCurrentItem(node);
+        QApplication::processEvents();
+    }
+    // A row's control is named after its property.
+    template <class W> static W* Control(Form* form, const char* prop) {
+        return form->findChild<W*>(prop);
+    }
+    static QStringList Labels(Form* form) {
+        QStringList labels;
+        for (QLabel* label : form->findChild<QWidget*>("ScrollContent")->findChildren<QLabel*>())
+            labels << label->text();
+        return labels;
+    }
+    // Closes the dialog; "Save changes in specification?" is answered as save says.
+    void Close(Form* form, bool save) {
+        answer = save ? zelvane::IDYES : zelvane::IDNO;
+        form->close();
+    }
+};
+
+TEST_F(SettingsDialogTest, ShowsEveryExpertsSettingsWithTheirLabels) {
+    StartAddin();
+    EditSettings([this](Form* form) {
+        EXPECT_EQ(Tree(form)->topLevelItem(0)->text(0), "Experts settings");
+        EXPECT_TRUE(Node(form, {"Installed experts"}));
+        EXPECT_TRUE(Node(form, {"Experts menu", "View Forms..."}));
+        QTreeWidgetItem* special = Node(form, {"Special settings"});
+        ASSERT_TRUE(special);
+        EXPECT_GE(special->childCount(), 5) << "the manager's and every expert's own settings";
+        Select(form, Node(form, {"Experts menu", "View Forms..."}));
+        EXPECT_TRUE(Labels(form).contains("Hotkeys \r\nfor menu item call :"))
+            << Labels(form).join('|').toStdString();
+        EXPECT_TRUE(Control<QKeySequenceEdit>(form, "ShortCutText"));
+        EXPECT_FALSE(Control<QWidget>(form, "ItemID")) << "hidden by the dialog";
+        EXPECT_FALSE(FormAction(form, "ActAddNode")->isVisible());
+        Close(form, false);
+    });
+}
+
+TEST_F(SettingsDialogTest, ASavedHotKeyAndAnExpertTurnedOffTakeEffectAtOnce) {
+    StartAddin();
+    ASSERT_TRUE(MenuCommand("View CPU data"));
+    QPointer<QMenu> old = ExpertsMenu();
+    EditSettings([this](Form* form) {
+        Select(form, Node(form, {"Experts menu", "View Forms..."}));
+        auto* key = Control<QKeySequenceEdit>(form, "ShortCutText");
+        ASSERT_TRUE(key);
+        key->setKeySequence(QKeySequence("Ctrl+Shift+F5"));
+        QTreeWidgetItem* installed = Node(form, {"Installed experts"});
+        for (int i = 0; i < installed->childCount(); ++i)
+            if (installed->child(i)->text(0).contains("CPU")) {
+                Select(form, installed->child(i));
+                Control<QCheckBox>(form, "Active")->setChecked(false);
+            }
+        Close(form, true);
+    });
+    ASSERT_TRUE(WaitFor([&] { return !old && ExpertsMenu(); }));
+    QAction* viewForms = MenuCommand("View Forms...");
+    ASSERT_TRUE(viewForms);
+    EXPECT_EQ(viewForms->shortcut(), QKeySequence("Ctrl+Shift+F5"));
+    EXPECT_FALSE(MenuCommand("View CPU data")) << "the expert is gone with its item";
+    bool viewerShown = false;
+    WhenModal([&](QWidget* w) {
+        viewerShown = w->objectName() == QStringLiteral("ViewForm");
+        w->close();
+    });
+    EditWindow()->activateWindow();
+    ASSERT_TRUE(WaitFor([this] { return EditWindow()->isActiveWindow(); }));
+    PressInEditor(Qt::Key_F5, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(WaitFor([&] { return viewerShown; }));
+}
+
+TEST_F(SettingsDialogTest, ClosedWithoutSavingChangesNothing) {
+    StartAddin();
+    std::string before = testfiles::ReadFile(PackageFile("ExpData.spc"));
+    QPointer<QMenu> old = ExpertsMenu();
+    EditSettings([this](Form* form) {
+        Select(form, Node(form, {"Experts menu", "View Forms..."}));
+        Control<QKeySequenceEdit>(form, "ShortCutText")->setKeySequence(QKeySequence("Ctrl+Shift+F6"));
+        Close(form, false);
+    });
+    RunLoop(50);
+    EXPECT_TRUE(old) << "no rebuild";
+    EXPECT_EQ(ShortCutText(MenuCommand("View Forms...")), "Ctrl+D");
+    EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")), before);
+}
+
+TEST_F(SettingsDialogTest, TheDialogSpeaksTheChosenLanguage) {
+    StartAddin();
+    struct TCase {
+        QString Choice, ViewForms, Root, ActiveLabel;
+    };
+    for (const TCase& c : {TCase{"Russian", "Просмотр форм...", "Настройки экспертов", "Активен :"},
+                           TCase{"Немецкий", "Formulare anzeigen...", "Experteneinstellungen",
+                                 "Aktiv :"},
+                           TCase{"Englisch", "View Forms...", "Experts settings", "Active :"}}) {
+        SCOPED_TRACE(c.Choice.toStdString());
+        Choose(c.Choice, c.ViewForms);
+        EditSettings([&](Form* form) {
+            EXPECT_EQ(Tree(form)->topLevelItem(0)->text(0), c.Root);
+            QTreeWidgetItem* installed = Tree(form)->topLevelItem(0)->child(0);
+            Select(form, installed->child(0));
+            EXPECT_EQ(Labels(form), QStringList{c.ActiveLabel});
+            Close(form, false);
+        });
+    }
+}
