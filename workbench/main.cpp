@@ -13,6 +13,8 @@
 //     --menu NAME           with --screenshot: open the main menu's menu of this object name
 //     --keys KEYS           with --screenshot: first run the command of these keys ("Ctrl+Shift+Q")
 //     --click NAME          with --screenshot: then click the button of this object name
+//     --command TEXT        with --screenshot: first run the main menu's command of this text;
+//                           the keys then all go to the control that has the focus
 #include "rtl/SysUtils.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -25,6 +27,7 @@
 #include <QAction>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPixmap>
 #include <QScreen>
@@ -33,6 +36,32 @@
 #include <iostream>
 
 using namespace workbench;
+
+namespace {
+
+// A key pressed and released in the control that has the focus.
+void SendToFocus(QKeyCombination chord) {
+    QWidget* focus = QApplication::focusWidget();
+    if (!focus) return;
+    QKeyEvent press(QEvent::KeyPress, chord.key(), chord.keyboardModifiers());
+    QKeyEvent release(QEvent::KeyRelease, chord.key(), chord.keyboardModifiers());
+    QApplication::sendEvent(focus, &press);
+    QApplication::sendEvent(focus, &release);
+}
+
+// The command of these menus or their submenus with the text, or nullptr.
+QAction* FindMenuCommand(const QList<QAction*>& actions, const QString& text) {
+    for (QAction* a : actions) {
+        if (a->menu()) {
+            if (QAction* found = FindMenuCommand(a->menu()->actions(), text)) return found;
+        } else if (a->text() == text) {
+            return a;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     TWorkbenchApplication app(argc, argv);
@@ -69,8 +98,11 @@ int main(int argc, char** argv) {
     QCommandLineOption clickOpt(QStringLiteral("click"),
                                 QStringLiteral("Click this button before the screenshot."),
                                 QStringLiteral("name"));
+    QCommandLineOption commandOpt(QStringLiteral("command"),
+                                  QStringLiteral("Run the menu command of this text first."),
+                                  QStringLiteral("text"));
     parser.addOptions({packageOpt, noDefaultOpt, settingsOpt, openOpt, formOpt, snapshotOpt, cpuOpt,
-                       shotOpt, menuOpt, keysOpt, clickOpt});
+                       shotOpt, menuOpt, keysOpt, clickOpt, commandOpt});
     parser.addPositionalArgument(QStringLiteral("project"),
                                  QStringLiteral("A project, project group or directory."));
     parser.process(app);
@@ -128,12 +160,27 @@ int main(int argc, char** argv) {
             QString file = parser.value(shotOpt);
             // The menu opens once the packages have built theirs, and stays open for the picture.
             QString menu = parser.value(menuOpt);
-            QKeySequence keys(parser.value(keysOpt));
+            // Any number of chords, not the four a key sequence holds.
+            QList<QKeyCombination> keys;
+            for (const QString& chord : parser.value(keysOpt).split(',', Qt::SkipEmptyParts))
+                if (QKeySequence k(chord.trimmed()); !k.isEmpty()) keys << k[0];
             QString click = parser.value(clickOpt);
-            QTimer::singleShot(1000, &app, [&mainForm, menu, keys, click] {
+            QString commandText = parser.value(commandOpt);
+            QTimer::singleShot(1000, &app, [&mainForm, menu, keys, click, commandText] {
+                // A command of the menus, found by its text, runs first; it may open a window
+                // modally, so it runs from the event loop.
+                if (!commandText.isEmpty()) {
+                    QTimer::singleShot(0, [&mainForm, commandText] {
+                        if (QAction* a = FindMenuCommand(mainForm.menuBar()->actions(), commandText))
+                            a->trigger();
+                    });
+                    for (int i = 0; i < keys.size(); ++i)
+                        QTimer::singleShot(100 * (i + 1), [chord = keys[i]] { SendToFocus(chord); });
+                    return;
+                }
                 // After the keys, a click on a button of a window that is up, as a user's.
                 if (!click.isEmpty())
-                    QTimer::singleShot(100 * std::max(1, int(keys.count())), [click] {
+                    QTimer::singleShot(100 * std::max(1, int(keys.size())), [click] {
                         for (QWidget* w : QApplication::topLevelWidgets()) {
                             auto* button = w->findChild<QAbstractButton*>(click);
                             if (button && button->isVisible()) return button->click();
@@ -141,15 +188,8 @@ int main(int argc, char** argv) {
                     });
                 // The keys after the first go to the control that has the focus then, a tenth
                 // of a second apart: into the window the command opened.
-                for (int i = 1; i < keys.count(); ++i)
-                    QTimer::singleShot(100 * i, [chord = keys[i]] {
-                        QWidget* focus = QApplication::focusWidget();
-                        if (!focus) return;
-                        QKeyEvent press(QEvent::KeyPress, chord.key(), chord.keyboardModifiers());
-                        QKeyEvent release(QEvent::KeyRelease, chord.key(), chord.keyboardModifiers());
-                        QApplication::sendEvent(focus, &press);
-                        QApplication::sendEvent(focus, &release);
-                    });
+                for (int i = 1; i < keys.size(); ++i)
+                    QTimer::singleShot(100 * i, [chord = keys[i]] { SendToFocus(chord); });
                 // The command bound to the first keys runs, as their press would run it.
                 QAction* command = nullptr;
                 QKeySequence first = keys.isEmpty() ? QKeySequence() : QKeySequence(keys[0]);
@@ -165,7 +205,8 @@ int main(int argc, char** argv) {
                         mainForm.menuBar()->setActiveAction(a);
                 if (command) command->trigger();
             });
-            QTimer::singleShot(1500, &app, [&] {
+            // The picture waits for the keys, a tenth of a second each.
+            QTimer::singleShot(1500 + 100 * int(keys.size()), &app, [&] {
                 if (QScreen* screen = QGuiApplication::primaryScreen()) {
                     QPixmap shot = screen->grabWindow(0);
                     if (shot.save(file))
