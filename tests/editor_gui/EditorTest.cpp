@@ -385,6 +385,15 @@ TEST_F(EditorTest, ControlParametersShapeTheRows) {
     EXPECT_EQ(Row("Count")->Control->width(), (300 - 2 - 2 - 3) * 50 / 100);
     EXPECT_EQ(editor->Frames()[1].LabelPanel->x(), header->sectionPosition(2) + 1);
 
+    // The header slides with the columns when they scroll sideways.
+    header->resizeSection(3, 2000);
+    editor->RebuildControls();
+    QScrollBar* bar = editor->Form()->ScrollBox()->horizontalScrollBar();
+    ASSERT_GT(bar->maximum(), 50);
+    bar->setValue(50);
+    EXPECT_EQ(header->offset(), 50);
+    EXPECT_EQ(editor->Frames()[1].ControlPanel->width(), 2000 - 2);
+
     // The simple mode ignores the per-property parameters; a bad width fails on the node.
     editor->SimpleMode = true;
     editor->RebuildControls();
