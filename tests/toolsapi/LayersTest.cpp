@@ -1,13 +1,20 @@
 // The layers of the tree: each directory includes only what stands above it. The core's layers
-// (runtime, foundation, persistence, specification) include only those before them and no Qt;
-// the core never includes the add-in's or the host's code; one expert never includes another;
-// the settings editor knows neither the host layer nor the workbench.
+// (runtime, foundation, persistence, specification) and the command-line tools include no Qt,
+// and the core's layers only those before them; the core never includes the add-in's or the
+// host's code; one expert never includes another; the settings editor knows neither the host
+// layer nor the experts nor the workbench. And no two directories include each other, directly
+// or around a ring.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
+#include <cctype>
 #include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,8 +48,15 @@ std::vector<TInclude> Includes(const fs::path& dir) {
     return found;
 }
 
+// A Qt header in any of its spellings: <QWidget>, <QtWidgets/QWidget>, <QtCore>, <qglobal.h>.
 bool IsQt(const std::string& target) {
-    return target.size() > 1 && target[0] == 'Q' && std::isupper(static_cast<unsigned char>(target[1]));
+    auto upper = [&](size_t i) {
+        return i < target.size() && std::isupper(static_cast<unsigned char>(target[i]));
+    };
+    bool module = target.rfind("Qt", 0) == 0 && upper(2);
+    bool lower = target.size() > 3 && target[0] == 'q' && target.find('/') == std::string::npos &&
+                 target.ends_with(".h");
+    return (target[0] == 'Q' && upper(1)) || module || lower;
 }
 
 bool StartsWith(const std::string& s, const std::string& prefix) {
@@ -66,6 +80,7 @@ TEST(Layers, EachDirectoryIncludesOnlyTheLayersAboveIt) {
             forbidden.push_back(core[later] + "/");
         rules.push_back({core[i], true, forbidden});
     }
+    rules.push_back({"tools", true, {"toolsapi/", "host/", "editor/", "experts/", "workbench/"}});
     rules.push_back({"toolsapi", false, {"host/", "editor/", "experts/", "workbench/"}});
     rules.push_back({"editor", false, {"host/", "experts/", "workbench/"}});
     for (const char* dir : {"host", "locale", "about", "experts"})
@@ -88,6 +103,49 @@ TEST(Layers, EachDirectoryIncludesOnlyTheLayersAboveIt) {
         }
     // The rules reached the tree.
     EXPECT_GT(checked, 200);
+}
+
+// The directory of a source file or of an include of the tree ("workbench/model").
+std::string DirOf(const std::string& path) {
+    return fs::path(path).parent_path().string();
+}
+
+TEST(Layers, NoTwoDirectoriesIncludeEachOther) {
+    // The package's entry registers every expert: it is the one file that may see them all, and
+    // it is built into the add-in module alone, after the libraries of every layer.
+    const std::set<std::string> entryPoints = {"host/Register.cpp"};
+    std::map<std::string, std::set<std::string>> edges;
+    for (const char* dir : {"rtl", "foundation", "persistence", "specification", "toolsapi",
+                            "editor", "host", "experts", "locale", "about", "workbench", "tools"})
+        for (const TInclude& inc : Includes(SourceDir() / dir)) {
+            std::string from = DirOf(inc.File), to = DirOf(inc.Target);
+            if (!entryPoints.contains(inc.File) && !to.empty() && to != from &&
+                fs::is_directory(SourceDir() / to))
+                edges[from].insert(to);
+        }
+    ASSERT_GT(edges.size(), 10u);
+
+    // Depth first; a directory met again while it is on the path closes a ring.
+    std::map<std::string, int> state; // 1 on the path, 2 done
+    std::vector<std::string> path;
+    std::function<void(const std::string&)> visit = [&](const std::string& dir) {
+        state[dir] = 1;
+        path.push_back(dir);
+        for (const std::string& next : edges[dir]) {
+            if (state[next] == 1) {
+                std::string ring;
+                for (auto it = std::find(path.begin(), path.end(), next); it != path.end(); ++it)
+                    ring += *it + " -> ";
+                ADD_FAILURE() << "include cycle: " << ring << next;
+            } else if (state[next] == 0) {
+                visit(next);
+            }
+        }
+        path.pop_back();
+        state[dir] = 2;
+    };
+    for (const auto& [dir, targets] : edges)
+        if (state[dir] == 0) visit(dir);
 }
 
 } // namespace
