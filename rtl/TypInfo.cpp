@@ -543,6 +543,47 @@ void CheckClassReference(TClass cls) {
 }
 } // namespace
 
+namespace {
+// The class descriptions of the loaded libraries. Never freed: a library unloaded at exit takes
+// its entries out after every static of this one may have gone.
+struct TDescriptions {
+    std::mutex lock;
+    std::vector<TClass (*)()> entries;
+};
+TDescriptions& Descriptions() {
+    static auto* d = new TDescriptions;
+    return *d;
+}
+} // namespace
+
+detail::TDescribedClass::TDescribedClass(TClass (*staticClass)()) : staticClass_(staticClass) {
+    auto& d = Descriptions();
+    std::lock_guard g(d.lock);
+    d.entries.push_back(staticClass);
+}
+
+detail::TDescribedClass::~TDescribedClass() {
+    auto& d = Descriptions();
+    std::lock_guard g(d.lock);
+    auto it = std::find(d.entries.begin(), d.entries.end(), staticClass_);
+    if (it != d.entries.end()) d.entries.erase(it);
+}
+
+std::vector<TClass> DescribedClasses() {
+    std::vector<TClass (*)()> entries;
+    {
+        auto& d = Descriptions();
+        std::lock_guard g(d.lock);
+        entries = d.entries;
+    }
+    // Made outside the lock: making a class makes its ancestors first.
+    std::vector<TClass> classes;
+    classes.reserve(entries.size());
+    for (auto staticClass : entries)
+        classes.push_back(staticClass());
+    return classes;
+}
+
 TObject* CreateInstance(TClass cls) {
     CheckClassReference(cls);
     if (!cls->Create)

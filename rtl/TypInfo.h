@@ -773,6 +773,33 @@ TClass FindClass(std::string_view name);
 TObject* CreateInstance(TClass cls);
 TObject* CreateInstance(TClass cls, TObject* arg);
 
+// The instance CreateInstance(cls) makes, owned by the caller as a T; EInvalidCast, with the
+// instance freed, when the class makes something else.
+template <class T> std::unique_ptr<T> CreateInstanceOf(TClass cls) {
+    std::unique_ptr<TObject> made(CreateInstance(cls));
+    if (!dynamic_cast<T*>(made.get())) RaiseInvalidCast();
+    return std::unique_ptr<T>(static_cast<T*>(made.release()));
+}
+
+// Every class described with RTL_BEGIN_CLASS in the libraries loaded now, registered or not, in
+// no set order: a library's classes enter when it is loaded and leave when it is unloaded.
+std::vector<TClass> DescribedClasses();
+
+namespace detail {
+// Enters a class into DescribedClasses for as long as it lives; one stands beside each class
+// description. The class itself is made when first asked for, as StaticClass makes it.
+class TDescribedClass {
+public:
+    explicit TDescribedClass(TClass (*staticClass)());
+    ~TDescribedClass();
+    TDescribedClass(const TDescribedClass&) = delete;
+    TDescribedClass& operator=(const TDescribedClass&) = delete;
+
+private:
+    TClass (*staticClass_)();
+};
+} // namespace detail
+
 } // namespace rtl
 
 // The type information these macros make belongs to the library that declares the type, and goes
@@ -819,8 +846,13 @@ namespace rtl {
 PTypeInfo MakeEventType(std::string name, std::string_view signature, std::string_view params);
 } // namespace rtl
 
+#define RTL_CONCAT_IMPL(a, b) a##b
+#define RTL_CONCAT(a, b) RTL_CONCAT_IMPL(a, b)
+
 // Describes the published part of a class, in a .cpp file.
 #define RTL_BEGIN_CLASS(Self)                                                                      \
+    static const ::rtl::detail::TDescribedClass RTL_CONCAT(rtlDescribed, __COUNTER__){             \
+        &Self::StaticClass};                                                                       \
     ::rtl::TClass Self::StaticClass() {                                                            \
         struct Builder : ::rtl::TClassBuilder<Self> {                                              \
             Builder() : TClassBuilder(#Self) {
