@@ -4,10 +4,8 @@
 #include "foundation/ResStrings.h"
 #include "persistence/Storage.h"
 #include "persistence/StreamObjects.h"
-#include "rtl/FileStreams.h"
 #include "rtl/Graphics.h"
 #include "rtl/ObjectText.h"
-#include "rtl/SafeFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -499,19 +497,10 @@ void WriteText(TStream* stream, std::string_view text) {
     stream->WriteBuffer(text.data(), static_cast<int64_t>(text.size()));
 }
 
-template <class F> void WithNewFile(const std::string& fileName, F&& f) {
-    TSafeFileStream file(fileName);
-    f(&file);
-    file.Commit();
-}
-
-template <class F> decltype(auto) WithFile(const std::string& fileName, uint16_t mode, F&& f) {
-    TFileStream file(fileName, mode);
-    return f(&file);
-}
-
-constexpr uint16_t kReadShared = fmOpenRead | fmShareDenyNone;
-constexpr uint16_t kReadDenyWrite = fmOpenRead | fmShareDenyWrite;
+using stream_objects::kReadDenyWrite;
+using stream_objects::kReadShared;
+using stream_objects::WithFile;
+using stream_objects::WithNewFile;
 
 } // namespace
 
@@ -623,7 +612,6 @@ namespace {
 
 constexpr auto RequirePersistent = &stream_objects::RequirePersistent<EDataHandlingError>;
 constexpr auto StreamRoot = &stream_objects::StreamRoot<EDataHandlingError>;
-using stream_objects::IsComponent;
 
 } // namespace
 
@@ -652,11 +640,7 @@ void SaveObjectBinaryEx(TObjectArray objects, TStream* stream) {
     if (objects.empty()) return;
     TAdvWriter writer(stream, 4096);
     writer.WriteSignature();
-    for (size_t i = 0; i < objects.size(); ++i) {
-        writer.WriteProperties(RequirePersistent(objects[i], i));
-        writer.WriteListEnd();
-    }
-    writer.FlushBuffer();
+    stream_objects::WritePropertyLists<EDataHandlingError>(writer, objects);
 }
 
 void SaveObjectBinaryEx(TObjectArray objects, const std::string& fileName) {
@@ -665,16 +649,12 @@ void SaveObjectBinaryEx(TObjectArray objects, const std::string& fileName) {
 
 void SaveObjectText(TObjectArray objects, TStream* stream,
                     std::span<const std::string> descriptions) {
-    if (objects.empty()) return;
-    TMemoryStream binary;
-    SaveObjectBinary(objects, &binary, false);
-    binary.SetPosition(0);
-    for (size_t i = 0; i < objects.size(); ++i) {
-        if (!IsComponent(objects[i]))
+    stream_objects::SaveTextThroughBinary(
+        objects, stream, [&](TStream* binary) { SaveObjectBinary(objects, binary, false); },
+        [&](size_t i) {
             WriteObjectDescription(
                 objects[i], i < descriptions.size() ? descriptions[i] : std::string(), stream);
-        ObjectBinaryToText(&binary, stream);
-    }
+        });
 }
 
 void SaveObjectText(TObjectArray objects, const std::string& fileName,
@@ -710,16 +690,12 @@ void SaveObjectDataText(TObjectArray objects, const std::string& fileName,
 // Loading
 
 void LoadComponentBinary(std::span<TComponent*> components, TStream* stream, bool resFormat) {
+    std::vector<TComponent**> refs;
+    refs.reserve(components.size());
+    for (TComponent*& component : components)
+        refs.push_back(&component);
     TAdvReader reader(stream, 4096);
-    for (TComponent*& component : components) {
-        if (resFormat) {
-            // The header is read from the stream itself, behind what the reader has taken.
-            reader.FlushBuffer();
-            ReadResHeader(stream);
-        }
-        component = reader.ReadRootComponent(component);
-        if (resFormat) reader.FlushBuffer();
-    }
+    stream_objects::ReadComponents(reader, stream, refs, resFormat);
 }
 
 void LoadComponentBinary(std::span<TComponent*> components, const std::string& fileName,
@@ -730,24 +706,7 @@ void LoadComponentBinary(std::span<TComponent*> components, const std::string& f
 
 void LoadObjectBinary(TObjectArray objects, TStream* stream, bool resFormat) {
     TAdvReader reader(stream, 4096);
-    for (TObject* obj : objects) {
-        if (resFormat) {
-            reader.FlushBuffer();
-            ReadResHeader(stream);
-        }
-        if (!obj) {
-            // A nil entry passes over its object, keeping the later ones in step.
-            reader.ReadSignature();
-            reader.SkipComponent(true);
-        } else if (auto* component = dynamic_cast<TComponent*>(obj)) {
-            reader.ReadRootComponent(component);
-        } else {
-            TWrapper wrapper;
-            wrapper.I = RequirePersistent(obj, 0);
-            reader.ReadRootComponent(&wrapper);
-        }
-        if (resFormat) reader.FlushBuffer();
-    }
+    stream_objects::ReadObjects<EDataHandlingError>(reader, stream, objects, resFormat);
 }
 
 void LoadObjectBinary(TObjectArray objects, const std::string& fileName, bool resFormat) {
@@ -758,17 +717,7 @@ void LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
     if (objects.empty()) return;
     TAdvReader reader(stream, 4096);
     reader.ReadSignature();
-    for (size_t i = 0; i < objects.size(); ++i) {
-        if (!objects[i]) {
-            while (!reader.EndOfList())
-                reader.SkipProperty();
-        } else {
-            TPersistent* target = RequirePersistent(objects[i], i);
-            while (!reader.EndOfList())
-                reader.ReadProperty(target);
-        }
-        reader.ReadListEnd();
-    }
+    stream_objects::ReadPropertyLists<EDataHandlingError>(reader, objects);
 }
 
 void LoadObjectBinaryEx(TObjectArray objects, const std::string& fileName) {
@@ -776,11 +725,9 @@ void LoadObjectBinaryEx(TObjectArray objects, const std::string& fileName) {
 }
 
 void LoadComponentText(std::span<TComponent*> components, TStream* stream) {
-    TMemoryStream binary;
-    for (size_t i = 0; i < components.size(); ++i)
-        ObjectTextToBinary(stream, &binary);
-    binary.SetPosition(0);
-    LoadComponentBinary(components, &binary, false);
+    stream_objects::LoadTextAsBinary(components.size(), stream, [&](TStream* binary) {
+        LoadComponentBinary(components, binary, false);
+    });
 }
 
 void LoadComponentText(std::span<TComponent*> components, const std::string& fileName) {

@@ -2,9 +2,7 @@
 
 #include "persistence/StreamObjects.h"
 
-#include "rtl/FileStreams.h"
 #include "rtl/ObjectText.h"
-#include "rtl/SafeFile.h"
 
 #include <cstring>
 #include <memory>
@@ -21,16 +19,9 @@ RTL_IMPLEMENT_CLASS(TObjectStorage)
 
 namespace {
 
-template <class F> void WithNewFile(const std::string& fileName, F&& f) {
-    TSafeFileStream file(fileName);
-    f(&file);
-    file.Commit();
-}
-
-template <class F> void WithFile(const std::string& fileName, F&& f) {
-    TFileStream file(fileName, fmOpenRead | fmShareDenyNone);
-    f(&file);
-}
+using stream_objects::kReadShared;
+using stream_objects::WithFile;
+using stream_objects::WithNewFile;
 
 // Runs the path of a storage format: the two binary forms (the flag says resource), the
 // extended binary form, or text. Saving and loading dispatch the same way.
@@ -50,9 +41,7 @@ void ByFormat(TObjectStorageFormat format, Binary binary, Extended extended, Tex
     }
 }
 
-constexpr auto RequirePersistent = &stream_objects::RequirePersistent<EObjectStorageError>;
 constexpr auto StreamRoot = &stream_objects::StreamRoot<EObjectStorageError>;
-using stream_objects::IsComponent;
 using stream_objects::TOwnerRemoval;
 
 } // namespace
@@ -111,22 +100,13 @@ void TObjectStorage::SaveObjectBinaryEx(TObjectArray objects, TStream* stream) {
     if (objects.empty()) return;
     std::unique_ptr<TAdvWriter> writer = CreateWriter(stream);
     writer->Write(ExtFilerSignature, 4);
-    for (size_t i = 0; i < objects.size(); ++i) {
-        writer->WriteProperties(RequirePersistent(objects[i], i));
-        writer->WriteListEnd();
-    }
-    writer->FlushBuffer();
+    stream_objects::WritePropertyLists<EObjectStorageError>(*writer, objects);
 }
 
 void TObjectStorage::SaveObjectText(TObjectArray objects, TStream* stream) {
-    if (objects.empty()) return;
-    TMemoryStream binary;
-    SaveObjectBinary(objects, &binary, false);
-    binary.SetPosition(0);
-    for (TObject* obj : objects) {
-        if (!IsComponent(obj)) WriteObjectDescription(obj, stream);
-        ObjectBinaryToText(&binary, stream);
-    }
+    stream_objects::SaveTextThroughBinary(
+        objects, stream, [&](TStream* binary) { SaveObjectBinary(objects, binary, false); },
+        [&](size_t i) { WriteObjectDescription(objects[i], stream); });
 }
 
 void TObjectStorage::WriteObjectDescription(TObject* obj, TStream* stream) {
@@ -144,7 +124,7 @@ void TObjectStorage::LoadObjects(TObjectArray objects, TStream* stream) {
 }
 
 void TObjectStorage::LoadObjects(TObjectArray objects, const std::string& fileName) {
-    WithFile(fileName, [&](TStream* s) { LoadObjects(objects, s); });
+    WithFile(fileName, kReadShared, [&](TStream* s) { LoadObjects(objects, s); });
 }
 
 void TObjectStorage::LoadComponents(TComponentRefs components, TStream* stream) {
@@ -161,27 +141,12 @@ void TObjectStorage::LoadComponents(TComponentRefs components, TStream* stream) 
 }
 
 void TObjectStorage::LoadComponents(TComponentRefs components, const std::string& fileName) {
-    WithFile(fileName, [&](TStream* s) { LoadComponents(components, s); });
+    WithFile(fileName, kReadShared, [&](TStream* s) { LoadComponents(components, s); });
 }
 
 void TObjectStorage::LoadObjectBinary(TObjectArray objects, TStream* stream, bool resFormat) {
     std::unique_ptr<TAdvReader> reader = CreateReader(stream);
-    for (size_t i = 0; i < objects.size(); ++i) {
-        if (resFormat) {
-            // The header is read from the stream itself, behind what the reader has taken.
-            reader->FlushBuffer();
-            ReadResHeader(stream);
-        }
-        TObject* obj = objects[i];
-        if (!obj) {
-            reader->ReadSignature();
-            reader->SkipComponent(true);
-        } else {
-            TWrapper wrapper;
-            reader->ReadRootComponent(StreamRoot(obj, i, wrapper));
-        }
-        if (resFormat) reader->FlushBuffer();
-    }
+    stream_objects::ReadObjects<EObjectStorageError>(*reader, stream, objects, resFormat);
 }
 
 void TObjectStorage::LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
@@ -191,17 +156,7 @@ void TObjectStorage::LoadObjectBinaryEx(TObjectArray objects, TStream* stream) {
     reader->Read(signature, 4);
     if (std::memcmp(signature, ExtFilerSignature, 4) != 0)
         CreateException<EAdvReaderError>(SInvalidImage);
-    for (size_t i = 0; i < objects.size(); ++i) {
-        if (!objects[i]) {
-            while (!reader->EndOfList())
-                reader->SkipProperty();
-        } else {
-            TPersistent* target = RequirePersistent(objects[i], i);
-            while (!reader->EndOfList())
-                reader->ReadProperty(target);
-        }
-        reader->ReadListEnd();
-    }
+    stream_objects::ReadPropertyLists<EObjectStorageError>(*reader, objects);
 }
 
 void TObjectStorage::LoadObjectText(TObjectArray objects, TStream* stream) {
@@ -212,27 +167,13 @@ void TObjectStorage::LoadObjectText(TObjectArray objects, TStream* stream) {
 void TObjectStorage::LoadComponentBinary(TComponentRefs components, TStream* stream,
                                          bool resFormat) {
     std::unique_ptr<TAdvReader> reader = CreateReader(stream);
-    for (TComponent** ref : components) {
-        if (resFormat) {
-            reader->FlushBuffer();
-            ReadResHeader(stream);
-        }
-        if (ref) {
-            *ref = reader->ReadRootComponent(*ref);
-        } else {
-            // Read and dropped: the stream is kept in step with the array.
-            std::unique_ptr<TComponent> dropped(reader->ReadRootComponent(nullptr));
-        }
-        if (resFormat) reader->FlushBuffer();
-    }
+    stream_objects::ReadComponents(*reader, stream, components, resFormat);
 }
 
 void TObjectStorage::LoadComponentText(TComponentRefs components, TStream* stream) {
-    TMemoryStream binary;
-    for (size_t i = 0; i < components.size(); ++i)
-        ObjectTextToBinary(stream, &binary);
-    binary.SetPosition(0);
-    LoadComponentBinary(components, &binary, false);
+    stream_objects::LoadTextAsBinary(components.size(), stream, [&](TStream* binary) {
+        LoadComponentBinary(components, binary, false);
+    });
 }
 
 void TObjectStorage::SkipObjectDescription(TStream* stream) {

@@ -1,8 +1,8 @@
 #include "persistence/Storage.h"
 
+#include "persistence/StreamObjects.h"
+
 #include "rtl/Classes.h"
-#include "rtl/FileStreams.h"
-#include "rtl/SafeFile.h"
 #include "rtl/SysUtils.h"
 
 #include <algorithm>
@@ -321,9 +321,7 @@ void TObjectSaver::SaveObjects(TPersistentArray objects, TNameArray names, TStre
 
 void TObjectSaver::SaveObjects(TPersistentArray objects, TNameArray names,
                                const std::string& fileName) {
-    TSafeFileStream file(fileName);
-    SaveObjects(objects, names, &file);
-    file.Commit();
+    stream_objects::WithNewFile(fileName, [&](TStream* s) { SaveObjects(objects, names, s); });
 }
 
 namespace {
@@ -382,8 +380,8 @@ void TObjectSaver::LoadObjects(TPersistentArray objects, TStream* stream) {
 }
 
 void TObjectSaver::LoadObjects(TPersistentArray objects, const std::string& fileName) {
-    TFileStream file(fileName, fmOpenRead | fmShareDenyNone);
-    LoadObjects(objects, &file);
+    stream_objects::WithFile(fileName, stream_objects::kReadShared,
+                             [&](TStream* s) { LoadObjects(objects, s); });
 }
 
 void TObjectSaver::LoadObjectBinary(TPersistentArray objects, TStream* stream) {
@@ -401,11 +399,8 @@ void TObjectSaver::LoadObjectBinary(TPersistentArray objects, TStream* stream) {
 }
 
 void TObjectSaver::LoadObjectText(TPersistentArray objects, TStream* stream) {
-    TMemoryStream binary;
-    for (size_t i = 0; i < objects.size(); ++i)
-        ObjectTextToBinary(stream, &binary);
-    binary.SetPosition(0);
-    LoadObjectBinary(objects, &binary);
+    stream_objects::LoadTextAsBinary(objects.size(), stream,
+                                     [&](TStream* binary) { LoadObjectBinary(objects, binary); });
 }
 
 bool TObjectSaver::SafeLoadObjects(TPersistentArray objects, const std::string& fileName) {

@@ -57,12 +57,9 @@ bool SameKey(TObject* a, TObject* b, const std::string& keyName) {
 std::unique_ptr<TCollection> TemporaryCollection(TCollection* collection) {
     TClass cls = collection->ClassType();
     if (cls->CreateWith) {
-        std::unique_ptr<TObject> made(CreateInstance(cls, nullptr));
-        if (auto* same = dynamic_cast<TCollection*>(made.get());
-            same && same->ItemClass() == collection->ItemClass()) {
-            made.release();
-            return std::unique_ptr<TCollection>(same);
-        }
+        // The class of a collection makes collections.
+        std::unique_ptr<TCollection> same(static_cast<TCollection*>(CreateInstance(cls, nullptr)));
+        if (same->ItemClass() == collection->ItemClass()) return same;
     }
     return std::make_unique<TCollection>(collection->ItemClass());
 }
