@@ -338,9 +338,7 @@ void TExpManager::CreateExpObjects() {
         if (!e.ExpClass) continue;
         TExpertInfo* info = ExpData->ActiveExperts()->Find(e.ExpName);
         if (!info || !info->Active) continue;
-        std::unique_ptr<TObject> made(CreateInstance(e.ExpClass));
-        std::unique_ptr<TCustomExpert> expert(As<TCustomExpert>(made.get()));
-        made.release();
+        std::unique_ptr<TCustomExpert> expert = CreateInstanceOf<TCustomExpert>(e.ExpClass);
         RegisterExpObject(expert.get(), e.ExpName);
         experts_.push_back(std::move(expert));
         CreatedExperts += (CreatedExperts.empty() ? "" : "\r\n") + e.ExpName;

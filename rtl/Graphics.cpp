@@ -343,14 +343,13 @@ void TPicture::SetGraphic(TGraphic* value) {
         graphic_.reset();
         return;
     }
-    std::unique_ptr<TGraphic> copy(static_cast<TGraphic*>(CreateInstance(value->ClassType())));
+    std::unique_ptr<TGraphic> copy = CreateInstanceOf<TGraphic>(value->ClassType());
     copy->Assign(value);
     graphic_ = std::move(copy);
 }
 
 void TPicture::LoadFromFile(const std::string& fileName) {
-    std::unique_ptr<TGraphic> g(
-        static_cast<TGraphic*>(CreateInstance(GraphicClassByExtension(fileName))));
+    std::unique_ptr<TGraphic> g = CreateInstanceOf<TGraphic>(GraphicClassByExtension(fileName));
     g->LoadFromFile(fileName);
     graphic_ = std::move(g);
 }
@@ -377,7 +376,7 @@ void TPicture::ReadData(TStream* stream) {
     }
     TClass cls = GraphicClassByName(name);
     if (!cls) throw EInvalidGraphic("Unknown picture format " + name);
-    std::unique_ptr<TGraphic> g(static_cast<TGraphic*>(CreateInstance(cls)));
+    std::unique_ptr<TGraphic> g = CreateInstanceOf<TGraphic>(cls);
     g->ReadData(stream);
     graphic_ = std::move(g);
 }

@@ -159,9 +159,7 @@ TPersistent* RecreateSpc(TPersistent*& obj) {
     TClass cls = RequireSpc(obj)->ClassType();
     delete obj;
     obj = nullptr;
-    std::unique_ptr<TObject> created(CreateInstance(cls));
-    obj = As<TPersistent>(created.get());
-    created.release();
+    obj = CreateInstanceOf<TPersistent>(cls).release(); // the caller's variable owns it
     return obj;
 }
 

@@ -379,6 +379,10 @@ TEST_F(Registry, CreateInstanceRunsTheVirtualConstructor) {
     // The argument is ignored by a class that takes none.
     std::unique_ptr<TObject> shape(CreateInstance(TRegShape::StaticClass(), obj.get()));
     EXPECT_EQ(shape->ClassType(), TRegShape::StaticClass());
+    // Typed and owned; a class that makes something else is refused, and what it made freed.
+    std::unique_ptr<TRegShape> typed = CreateInstanceOf<TRegShape>(TRegSquare::StaticClass());
+    EXPECT_EQ(typed->Sides, 4);
+    EXPECT_THROW(CreateInstanceOf<TRegSquare>(TRegShape::StaticClass()), EInvalidCast);
 }
 
 TEST_F(Registry, CreateInstanceOfAComponentTakesItsOwner) {
