@@ -3,6 +3,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
 #include "toolsapi/Forms.h"
+#include "toolsapi/IDENames.h"
 #include "toolsapi/QtBridge.h"
 #include "workbench/Application.h"
 #include "workbench/EditWindow.h"
@@ -35,7 +36,7 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <tuple>
+#include <vector>
 
 namespace workbench {
 
@@ -71,7 +72,7 @@ private:
 
 TMainForm::TMainForm(TIDEModel* model)
     : model_(model), commandHandlers_(std::make_unique<TCommandHandlers>(this)) {
-    setObjectName(QStringLiteral("AppBuilder"));
+    setObjectName(QString::fromLatin1(ide::MainForm));
     setWindowTitle(QStringLiteral("Zelvane Workbench"));
     if (auto* app = TWorkbenchApplication::Instance()) app->SetMainForm(this);
 
@@ -139,7 +140,7 @@ TMainForm::~TMainForm() {
     model_->SetMainMenu(nullptr);
     model_->SetImages({});
     model_->SetActionList(nullptr);
-    for (const char* name : {"StandardToolBar", "ViewToolBar", "DebugToolBar"})
+    for (const char* name : {ide::StandardToolBar, ide::ViewToolBar, ide::DebugToolBar})
         model_->SetToolBar(name, nullptr);
     if (auto* app = TWorkbenchApplication::Instance())
         if (app->GetMainForm() == this) app->SetMainForm(nullptr);
@@ -162,7 +163,6 @@ QAction* TMainForm::AddAction(QMenu* menu, const char* name, const QString& text
     if (run) connect(action, &QAction::triggered, this, [run] { Guarded(nullptr, run); });
     addAction(action);
     if (menu) menu->addAction(action);
-    actions_[name] = action;
     if (enabled) {
         if (Application)
             Application->SetActionUpdate(action,
@@ -172,9 +172,18 @@ QAction* TMainForm::AddAction(QMenu* menu, const char* name, const QString& text
     return action;
 }
 
+template <class Parent>
+QMenu* TMainForm::AddMenu(Parent* parent, const QString& title, const char* name) {
+    QMenu* menu = parent->addMenu(title);
+    menu->setObjectName(QString::fromLatin1(name));
+    return menu;
+}
+
 QAction* TMainForm::Action(const std::string& name) const {
-    auto it = actions_.find(name);
-    return it == actions_.end() ? nullptr : it->second;
+    const QString objectName = QString::fromStdString(name);
+    for (QAction* a : ownActions_)
+        if (a->objectName() == objectName) return a;
+    return nullptr;
 }
 
 QAction* TMainForm::Command(const char* name) const {
@@ -207,7 +216,7 @@ TSourceEditor* TMainForm::TopBuffer() const {
 // packages and tests find them.
 void TMainForm::CreateMenus() {
     QMenuBar* bar = menuBar();
-    bar->setObjectName(QStringLiteral("MainMenu"));
+    bar->setObjectName(QString::fromLatin1(ide::MainMenu));
     CreateFileMenu(bar);
     CreateEditMenu(bar);
     CreateSearchMenu(bar);
@@ -220,11 +229,9 @@ void TMainForm::CreateMenus() {
 }
 
 void TMainForm::CreateFileMenu(QMenuBar* bar) {
-    QMenu* file = bar->addMenu(QStringLiteral("&File"));
-    file->setObjectName(QStringLiteral("FileMenu"));
+    QMenu* file = AddMenu(bar, QStringLiteral("&File"), ide::FileMenu);
     AddAction(
-        file, "FileOpenCommand", QStringLiteral("&Open..."), QStringLiteral("Ctrl+O"),
-        [this] {
+        file, ide::FileOpenCommand, QStringLiteral("&Open..."), QStringLiteral("Ctrl+O"), [this] {
             QString name = QFileDialog::getOpenFileName(
                 this, QStringLiteral("Open"), QString(),
                 QStringLiteral(
@@ -232,9 +239,8 @@ void TMainForm::CreateFileMenu(QMenuBar* bar) {
             if (!name.isEmpty() && !model_->OpenFile(ToBytes(name)))
                 throw rtl::EFOpenError("Cannot open file \"" + ToBytes(name) + "\"");
         });
-    AddAction(file, "FileOpenProjectCommand", QStringLiteral("Open Pro&ject..."),
-              QStringLiteral("Ctrl+F11"),
-              [this] {
+    AddAction(file, ide::FileOpenProjectCommand, QStringLiteral("Open Pro&ject..."),
+              QStringLiteral("Ctrl+F11"), [this] {
                   QString name = QFileDialog::getOpenFileName(
                       this, QStringLiteral("Open Project"), QString(),
                       QStringLiteral("Projects (*.dpr *.dpk *.bpr *.bpk *.bpg)"));
@@ -242,45 +248,44 @@ void TMainForm::CreateFileMenu(QMenuBar* bar) {
               });
     file->addSeparator();
     AddAction(
-        file, "FileSaveCommand", QStringLiteral("&Save"), QStringLiteral("Ctrl+S"),
+        file, ide::FileSaveCommand, QStringLiteral("&Save"), QStringLiteral("Ctrl+S"),
         [this] {
             if (TSourceEditor* b = TopBuffer())
                 if (b->Module()) b->Module()->Save(false, true);
         },
         [this] { return HasView(); });
     AddAction(
-        file, "FileSaveAllCommand", QStringLiteral("Sav&e All"), QStringLiteral("Shift+Ctrl+S"),
+        file, ide::FileSaveAllCommand, QStringLiteral("Sav&e All"), QStringLiteral("Shift+Ctrl+S"),
         [this] { model_->SaveAll(); }, [this] { return model_->GetModuleCount() > 0; });
     file->addSeparator();
     AddAction(
-        file, "FileCloseCommand", QStringLiteral("&Close"), QStringLiteral("Ctrl+F4"),
+        file, ide::FileCloseCommand, QStringLiteral("&Close"), QStringLiteral("Ctrl+F4"),
         [this] {
             if (TEditView* v = TopView()) v->ClosePage();
         },
         [this] { return HasView(); });
     QAction* closeAll =
-        AddAction(file, "FileCloseAllCommand", QStringLiteral("C&lose All"), QString(), nullptr,
+        AddAction(file, ide::FileCloseAllCommand, QStringLiteral("C&lose All"), QString(), nullptr,
                   [this] { return model_->GetModuleCount() > 0; });
     if (Application)
         Application->SetActionExecute(
             closeAll, TNotifyEvent::Of<&TCommandHandlers::CloseAll>(commandHandlers_.get()));
     file->addSeparator();
-    AddAction(file, "FileExitCommand", QStringLiteral("E&xit"), QStringLiteral("Alt+F4"),
+    AddAction(file, ide::FileExitCommand, QStringLiteral("E&xit"), QStringLiteral("Alt+F4"),
               [this] { close(); });
 }
 
 void TMainForm::CreateEditMenu(QMenuBar* bar) {
-    QMenu* edit = bar->addMenu(QStringLiteral("&Edit"));
-    edit->setObjectName(QStringLiteral("EditMenu"));
+    QMenu* edit = AddMenu(bar, QStringLiteral("&Edit"), ide::EditMenu);
     AddAction(
-        edit, "EditUndoCommand", QStringLiteral("&Undo"), QStringLiteral("Ctrl+Z"),
+        edit, ide::EditUndoCommand, QStringLiteral("&Undo"), QStringLiteral("Ctrl+Z"),
         [this] {
             if (TSourceEditor* b = TopBuffer()) b->Undo();
             editWindow_->Editor()->Refresh();
         },
         [this] { return Writable() && TopBuffer()->Buffer().CanUndo(); });
     AddAction(
-        edit, "EditRedoCommand", QStringLiteral("&Redo"), QStringLiteral("Shift+Ctrl+Z"),
+        edit, ide::EditRedoCommand, QStringLiteral("&Redo"), QStringLiteral("Shift+Ctrl+Z"),
         [this] {
             if (TSourceEditor* b = TopBuffer()) b->Redo();
             editWindow_->Editor()->Refresh();
@@ -294,25 +299,25 @@ void TMainForm::CreateEditMenu(QMenuBar* bar) {
             QApplication::sendEvent(editWindow_->Editor(), &press);
         };
     };
-    AddAction(edit, "EditCutCommand", QStringLiteral("Cu&t"), QStringLiteral("Ctrl+X"),
-              key(Qt::Key_X, Qt::ControlModifier),
-              [this] { return HasBlock() && Writable(); });
-    AddAction(edit, "EditCopyCommand", QStringLiteral("&Copy"), QStringLiteral("Ctrl+C"),
+    AddAction(edit, ide::EditCutCommand, QStringLiteral("Cu&t"), QStringLiteral("Ctrl+X"),
+              key(Qt::Key_X, Qt::ControlModifier), [this] { return HasBlock() && Writable(); });
+    AddAction(edit, ide::EditCopyCommand, QStringLiteral("&Copy"), QStringLiteral("Ctrl+C"),
               key(Qt::Key_C, Qt::ControlModifier), [this] { return HasBlock(); });
-    AddAction(edit, "EditPasteCommand", QStringLiteral("&Paste"), QStringLiteral("Ctrl+V"),
+    AddAction(edit, ide::EditPasteCommand, QStringLiteral("&Paste"), QStringLiteral("Ctrl+V"),
               key(Qt::Key_V, Qt::ControlModifier), [this] { return Writable(); });
     AddAction(
-        edit, "EditDeleteCommand", QStringLiteral("&Delete"), QStringLiteral("Ctrl+Del"),
+        edit, ide::EditDeleteCommand, QStringLiteral("&Delete"), QStringLiteral("Ctrl+Del"),
         [this] {
             if (TEditView* v = TopView()) v->GetBlock()->Delete();
             editWindow_->Editor()->Refresh();
         },
         [this] { return HasBlock() && Writable(); });
-    AddAction(edit, "EditSelectAllCommand", QStringLiteral("Se&lect All"), QStringLiteral("Ctrl+A"),
-              key(Qt::Key_A, Qt::ControlModifier), [this] { return HasView(); });
+    AddAction(edit, ide::EditSelectAllCommand, QStringLiteral("Se&lect All"),
+              QStringLiteral("Ctrl+A"), key(Qt::Key_A, Qt::ControlModifier),
+              [this] { return HasView(); });
     edit->addSeparator();
     QAction* readOnly =
-        AddAction(edit, "EditReadOnlyCommand", QStringLiteral("Read &Only"), QString(), [this] {
+        AddAction(edit, ide::EditReadOnlyCommand, QStringLiteral("Read &Only"), QString(), [this] {
             if (TSourceEditor* b = TopBuffer()) b->SetIsReadOnly(!b->IsReadOnly());
             editWindow_->Editor()->Refresh();
         });
@@ -325,44 +330,41 @@ void TMainForm::CreateEditMenu(QMenuBar* bar) {
 }
 
 void TMainForm::CreateSearchMenu(QMenuBar* bar) {
-    QMenu* search = bar->addMenu(QStringLiteral("&Search"));
-    search->setObjectName(QStringLiteral("SearchMenu"));
+    QMenu* search = AddMenu(bar, QStringLiteral("&Search"), ide::SearchMenu);
     AddAction(
-        search, "SearchFindCommand", QStringLiteral("&Find..."), QStringLiteral("Ctrl+F"),
+        search, ide::SearchFindCommand, QStringLiteral("&Find..."), QStringLiteral("Ctrl+F"),
         [this] { FindText(false); }, [this] { return HasView(); });
     AddAction(
-        search, "SearchAgainCommand", QStringLiteral("&Search Again"), QStringLiteral("F3"),
+        search, ide::SearchAgainCommand, QStringLiteral("&Search Again"), QStringLiteral("F3"),
         [this] { FindText(true); }, [this] { return HasView() && !lastSearch_.empty(); });
     search->addSeparator();
     AddAction(
-        search, "SearchGoToCommand", QStringLiteral("&Go to Line Number..."),
+        search, ide::SearchGoToCommand, QStringLiteral("&Go to Line Number..."),
         QStringLiteral("Alt+G"), [this] { GoToLine(); }, [this] { return HasView(); });
 }
 
 void TMainForm::CreateViewMenu(QMenuBar* bar) {
-    QMenu* view = bar->addMenu(QStringLiteral("&View"));
-    view->setObjectName(QStringLiteral("ViewMenu"));
-    AddAction(view, "ViewPrjMgrCommand", QStringLiteral("&Project Manager"),
+    QMenu* view = AddMenu(bar, QStringLiteral("&View"), ide::ViewMenu);
+    AddAction(view, ide::ViewPrjMgrCommand, QStringLiteral("&Project Manager"),
               QStringLiteral("Ctrl+Alt+F11"), [this] {
                   projectManager_->show();
                   projectManager_->raise();
               });
     view->addSeparator();
-    AddAction(view, "ViewObjInspCommand", QStringLiteral("&Object Inspector"),
+    AddAction(view, ide::ViewObjInspCommand, QStringLiteral("&Object Inspector"),
               QStringLiteral("F11"), [this] { ShowInspector(); });
-    QMenu* debugWindows = view->addMenu(QStringLiteral("&Debug Windows"));
-    debugWindows->setObjectName(QStringLiteral("ViewDebugMenu"));
-    AddAction(debugWindows, "ViewCPUCommand", QStringLiteral("&CPU"), QStringLiteral("Ctrl+Alt+C"),
-              [this] { ShowCPUWindow(); });
+    QMenu* debugWindows = AddMenu(view, QStringLiteral("&Debug Windows"), ide::ViewDebugMenu);
+    AddAction(debugWindows, ide::ViewCPUCommand, QStringLiteral("&CPU"),
+              QStringLiteral("Ctrl+Alt+C"), [this] { ShowCPUWindow(); });
     view->addSeparator();
     AddAction(
-        view, "ViewUnitsCommand", QStringLiteral("U&nits..."), QStringLiteral("Ctrl+F12"),
+        view, ide::ViewUnitsCommand, QStringLiteral("U&nits..."), QStringLiteral("Ctrl+F12"),
         [this] { ViewUnits(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
     AddAction(
-        view, "ViewFormsCommand", QStringLiteral("&Forms..."), QStringLiteral("Shift+F12"),
+        view, ide::ViewFormsCommand, QStringLiteral("&Forms..."), QStringLiteral("Shift+F12"),
         [this] { ViewForms(); }, [this] { return ActiveProject(model_.get()) != nullptr; });
     AddAction(
-        view, "ViewSwapSourceFormCommand", QStringLiteral("Toggle Form/&Unit"),
+        view, ide::ViewSwapSourceFormCommand, QStringLiteral("Toggle Form/&Unit"),
         QStringLiteral("F12"), [this] { ToggleFormUnit(); },
         [this] {
             return ActiveDesigner() ||
@@ -370,53 +372,51 @@ void TMainForm::CreateViewMenu(QMenuBar* bar) {
         });
 }
 
-void TMainForm::CreateProjectMenu(QMenuBar* bar) {
-    QMenu* project = bar->addMenu(QStringLiteral("&Project"));
-    project->setObjectName(QStringLiteral("ProjectMenu"));
-    for (auto [name, text, keys] :
-         {std::tuple{"ProjectCompileCommand", "&Compile", "Ctrl+F9"},
-          std::tuple{"ProjectBuildCommand", "&Build", "Shift+F9"},
-          std::tuple{"ProjectSyntaxCommand", "S&yntax Check", ""},
-          std::tuple{"ProjectOptionsCommand", "&Options...", "Shift+Ctrl+F11"}}) {
-        QAction* a = AddAction(project, name, QString::fromLatin1(text), QString::fromLatin1(keys),
-                               nullptr, [] { return false; });
-        a->setStatusTip(QString::fromLatin1(kNoCompiler));
-        a->setToolTip(QString::fromLatin1(kNoCompiler));
+std::vector<QAction*> TMainForm::AddInactiveCommands(QMenu* menu,
+                                                     std::initializer_list<TCommandText> commands) {
+    std::vector<QAction*> added;
+    for (const TCommandText& c : commands) {
+        added.push_back(AddAction(menu, c.Name, QString::fromLatin1(c.Text),
+                                  QString::fromLatin1(c.Keys), nullptr, [] { return false; }));
+        added.back()->setStatusTip(QString::fromLatin1(kNoCompiler));
     }
+    return added;
+}
+
+void TMainForm::CreateProjectMenu(QMenuBar* bar) {
+    QMenu* project = AddMenu(bar, QStringLiteral("&Project"), ide::ProjectMenu);
+    for (QAction* a : AddInactiveCommands(
+             project, {{ide::ProjectCompileCommand, "&Compile", "Ctrl+F9"},
+                       {ide::ProjectBuildCommand, "&Build", "Shift+F9"},
+                       {ide::ProjectSyntaxCommand, "S&yntax Check", ""},
+                       {ide::ProjectOptionsCommand, "&Options...", "Shift+Ctrl+F11"}}))
+        a->setToolTip(QString::fromLatin1(kNoCompiler));
 }
 
 void TMainForm::CreateRunMenu(QMenuBar* bar) {
-    QMenu* run = bar->addMenu(QStringLiteral("&Run"));
-    run->setObjectName(QStringLiteral("RunMenu"));
-    for (auto [name, text, keys] : {std::tuple{"RunRunCommand", "&Run", "F9"},
-                                    std::tuple{"RunStepOverCommand", "&Step Over", "F8"},
-                                    std::tuple{"RunTraceIntoCommand", "&Trace Into", "F7"},
-                                    std::tuple{"RunResetCommand", "Program R&eset", "Ctrl+F2"}}) {
-        QAction* a = AddAction(run, name, QString::fromLatin1(text), QString::fromLatin1(keys),
-                               nullptr, [] { return false; });
-        a->setStatusTip(QString::fromLatin1(kNoCompiler));
-    }
+    QMenu* run = AddMenu(bar, QStringLiteral("&Run"), ide::RunMenu);
+    AddInactiveCommands(run, {{ide::RunRunCommand, "&Run", "F9"},
+                              {ide::RunStepOverCommand, "&Step Over", "F8"},
+                              {ide::RunTraceIntoCommand, "&Trace Into", "F7"},
+                              {ide::RunResetCommand, "Program R&eset", "Ctrl+F2"}});
 }
 
 void TMainForm::CreateComponentMenu(QMenuBar* bar) {
-    QMenu* component = bar->addMenu(QStringLiteral("&Component"));
-    component->setObjectName(QStringLiteral("ComponentMenu"));
-    AddAction(component, "ComponentInstallPackagesCommand", QStringLiteral("Install &Packages..."),
-              QString(), [this] { ShowPackages(); });
+    QMenu* component = AddMenu(bar, QStringLiteral("&Component"), ide::ComponentMenu);
+    AddAction(component, ide::ComponentInstallPackagesCommand,
+              QStringLiteral("Install &Packages..."), QString(), [this] { ShowPackages(); });
 }
 
 void TMainForm::CreateToolsMenu(QMenuBar* bar) {
-    QMenu* tools = bar->addMenu(QStringLiteral("&Tools"));
-    tools->setObjectName(QStringLiteral("ToolsMenu"));
+    QMenu* tools = AddMenu(bar, QStringLiteral("&Tools"), ide::ToolsMenu);
     AddAction(
-        tools, "ToolsEditorOptionsCommand", QStringLiteral("&Editor Options..."), QString(),
+        tools, ide::ToolsEditorOptionsCommand, QStringLiteral("&Editor Options..."), QString(),
         [this] { EditorOptions(); }, [this] { return HasView(); });
 }
 
 void TMainForm::CreateHelpMenu(QMenuBar* bar) {
-    QMenu* help = bar->addMenu(QStringLiteral("&Help"));
-    help->setObjectName(QStringLiteral("HelpMenu"));
-    AddAction(help, "HelpAboutCommand", QStringLiteral("&About..."), QString(), [this] {
+    QMenu* help = AddMenu(bar, QStringLiteral("&Help"), ide::HelpMenu);
+    AddAction(help, ide::HelpAboutCommand, QStringLiteral("&About..."), QString(), [this] {
         QMessageBox::about(this, QStringLiteral("About"),
                            QStringLiteral("Zelvane Workbench\n\nThe host IDE of the Zelvane "
                                           "add-in pack: projects, units, forms and packages."));
@@ -424,9 +424,9 @@ void TMainForm::CreateHelpMenu(QMenuBar* bar) {
 }
 
 // The main menu's image list, which packages reach through INTAServices: 80 pictures by index.
-// Each index has one meaning, and the IDE's own commands of that meaning show its picture; 36 is
-// the picture of settings and options, 50 that of information and About boxes. Indexes without
-// a command of their own carry the style's general pictures.
+// Each index has one meaning, and the IDE's own commands of that meaning show its picture; 36
+// is the picture of settings and options, 50 that of information and About boxes. Indexes
+// without a command of their own carry the style's general pictures.
 void TMainForm::CreateImageList() {
     struct TImage {
         int Index;
@@ -435,31 +435,32 @@ void TMainForm::CreateImageList() {
     };
     const TImage images[] = {
         {0, QStyle::SP_FileIcon, nullptr},
-        {1, QStyle::SP_DialogOpenButton, "FileOpenCommand"},
-        {2, QStyle::SP_DirOpenIcon, "FileOpenProjectCommand"},
-        {3, QStyle::SP_DialogSaveButton, "FileSaveCommand"},
-        {4, QStyle::SP_DriveFDIcon, "FileSaveAllCommand"},
-        {5, QStyle::SP_DialogCloseButton, "FileCloseCommand"},
-        {6, QStyle::SP_TitleBarCloseButton, "FileCloseAllCommand"},
-        {7, QStyle::SP_DialogCancelButton, "FileExitCommand"},
-        {8, QStyle::SP_ArrowBack, "EditUndoCommand"},
-        {9, QStyle::SP_ArrowForward, "EditRedoCommand"},
-        {10, QStyle::SP_FileDialogContentsView, "SearchFindCommand"},
-        {11, QStyle::SP_FileDialogToParent, "SearchAgainCommand"},
-        {12, QStyle::SP_ArrowRight, "SearchGoToCommand"},
-        {13, QStyle::SP_FileDialogListView, "ViewPrjMgrCommand"},
-        {14, QStyle::SP_FileDialogInfoView, "ViewObjInspCommand"},
-        {15, QStyle::SP_ComputerIcon, "ViewCPUCommand"},
-        {16, QStyle::SP_BrowserReload, "ViewSwapSourceFormCommand"},
-        {17, QStyle::SP_MediaPlay, "RunRunCommand"},
-        {18, QStyle::SP_MediaStop, "RunResetCommand"},
-        {19, QStyle::SP_MediaSkipForward, "RunTraceIntoCommand"},
-        {20, QStyle::SP_MediaSeekForward, "RunStepOverCommand"},
-        {36, QStyle::SP_FileDialogDetailedView, "ToolsEditorOptionsCommand"},
-        {50, QStyle::SP_MessageBoxInformation, "HelpAboutCommand"},
+        {1, QStyle::SP_DialogOpenButton, ide::FileOpenCommand},
+        {2, QStyle::SP_DirOpenIcon, ide::FileOpenProjectCommand},
+        {3, QStyle::SP_DialogSaveButton, ide::FileSaveCommand},
+        {4, QStyle::SP_DriveFDIcon, ide::FileSaveAllCommand},
+        {5, QStyle::SP_DialogCloseButton, ide::FileCloseCommand},
+        {6, QStyle::SP_TitleBarCloseButton, ide::FileCloseAllCommand},
+        {7, QStyle::SP_DialogCancelButton, ide::FileExitCommand},
+        {8, QStyle::SP_ArrowBack, ide::EditUndoCommand},
+        {9, QStyle::SP_ArrowForward, ide::EditRedoCommand},
+        {10, QStyle::SP_FileDialogContentsView, ide::SearchFindCommand},
+        {11, QStyle::SP_FileDialogToParent, ide::SearchAgainCommand},
+        {12, QStyle::SP_ArrowRight, ide::SearchGoToCommand},
+        {13, QStyle::SP_FileDialogListView, ide::ViewPrjMgrCommand},
+        {14, QStyle::SP_FileDialogInfoView, ide::ViewObjInspCommand},
+        {15, QStyle::SP_ComputerIcon, ide::ViewCPUCommand},
+        {16, QStyle::SP_BrowserReload, ide::ViewSwapSourceFormCommand},
+        {17, QStyle::SP_MediaPlay, ide::RunRunCommand},
+        {18, QStyle::SP_MediaStop, ide::RunResetCommand},
+        {19, QStyle::SP_MediaSkipForward, ide::RunTraceIntoCommand},
+        {20, QStyle::SP_MediaSeekForward, ide::RunStepOverCommand},
+        {36, QStyle::SP_FileDialogDetailedView, ide::ToolsEditorOptionsCommand},
+        {50, QStyle::SP_MessageBoxInformation, ide::HelpAboutCommand},
         {67, QStyle::SP_ComputerIcon, nullptr}, // the debugger's data: CPU, registers, memory
     };
-    // The rest of the 80: the style's pictures in their own order, so that every index shows one.
+    // The rest of the 80: the style's pictures in their own order, so that every index shows
+    // one.
     QList<QIcon> list;
     for (int i = 0; i < 80; ++i)
         list << style()->standardIcon(QStyle::StandardPixmap(i % int(QStyle::SP_MediaVolumeMuted)));
@@ -473,20 +474,20 @@ void TMainForm::CreateImageList() {
 void TMainForm::CreateToolBars() {
     QStyle* st = style();
     QToolBar* standard = addToolBar(QStringLiteral("Standard"));
-    standard->setObjectName(QStringLiteral("StandardToolBar"));
-    for (const char* name : {"FileOpenCommand", "FileOpenProjectCommand", "FileSaveCommand",
-                             "FileSaveAllCommand", "ViewPrjMgrCommand"})
+    standard->setObjectName(QString::fromLatin1(ide::StandardToolBar));
+    for (const char* name : {ide::FileOpenCommand, ide::FileOpenProjectCommand,
+                             ide::FileSaveCommand, ide::FileSaveAllCommand, ide::ViewPrjMgrCommand})
         standard->addAction(Command(name));
 
     QToolBar* viewBar = addToolBar(QStringLiteral("View"));
-    viewBar->setObjectName(QStringLiteral("ViewToolBar"));
+    viewBar->setObjectName(QString::fromLatin1(ide::ViewToolBar));
     viewBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     auto* viewUnit =
         new QAction(st->standardIcon(QStyle::SP_FileIcon), QStringLiteral("View Unit"), this);
-    viewUnit->setObjectName(QStringLiteral("ViewUnitButton"));
+    viewUnit->setObjectName(QString::fromLatin1(ide::ViewUnitButton));
     auto* viewForm = new QAction(st->standardIcon(QStyle::SP_FileDialogDetailedView),
                                  QStringLiteral("View Form"), this);
-    viewForm->setObjectName(QStringLiteral("ViewFormButton"));
+    viewForm->setObjectName(QString::fromLatin1(ide::ViewFormButton));
     if (Application) {
         Application->SetActionExecute(
             viewUnit, TNotifyEvent::Of<&TCommandHandlers::ViewUnit>(commandHandlers_.get()));
@@ -499,17 +500,17 @@ void TMainForm::CreateToolBars() {
             Application->SetActionUpdate(
                 a, [this](QAction* x) { x->setEnabled(ActiveProject(model_.get()) != nullptr); });
     }
-    viewBar->addAction(Command("ViewSwapSourceFormCommand"));
+    viewBar->addAction(Command(ide::ViewSwapSourceFormCommand));
 
     QToolBar* debug = addToolBar(QStringLiteral("Debug"));
-    debug->setObjectName(QStringLiteral("DebugToolBar"));
-    for (const char* n :
-         {"RunRunCommand", "RunResetCommand", "RunTraceIntoCommand", "RunStepOverCommand"})
+    debug->setObjectName(QString::fromLatin1(ide::DebugToolBar));
+    for (const char* n : {ide::RunRunCommand, ide::RunResetCommand, ide::RunTraceIntoCommand,
+                          ide::RunStepOverCommand})
         debug->addAction(Command(n));
 
-    model_->SetToolBar("StandardToolBar", standard);
-    model_->SetToolBar("ViewToolBar", viewBar);
-    model_->SetToolBar("DebugToolBar", debug);
+    model_->SetToolBar(ide::StandardToolBar, standard);
+    model_->SetToolBar(ide::ViewToolBar, viewBar);
+    model_->SetToolBar(ide::DebugToolBar, debug);
 }
 
 bool TMainForm::event(QEvent* e) {

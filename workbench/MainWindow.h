@@ -25,10 +25,12 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 class QAction;
 class QMenu;
@@ -63,7 +65,7 @@ public:
     // The CPU window, once it has been opened; nullptr before.
     cpu::TCPUWindow* CPUWindow() const { return cpuWindow_.data(); }
 
-    // An action of the IDE by its name, or nullptr.
+    // One of the IDE's own actions by its object name (toolsapi/IDENames.h), or nullptr.
     QAction* Action(const std::string& name) const;
 
     // Places the main form across the top of the screen and the other windows below it.
@@ -95,6 +97,17 @@ protected:
 private:
     QAction* AddAction(QMenu* menu, const char* name, const QString& text, const QString& keys,
                        std::function<void()> run, std::function<bool()> enabled = nullptr);
+    // Commands of a compiler or debugger, which the workbench hasn't got: shown, never enabled,
+    // with the reason as their status tip.
+    struct TCommandText {
+        const char* Name;
+        const char* Text;
+        const char* Keys;
+    };
+    std::vector<QAction*> AddInactiveCommands(QMenu* menu,
+                                              std::initializer_list<TCommandText> commands);
+    // A menu under the main menu or another menu, with its caption and object name.
+    template <class Parent> QMenu* AddMenu(Parent* parent, const QString& title, const char* name);
     void CreateMenus();
     void CreateFileMenu(QMenuBar* bar);
     void CreateEditMenu(QMenuBar* bar);
@@ -146,7 +159,6 @@ private:
     QPointer<designer::TDesignerWindow> pendingForm_;
     QPointer<cpu::TCPUWindow> cpuWindow_;
     std::string snapshotFile_;
-    std::map<std::string, QAction*> actions_;
     std::set<QAction*> ownActions_;                // the IDE's own actions
     std::map<QAction*, QKeySequence> yieldedKeys_; // own actions that gave their key to a package's
     std::string lastSearch_;

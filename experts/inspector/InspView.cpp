@@ -8,6 +8,7 @@
 #include "locale/Locale.h"
 #include "locale/LocaleIds.h"
 #include "rtl/SysUtils.h"
+#include "toolsapi/IDENames.h"
 #include "toolsapi/QtBridge.h"
 
 #include <QAction>
@@ -352,7 +353,7 @@ void TInspectorViewMng::HookInspectorEvents() {
     QWidget* actionList = services ? services->GetActionList() : nullptr;
     if (!actionList || !Application) return;
     for (QAction* action : actionList->actions())
-        if (action->objectName() == QStringLiteral("FileCloseAllCommand")) {
+        if (action->objectName() == QLatin1String(ide::FileCloseAllCommand)) {
             closeAllAction_ = action;
             oldCloseAll_ = Application->GetActionExecute(action);
             Application->SetActionExecute(

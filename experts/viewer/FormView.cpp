@@ -5,6 +5,7 @@
 #include "host/OTAUtils.h"
 #include "locale/Locale.h"
 #include "locale/LocaleIds.h"
+#include "toolsapi/IDENames.h"
 
 #include <QAction>
 #include <QApplication>
@@ -211,7 +212,7 @@ void TViewFormMng::HookToolBarButtons() {
     auto unitHook = TNotifyEvent::Of<&TViewFormMng::InternalViewUnit>(this);
     auto formHook = TNotifyEvent::Of<&TViewFormMng::InternalViewForm>(this);
     _di_INTAServices services = IDEService<INTAServices>();
-    if (QToolBar* bar = services ? services->GetToolBar("ViewToolBar") : nullptr) {
+    if (QToolBar* bar = services ? services->GetToolBar(ide::ViewToolBar) : nullptr) {
         for (QAction* button : bar->actions()) {
             if (button->text() == ViewUnitCaption) {
                 if (button == unitButton_ && Application->GetActionExecute(button) == unitHook)

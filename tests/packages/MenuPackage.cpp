@@ -2,6 +2,7 @@
 // "Tools" menu, with one command in the IDE's action list that types a comment into the top
 // edit view. Unloading takes the menu and the action away again.
 #include "toolsapi/Forms.h"
+#include "toolsapi/IDENames.h"
 #include "toolsapi/Package.h"
 #include "toolsapi/ToolsAPI.h"
 
@@ -26,7 +27,7 @@ public:
         QAction* before = nullptr;
         QList<QAction*> items = bar->actions();
         for (int i = 0; i < items.size(); ++i)
-            if (items[i]->menu() && items[i]->menu()->objectName() == QStringLiteral("ToolsMenu"))
+            if (items[i]->menu() && items[i]->menu()->objectName() == QLatin1String(ide::ToolsMenu))
                 before = i + 1 < items.size() ? items[i + 1] : nullptr;
         menu_ = new QMenu(QStringLiteral("Test &Pack"), bar);
         menu_->setObjectName(QStringLiteral("TestPackMenu"));
