@@ -283,6 +283,12 @@ TEST_F(SettingsDialogTest, ShowsEveryExpertsSettingsWithTheirLabels) {
         QTreeWidgetItem* special = Node(form, {"Special settings"});
         ASSERT_TRUE(special);
         EXPECT_GE(special->childCount(), 5) << "the manager's and every expert's own settings";
+        for (int i = 0; i < special->childCount(); ++i) {
+            SCOPED_TRACE(special->child(i)->text(0).toStdString());
+            Select(form, special->child(i));
+            EXPECT_EQ(Tree(form)->currentItem(), special->child(i));
+            EXPECT_FALSE(Labels(form).isEmpty());
+        }
         Select(form, Node(form, {"Experts menu", "View Forms..."}));
         EXPECT_TRUE(Labels(form).contains("Hotkeys \r\nfor menu item call :"))
             << Labels(form).join('|').toStdString();
