@@ -1,8 +1,8 @@
 #include "host/CrtlUtils.h"
 
-#include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
 #include "toolsapi/Forms.h"
+#include "toolsapi/QtBridge.h"
 
 #include <QApplication>
 #include <QWidget>
@@ -20,7 +20,7 @@ QWidget* GetActiveForm() {
 QWidget* GetActiveForm(const std::string& caption) {
     QWidget* form = GetActiveForm();
     if (!form) return nullptr;
-    std::string title = rtl::Utf8ToCp1251(form->windowTitle().toStdString());
+    std::string title = ToolsAPI::ToBytes(form->windowTitle());
     return rtl::AnsiSameText(title, caption) ? form : nullptr;
 }
 

@@ -37,59 +37,6 @@ template <class T> void StoreLE(void* p, T value) {
         b[i] = static_cast<uint8_t>(v >> (8 * i));
 }
 
-// UTF-8 to UTF-16; a malformed sequence becomes U+FFFD.
-std::u16string Utf8ToUtf16(std::string_view s) {
-    std::u16string r;
-    r.reserve(s.size());
-    size_t i = 0, n = s.size();
-    while (i < n) {
-        unsigned char c = static_cast<unsigned char>(s[i]);
-        uint32_t cp;
-        int extra;
-        if (c < 0x80) {
-            r.push_back(c);
-            ++i;
-            continue;
-        } else if ((c & 0xE0) == 0xC0)
-            cp = c & 0x1F, extra = 1;
-        else if ((c & 0xF0) == 0xE0)
-            cp = c & 0x0F, extra = 2;
-        else if ((c & 0xF8) == 0xF0)
-            cp = c & 0x07, extra = 3;
-        else {
-            r.push_back(0xFFFD);
-            ++i;
-            continue;
-        }
-        if (i + extra >= n) {
-            r.push_back(0xFFFD);
-            break;
-        }
-        bool ok = true;
-        for (int k = 1; k <= extra; ++k) {
-            unsigned char d = static_cast<unsigned char>(s[i + k]);
-            if ((d & 0xC0) != 0x80) {
-                ok = false;
-                break;
-            }
-            cp = (cp << 6) | (d & 0x3F);
-        }
-        if (!ok || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-            r.push_back(0xFFFD);
-            ++i;
-            continue;
-        }
-        i += extra + 1;
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            r.push_back(char16_t(0xD800 + (cp >> 10)));
-            r.push_back(char16_t(0xDC00 + (cp & 0x3FF)));
-        } else
-            r.push_back(char16_t(cp));
-    }
-    return r;
-}
-
 std::string ObjectName(const TPersistent* obj) {
     std::string name = obj->GetNamePath();
     return name.empty() ? obj->ClassName() : name;

@@ -80,14 +80,14 @@ constexpr TIdentMapEntry kCharsetNames[] = {
     {255, "OEM_CHARSET"},
 };
 
+} // namespace
+
 bool CharsetToIdent(int32_t value, std::string& ident) {
     return IntToIdent(value, ident, kCharsetNames);
 }
 bool IdentToCharset(std::string_view ident, int32_t& value) {
     return IdentToInt(ident, value, kCharsetNames);
 }
-
-} // namespace
 
 std::span<const TIdentMapEntry> ColorNames() { return kColorNames; }
 bool ColorToIdent(int32_t color, std::string& ident) { return IntToIdent(color, ident, kColorNames); }

@@ -87,6 +87,9 @@ inline constexpr TFontCharset SYMBOL_CHARSET{2};
 inline constexpr TFontCharset RUSSIAN_CHARSET{204};
 inline constexpr TFontCharset EASTEUROPE_CHARSET{238};
 inline constexpr TFontCharset OEM_CHARSET{255};
+// A character set's name and back ("GREEK_CHARSET" is 161); false for one that has none.
+bool CharsetToIdent(int32_t value, std::string& ident);
+bool IdentToCharset(std::string_view ident, int32_t& value);
 
 // A font name.
 struct TFontName : std::string {

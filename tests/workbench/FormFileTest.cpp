@@ -161,6 +161,82 @@ TEST(FormFiles, APropertyParsesFromItsTextForm) {
     EXPECT_THROW(ParseDesignProperty("Left", "1\r\n  Top = 2"), EFormFileError);
 }
 
+// ---------------------------------------------------------------------------------------------
+// Strings beyond the host's code page
+
+TEST(FormStrings, WideStringsKeepEveryCharacterThroughEitherForm) {
+    std::string text = "object F: TForm\r\n  Caption = 'Configura'#231#245'es '#8801\r\n"
+                       "  Hint = 'plain'\r\n  Items.Strings = (\r\n    #20013#25991\r\n"
+                       "    'a')\r\nend\r\n";
+    TFormFile f = ReadFormFile(text, "F.dfm");
+    for (TFormFileFormat format : {TFormFileFormat::Binary, TFormFileFormat::Text}) {
+        TFormFile again = ReadFormFile(WriteFormFile(*f.Root, format), "again");
+        const auto* caption = again.Root->FindProperty("Caption");
+        ASSERT_NE(caption, nullptr);
+        EXPECT_TRUE(IsWideDesignString(*caption));
+        EXPECT_EQ(DesignString(*caption, 1251), u"Configurações ≡");
+        EXPECT_EQ(caption->Text, "'Configura'#231#245'es '#8801");
+        // Str has the host's code page, for those that read it so.
+        EXPECT_EQ(caption->Str, "Configura??es ?");
+        EXPECT_FALSE(IsWideDesignString(*again.Root->FindProperty("Hint")));
+        EXPECT_EQ(again.Root->FindProperty("Items.Strings")->Text, "(#20013#25991 'a')");
+    }
+    // The text form written from the text is the text itself.
+    EXPECT_EQ(WriteFormFile(*f.Root, TFormFileFormat::Text), text);
+}
+
+TEST(FormStrings, NarrowStringsReadInTheCodePageOfTheirFontsCharacterSet) {
+    std::string text = "object F: TForm\r\n  Caption = '\xC5\xEB'\r\n"
+                       "  Font.Charset = GREEK_CHARSET\r\n"
+                       "  object Inherits: TLabel\r\n    Caption = '\xC5\xEB'\r\n  end\r\n"
+                       "  object Own: TLabel\r\n    Caption = '\xF5'\r\n    Font.Charset = 238\r\n"
+                       "  end\r\n  object Plain: TLabel\r\n    Caption = '\xC5\xEB'\r\n"
+                       "    ParentFont = False\r\n  end\r\nend\r\n";
+    TFormFile f = ReadFormFile(text, "F.dfm");
+    struct Case {
+        const char* name;
+        int codePage;
+        const char16_t* caption;
+    };
+    for (Case c : {Case{"F", 1253, u"Ελ"}, {"Inherits", 1253, u"Ελ"}, {"Own", 1250, u"ő"},
+                   {"Plain", rtl::HostCodePage, u"Ел"}}) {
+        const TDesignComponent* component =
+            std::string(c.name) == "F" ? f.Root.get() : f.Root->FindComponent(c.name);
+        EXPECT_EQ(FormCodePage(*component), c.codePage) << c.name;
+        EXPECT_EQ(DesignString(*component->FindProperty("Caption"), c.codePage), c.caption);
+    }
+    // A form that names no character set has the host's code page.
+    EXPECT_EQ(FormCodePage(*LoadFormFile(Example("Frame1.dfm")).Root), rtl::HostCodePage);
+}
+
+TEST(FormStrings, AStringValueIsNarrowWhereTheCodePageHoldsItElseWide) {
+    struct Case {
+        const char16_t* text;
+        int codePage;
+        bool wide;
+        const char* value;
+    };
+    for (Case c : {Case{u"Impressão", 1252, false, "'Impress\xE3o'"},
+                   {u"Impressão", 1251, false, "'Impress'#227'o'"},
+                   {u"Impressão", 1252, true, "'Impress'#227'o'"},
+                   {u"ذخیره", 1256, false, "#1584#1582#1740#1585#1607"},
+                   {u"It's", 1252, true, "'It''s'"}}) {
+        std::string value = FormStringValue(c.text, c.codePage, c.wide);
+        EXPECT_EQ(value, c.value);
+        auto p = ParseDesignProperty("Caption", value);
+        EXPECT_EQ(DesignString(p, c.codePage), c.text);
+    }
+}
+
+TEST(FormStrings, AUtf8TextFormReadsItsStringsAsWideStrings) {
+    std::string text = "\xEF\xBB\xBFobject F: TForm\r\n  Caption = 'Configura\xC3\xA7\xC3\xB5"
+                       "es ''\xE8\xAE\xBE'''\r\n  Hint = '#1'\r\nend\r\n";
+    TFormFile f = ReadFormFile(text, "F.dfm");
+    EXPECT_EQ(f.Format, TFormFileFormat::Text);
+    EXPECT_EQ(DesignString(*f.Root->FindProperty("Caption"), 1251), u"Configurações '设'");
+    EXPECT_EQ(f.Root->StrProp("Hint"), "#1");
+}
+
 TEST(DamagedFormFiles, EveryCutOfABinaryFormRaisesAClearError) {
     std::string bytes = testfiles::ReadFile(Example("Settings.dfm"));
     for (size_t cut = 0; cut < bytes.size(); cut += 7) {

@@ -1,4 +1,4 @@
-// Test helpers: the example project, copied into a directory of the test's own so that tests
+// Test helpers: the example project and the test projects, copied into a directory of the test's own so that tests
 // may change and save its files, and small file writers.
 #pragma once
 
@@ -40,13 +40,24 @@ private:
     std::filesystem::path path_;
 };
 
-// The example project in a directory of its own.
-class TExampleCopy : public TTempDir {
+// The test projects of tests/data: forms in several code pages, glyphs and image lists.
+inline std::filesystem::path DataDir() {
+    return SourceDir() / "tests" / "data";
+}
+
+// The files of a directory, copied into a directory of their own.
+class TFilesCopy : public TTempDir {
 public:
-    TExampleCopy() {
-        for (const auto& e : std::filesystem::directory_iterator(ExamplesDir()))
+    explicit TFilesCopy(const std::filesystem::path& from) {
+        for (const auto& e : std::filesystem::directory_iterator(from))
             std::filesystem::copy_file(e.path(), Path() / e.path().filename());
     }
+};
+
+// The example project in a directory of its own.
+class TExampleCopy : public TFilesCopy {
+public:
+    TExampleCopy() : TFilesCopy(ExamplesDir()) {}
 };
 
 inline void WriteFile(const std::string& name, const std::string& bytes) {

@@ -1,5 +1,7 @@
 #include "workbench/designer/Controls.h"
 
+#include "toolsapi/QtBridge.h"
+#include "workbench/designer/Pictures.h"
 #include "workbench/designer/VclValues.h"
 #include "workbench/model/FormFile.h"
 #include "workbench/model/ProjectFiles.h"
@@ -25,6 +27,7 @@
 
 namespace workbench::designer {
 
+using ToolsAPI::FromBytes;
 using ToolsAPI::TDesignComponent;
 using ToolsAPI::TDesignProperty;
 using ToolsAPI::TDesignValueKind;
@@ -133,27 +136,6 @@ bool Bool(const TDesignComponent& c, const char* name, bool fallback) {
     return p->Int != 0;
 }
 
-// The picture of a TImage: the graphic's class name, then for the platform's bitmaps and jpegs
-// the size of the data and the data.
-QImage PictureOf(const TDesignComponent& c) {
-    const TDesignProperty* p = c.FindProperty("Picture.Data");
-    if (!p || p->Kind != TDesignValueKind::Binary || p->Str.empty()) return {};
-    const std::string& d = p->Str;
-    size_t nameLen = static_cast<unsigned char>(d[0]);
-    if (1 + nameLen > d.size()) return {};
-    std::string rest = d.substr(1 + nameLen);
-    QImage image;
-    if (rest.size() >= 4) {
-        uint32_t size = uint8_t(rest[0]) | uint8_t(rest[1]) << 8 | uint8_t(rest[2]) << 16 |
-                        uint32_t(uint8_t(rest[3])) << 24;
-        if (size == rest.size() - 4 &&
-            image.loadFromData(reinterpret_cast<const uchar*>(rest.data() + 4), int(size)))
-            return image;
-    }
-    image.loadFromData(reinterpret_cast<const uchar*>(rest.data()), int(rest.size()));
-    return image;
-}
-
 // The widths and texts of a status bar's panels, from the collection's text form.
 void StatusPanels(const TDesignComponent& c, QStringList& texts, QList<int>& widths) {
     const TDesignProperty* p = c.FindProperty("Panels");
@@ -176,7 +158,7 @@ void StatusPanels(const TDesignComponent& c, QStringList& texts, QList<int>& wid
                 stop = value.find(" ", stop + 1);
             try {
                 auto v = ParseDesignProperty("Text", value.substr(0, stop));
-                text = FormText(v.Str);
+                text = FormString(c, v);
             } catch (const rtl::Exception&) {
             }
         }
@@ -184,6 +166,15 @@ void StatusPanels(const TDesignComponent& c, QStringList& texts, QList<int>& wid
         widths << width;
         pos = end + 4;
     }
+}
+
+// A button's glyph as its icon, at the glyph's own size; whether it has one.
+bool SetGlyph(QAbstractButton* b, const TDesignComponent& c) {
+    QIcon glyph = ButtonGlyph(c);
+    if (glyph.isNull()) return false;
+    b->setIcon(glyph);
+    b->setIconSize(glyph.availableSizes().value(0));
+    return true;
 }
 
 void SetBackground(QWidget* w, const QColor& color) {
@@ -207,16 +198,16 @@ void SetTextColor(QWidget* w, const QColor& color) {
 
 TPaintedControl::TPaintedControl(TControlKind kind, const TDesignComponent& c, QWidget* parent)
     : QWidget(parent), kind_(kind) {
-    shape_ = FormText(c.StrProp("Shape"));
-    style_ = FormText(c.StrProp("Style"));
+    shape_ = FromBytes(c.StrProp("Shape"));
+    style_ = FromBytes(c.StrProp("Style"));
     brush_ = ColorProp(c, "Brush.Color", Qt::white);
     pen_ = ColorProp(c, "Pen.Color", Qt::black);
     switch (kind) {
     case TControlKind::NonVisual:
-        text_ = FormText(c.ClassName);
+        text_ = FromBytes(c.ClassName);
         break;
     case TControlKind::Unknown:
-        text_ = FormText(c.Name + ": " + c.ClassName);
+        text_ = FromBytes(c.Name + ": " + c.ClassName);
         break;
     case TControlKind::StatusBar:
         if (Bool(c, "SimplePanel", false))
@@ -225,7 +216,7 @@ TPaintedControl::TPaintedControl(TControlKind kind, const TDesignComponent& c, Q
             StatusPanels(c, panels_, panelWidths_);
         break;
     case TControlKind::Image:
-        picture_ = PictureOf(c);
+        picture_ = PictureData(BinaryProp(c, "Picture.Data"));
         break;
     default:
         break;
@@ -451,6 +442,7 @@ QWidget* CreateControl(const TDesignComponent& c, QWidget* parent) {
     case TControlKind::Button: {
         auto* b = new QPushButton(caption, parent);
         b->setDefault(Bool(c, "Default", false));
+        SetGlyph(b, c);
         w = b;
         break;
     }
@@ -460,6 +452,12 @@ QWidget* CreateControl(const TDesignComponent& c, QWidget* parent) {
         b->setText(caption);
         b->setAutoRaise(kind == TControlKind::ToolButton || Bool(c, "Flat", false));
         if (c.StrProp("Style") == "tbsSeparator") b->setEnabled(false);
+        if (SetGlyph(b, c))
+            b->setToolButtonStyle(caption.isEmpty() ? Qt::ToolButtonIconOnly
+                                  : c.StrProp("Layout") == "blGlyphTop" ||
+                                          c.StrProp("Layout") == "blGlyphBottom"
+                                      ? Qt::ToolButtonTextUnderIcon
+                                      : Qt::ToolButtonTextBesideIcon);
         w = b;
         break;
     }
@@ -579,8 +577,8 @@ QWidget* CreateControl(const TDesignComponent& c, QWidget* parent) {
         break;
     }
 
-    w->setObjectName(FormText(c.Name));
-    w->setProperty("className", FormText(c.ClassName));
+    w->setObjectName(FromBytes(c.Name));
+    w->setProperty("className", FromBytes(c.ClassName));
     w->setFocusPolicy(Qt::NoFocus);
 
     // Font and colours: the component's own over what it inherits from its parent.
@@ -601,7 +599,7 @@ QWidget* CreateControl(const TDesignComponent& c, QWidget* parent) {
     int left = Int(c, "Left", 0), top = Int(c, "Top", 0);
     if (kind == TControlKind::NonVisual) {
         w->setGeometry(left, top, 28, 28);
-        w->setToolTip(FormText(c.Name + ": " + c.ClassName));
+        w->setToolTip(FromBytes(c.Name + ": " + c.ClassName));
     } else {
         w->setGeometry(left, top, std::max(0, Int(c, "Width", 0)),
                        std::max(0, Int(c, "Height", 0)));

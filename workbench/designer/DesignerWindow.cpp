@@ -3,12 +3,15 @@
 #include "toolsapi/Forms.h"
 
 #include "workbench/designer/Controls.h"
+#include "workbench/designer/Pictures.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/designer/VclValues.h"
 #include "workbench/model/LibraryClasses.h"
 
 #include "rtl/Filer.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenuBar>
@@ -19,6 +22,7 @@
 
 namespace workbench::designer {
 
+using ToolsAPI::FromBytes;
 using ToolsAPI::TDesignComponent;
 using ToolsAPI::TOTAHandle;
 
@@ -217,8 +221,16 @@ QWidget* TDesignerWindow::BuildOne(const TDesignComponent& shown, QWidget* paren
     if (auto* tabs = qobject_cast<QTabWidget*>(parent); tabs && kind == TControlKind::TabSheet) {
         w = CreateControl(*c, nullptr);
         w->setFont(tabs->font());
-        tabs->addTab(w, TextProp(*c, "Caption"));
         TDesignComponent* owner = ComponentOf(tabs);
+        // The page control's image list gives each tab the image of its sheet's ImageIndex.
+        QList<QImage> images = owner ? ImagesOf(*owner, "Images") : QList<QImage>();
+        int index = int(c->IntProp("ImageIndex", 0));
+        QIcon icon;
+        if (index >= 0 && index < images.size()) {
+            icon = QIcon(QPixmap::fromImage(images[index]));
+            tabs->setIconSize(images[index].size());
+        }
+        tabs->addTab(w, icon, TextProp(*c, "Caption"));
         if (owner && rtl::SameText(owner->StrProp("ActivePage"), c->Name))
             tabs->setCurrentWidget(w);
     } else {
@@ -249,14 +261,19 @@ void TDesignerWindow::BuildChildren(const TDesignComponent& shown, QWidget* pare
             Register(icon, *child);
             if (Root()->InheritsFrom("TDataModule")) {
                 // The data module's designer names each icon beneath it.
-                auto* label = new QLabel(FormText(child->Name), surface_);
+                auto* label = new QLabel(FromBytes(child->Name), surface_);
                 label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
                 label->setGeometry(icon->x() - 22, icon->y() + 30, 72, 16);
                 components_.insert(label, RealOf(child));
             }
             continue;
         }
-        BuildOne(*child, parent, depth);
+        QWidget* w = BuildOne(*child, parent, depth);
+        // A border around the client area, as a windowed control's BorderWidth leaves: the
+        // places of the controls in it count from inside the border.
+        int border = int(std::clamp<int64_t>(shown.IntProp("BorderWidth", 0), 0, 1000));
+        if (border > 0 && w->parentWidget() == parent)
+            w->move(w->pos() + QPoint(border, border));
     }
 }
 
@@ -265,10 +282,10 @@ void TDesignerWindow::Build() {
     TDesignComponent* root = Root();
     TControlKind kind = ControlKindOf(*root);
     bool dataModule = root->InheritsFrom("TDataModule");
-    setObjectName(FormText(root->Name));
-    setProperty("className", FormText(root->ClassName));
+    setObjectName(FromBytes(root->Name));
+    setProperty("className", FromBytes(root->ClassName));
     QString caption = TextProp(*root, "Caption");
-    setWindowTitle(caption.isEmpty() ? FormText(root->Name) : caption);
+    setWindowTitle(caption.isEmpty() ? FromBytes(root->Name) : caption);
 
     QFont font = VclFont(*root, QApplication::font());
     setFont(font);
@@ -414,7 +431,7 @@ void TDesignerWindow::Rebuild() {
 
 void TDesignerWindow::Renamed(const TDesignComponent* component) {
     if (QWidget* w = WidgetOf(component)) {
-        w->setObjectName(FormText(component->Name));
+        w->setObjectName(FromBytes(component->Name));
         if (component == Root()) setWindowTitle(windowTitle());
     }
 }

@@ -22,6 +22,7 @@
 
 namespace workbench::designer {
 
+using ToolsAPI::FromBytes;
 using ToolsAPI::TDesignComponent;
 using ToolsAPI::TDesignProperty;
 using ToolsAPI::TDesignValueKind;
@@ -35,7 +36,7 @@ constexpr int ChoicesRole = Qt::UserRole + 2; // the values a drop-down offers
 QStringList FormTexts(const std::vector<std::string>& values) {
     QStringList list;
     for (const std::string& v : values)
-        list << FormText(v);
+        list << FromBytes(v);
     return list;
 }
 
@@ -78,13 +79,13 @@ bool SimpleKind(TDesignValueKind kind) {
            kind == TDesignValueKind::Float;
 }
 
-// The value as the grid shows it: strings without their quotes, in the user's characters.
-QString ShownValue(const TDesignProperty& p) {
+// The value as the grid shows it: strings without their quotes, as the form stores them.
+QString ShownValue(const TDesignComponent& c, const TDesignProperty& p) {
     switch (p.Kind) {
     case TDesignValueKind::String:
-        return FormText(p.Str);
+        return FormString(c, p);
     case TDesignValueKind::Ident:
-        return FormText(p.Str);
+        return FromBytes(p.Str);
     case TDesignValueKind::List:
         return "(TStrings)";
     case TDesignValueKind::Collection:
@@ -92,7 +93,7 @@ QString ShownValue(const TDesignProperty& p) {
     case TDesignValueKind::Binary:
         return "(Binary)";
     default:
-        return FormText(p.Text);
+        return FromBytes(p.Text);
     }
 }
 
@@ -256,7 +257,7 @@ void TObjectInspector::FillComponents() {
     for (TDesignComponent* c : editor_->Root()->AllComponents())
         all.push_back(c);
     for (TDesignComponent* c : all) {
-        components_->addItem(FormText(c->Name + ": " + c->ClassName),
+        components_->addItem(FromBytes(c->Name + ": " + c->ClassName),
                              QVariant::fromValue(reinterpret_cast<quintptr>(c)));
         if (c == component_) components_->setCurrentIndex(components_->count() - 1);
     }
@@ -275,7 +276,7 @@ void TObjectInspector::Fill() {
             });
         std::set<std::string> nestedObjects; // "Font" for a stored "Font.Name"
         for (const TDesignProperty& p : component_->Properties) {
-            if (IsEvent(p) == events) rows[FormText(p.Name)] = &p;
+            if (IsEvent(p) == events) rows[FromBytes(p.Name)] = &p;
             if (size_t dot = p.Name.find('.'); dot != std::string::npos)
                 nestedObjects.insert(rtl::LowerCase(p.Name.substr(0, dot)));
         }
@@ -288,11 +289,11 @@ void TObjectInspector::Fill() {
                 rtl::SameText(lp.Name, "Name"))
                 continue;
             if (lp.Kind == TLibraryPropertyKind::Class)
-                objectTexts[FormText(lp.Name)] = FormText(lp.Default);
+                objectTexts[FromBytes(lp.Name)] = FromBytes(lp.Default);
             if (component_->FindProperty(lp.Name) || (lp.Kind == TLibraryPropertyKind::Class &&
                                                       nestedObjects.count(rtl::LowerCase(lp.Name))))
                 continue;
-            rows[FormText(lp.Name)] =
+            rows[FromBytes(lp.Name)] =
                 &defaults.emplace_back(UnstoredDesignProperty(*component_, lp));
         }
         auto makeItem = [&](QTreeWidgetItem* parent, const QString& label, const QString& full,
@@ -301,7 +302,7 @@ void TObjectInspector::Fill() {
             item->setText(0, label);
             item->setData(0, NameRole, full);
             if (p) {
-                item->setText(1, ShownValue(*p));
+                item->setText(1, ShownValue(*component_, *p));
                 if (SimpleKind(p->Kind)) {
                     item->setFlags(item->flags() | Qt::ItemIsEditable);
                     const TLibraryProperty* lp = FindPublishedProperty(*component_, p->Name);
@@ -323,7 +324,7 @@ void TObjectInspector::Fill() {
         std::map<QString, QTreeWidgetItem*> objects;
         if (!events) {
             auto* name = makeItem(nullptr, "Name", "Name", nullptr);
-            name->setText(1, FormText(component_->Name));
+            name->setText(1, FromBytes(component_->Name));
             name->setFlags(name->flags() | Qt::ItemIsEditable);
             name->setForeground(1, QColor(0x00, 0x00, 0x80));
         }
@@ -426,7 +427,7 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
         try {
             editor_->RenameComponent(c, value);
         } catch (const rtl::Exception& e) {
-            Report(FormText(e.Message()));
+            Report(FromBytes(e.Message()));
             Refresh();
             return false;
         }
@@ -451,8 +452,10 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
     std::string textForm = value;
     TDesignValueKind oldKind = old->Kind;
     if (oldKind == TDesignValueKind::String) {
-        // A string takes what was typed as it stands, blanks included.
-        textForm = QuoteFormString(ToolsAPI::ToBytes(text));
+        // A string takes what was typed as it stands, blanks included, with every character: in
+        // the form's code page where that holds them and the value was no wide string, else as
+        // a wide string.
+        textForm = FormStringValue(text.toStdU16String(), FormCodePage(*c), IsWideDesignString(*old));
     } else if (oldKind == TDesignValueKind::Boolean) {
         if (rtl::SameText(value, "True"))
             textForm = "True";
@@ -460,12 +463,11 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
             textForm = "False";
     }
     TDesignProperty parsed;
-    std::string refusal =
-        "'" + text.toStdString() + "' is not a valid value of " + name.toStdString();
+    QString refusal = "'" + text + "' is not a valid value of " + name;
     try {
         parsed = ParseDesignProperty(propName, textForm);
     } catch (const rtl::Exception&) {
-        Report(QString::fromStdString(refusal));
+        Report(refusal);
         Refresh();
         return false;
     }
@@ -483,7 +485,7 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
          TakesNamedIntegers(old->Name, old->Str)))
         fits = true;
     if (!fits) {
-        Report(QString::fromStdString(refusal));
+        Report(refusal);
         Refresh();
         return false;
     }
@@ -493,7 +495,7 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
     }
     _di_IOTAComponent ref = editor_->Wrap(c);
     if (!ref->SetPropByName(old->Name, textForm)) {
-        Report(QString::fromStdString(refusal));
+        Report(refusal);
         Refresh();
         return false;
     }

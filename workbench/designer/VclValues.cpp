@@ -10,6 +10,7 @@
 
 namespace workbench::designer {
 
+using ToolsAPI::FromBytes;
 using ToolsAPI::TDesignComponent;
 using ToolsAPI::TDesignProperty;
 using ToolsAPI::TDesignValueKind;
@@ -125,7 +126,7 @@ QFont VclFont(const TDesignComponent& c, const QFont& base) {
     std::string name = c.StrProp("Font.Name");
     if (!name.empty()) {
         // The classic bitmap fonts are not on this system: their metrics match a sans face.
-        QString family = FormText(name);
+        QString family = FromBytes(name);
         if (family == "MS Sans Serif" || family == "MS Shell Dlg" || family == "Tahoma")
             family = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
         f.setFamily(family);
@@ -153,14 +154,19 @@ QColor FontColor(const TDesignComponent& c, const QColor& base) {
     return ColorProp(c, "Font.Color", base);
 }
 
-QString FormText(const std::string& cp1251) {
-    return ToolsAPI::FromBytes(cp1251);
+QString FormString(const TDesignComponent& c, const TDesignProperty& p) {
+    return QString::fromStdU16String(DesignString(p, FormCodePage(c)));
 }
 
 QString TextProp(const TDesignComponent& c, const char* name) {
     const TDesignProperty* p = c.FindProperty(name);
     if (!p || p->Kind != TDesignValueKind::String) return {};
-    return FormText(p->Str);
+    return FormString(c, *p);
+}
+
+std::string_view BinaryProp(const TDesignComponent& c, const char* name) {
+    const TDesignProperty* p = c.FindProperty(name);
+    return p && p->Kind == TDesignValueKind::Binary ? std::string_view(p->Str) : std::string_view();
 }
 
 QStringList StringsProp(const TDesignComponent& c, const char* name) {
@@ -192,10 +198,10 @@ QStringList StringsProp(const TDesignComponent& c, const char* name) {
         if (i > start) {
             try {
                 TDesignProperty item = ParseDesignProperty("Item", text.substr(start, i - start));
-                items << (item.Kind == TDesignValueKind::String ? FormText(item.Str)
-                                                                : FormText(item.Text));
+                items << (item.Kind == TDesignValueKind::String ? FormString(c, item)
+                                                                : FromBytes(item.Text));
             } catch (const rtl::Exception&) {
-                items << FormText(text.substr(start, i - start));
+                items << FromBytes(text.substr(start, i - start));
             }
         }
     }

@@ -2,7 +2,8 @@
 //
 // A form file stores what the platform's controls publish: colours as names ("clBtnFace") or as
 // numbers in the order blue-green-red, fonts as Font.Name, Font.Height (negative: pixels of the
-// character, without the leading) and Font.Style, texts in the form's code page.
+// character, without the leading) and Font.Style, texts as wide strings or in the code page of
+// the character set the font names (Font.Charset).
 #pragma once
 
 #include "toolsapi/DesignComponent.h"
@@ -13,6 +14,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace workbench::designer {
 
@@ -29,10 +31,13 @@ QColor ColorProp(const ToolsAPI::TDesignComponent& c, const char* name, const QC
 QFont VclFont(const ToolsAPI::TDesignComponent& c, const QFont& base);
 QColor FontColor(const ToolsAPI::TDesignComponent& c, const QColor& base);
 
-// A text of the form file (Windows-1251) for a widget.
-QString FormText(const std::string& cp1251);
+// A string value of a component as the form stores it: wide strings as they are, narrow ones in
+// the code page of the component's font.
+QString FormString(const ToolsAPI::TDesignComponent& c, const ToolsAPI::TDesignProperty& p);
 // A string property as a widget text; the platform's "&" marks the accelerator in both.
 QString TextProp(const ToolsAPI::TDesignComponent& c, const char* name);
+// The bytes of a binary property (Glyph.Data, Picture.Data); empty for none.
+std::string_view BinaryProp(const ToolsAPI::TDesignComponent& c, const char* name);
 // The items of a string list property ("Items.Strings", "Lines.Strings"), in order.
 QStringList StringsProp(const ToolsAPI::TDesignComponent& c, const char* name);
 

@@ -1,6 +1,8 @@
 #include "workbench/model/FormFile.h"
 
+#include "rtl/CodePage.h"
 #include "rtl/Filer.h"
+#include "rtl/Graphics.h"
 #include "rtl/ObjectText.h"
 #include "workbench/model/Files.h"
 
@@ -16,22 +18,39 @@ using ToolsAPI::TDesignComponent;
 using ToolsAPI::TDesignProperty;
 using ToolsAPI::TDesignValueKind;
 
-std::string QuoteFormString(const std::string& s) {
+namespace {
+
+// A string in the text form: runs of printable units quoted, the others as #n. What printable
+// is differs between narrow strings, whose bytes of the code page stand as they are, and wide
+// ones, whose characters past ASCII are written by number, as the runtime's converter does.
+template <class Char, class Printable>
+std::string QuoteUnits(std::basic_string_view<Char> s, Printable printable) {
     if (s.empty()) return "''";
     std::string r;
     bool quoted = false;
-    for (char c : s) {
-        bool control = static_cast<unsigned char>(c) < 32;
-        if (control && quoted) r += '\'';
-        if (!control && !quoted) r += '\'';
-        quoted = !control;
-        if (control)
-            r += "#" + std::to_string(int(c));
+    for (Char c : s) {
+        bool plain = printable(c);
+        if (plain != quoted) r += '\'';
+        quoted = plain;
+        if (!plain)
+            r += "#" + std::to_string(uint32_t(c));
+        else if (c == '\'')
+            r += "''";
         else
-            r += c == '\'' ? std::string("''") : std::string(1, c);
+            r += static_cast<char>(c);
     }
     if (quoted) r += '\'';
     return r;
+}
+
+} // namespace
+
+std::string QuoteFormString(const std::string& s) {
+    return QuoteUnits(std::string_view(s), [](char c) { return static_cast<unsigned char>(c) >= 32; });
+}
+
+std::string QuoteWideFormString(std::u16string_view s) {
+    return QuoteUnits(s, [](char16_t c) { return c >= 32 && c < 127; });
 }
 
 namespace {
@@ -91,12 +110,19 @@ public:
             break;
         case vaString:
         case vaLString:
-        case vaWString:
-        case vaUTF8String:
             p.Kind = TDesignValueKind::String;
             p.Str = reader_.ReadString();
             p.Text = QuoteFormString(p.Str);
             break;
+        case vaWString:
+        case vaUTF8String: {
+            // Str has the host's code page for those who read it; Text keeps every character.
+            std::u16string wide = reader_.ReadWideString();
+            p.Kind = TDesignValueKind::String;
+            p.Str = rtl::Utf16ToCp1251(wide);
+            p.Text = QuoteWideFormString(wide);
+            break;
+        }
         case vaFalse:
         case vaTrue:
             p.Kind = TDesignValueKind::Boolean;
@@ -289,10 +315,42 @@ std::string ResourceNameOf(std::string_view bytes) {
     return std::string(bytes.substr(3, end == std::string_view::npos ? 0 : end - 3));
 }
 
+// The text form of a file saved as UTF-8 with its byte order mark, with the characters past ASCII
+// in its quoted strings written by number: the strings read as wide strings, and the form reads
+// and writes back the same whatever character set its fonts name.
+std::string Utf8TextToCodes(std::string_view text) {
+    std::string r;
+    r.reserve(text.size());
+    bool quoted = false;
+    for (size_t i = 0; i < text.size();) {
+        char c = text[i];
+        if (!quoted || static_cast<unsigned char>(c) < 0x80) {
+            if (c == '\'') quoted = !quoted;
+            r += c;
+            ++i;
+            continue;
+        }
+        size_t end = i;
+        while (end < text.size() && static_cast<unsigned char>(text[end]) >= 0x80)
+            ++end;
+        r += '\'';
+        for (char16_t unit : rtl::Utf8ToUtf16(text.substr(i, end - i)))
+            r += "#" + std::to_string(uint32_t(unit));
+        r += '\'';
+        i = end;
+    }
+    return r;
+}
+
 } // namespace
 
 TFormFile ReadFormFile(std::string_view bytes, const std::string& fileName) {
     TFormFile result;
+    std::string fromUtf8;
+    if (bytes.substr(0, 3) == "\xEF\xBB\xBF") {
+        fromUtf8 = Utf8TextToCodes(bytes.substr(3));
+        bytes = fromUtf8;
+    }
     try {
         rtl::TStringStream input{std::string(bytes)};
         std::string binary;
@@ -372,6 +430,43 @@ TDesignProperty ParseDesignProperty(const std::string& name, const std::string& 
 std::string PropertyRawValue(const TDesignProperty& property) {
     if (!property.Raw.empty()) return property.Raw;
     return ParseDesignProperty(property.Name, property.Text).Raw;
+}
+
+int FormCodePage(const TDesignComponent& component) {
+    for (const TDesignComponent* c = &component; c; c = c->Parent()) {
+        if (const TDesignProperty* p = c->FindProperty("Font.Charset")) {
+            int32_t charset = rtl::DEFAULT_CHARSET;
+            if (p->Kind == TDesignValueKind::Integer)
+                charset = static_cast<int32_t>(p->Int);
+            else if (!rtl::IdentToCharset(p->Str, charset))
+                charset = rtl::DEFAULT_CHARSET;
+            return rtl::CharsetCodePage(charset);
+        }
+        // A font of its own that names no character set has the default one.
+        if (const TDesignProperty* p = c->FindProperty("ParentFont");
+            p && p->Kind == TDesignValueKind::Boolean && p->Int == 0)
+            break;
+    }
+    return rtl::HostCodePage;
+}
+
+bool IsWideDesignString(const TDesignProperty& p) {
+    auto tag = p.Raw.empty() ? uint8_t(rtl::vaString) : static_cast<uint8_t>(p.Raw[0]);
+    return p.Kind == TDesignValueKind::String && (tag == rtl::vaWString || tag == rtl::vaUTF8String);
+}
+
+std::u16string DesignString(const TDesignProperty& p, int codePage) {
+    if (p.Kind != TDesignValueKind::String) return {};
+    if (!IsWideDesignString(p)) return rtl::CodePageToUtf16(p.Str, codePage);
+    rtl::TStringStream stream(p.Raw);
+    rtl::TReader reader(&stream);
+    return reader.ReadWideString();
+}
+
+std::string FormStringValue(std::u16string_view s, int codePage, bool wide) {
+    std::string narrow;
+    if (!wide && rtl::Utf16ToCodePage(s, codePage, narrow)) return QuoteFormString(narrow);
+    return QuoteWideFormString(s);
 }
 
 } // namespace workbench

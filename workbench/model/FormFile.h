@@ -28,7 +28,8 @@ struct TFormFile {
     std::string ResourceName;
 };
 
-// Reads a form file's bytes. Anything that is not a well-formed object stream raises
+// Reads a form file's bytes. A text form saved as UTF-8 behind a byte order mark has its
+// strings read as wide strings. Anything that is not a well-formed object stream raises
 // EFormFileError naming the file and what is wrong.
 TFormFile ReadFormFile(std::string_view bytes, const std::string& fileName);
 TFormFile LoadFormFile(const std::string& fileName);
@@ -47,6 +48,22 @@ ToolsAPI::TDesignProperty ParseDesignProperty(const std::string& name,
 
 // A string as the text form writes it: printable runs quoted, control characters as #n.
 std::string QuoteFormString(const std::string& s);
+// A wide string as the text form writes it: runs of printable ASCII quoted, every other
+// character as #n, so that it reads back as a wide string with all its characters.
+std::string QuoteWideFormString(std::u16string_view s);
+
+// The code page of a component's narrow strings: the one of the character set its font names
+// (Font.Charset), or, while it keeps its parent's font, the nearest parent's. DEFAULT_CHARSET,
+// and a form that names none, stand for the system's code page, the host's.
+int FormCodePage(const ToolsAPI::TDesignComponent& component);
+// A string value stored as a wide or a UTF-8 string.
+bool IsWideDesignString(const ToolsAPI::TDesignProperty& p);
+// A string value as the form stores it: wide and UTF-8 strings as they are, narrow ones read
+// in codePage. Empty for a value that is not a string.
+std::u16string DesignString(const ToolsAPI::TDesignProperty& p, int codePage);
+// The text form of a string value that keeps every character: a narrow string in codePage when
+// the code page holds them all and wide is not asked for, else a wide string.
+std::string FormStringValue(std::u16string_view s, int codePage, bool wide);
 
 // The binary encoding of a property's value, as the stream stores it.
 std::string PropertyRawValue(const ToolsAPI::TDesignProperty& property);
