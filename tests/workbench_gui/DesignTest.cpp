@@ -1,7 +1,8 @@
 // The designer in the workbench: a designer window for each form the user opens, the object
 // inspector that follows the form in front, selection and renames as the add-in sees them
-// through the seam, inspector edits saved with the IDE's commands, windows lent to another
-// widget, the form/unit toggle, and the CPU window over the example's machine snapshot.
+// through the seam, inspector edits saved with the IDE's commands, forms of other code pages,
+// windows lent to another widget, the form/unit toggle, and the CPU window over the example's
+// machine snapshot.
 #include "host/OTAUtils.h"
 #include "tests/workbench/FormEventLog.h"
 #include "tests/workbench_gui/Fixture.h"
@@ -187,6 +188,33 @@ TEST_F(DesignTest, AnInspectorEditSavedWithSaveAllIsInTheBinaryFormFile) {
     old.Root->FindComponent("CancelButton")
         ->SetProperty(*saved.Root->FindComponent("CancelButton")->FindProperty("Left"));
     EXPECT_EQ(WriteFormFile(*old.Root, TFormFileFormat::Binary), after);
+}
+
+TEST_F(DesignTest, AFormOfAnotherCodePageShowsItsTextAndAnEditSavedWithSaveAllKeepsIt) {
+    testfiles::TFilesCopy intl(testfiles::DataDir() / "intl");
+    main->OpenProject(intl.File("Intl.dpr"));
+    model->OpenModuleFile(intl.File("Persian.pas"), TOpenMode::Show);
+    QApplication::processEvents();
+    TDesignerWindow* w = Designer("PersianForm");
+    ASSERT_NE(w, nullptr);
+    w->ShowForm();
+    // A wide caption and a narrow one of Windows-1256, by the form's ARABIC_CHARSET.
+    EXPECT_EQ(w->windowTitle(), QString::fromUtf8("تنظیمات"));
+    EXPECT_EQ(Find<QLabel>(w, "FileLabel")->text(), QString::fromUtf8("پرونده"));
+    ASSERT_TRUE(zelvane::GetActiveFormEditor()->FindComponent("FileLabel")->Select(false));
+    EXPECT_EQ(Inspector()->ValueText("Caption"), QString::fromUtf8("پرونده"));
+    // "ی" is not in the form's code page: the edit is saved as a wide string.
+    const QString typed = QString::fromUtf8("ذخیره ≡");
+    ASSERT_TRUE(Inspector()->EditValue(QStringLiteral("Caption"), typed))
+        << Inspector()->ErrorText().toStdString();
+    Command("FileSaveAllCommand");
+    EXPECT_TRUE(errors.empty()) << errors.front();
+    TFormFile saved = LoadFormFile(intl.File("Persian.dfm"));
+    const auto* caption = saved.Root->FindComponent("FileLabel")->FindProperty("Caption");
+    ASSERT_NE(caption, nullptr);
+    EXPECT_TRUE(IsWideDesignString(*caption));
+    EXPECT_EQ(QString::fromStdU16String(DesignString(*caption, 1256)), typed);
+    model->CloseAll();
 }
 
 TEST_F(DesignTest, ADesignerWindowLentToAnotherWidgetComesBackAsItStood) {

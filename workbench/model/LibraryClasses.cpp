@@ -377,6 +377,24 @@ std::map<std::string, List> BuildCatalog() {
         Int("ModalResult", "0"), With(c.TabStop, "True"), c.WordWrap},
         c.WinEvents()})));
 
+    // The buttons with a glyph: a bitmap of NumGlyphs pictures side by side, beside the caption.
+    List glyphCommon = {
+        Obj("Glyph", "TBitmap"),
+        Enum("Layout", "TButtonLayout", "blGlyphLeft",
+             {"blGlyphLeft", "blGlyphRight", "blGlyphTop", "blGlyphBottom"}),
+        Int("Margin", "-1"), Int("NumGlyphs", "1"), Int("Spacing", "4")};
+    add("TBitBtn", Published(Join({glyphCommon, {
+        Enum("Kind", "TBitBtnKind", "bkCustom",
+             {"bkCustom", "bkOK", "bkCancel", "bkHelp", "bkYes", "bkNo", "bkClose", "bkAbort",
+              "bkRetry", "bkIgnore", "bkAll"}),
+        Enum("Style", "TButtonStyle", "bsAutoDetect", {"bsAutoDetect", "bsWin31", "bsNew"})}})));
+    add("TSpeedButton", Published(Join({c.Control(), glyphCommon, {
+        c.Action, Bool("AllowAllUp", false), c.Caption, Bool("Down", false), Bool("Flat", false),
+        Int("GroupIndex", "0"), With(c.Transparent, "True")},
+        c.ClickEvents()}), {"DragCursor", "DragKind", "DragMode", "OnContextPopup",
+                            "OnDragDrop", "OnDragOver", "OnEndDrag", "OnStartDrag", "OnEndDock",
+                            "OnStartDock"}));
+
     List checkCommon = Join({c.WinControl(), {
         c.Action,
         Enum("Alignment", "TLeftRight", "taRightJustify", {"taLeftJustify", "taRightJustify"}),
