@@ -1,7 +1,6 @@
 // The object inspector: what it shows of the selection, editing through the seam, values it
 // refuses, and saving the edited form in the form it was read in.
-#include "tests/workbench/TestFiles.h"
-#include "workbench/designer/FormDesigners.h"
+#include "tests/designer/InspectorFixture.h"
 #include "workbench/model/Files.h"
 
 #include "rtl/CodePage.h"
@@ -21,52 +20,19 @@
 
 using namespace workbench;
 using namespace workbench::designer;
+using designertest::U;
 using ToolsAPI::TDesignComponent;
 
 namespace {
-
-QString U(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 struct TModifiedCount : TNotifierObject {
     void Modified() override { ++count; }
     int count = 0;
 };
 
-class InspectorTest : public ::testing::Test {
+class InspectorTest : public designertest::InspectorFixture {
 protected:
-    void SetUp() override {
-        model = TIDEModel::Create();
-        model->SetQuestion([](const std::string&, const std::string&) { return mrNo; });
-        model->OpenProjectFile(copy.File("Example.dpr"));
-        designers = std::make_unique<TFormDesigners>(model.get());
-        designers->SetInspector(&inspector);
-    }
-    void TearDown() override {
-        inspector.SetFormEditor(nullptr);
-        designers.reset();
-        QApplication::processEvents();
-        model->CloseAll();
-        model = nullptr;
-    }
-    TFormEditor* Open(const std::string& unit) {
-        module = model->OpenModuleFile(copy.File(unit), TOpenMode::Show);
-        TFormEditor* editor = module->FormEditor();
-        window = designers->Open(editor);
-        inspector.SetFormEditor(editor);
-        return editor;
-    }
-    void Select(TFormEditor* editor, const char* name) {
-        editor->Select(editor->Root()->FindComponent(name), false);
-    }
-
-    testfiles::TExampleCopy copy;
-    DelphiInterface<TIDEModel> model;
-    DelphiInterface<TModelModule> module;
-    std::unique_ptr<TFormDesigners> designers;
-    TDesignerWindow* window = nullptr;
-    TObjectInspector inspector;
+    InspectorTest() : InspectorFixture(testfiles::ExamplesDir(), "Example.dpr") {}
 };
 
 } // namespace

@@ -2,8 +2,7 @@
 // designer and the inspector show each string as the form stores it (narrow strings in the code
 // page of the form's character set, wide strings as they are), an edited value is saved with
 // all its characters, and button glyphs, tab icons and a tab sheet's border are drawn.
-#include "tests/workbench/TestFiles.h"
-#include "workbench/designer/FormDesigners.h"
+#include "tests/designer/InspectorFixture.h"
 #include "workbench/designer/Pictures.h"
 #include "workbench/model/Files.h"
 
@@ -20,13 +19,10 @@
 
 using namespace workbench;
 using namespace workbench::designer;
+using designertest::U;
 using ToolsAPI::TDesignComponent;
 
 namespace {
-
-QString U(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 // How many pixels of a widget's picture have the colour.
 int PixelsOf(QWidget* w, QColor color) {
@@ -38,39 +34,15 @@ int PixelsOf(QWidget* w, QColor color) {
     return n;
 }
 
-class IntlFormsTest : public ::testing::Test {
+class IntlFormsTest : public designertest::InspectorFixture {
 protected:
-    void SetUp() override {
-        model = TIDEModel::Create();
-        model->SetQuestion([](const std::string&, const std::string&) { return mrNo; });
-        model->OpenProjectFile(copy.File("Intl.dpr"));
-        designers = std::make_unique<TFormDesigners>(model.get());
-        designers->SetInspector(&inspector);
+    IntlFormsTest() : InspectorFixture(testfiles::DataDir() / "intl", "Intl.dpr") {}
+    // The designer window of the unit's form, shown in the inspector too.
+    TDesignerWindow* Show(const std::string& unit) {
+        editor = Open(unit + ".pas");
+        return window;
     }
-    void TearDown() override {
-        inspector.SetFormEditor(nullptr);
-        designers.reset();
-        QApplication::processEvents();
-        model->CloseAll();
-        model = nullptr;
-    }
-    TDesignerWindow* Open(const std::string& unit) {
-        module = model->OpenModuleFile(copy.File(unit + ".pas"), TOpenMode::Show);
-        editor = module->FormEditor();
-        inspector.SetFormEditor(editor);
-        return designers->Open(editor);
-    }
-    void Select(const std::string& name) {
-        TDesignComponent* c = editor->Root()->FindComponent(name);
-        editor->Select(c ? c : editor->Root(), false);
-    }
-
-    testfiles::TFilesCopy copy{testfiles::DataDir() / "intl"};
-    DelphiInterface<TIDEModel> model;
-    DelphiInterface<TModelModule> module;
     TFormEditor* editor = nullptr;
-    std::unique_ptr<TFormDesigners> designers;
-    TObjectInspector inspector;
 };
 
 // The text a widget of the designer shows.
@@ -126,11 +98,11 @@ const TShownCase kShown[] = {
 
 TEST_F(IntlFormsTest, TheDesignerAndTheInspectorShowEachStringAsTheFormStoresIt) {
     for (const TShownCase& c : kShown) {
-        TDesignerWindow* w = Open(c.unit);
+        TDesignerWindow* w = Show(c.unit);
         ASSERT_NE(w, nullptr) << c.unit;
         EXPECT_EQ(Shown(w, c.component), U(c.text)) << c.unit << " " << c.component;
         if (!c.property) continue;
-        Select(c.component);
+        Select(editor, c.component);
         EXPECT_EQ(inspector.ValueText(c.property), U(c.text)) << c.unit << " " << c.component;
     }
 }
@@ -154,8 +126,8 @@ TEST_F(IntlFormsTest, AnEditedValueIsSavedWithEveryCharacterAndReadsBack) {
         {"Persian", "", "Caption", "گزینه‌ها", true},
     };
     for (const Case& c : cases) {
-        TDesignerWindow* w = Open(c.unit);
-        Select(c.component);
+        TDesignerWindow* w = Show(c.unit);
+        Select(editor, c.component);
         ASSERT_TRUE(inspector.EditValue(c.property, U(c.typed))) << c.typed;
         EXPECT_EQ(inspector.ValueText(c.property), U(c.typed));
         QApplication::processEvents();
@@ -172,7 +144,7 @@ TEST_F(IntlFormsTest, AnEditedValueIsSavedWithEveryCharacterAndReadsBack) {
 }
 
 TEST_F(IntlFormsTest, ButtonGlyphsArePaintedWithoutTheirTransparentColour) {
-    TDesignerWindow* w = Open("Glyphs");
+    TDesignerWindow* w = Show("Glyphs");
     const QColor fuchsia(255, 0, 255), olive(128, 128, 0), red(220, 0, 0), gray(128, 128, 128),
         green(0, 170, 0);
     // Two glyphs side by side: the first for the button, the second for the disabled one.
@@ -193,7 +165,7 @@ TEST_F(IntlFormsTest, ButtonGlyphsArePaintedWithoutTheirTransparentColour) {
 }
 
 TEST_F(IntlFormsTest, TabsShowTheirImagesFromTheImageListAndASheetKeepsItsBorder) {
-    TDesignerWindow* w = Open("Glyphs");
+    TDesignerWindow* w = Show("Glyphs");
     auto* pages = w->findChild<QTabWidget*>("Pages");
     ASSERT_NE(pages, nullptr);
     // Each sheet's ImageIndex picks its image; the list's mask leaves a two-pixel rim out.
