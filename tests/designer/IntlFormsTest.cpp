@@ -71,7 +71,7 @@ struct TShownCase {
     const char* unit;
     const char* component; // empty for the form
     const char* property;
-    const char* text;      // UTF-8
+    const char* text; // UTF-8
 };
 
 // Narrow strings of Windows-1252 (Portuguese), GBK (Chinese) and Windows-1256 (Persian) by the
@@ -134,8 +134,8 @@ TEST_F(IntlFormsTest, AnEditedValueIsSavedWithEveryCharacterAndReadsBack) {
         EXPECT_EQ(Shown(w, c.component), U(c.typed));
         ASSERT_TRUE(module->Save(false, false));
         TFormFile again = LoadFormFile(copy.File(std::string(c.unit) + ".dfm"));
-        TDesignComponent* saved = *c.component ? again.Root->FindComponent(c.component)
-                                               : again.Root.get();
+        TDesignComponent* saved =
+            *c.component ? again.Root->FindComponent(c.component) : again.Root.get();
         const auto* p = saved->FindProperty(c.property);
         ASSERT_NE(p, nullptr);
         EXPECT_EQ(QString::fromStdU16String(DesignString(*p, FormCodePage(*saved))), U(c.typed));

@@ -10,10 +10,12 @@ TEST(CodePages, EachCharacterSetNamesItsCodePage) {
     struct Case {
         int charset, codePage;
     };
-    for (Case c : {Case{0, 1252}, {1, HostCodePage}, {2, HostCodePage}, {128, 932}, {129, 949},
-                   {134, 936}, {136, 950}, {161, 1253}, {162, 1254}, {163, 1258}, {177, 1255},
-                   {178, 1256}, {186, 1257}, {204, 1251}, {222, 874}, {238, 1250},
-                   {255, HostCodePage}}) {
+    const Case cases[] = {{0, 1252},          {1, HostCodePage}, {2, HostCodePage}, {128, 932},
+                          {129, 949},         {134, 936},        {136, 950},        {161, 1253},
+                          {162, 1254},        {163, 1258},       {177, 1255},       {178, 1256},
+                          {186, 1257},        {204, 1251},       {222, 874},        {238, 1250},
+                          {255, HostCodePage}};
+    for (Case c : cases) {
         EXPECT_EQ(CharsetCodePage(c.charset), c.codePage) << c.charset;
         EXPECT_TRUE(IsKnownCodePage(c.codePage)) << c.codePage;
     }
@@ -29,7 +31,7 @@ TEST(CodePages, TextOfEachCodePageReadsAndWritesBack) {
         const char16_t* text;
     };
     const Case cases[] = {
-        {1252, "Configura\xE7\xF5" "es \x80", u"Configurações €"},
+        {1252, "Configura\xE7\xF5\x65s \x80", u"Configurações €"},
         {1250, "\xF5r \x8A\xE8", u"őr Šč"},
         {1251, "\xCF\xF0\xE8\xEC\xE5\xF0", u"Пример"},
         {1253, "\xC5\xEB\xEB\xDC\xE4\xE1", u"Ελλάδα"},
@@ -57,8 +59,9 @@ TEST(CodePages, TextACodePageCantHoldIsRefusedWholeNotReplaced) {
         int codePage;
         const char16_t* text;
     };
-    for (Case c : {Case{1252, u"Preço ≡"}, {1251, u"Configurações"}, {1256, u"تنظیمات"},
-                   {936, u"Configurações"}, {CP_UTF8, u"a\xD800z"}, {437, u"plain"}}) {
+    const Case cases[] = {{1252, u"Preço ≡"},      {1251, u"Configurações"}, {1256, u"تنظیمات"},
+                          {936, u"Configurações"}, {CP_UTF8, u"a\xD800z"},   {437, u"plain"}};
+    for (Case c : cases) {
         std::string out = "left over";
         EXPECT_FALSE(Utf16ToCodePage(c.text, c.codePage, out)) << c.codePage;
         EXPECT_TRUE(out.empty()) << c.codePage;

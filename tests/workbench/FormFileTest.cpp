@@ -198,7 +198,9 @@ TEST(FormStrings, NarrowStringsReadInTheCodePageOfTheirFontsCharacterSet) {
         int codePage;
         const char16_t* caption;
     };
-    for (Case c : {Case{"F", 1253, u"Ελ"}, {"Inherits", 1253, u"Ελ"}, {"Own", 1250, u"ő"},
+    for (Case c : {Case{"F", 1253, u"Ελ"},
+                   {"Inherits", 1253, u"Ελ"},
+                   {"Own", 1250, u"ő"},
                    {"Plain", rtl::HostCodePage, u"Ел"}}) {
         const TDesignComponent* component =
             std::string(c.name) == "F" ? f.Root.get() : f.Root->FindComponent(c.name);

@@ -1,5 +1,5 @@
-// Test helpers: the example project and the test projects, copied into a directory of the test's own so that tests
-// may change and save its files, and small file writers.
+// Test helpers: the example project and the test projects, copied into a directory of the test's
+// own so that tests may change and save its files, and small file writers.
 #pragma once
 
 #include <cstdlib>

@@ -2,17 +2,17 @@
 
 #include "toolsapi/Forms.h"
 
+#include "toolsapi/QtBridge.h"
 #include "workbench/designer/Controls.h"
 #include "workbench/designer/Pictures.h"
-#include "toolsapi/QtBridge.h"
 #include "workbench/designer/VclValues.h"
 #include "workbench/model/LibraryClasses.h"
 
 #include "rtl/Filer.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QCloseEvent>
+#include <QIcon>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMouseEvent>
@@ -272,8 +272,7 @@ void TDesignerWindow::BuildChildren(const TDesignComponent& shown, QWidget* pare
         // A border around the client area, as a windowed control's BorderWidth leaves: the
         // places of the controls in it count from inside the border.
         int border = int(std::clamp<int64_t>(shown.IntProp("BorderWidth", 0), 0, 1000));
-        if (border > 0 && w->parentWidget() == parent)
-            w->move(w->pos() + QPoint(border, border));
+        if (border > 0 && w->parentWidget() == parent) w->move(w->pos() + QPoint(border, border));
     }
 }
 

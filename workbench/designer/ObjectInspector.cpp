@@ -455,7 +455,8 @@ bool TObjectInspector::EditValue(const QString& name, const QString& text) {
         // A string takes what was typed as it stands, blanks included, with every character: in
         // the form's code page where that holds them and the value was no wide string, else as
         // a wide string.
-        textForm = FormStringValue(text.toStdU16String(), FormCodePage(*c), IsWideDesignString(*old));
+        textForm =
+            FormStringValue(text.toStdU16String(), FormCodePage(*c), IsWideDesignString(*old));
     } else if (oldKind == TDesignValueKind::Boolean) {
         if (rtl::SameText(value, "True"))
             textForm = "True";

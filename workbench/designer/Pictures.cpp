@@ -40,8 +40,8 @@ TBmp ReadBmp(std::string_view d) {
     if (infoSize < 40 || width <= 0 || height == 0 || width > 16384 || std::abs(height) > 16384)
         return bmp;
     uint64_t stride = (uint64_t(width) * bits + 31) / 32 * 4;
-    uint64_t pixels = compression == 0 || compression == 3 ? stride * uint64_t(std::abs(height))
-                                                            : sizeImage;
+    uint64_t pixels =
+        compression == 0 || compression == 3 ? stride * uint64_t(std::abs(height)) : sizeImage;
     if (offset > d.size() || pixels > d.size() - offset) return bmp;
     bmp.Length = offset + static_cast<size_t>(pixels);
     if (!bmp.Image.loadFromData(reinterpret_cast<const uchar*>(d.data()), int(bmp.Length), "BMP"))
@@ -104,7 +104,8 @@ QIcon ButtonGlyph(const TDesignComponent& button) {
     if (width == 0) return {};
     QRgb key = all.pixel(0, all.height() - 1);
     auto glyph = [&](int i) {
-        return QPixmap::fromImage(WithTransparent(all.copy(i * width, 0, width, all.height()), key));
+        return QPixmap::fromImage(
+            WithTransparent(all.copy(i * width, 0, width, all.height()), key));
     };
     QIcon icon(glyph(0));
     if (count > 1) icon.addPixmap(glyph(1), QIcon::Disabled);

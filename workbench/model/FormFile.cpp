@@ -46,7 +46,8 @@ std::string QuoteUnits(std::basic_string_view<Char> s, Printable printable) {
 } // namespace
 
 std::string QuoteFormString(const std::string& s) {
-    return QuoteUnits(std::string_view(s), [](char c) { return static_cast<unsigned char>(c) >= 32; });
+    return QuoteUnits(std::string_view(s),
+                      [](char c) { return static_cast<unsigned char>(c) >= 32; });
 }
 
 std::string QuoteWideFormString(std::u16string_view s) {
@@ -452,7 +453,8 @@ int FormCodePage(const TDesignComponent& component) {
 
 bool IsWideDesignString(const TDesignProperty& p) {
     auto tag = p.Raw.empty() ? uint8_t(rtl::vaString) : static_cast<uint8_t>(p.Raw[0]);
-    return p.Kind == TDesignValueKind::String && (tag == rtl::vaWString || tag == rtl::vaUTF8String);
+    return p.Kind == TDesignValueKind::String &&
+           (tag == rtl::vaWString || tag == rtl::vaUTF8String);
 }
 
 std::u16string DesignString(const TDesignProperty& p, int codePage) {
