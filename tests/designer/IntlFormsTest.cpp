@@ -105,6 +105,8 @@ TEST_F(IntlFormsTest, TheDesignerAndTheInspectorShowEachStringAsTheFormStoresIt)
         Select(editor, c.component);
         EXPECT_EQ(inspector.ValueText(c.property), U(c.text)) << c.unit << " " << c.component;
     }
+    // A font's name is a string of its form too.
+    EXPECT_EQ(Show("Chinese")->findChild<QLabel*>("FontLabel")->font().family(), U("宋体"));
 }
 
 TEST_F(IntlFormsTest, AnEditedValueIsSavedWithEveryCharacterAndReadsBack) {

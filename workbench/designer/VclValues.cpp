@@ -123,10 +123,9 @@ bool OwnFont(const TDesignComponent& c) {
 QFont VclFont(const TDesignComponent& c, const QFont& base) {
     QFont f = base;
     if (!OwnFont(c)) return f;
-    std::string name = c.StrProp("Font.Name");
-    if (!name.empty()) {
+    // A font's name is a string of the form too: '宋体' in a Chinese form's code page.
+    if (QString family = TextProp(c, "Font.Name"); !family.isEmpty()) {
         // The classic bitmap fonts are not on this system: their metrics match a sans face.
-        QString family = FromBytes(name);
         if (family == "MS Sans Serif" || family == "MS Shell Dlg" || family == "Tahoma")
             family = QFontDatabase::systemFont(QFontDatabase::GeneralFont).family();
         f.setFamily(family);

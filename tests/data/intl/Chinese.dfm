@@ -19,6 +19,12 @@ object ChineseForm: TChineseForm
     Width = 60
     Height = 13
     Caption = '×ÖÌו'
+    Font.Charset = GB2312_CHARSET
+    Font.Color = clWindowText
+    Font.Height = -12
+    Font.Name = 'ËÎÌו'
+    Font.Style = []
+    ParentFont = False
   end
   object NameLabel: TLabel
     Left = 8
