@@ -57,22 +57,32 @@ QIcon Swatch(TColor color) {
     return QIcon(pixmap);
 }
 
-bool IsDoubleClick(QEvent* event) {
-    return event->type() == QEvent::MouseButtonDblClick;
+} // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Combo edits with a dialog
+
+TOwnerComboEdit::TOwnerComboEdit(QWidget* parent) : QComboBox(parent) {
+    setEditable(true);
+    setInsertPolicy(QComboBox::NoInsert);
+    lineEdit()->installEventFilter(this);
+    installEventFilter(this);
 }
 
-} // namespace
+bool TOwnerComboEdit::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonDblClick) {
+        CustomQuery();
+        return true;
+    }
+    return QComboBox::eventFilter(watched, event);
+}
 
 // ---------------------------------------------------------------------------------------------
 // Colours
 
-TColorEdit::TColorEdit(QWidget* parent) : QComboBox(parent) {
-    setEditable(true);
-    setInsertPolicy(QComboBox::NoInsert);
+TColorEdit::TColorEdit(QWidget* parent) : TOwnerComboEdit(parent) {
     for (const auto& [name, color] : kColors)
         addItem(Swatch(TColor(color)), name, QVariant::fromValue(color));
-    lineEdit()->installEventFilter(this);
-    installEventFilter(this);
     connect(this, &QComboBox::activated, this, [this](int index) {
         SetColorValue(TColor(itemData(index).toUInt()));
     });
@@ -116,24 +126,13 @@ void TColorEdit::CustomQuery() {
     SetColorValue(TColor(chosen.red() | chosen.green() << 8 | chosen.blue() << 16));
 }
 
-bool TColorEdit::eventFilter(QObject* watched, QEvent* event) {
-    if (IsDoubleClick(event)) {
-        CustomQuery();
-        return true;
-    }
-    return QComboBox::eventFilter(watched, event);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Fonts
 
-TFontEdit::TFontEdit(QWidget* parent) : QComboBox(parent) {
-    setEditable(true);
-    setInsertPolicy(QComboBox::NoInsert);
+TFontEdit::TFontEdit(QWidget* parent) : TOwnerComboEdit(parent) {
     QStringList families = QFontDatabase::families();
     families.sort(Qt::CaseInsensitive);
     addItems(families);
-    lineEdit()->installEventFilter(this);
     connect(this, &QComboBox::currentTextChanged, this, [this](const QString& name) {
         if (setting_ || name.isEmpty()) return;
         selFont_.Name = ToolsAPI::ToBytes(name);
@@ -172,13 +171,6 @@ void TFontEdit::CustomQuery() {
     emit Changed();
 }
 
-bool TFontEdit::eventFilter(QObject* watched, QEvent* event) {
-    if (IsDoubleClick(event)) {
-        CustomQuery();
-        return true;
-    }
-    return QComboBox::eventFilter(watched, event);
-}
 
 // ---------------------------------------------------------------------------------------------
 // Pictures

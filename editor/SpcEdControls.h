@@ -19,9 +19,26 @@
 
 namespace zelvane {
 
+// An editable combo box whose double click asks for the value in a dialog of the platform
+// (CustomQuery); Changed reports a new value, typed, chosen from the list or from the dialog.
+class TOwnerComboEdit : public QComboBox {
+    Q_OBJECT
+public:
+    explicit TOwnerComboEdit(QWidget* parent = nullptr);
+    virtual void CustomQuery() {}
+
+signals:
+    void Changed();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    // True while the value is being shown, so that the list's own notices report nothing.
+    bool setting_ = false;
+};
+
 // A colour chosen from the 45 standard and system colours, typed as a name or number, or
-// picked in the colour dialog on a double click.
-class TColorEdit : public QComboBox {
+// picked in the colour dialog.
+class TColorEdit : public TOwnerComboEdit {
     Q_OBJECT
 public:
     explicit TColorEdit(QWidget* parent = nullptr);
@@ -33,41 +50,27 @@ public:
     // A name of the list (any case), else a number, else the default.
     rtl::TColor StringToColor(const std::string& text, rtl::TColor def) const;
     // Opens the colour dialog at the value.
-    void CustomQuery();
-
-signals:
-    void Changed();
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    void CustomQuery() override;
 
 private:
     void TextEdited();
     rtl::TColor value_ = rtl::TColor(0);
-    bool setting_ = false;
 };
 
-// A font chosen from the installed families by name, or in the font dialog on a double click;
-// SelFont holds the whole font, of which the list shows the name.
-class TFontEdit : public QComboBox {
+// A font chosen from the installed families by name, or in the font dialog; SelFont holds the
+// whole font, of which the list shows the name.
+class TFontEdit : public TOwnerComboEdit {
     Q_OBJECT
 public:
     explicit TFontEdit(QWidget* parent = nullptr);
 
     const rtl::TFont& SelFont() const { return selFont_; }
     void SetSelFont(const rtl::TFont& font);
-    void CustomQuery();
-
-signals:
-    void Changed();
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    void CustomQuery() override;
 
 private:
     void UpdateCombo();
     rtl::TFont selFont_;
-    bool setting_ = false;
 };
 
 // A picture of its own, shown stretched; an empty one is a dotted frame that can still be seen

@@ -119,3 +119,20 @@ TEST_F(EditorProTest, SpinOveruseMakesEveryIntegerASpinEdit) {
 }
 
 } // namespace
+
+namespace {
+
+TEST(ColorEdit, TakesNamesAndNumbersAndKeepsItsValueOnAnythingElse) {
+    zelvane::TColorEdit edit;
+    edit.SetColorValue(rtl::clRed);
+    const std::pair<const char*, uint32_t> cases[] = {
+        {"blue", 0xFF0000}, {"$1FFFFFFF", 0x1FFFFFFF}, {"nonsense", 0x1FFFFFFF}, {"255", 0x0000FF}};
+    for (auto [typed, expected] : cases) {
+        edit.lineEdit()->setText(typed);
+        emit edit.lineEdit()->editingFinished();
+        EXPECT_EQ(uint32_t(edit.ColorValue()), expected) << typed;
+    }
+    EXPECT_EQ(edit.currentText(), "Red") << "a number of the list shows its name";
+}
+
+} // namespace
