@@ -177,7 +177,7 @@ TWorkbenchApplication* TWorkbenchApplication::Instance() {
 bool TWorkbenchApplication::notify(QObject* receiver, QEvent* event) {
     if (event->type() == QEvent::PolishRequest && receiver->isWidgetType()) {
         auto* w = static_cast<QWidget*>(receiver);
-        if (w->isWindow() && knownWindows_.insert(w).second) windows_.emplace_back(w, w);
+        if (w->isWindow()) NoteWindow(w);
     }
     try {
         return QApplication::notify(receiver, event);
@@ -445,12 +445,24 @@ bool TWorkbenchApplication::eventFilter(QObject* watched, QEvent* event) {
 // ---------------------------------------------------------------------------------------------
 // Screen
 
-std::vector<QWidget*> TWorkbenchApplication::Forms() {
+// Forgets the windows that have gone or are windows no more.
+void TWorkbenchApplication::ForgetGoneWindows() {
     std::erase_if(windows_, [this](const auto& entry) {
         if (entry.second && entry.second->isWindow()) return false;
         knownWindows_.erase(entry.first);
         return true;
     });
+}
+
+// A window joins the order when it is first polished. A new window may stand where a gone one
+// stood, so the gone ones are forgotten first, or the new one would pass for the old.
+void TWorkbenchApplication::NoteWindow(QWidget* w) {
+    if (knownWindows_.count(w)) ForgetGoneWindows();
+    if (knownWindows_.insert(w).second) windows_.emplace_back(w, w);
+}
+
+std::vector<QWidget*> TWorkbenchApplication::Forms() {
+    ForgetGoneWindows();
     std::vector<QWidget*> forms;
     for (const auto& [address, w] : windows_)
         if (IsForm(w)) forms.push_back(w);

@@ -101,6 +101,8 @@ private:
     void Idle();
     // The forms in creation order, top-level widgets not seen yet last.
     std::vector<QWidget*> Forms();
+    void ForgetGoneWindows();
+    void NoteWindow(QWidget* w);
     void CheckActiveForm();
     void UpdateMenuActions(QWidget* menu);
     void RunUpdate(QAction* action);
