@@ -11,7 +11,7 @@ REL_DIR   := build/release
 FUZZ_DIR  := build/fuzz
 CMAKE_GEN := -G Ninja
 
-.PHONY: all deps test run build bench fuzz format clean package
+.PHONY: all deps test run build bench fuzz format clean package coverage
 
 all: build
 
@@ -49,6 +49,10 @@ fuzz: deps
 	  -DCMAKE_CXX_COMPILER=clang++ >/dev/null
 	@cmake --build $(FUZZ_DIR) -j $(JOBS)
 	@bash scripts/fuzz.sh $(FUZZ_DIR)
+
+# Line and branch coverage of the suite per directory, on a build of its own.
+coverage: deps
+	@bash scripts/coverage.sh build/coverage
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -10,7 +10,7 @@ packages=(
   fp-compiler fp-units-rtl fp-units-base
   clang libclang-rt-14-dev
   xvfb xauth fonts-dejavu-core fonts-wqy-microhei
-  dpkg-dev file
+  dpkg-dev file gcovr
 )
 
 missing=()
