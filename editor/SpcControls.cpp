@@ -153,6 +153,12 @@ QWidget* MakeCheckListControl(QWidget* parent, const QStringList& items,
     return list;
 }
 
+QStringList ToQStrings(const TStrings& list) {
+    QStringList result;
+    for (int i = 0; i < list.Count(); ++i) result << ToolsAPI::FromBytes(list.Strings(i));
+    return result;
+}
+
 std::string EditText(const QWidget* edit) {
     return ToolsAPI::ToBytes(static_cast<const QLineEdit*>(edit)->text());
 }

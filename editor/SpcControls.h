@@ -15,6 +15,7 @@
 
 #include "editor/SpcShrTypes.h"
 #include "rtl/Classes.h"
+#include "rtl/Lists.h"
 #include "rtl/TypInfo.h"
 
 #include <QPointer>
@@ -131,6 +132,9 @@ QWidget* MakeComboControl(QWidget* parent, const QStringList& items, const TChan
 QWidget* MakeCheckControl(QWidget* parent, const TChangeAction& onChange);
 QWidget* MakeCheckListControl(QWidget* parent, const QStringList& items,
                               const TChangeAction& onChange);
+
+// The lines of a string list, as Qt text.
+QStringList ToQStrings(const rtl::TStrings& list);
 
 std::string EditText(const QWidget* edit);
 void SetEditText(QWidget* edit, const std::string& text);

@@ -80,12 +80,6 @@ TObject* ObjectOf(const TSpcObjectOps& ops, TControlInfo* info) {
     return static_cast<TObject*>(value);
 }
 
-QStringList LinesOf(TStrings* strings) {
-    QStringList lines;
-    for (int i = 0; i < strings->Count(); ++i) lines << ToolsAPI::FromBytes(strings->Strings(i));
-    return lines;
-}
-
 void SetLines(TStrings* strings, const QStringList& lines) {
     strings->BeginUpdate();
     strings->Clear();
@@ -293,7 +287,7 @@ void TSpcEditorPro::SetControlData(TControlInfo* info) {
         auto* strings = static_cast<TCheckStrings*>(ObjectOf(ops, info));
         auto* list = static_cast<QListWidget*>(control);
         list->clear();
-        SetItems(list, LinesOf(strings));
+        SetItems(list, ToQStrings(*strings));
         for (int index : CheckedIndexes(strings->CheckedInds))
             if (index < list->count()) list->item(index)->setCheckState(Qt::Checked);
         break;
@@ -302,7 +296,7 @@ void TSpcEditorPro::SetControlData(TControlInfo* info) {
         auto* strings = static_cast<TSelectStrings*>(ObjectOf(ops, info));
         auto* combo = static_cast<QComboBox*>(control);
         combo->clear();
-        combo->addItems(LinesOf(strings));
+        combo->addItems(ToQStrings(*strings));
         combo->setCurrentIndex(strings->ItemIndex >= 0 ? strings->ItemIndex : -1);
         break;
     }
@@ -526,7 +520,7 @@ void TSpcEditorPro::StringsMenuItemClick(int tag) {
         if (file.isEmpty()) return;
         TStringList lines;
         lines.LoadFromFile(ToolsAPI::ToBytes(file));
-        SetItems(control, LinesOf(&lines));
+        SetItems(control, ToQStrings(lines));
         break;
     }
     case 7: {

@@ -34,12 +34,6 @@ private:
     bool on_;
 };
 
-QStringList ToQStrings(const TStrings& list) {
-    QStringList result;
-    for (int i = 0; i < list.Count(); ++i) result << ToolsAPI::FromBytes(list.Strings(i));
-    return result;
-}
-
 // Each "##" becomes a line break, scanning on behind it.
 std::string ExpandPseudoNewLines(std::string text) {
     for (size_t pos = text.find(PseudoNewLine); pos != std::string::npos;
