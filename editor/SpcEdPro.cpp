@@ -427,14 +427,14 @@ static std::unique_ptr<QMenu> MakeTagMenu(const char* name,
                                           const std::function<void(int)>& click) {
     auto menu = std::make_unique<QMenu>();
     menu->setObjectName(name);
-    for (auto [tag, caption] : items) {
+    for (const auto& [tag, caption] : items) {
         if (tag == 0) {
             menu->addSeparator();
             continue;
         }
         QAction* action = menu->addAction(caption);
         action->setData(tag);
-        QObject::connect(action, &QAction::triggered, menu.get(), [click, tag] { click(tag); });
+        QObject::connect(action, &QAction::triggered, menu.get(), [click, tag = tag] { click(tag); });
     }
     return menu;
 }
