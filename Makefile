@@ -46,7 +46,7 @@ bench: build
 
 fuzz: deps
 	@cmake -S . -B $(FUZZ_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DZELVANE_FUZZ=ON -DZELVANE_TESTS=OFF \
-	  -DCMAKE_CXX_COMPILER=clang++ >/dev/null
+	  -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" >/dev/null
 	@cmake --build $(FUZZ_DIR) -j $(JOBS)
 	@bash scripts/fuzz.sh $(FUZZ_DIR)
 

@@ -6,6 +6,8 @@
 #include "host/ExpMng.h"
 #include "locale/LocaleIds.h"
 
+#include <QApplication>
+
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -30,6 +32,14 @@ const std::string& WorkDir() {
 }
 
 } // namespace
+
+// The manager makes the settings editor, whose menus need an application: one for the run, on
+// Qt's offscreen platform.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    static QApplication app(*argc, *argv);
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string& dir = WorkDir();

@@ -1,5 +1,5 @@
 // Drives TIniStrings with random text: reading it, writing it back and reading that again, and
-// the lookups and edits on every section and key found.
+// the lookups on every section and key found and edits on the first keys of each section.
 #include "FuzzInput.h"
 #include "foundation/Classes.h"
 
@@ -44,6 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             const std::string key = keys.Strings(k);
             if (!ini.HasKey(section, key)) std::abort();
             std::string value = ini.ReadString(section, key, "\x01");
+            // Each edit of a sorted section sorts it again: the first keys are edited, so that
+            // a long input costs time in proportion to its length.
+            if (k >= 4) continue;
             ini.WriteString(section, key, value + "x");
             ini.ReplaceString(section, key, key + "_");
             ini.AddString(section, key);
