@@ -67,7 +67,9 @@ TEST(CreateException, RaisesTheClassWithItsTextByNumberOrAsGiven) {
               "Identifier value must be unique [Abc]");
     EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(std::string("plain text")); }),
               "plain text");
-    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>("%s has %d lines", {"unit", 12}); }),
+    EXPECT_EQ(MessageOf<ETestError>([] {
+                  CreateException<ETestError>("%s has %d lines", {"unit", 12});
+              }),
               "unit has 12 lines");
     // The text of a number follows the installed language.
     SetResStrLookup([](int id) { return id == SZeroFileSize ? std::string("Null") : ""; });
@@ -76,96 +78,77 @@ TEST(CreateException, RaisesTheClassWithItsTextByNumberOrAsGiven) {
 }
 
 TEST(EIdentError, EveryConstructorSetsTheIdent) {
-    EIdentError a("text", 1);
-    EXPECT_EQ(a.Ident, 1);
-    EXPECT_EQ(a.Message(), "text");
-    EIdentError b("value %d", {7}, 2);
-    EXPECT_EQ(b.Ident, 2);
-    EXPECT_EQ(b.Message(), "value 7");
-    EIdentError c(TErrorInfo{3, "info"});
-    EXPECT_EQ(c.Ident, 3);
-    EXPECT_EQ(c.Message(), "info");
-    EIdentError d(TErrorInfo{4, "info %s"}, {"x"});
-    EXPECT_EQ(d.Ident, 4);
-    EXPECT_EQ(d.Message(), "info x");
-    EIdentError e(TResErrorInfo{5, SNoIdentIntf});
-    EXPECT_EQ(e.Ident, 5);
-    EXPECT_EQ(e.Message(), "Object should support interface IIdentIntf");
-    EIdentError f(TResErrorInfo{6, SIdentNotAcceptable}, {"1a"});
-    EXPECT_EQ(f.Ident, 6);
-    EXPECT_EQ(f.Message(), "Unacceptable value for identifier [1a]");
-    EXPECT_TRUE(f.InheritsFrom(rtl::Exception::StaticClass()));
+    const EIdentError errors[] = {EIdentError("text", 1),
+                                  EIdentError("value %d", {7}, 2),
+                                  EIdentError(TErrorInfo{3, "info"}),
+                                  EIdentError(TErrorInfo{4, "info %s"}, {"x"}),
+                                  EIdentError(TResErrorInfo{5, SNoIdentIntf}),
+                                  EIdentError(TResErrorInfo{6, SIdentNotAcceptable}, {"1a"})};
+    std::vector<std::string> got;
+    for (const auto& e : errors)
+        got.push_back(std::to_string(e.Ident) + " " + e.Message());
+    EXPECT_EQ(got, (std::vector<std::string>{"1 text", "2 value 7", "3 info", "4 info x",
+                                             "5 Object should support interface IIdentIntf",
+                                             "6 Unacceptable value for identifier [1a]"}));
+    EXPECT_TRUE(errors[5].InheritsFrom(rtl::Exception::StaticClass()));
+}
+
+// GetExceptionStr and GetFullExceptionStr while an ETestError of the message is handled.
+std::pair<std::string, std::string> ExceptionStrs(const std::string& message) {
+    try {
+        throw ETestError(message);
+    } catch (...) {
+        return {GetExceptionStr(), GetFullExceptionStr()};
+    }
 }
 
 TEST(ExceptionStr, HeaderAndMessageSeparatedByOneLineFeed) {
     EXPECT_EQ(GetExceptionStr(), "");
-    try {
-        throw ETestError("Broken");
-    } catch (...) {
-        std::string s = GetExceptionStr();
-        EXPECT_EQ(s.rfind("Exception at ", 0), 0u) << s;
-        size_t lf = s.find('\n');
-        ASSERT_NE(lf, std::string::npos);
-        EXPECT_EQ(s.substr(lf - 11, 11), "ETestError:");
-        EXPECT_EQ(s.substr(lf + 1), "Broken.");
-        std::string full = GetFullExceptionStr();
-        EXPECT_EQ(full.substr(0, lf), s.substr(0, lf));
-        EXPECT_EQ(full.substr(lf), "\r\nBroken.");
-    }
+    auto [s, full] = ExceptionStrs("Broken");
+    EXPECT_EQ(s.rfind("Exception at ", 0), 0u) << s;
+    size_t lf = s.find('\n');
+    ASSERT_NE(lf, std::string::npos);
+    EXPECT_EQ(s.substr(lf - 11, 11), "ETestError:");
+    EXPECT_EQ(s.substr(lf + 1), "Broken.");
+    EXPECT_EQ(full.substr(0, lf), s.substr(0, lf));
+    EXPECT_EQ(full.substr(lf), "\r\nBroken.");
 }
 
 TEST(ExceptionStr, NoSecondFullStopAndAtMost1024Bytes) {
-    try {
-        throw ETestError("Ends with a stop.");
-    } catch (...) {
-        std::string s = GetExceptionStr();
-        EXPECT_EQ(s.substr(s.size() - 5), "stop.");
-    }
-    try {
-        throw ETestError(std::string(3000, 'x'));
-    } catch (...) {
-        EXPECT_EQ(GetExceptionStr().size(), 1024u);
-    }
+    std::string s = ExceptionStrs("Ends with a stop.").first;
+    EXPECT_EQ(s.substr(s.size() - 5), "stop.");
+    EXPECT_EQ(ExceptionStrs(std::string(3000, 'x')).first.size(), 1024u);
 }
 
 // --- paths -----------------------------------------------------------------------------------
 
-// Each path and what the function makes of it.
-struct PathCase {
-    const char* path;
-    const char* expected;
-};
-
-TEST(Paths, TravelUpDir) {
-    for (const PathCase& c : std::initializer_list<PathCase>{
-             {"C:\\a\\b\\", "C:\\a\\"},
-             {"C:\\a\\b  ", "C:\\a\\"},
-             {"C:\\a\\b", "C:\\a\\"},
-             {"abc", ""},
-             {"", ""},
-             {"/home/user/src/", "/home/user/"},
-             {"/x", "/"},
-         })
-        EXPECT_EQ(TravelUpDir(c.path), c.expected) << c.path;
-}
-
-TEST(Paths, ExtractFileNameEx) {
-    for (const PathCase& c : std::initializer_list<PathCase>{
-             {"C:\\dir\\Unit1.pas", "Unit1"},
-             {"C:Unit1.pas", "Unit1"},
-             {"C:\\dir\\Makefile", "Makefile"},
-             {"a.b.c", "a.b"},
-             {"/usr/lib/libz.so", "libz"},
-             // A "." that stands only in the directory leaves no name.
-             {"C:\\my.dir\\Makefile", ""},
-         })
-        EXPECT_EQ(ExtractFileNameEx(c.path), c.expected) << c.path;
-}
-
-TEST(Paths, ChangeFileName) {
-    EXPECT_EQ(ChangeFileName("C:\\dir\\Unit1.pas", "Main"), "C:\\dir\\Main.pas");
-    EXPECT_EQ(ChangeFileName("/src/Unit1.dfm", "Form"), "/src/Form.dfm");
-    EXPECT_EQ(ChangeFileName("noext", "other"), "other");
+TEST(Paths, TravelUpDirExtractFileNameExAndChangeFileName) {
+    struct Case {
+        std::string (*Fn)(std::string_view);
+        const char *Path, *Expected;
+    };
+    auto change = [](std::string_view path) { return ChangeFileName(path, "New"); };
+    const Case cases[] = {
+        {TravelUpDir, "C:\\a\\b\\", "C:\\a\\"},
+        {TravelUpDir, "C:\\a\\b  ", "C:\\a\\"},
+        {TravelUpDir, "C:\\a\\b", "C:\\a\\"},
+        {TravelUpDir, "abc", ""},
+        {TravelUpDir, "", ""},
+        {TravelUpDir, "/home/user/src/", "/home/user/"},
+        {TravelUpDir, "/x", "/"},
+        {ExtractFileNameEx, "C:\\dir\\Unit1.pas", "Unit1"},
+        {ExtractFileNameEx, "C:Unit1.pas", "Unit1"},
+        {ExtractFileNameEx, "C:\\dir\\Makefile", "Makefile"},
+        {ExtractFileNameEx, "a.b.c", "a.b"},
+        {ExtractFileNameEx, "/usr/lib/libz.so", "libz"},
+        // A "." that stands only in the directory leaves no name.
+        {ExtractFileNameEx, "C:\\my.dir\\Makefile", ""},
+        {change, "C:\\dir\\Unit1.pas", "C:\\dir\\New.pas"},
+        {change, "/src/Unit1.dfm", "/src/New.dfm"},
+        {change, "noext", "New"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(c.Fn(c.Path), c.Expected) << c.Path;
 }
 
 TEST(Paths, ReleaseStringCutsAtTheFirstZero) {
@@ -222,61 +205,42 @@ TEST(Files, ReadWriteAndSize) {
 
 // --- the log ---------------------------------------------------------------------------------
 
-TEST(AddLogData, CreatesAndAppendsWithCrLf) {
+TEST(AddLogData, AppendsWithCrLfAndAFileOfTheMaximumStartsAnew) {
+    struct Step {
+        const char* Text;
+        int MaxSize;
+        const char* Expected;
+    };
+    const Step steps[] = {
+        {"first", 1000, "first\r\n"},
+        {"second", 1000, "first\r\nsecond\r\n"},
+        {"1234", 22, "first\r\nsecond\r\n1234\r\n"}, // 21 bytes: below the maximum
+        {"next", 21, "next\r\n"},                    // exactly the maximum
+        {"more", 7, "next\r\nmore\r\n"},
+    };
     std::string name = TempDir() + "append.log";
-    fs::remove(name);
-    AddLogData(name, "first", 1000);
-    AddLogData(name, "second", 1000);
-    EXPECT_EQ(Slurp(name), "first\r\nsecond\r\n");
-}
-
-TEST(AddLogData, FileOfExactlyTheMaximumStartsAnew) {
-    std::string name = TempDir() + "restart.log";
-    fs::remove(name);
-    AddLogData(name, "12345678", 10); // 10 bytes with CR LF
-    EXPECT_EQ(fs::file_size(name), 10u);
-    AddLogData(name, "next", 10);
-    EXPECT_EQ(Slurp(name), "next\r\n");
-    AddLogData(name, "more", 11); // 6 bytes: below the maximum, appended
-    EXPECT_EQ(Slurp(name), "next\r\nmore\r\n");
-}
-
-TEST(AddLogData, MaximumZeroNeverRestarts) {
-    std::string name = TempDir() + "endless.log";
-    fs::remove(name);
+    for (const Step& s : steps) {
+        AddLogData(name, s.Text, s.MaxSize);
+        EXPECT_EQ(Slurp(name), s.Expected) << s.Text;
+    }
+    // A maximum of zero never restarts.
     for (int i = 0; i < 50; ++i)
         AddLogData(name, "0123456789", 0);
-    EXPECT_EQ(fs::file_size(name), 600u);
-}
-
-TEST(AddLogData, IoErrorsAreRaised) {
+    EXPECT_EQ(fs::file_size(name), 612u);
     EXPECT_THROW(AddLogData(TempDir() + "no/dir/x.log", "t", 0), rtl::EInOutError);
 }
 
 // --- window placement ------------------------------------------------------------------------
 
-TEST(WinPlacement, TenNumbersInOrder) {
-    TWindowPlacement w;
-    w.Length = 44;
-    w.Flags = 2;
-    w.ShowCmd = 3;
-    w.MinPosition = {-1, -2};
-    w.MaxPosition = {-4, -8};
-    w.NormalPosition = {10, 20, 630, 470};
+TEST(WinPlacement, TenNumbersInOrderAndBadTextsFail) {
+    const TWindowPlacement w{7, 2, 3, {-1, -2}, {-4, -8}, {10, 20, 630, 470}};
     EXPECT_EQ(WinPlacementToString(w), "2,3,-1,-2,-4,-8,10,20,630,470");
     TWindowPlacement r;
-    r.Length = 7;
+    r.Length = 7; // not set by the parse
     StringToWinPlacement("2,3,-1,-2,-4,-8,10,20,630,470", r);
-    EXPECT_EQ(r.Length, 7u); // not set by the parse
-    r.Length = 44;
     EXPECT_EQ(r, w);
-}
-
-TEST(WinPlacement, BadTextsFail) {
-    TWindowPlacement r;
-    EXPECT_THROW(StringToWinPlacement("1,2,3,4,5,6,7,8,9", r), rtl::EConvertError);
-    EXPECT_THROW(StringToWinPlacement("1,2,3,4,x,6,7,8,9,10", r), rtl::EConvertError);
-    EXPECT_THROW(StringToWinPlacement("", r), rtl::EConvertError);
+    for (const char* bad : {"1,2,3,4,5,6,7,8,9", "1,2,3,4,x,6,7,8,9,10", ""})
+        EXPECT_THROW(StringToWinPlacement(bad, r), rtl::EConvertError) << bad;
 }
 
 TEST(WinPlacement, GoesThroughTheWindowSystem) {
@@ -413,9 +377,6 @@ TEST(EncodeData, DecodeRestoresForEveryKey) {
 TEST(EncodeData, AddsTheKeyModulo256) {
     unsigned char b[3] = {0x00, 0x7F, 0xFF};
     EncodeData(b, 3, 2);
-    EXPECT_EQ(b[0], 0x02);
-    EXPECT_EQ(b[1], 0x81);
-    EXPECT_EQ(b[2], 0x01);
     EncodeData(b, 0, 5); // nothing to do
-    EXPECT_EQ(b[0], 0x02);
+    EXPECT_EQ(std::vector<int>(b, b + 3), (std::vector<int>{0x02, 0x81, 0x01}));
 }

@@ -43,7 +43,7 @@ protected:
 
 } // namespace
 
-TEST_F(DialogsTest, StylesOfTheBoxes) {
+TEST_F(DialogsTest, StylesOwnerAndCaptionOfTheBoxes) {
     ShowError("e");
     ShowInfo("i");
     ShowWarning("w");
@@ -51,54 +51,47 @@ TEST_F(DialogsTest, StylesOfTheBoxes) {
     QueryDialogEx("qx");
     WarningDialog("wd");
     WarningDialogEx("wdx");
-    ASSERT_EQ(calls.size(), 7u);
-    std::vector<uint32_t> styles;
+    std::vector<std::string> seen;
     for (const Call& c : calls)
-        styles.push_back(c.Style);
-    EXPECT_EQ(styles, (std::vector<uint32_t>{16, 64, 48, 36, 35, 52, 35}));
-    for (const Call& c : calls) {
-        EXPECT_EQ(c.Owner, reinterpret_cast<HWND>(0x77));
-        EXPECT_EQ(c.Caption, "Zelvane");
-    }
-    EXPECT_EQ(calls[4].Text, "qx");
-}
-
-TEST_F(DialogsTest, FormattedOverloads) {
-    ShowError("%s failed (%d)", {"Save", 5});
-    ShowInfo("%d files", {3});
-    ShowWarning("%s", {"warn"});
-    EXPECT_EQ(calls[0].Text, "Save failed (5)");
-    EXPECT_EQ(calls[1].Text, "3 files");
-    EXPECT_EQ(calls[2].Text, "warn");
-    answer = IDYES;
-    EXPECT_TRUE(QueryDialog("Delete %s?", {"x"}));
-    EXPECT_EQ(calls.back().Text, "Delete x?");
-    EXPECT_EQ(QueryDialogEx("Save %s?", {"y"}), IDYES);
-    EXPECT_TRUE(WarningDialog("%d?", {1}));
-    EXPECT_EQ(WarningDialogEx("%d!", {2}), IDYES);
-    EXPECT_EQ(calls.back().Text, "2!");
-    EXPECT_EQ(calls.back().Style, 35u);
-}
-
-TEST_F(DialogsTest, YesOnlyForIdYes) {
-    answer = IDNO;
-    EXPECT_FALSE(QueryDialog("q"));
-    EXPECT_FALSE(WarningDialog("w"));
-    EXPECT_EQ(QueryDialogEx("q"), IDNO);
-    answer = IDCANCEL;
-    EXPECT_FALSE(QueryDialog("q"));
-    EXPECT_EQ(WarningDialogEx("w"), IDCANCEL);
-    answer = IDYES;
-    EXPECT_TRUE(QueryDialog("q"));
-    EXPECT_TRUE(WarningDialog("w"));
-}
-
-TEST_F(DialogsTest, CaptionAndOwnerChangesReachTheBox) {
+        seen.push_back(c.Text + " " + std::to_string(c.Style) + " " + c.Caption +
+                       (c.Owner == reinterpret_cast<HWND>(0x77) ? " owned" : " ?"));
+    EXPECT_EQ(seen, (std::vector<std::string>{"e 16 Zelvane owned", "i 64 Zelvane owned",
+                                              "w 48 Zelvane owned", "q 36 Zelvane owned",
+                                              "qx 35 Zelvane owned", "wd 52 Zelvane owned",
+                                              "wdx 35 Zelvane owned"}));
+    // Changes of caption and owner reach the next box.
     DialogCaption = "Other";
     OwnerWnd = nullptr;
     ShowInfo("x");
     EXPECT_EQ(calls.back().Caption, "Other");
     EXPECT_EQ(calls.back().Owner, nullptr);
+}
+
+TEST_F(DialogsTest, FormattedOverloads) {
+    answer = IDYES;
+    ShowError("%s failed (%d)", {"Save", 5});
+    ShowInfo("%d files", {3});
+    ShowWarning("%s", {"warn"});
+    EXPECT_TRUE(QueryDialog("Delete %s?", {"x"}));
+    EXPECT_EQ(QueryDialogEx("Save %s?", {"y"}), IDYES);
+    EXPECT_TRUE(WarningDialog("%d?", {1}));
+    EXPECT_EQ(WarningDialogEx("%d!", {2}), IDYES);
+    std::vector<std::string> texts;
+    for (const Call& c : calls)
+        texts.push_back(c.Text);
+    EXPECT_EQ(texts, (std::vector<std::string>{"Save failed (5)", "3 files", "warn", "Delete x?",
+                                               "Save y?", "1?", "2!"}));
+    EXPECT_EQ(calls.back().Style, 35u);
+}
+
+TEST_F(DialogsTest, YesOnlyForIdYes) {
+    for (int button : {IDNO, IDCANCEL, IDYES}) {
+        answer = button;
+        EXPECT_EQ(QueryDialog("q"), button == IDYES) << button;
+        EXPECT_EQ(WarningDialog("w"), button == IDYES) << button;
+        EXPECT_EQ(QueryDialogEx("q"), button);
+        EXPECT_EQ(WarningDialogEx("w"), button);
+    }
 }
 
 TEST(DialogsWithoutWindowSystem, ShowNothingAndAnswerZero) {

@@ -34,17 +34,10 @@ RTL_END_CLASS
 
 namespace {
 
-std::vector<std::string> Idents(TIdentList& l) {
+template <class TList> std::vector<std::string> Idents(TList& l) {
     std::vector<std::string> r;
     for (int i = 0; i < l.GetCount(); ++i)
         r.push_back(dynamic_cast<TNamed*>(l.GetItem(i))->Ident);
-    return r;
-}
-
-std::vector<std::string> Idents(TIdentIntfList& l) {
-    std::vector<std::string> r;
-    for (int i = 0; i < l.GetCount(); ++i)
-        r.push_back(l.GetItem(i)->GetIdent());
     return r;
 }
 
@@ -65,68 +58,62 @@ TEST(IIdentIntf, HasItsGuid) {
     EXPECT_TRUE(rtl::Supports(&n, IIdentIntf::IID));
 }
 
-// --- TIdentList ------------------------------------------------------------------------------
+// --- both lists ------------------------------------------------------------------------------
 
-TEST(IdentList, AddKeepsTheOrderOfCompareText) {
-    TIdentList l;
+// The object list and the interface list keep the same rules.
+template <class TList> class IdentLists : public ::testing::Test {};
+using ListTypes = ::testing::Types<TIdentList, TIdentIntfList>;
+TYPED_TEST_SUITE(IdentLists, ListTypes);
+
+TYPED_TEST(IdentLists, AddKeepsTheOrderOfCompareText) {
     TNamed c("Charlie"), a("alpha"), b("Bravo"), u("_under");
-    EXPECT_EQ(l.Add(&c), 0);
-    EXPECT_EQ(l.Add(&a), 0);
-    EXPECT_EQ(l.Add(&b), 1);
-    EXPECT_EQ(l.Add(&u), 3); // "_" after the letters by CompareText
+    TypeParam l; // after the items: the interface list releases them when it goes
+    // "_" after the letters by CompareText.
+    EXPECT_EQ((std::vector<int>{l.Add(&c), l.Add(&a), l.Add(&b), l.Add(&u)}),
+              (std::vector<int>{0, 0, 1, 3}));
     EXPECT_EQ(Idents(l), (std::vector<std::string>{"alpha", "Bravo", "Charlie", "_under"}));
 }
 
-TEST(IdentList, IdentifiersAreUniqueWithoutRegardToCase) {
-    TIdentList l;
-    TNamed a("abc"), b("ABC");
-    l.Add(&a);
-    EXPECT_EQ(ListError([&] { l.Add(&b); }), "Identifier value must be unique [ABC]");
-    EXPECT_EQ(l.GetCount(), 1);
-}
-
-TEST(IdentList, OnlyValidIdentifiers) {
-    TIdentList l;
-    for (const char* bad : {"", "1abc", "a b", "a-b", "\xE0"}) {
+TYPED_TEST(IdentLists, RefuseTwiceUsedInvalidIdentifiersAndObjectsWithoutTheInterface) {
+    TNamed first("abc"), ok("_a1");
+    TypeParam l;
+    l.Add(&first);
+    std::vector<std::string> refusals;
+    for (const char* bad : {"ABC", "", "1abc", "a b", "a-b", "\xE0"}) {
         TNamed n(bad);
-        EXPECT_EQ(ListError([&] { l.Add(&n); }),
-                  "Unacceptable value for identifier [" + std::string(bad) + "]");
+        refusals.push_back(ListError([&] { l.Add(&n); }));
+        EXPECT_EQ(n.Refs, 0) << bad;
     }
-    TNamed ok("_a1");
+    refusals.push_back(ListError([&] { l.Add(nullptr); }));
+    EXPECT_EQ(refusals, (std::vector<std::string>{"Identifier value must be unique [ABC]",
+                                                  "Unacceptable value for identifier []",
+                                                  "Unacceptable value for identifier [1abc]",
+                                                  "Unacceptable value for identifier [a b]",
+                                                  "Unacceptable value for identifier [a-b]",
+                                                  "Unacceptable value for identifier [\xE0]",
+                                                  "Object should support interface IIdentIntf"}));
     EXPECT_NO_THROW(l.Add(&ok));
+    EXPECT_EQ(l.GetCount(), 2);
 }
 
-TEST(IdentList, ObjectsWithoutTheInterfaceFail) {
-    TIdentList l;
-    rtl::TObject plain;
-    const std::string text = "Object should support interface IIdentIntf";
-    EXPECT_EQ(ListError([&] { l.Add(&plain); }), text);
-    EXPECT_EQ(ListError([&] { l.Add(nullptr); }), text);
-    EXPECT_EQ(ListError([&] { l.IndexOf(&plain); }), text);
-}
-
-TEST(IdentList, FindGivesThePlaceOrTheInsertionPoint) {
-    TIdentList l;
+TYPED_TEST(IdentLists, FindGivesThePlaceOrTheInsertionPoint) {
+    TNamed b("b"), d("d"), f("f");
+    TypeParam l;
     int index = 5;
     EXPECT_FALSE(l.Find("x", index));
     EXPECT_EQ(index, 0);
-    TNamed b("b"), d("d"), f("f");
-    l.Add(&d);
-    l.Add(&b);
-    l.Add(&f);
-    EXPECT_TRUE(l.Find("D", index));
-    EXPECT_EQ(index, 1);
-    EXPECT_FALSE(l.Find("a", index));
-    EXPECT_EQ(index, 0);
-    EXPECT_FALSE(l.Find("c", index));
-    EXPECT_EQ(index, 1);
-    EXPECT_FALSE(l.Find("z", index));
-    EXPECT_EQ(index, 3);
+    for (TNamed* n : {&d, &b, &f})
+        l.Add(n);
+    std::vector<std::pair<bool, int>> found;
+    for (const char* ident : {"D", "a", "c", "z"})
+        found.push_back({l.Find(ident, index), index});
+    EXPECT_EQ(found,
+              (std::vector<std::pair<bool, int>>{{true, 1}, {false, 0}, {false, 1}, {false, 3}}));
 }
 
-TEST(IdentList, IndexOfAndRemoveGoByIdentifier) {
-    TIdentList l;
+TYPED_TEST(IdentLists, IndexOfAndRemoveGoByIdentifier) {
     TNamed a("a"), b("b"), twin("B"), other("zz");
+    TypeParam l;
     l.Add(&a);
     l.Add(&b);
     EXPECT_EQ(l.IndexOf(&twin), 1); // another object of the same identifier
@@ -136,7 +123,9 @@ TEST(IdentList, IndexOfAndRemoveGoByIdentifier) {
     EXPECT_EQ(Idents(l), (std::vector<std::string>{"a"}));
 }
 
-TEST(IdentList, DeleteClearAndBounds) {
+// --- each list -------------------------------------------------------------------------------
+
+TEST(IdentList, DeleteClearAndBoundsAndPlainObjects) {
     TIdentList l;
     TNamed a("a"), b("b");
     l.Add(&a);
@@ -145,22 +134,21 @@ TEST(IdentList, DeleteClearAndBounds) {
     EXPECT_EQ(l.GetItem(0), &b);
     EXPECT_THROW(l.Delete(1), rtl::EListError);
     EXPECT_THROW(l.GetItem(-1), rtl::EListError);
+    rtl::TObject plain;
+    EXPECT_EQ(ListError([&] { l.Add(&plain); }), "Object should support interface IIdentIntf");
+    EXPECT_EQ(ListError([&] { l.IndexOf(&plain); }), "Object should support interface IIdentIntf");
     l.Clear();
     EXPECT_EQ(l.GetCount(), 0);
     EXPECT_THROW(l.GetItem(0), rtl::EListError);
 }
 
-// --- TIdentIntfList --------------------------------------------------------------------------
-
 TEST(IdentIntfList, HoldsCountedReferences) {
     TNamed a("a"), b("b"), c("c");
     {
         TIdentIntfList l;
-        l.Add(&b);
-        l.Add(&a);
-        l.Add(&c);
+        for (TNamed* n : {&b, &a, &c})
+            l.Add(n);
         EXPECT_EQ(a.Refs, 1);
-        EXPECT_EQ(Idents(l), (std::vector<std::string>{"a", "b", "c"}));
         l.Delete(0);
         EXPECT_EQ(a.Refs, 0);
         EXPECT_EQ(l.Remove(&c), 1);
@@ -168,25 +156,8 @@ TEST(IdentIntfList, HoldsCountedReferences) {
         EXPECT_EQ(b.Refs, 1);
     }
     EXPECT_EQ(b.Refs, 0); // released with the list
-}
-
-TEST(IdentIntfList, SameRulesAsTheObjectList) {
     TIdentIntfList l;
-    TNamed a("Name"), dup("NAME"), bad("9x"), empty("");
     l.Add(&a);
-    EXPECT_EQ(ListError([&] { l.Add(&dup); }), "Identifier value must be unique [NAME]");
-    EXPECT_EQ(ListError([&] { l.Add(&bad); }), "Unacceptable value for identifier [9x]");
-    EXPECT_EQ(ListError([&] { l.Add(&empty); }), "Unacceptable value for identifier []");
-    EXPECT_EQ(ListError([&] { l.Add(nullptr); }), "Object should support interface IIdentIntf");
-    EXPECT_EQ(dup.Refs, 0);
-    EXPECT_EQ(l.IndexOf(&dup), 0);
-    TNamed missing("other");
-    EXPECT_EQ(l.Remove(&missing), -1);
-    int index = -1;
-    EXPECT_FALSE(l.Find("zzz", index));
-    EXPECT_EQ(index, 1);
     l.Clear();
     EXPECT_EQ(a.Refs, 0);
-    EXPECT_FALSE(l.Find("x", index));
-    EXPECT_EQ(index, 0);
 }

@@ -38,66 +38,62 @@ std::vector<std::string> Lines(rtl::TStrings* l) {
 
 // --- syntax ----------------------------------------------------------------------------------
 
-TEST(IniStrings, KeyIsBeforeTheFirstEquals) {
-    TIniStrings ini;
-    SetText(ini, {"[Form]", "Width=100%=x", " a = 1", "Caption="});
-    EXPECT_EQ(ini.ReadString("Form", "Width", "?"), "100%=x");
-    EXPECT_EQ(ini.ReadString("Form", " a ", "?"), " 1"); // blanks included
-    EXPECT_EQ(ini.ReadString("Form", "a", "?"), "?");
-    EXPECT_EQ(ini.ReadString("Form", "Caption", "?"), "");
+TEST(IniStrings, TextIsReadAndWrittenBackByItsSyntax) {
+    // Comments, empty lines and lines before the first section go; a line without closing
+    // bracket is a line of its section; section names keep their blanks and may repeat.
+    struct Case {
+        std::vector<std::string> In, Out;
+        bool SkipBareLines = false;
+    };
+    const Case cases[] = {
+        {{"[S]", "=x", "bare line", "[abc"}, {"[S]", "=x", "bare line", "[abc", ""}},
+        {{"[S]", "=x", "bare", "k=v", "empty="}, {"[S]", "k=v", ""}, true},
+        {{"orphan=1", "; comment", "", "[A]", "; inner comment", "k=v", "", "x"},
+         {"[A]", "k=v", "x", ""}},
+        {{"a=1", "b=2"}, {}},
+        {{"[ Two words ]", "k=1", "[Dup]", "a=1", "[dup]", "a=2", "b=3"},
+         {"[ Two words ]", "k=1", "", "[Dup]", "a=1", "", "[dup]", "a=2", "b=3", ""}},
+    };
+    for (const Case& c : cases) {
+        TIniStrings ini;
+        ini.SkipBareLines = c.SkipBareLines;
+        SetText(ini, c.In);
+        EXPECT_EQ(GetText(ini), c.Out) << c.In[0];
+    }
 }
 
-TEST(IniStrings, BareLinesAreKeysWithEmptyValues) {
+TEST(IniStrings, LookupsFindTheFirstSectionAndKeyWithoutRegardToCase) {
     TIniStrings ini;
-    SetText(ini, {"[S]", "=x", "bare line", "[abc"});
-    EXPECT_TRUE(ini.HasKey("S", "=x"));
-    EXPECT_TRUE(ini.HasKey("S", "bare line"));
-    EXPECT_TRUE(ini.HasKey("S", "[abc")); // no closing bracket: a line of the section
-    EXPECT_EQ(ini.ReadString("S", "bare line", "default"), ""); // not the default
-    EXPECT_EQ(GetText(ini), (std::vector<std::string>{"[S]", "=x", "bare line", "[abc", ""}));
-}
-
-TEST(IniStrings, SkipBareLinesDropsThem) {
-    TIniStrings ini;
-    ini.SkipBareLines = true;
-    SetText(ini, {"[S]", "=x", "bare", "k=v", "empty="});
-    EXPECT_EQ(GetText(ini), (std::vector<std::string>{"[S]", "k=v", ""}));
-    // WriteString of an empty value adds "key=", a line without a value: it isn't kept.
-    ini.WriteString("S", "e", "");
-    EXPECT_FALSE(ini.HasKey("S", "e"));
-}
-
-TEST(IniStrings, CommentsEmptyLinesAndLinesBeforeTheFirstSectionAreIgnored) {
-    TIniStrings ini;
-    SetText(ini, {"orphan=1", "; comment", "", "[A]", "; inner comment", "k=v", "", "x"});
-    EXPECT_FALSE(ini.HasKey("A", "orphan"));
-    EXPECT_EQ(GetText(ini), (std::vector<std::string>{"[A]", "k=v", "x", ""}));
-}
-
-TEST(IniStrings, TextWithoutSectionIsEmpty) {
-    TIniStrings ini;
-    SetText(ini, {"a=1", "b=2"});
-    EXPECT_EQ(ini.Sections()->Count(), 0);
-    EXPECT_TRUE(GetText(ini).empty());
-}
-
-TEST(IniStrings, SectionNamesKeepTheirBlanksAndMayRepeat) {
-    TIniStrings ini;
-    SetText(ini, {"[ Two words ]", "k=1", "[Dup]", "a=1", "[dup]", "a=2", "b=3"});
+    SetText(ini, {"[Form]", "Width=100%=x", " a = 1", "Caption=", "=x", "bare line", "[abc", "k=1",
+                  "K=2", "[ Two words ]", "[Dup]", "a=1", "[dup]", "a=2", "b=3"});
+    // The key is before the first equals, blanks included; a bare line is a key with an empty
+    // value; "?" is the default.
+    struct Case {
+        const char *Section, *Key, *Value;
+    };
+    const Case cases[] = {
+        {"Form", "Width", "100%=x"}, {"Form", " a ", " 1"}, {"Form", "a", "?"},
+        {"Form", "Caption", ""},     {"Form", "=x", ""},    {"Form", "bare line", ""},
+        {"Form", "[abc", ""},        {"form", "K", "1"},    {"DUP", "a", "1"},
+        {"Dup", "b", "?"},           {"Missing", "k", "?"}, {"Form", "missing", "?"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(ini.ReadString(c.Section, c.Key, "?"), c.Value) << c.Section << "/" << c.Key;
+        EXPECT_EQ(ini.HasKey(c.Section, c.Key), c.Value != std::string("?")) << c.Key;
+    }
+    EXPECT_EQ(ini.GetSection("Form")->Count(), 8);
+    EXPECT_EQ(ini.Sections()->Count(), 4);
     EXPECT_TRUE(ini.HasSection(" Two words "));
     EXPECT_FALSE(ini.HasSection("Two words"));
-    EXPECT_EQ(ini.Sections()->Count(), 3);
-    EXPECT_EQ(ini.ReadString("DUP", "a", ""), "1"); // the first section
-    EXPECT_EQ(ini.ReadString("Dup", "b", "none"), "none");
-    EXPECT_EQ(GetText(ini), (std::vector<std::string>{"[ Two words ]", "k=1", "", "[Dup]", "a=1",
-                                                      "", "[dup]", "a=2", "b=3", ""}));
+    EXPECT_EQ(ini.GetSection("Missing"), nullptr);
 }
 
-TEST(IniStrings, RepeatedKeysFindTheFirst) {
+TEST(IniStrings, SkipBareLinesKeepsNoKeyWithoutValue) {
+    // WriteString of an empty value adds "key=", a line without a value: it isn't kept.
     TIniStrings ini;
-    SetText(ini, {"[S]", "k=1", "K=2"});
-    EXPECT_EQ(ini.ReadString("S", "k", ""), "1");
-    EXPECT_EQ(ini.GetSection("S")->Count(), 2);
+    ini.SkipBareLines = true;
+    ini.WriteString("S", "e", "");
+    EXPECT_FALSE(ini.HasKey("S", "e"));
 }
 
 TEST(IniStrings, GetStringsAddsWithoutClearing) {
@@ -110,17 +106,6 @@ TEST(IniStrings, GetStringsAddsWithoutClearing) {
 }
 
 // --- reading and writing ---------------------------------------------------------------------
-
-TEST(IniStrings, ReadStringDefaults) {
-    TIniStrings ini;
-    SetText(ini, {"[S]", "k=v"});
-    EXPECT_EQ(ini.ReadString("Missing", "k", "d"), "d");
-    EXPECT_EQ(ini.ReadString("S", "missing", "d"), "d");
-    EXPECT_EQ(ini.ReadString("s", "K", "d"), "v");
-    EXPECT_FALSE(ini.HasKey("Missing", "k"));
-    EXPECT_FALSE(ini.HasSection("Missing"));
-    EXPECT_EQ(ini.GetSection("Missing"), nullptr);
-}
 
 TEST(IniStrings, WriteStringMakesSectionAndKey) {
     TIniStrings ini;

@@ -16,34 +16,31 @@ struct LookupGuard {
 };
 } // namespace
 
-TEST(ResStrings, FoundationTextsByNumber) {
-    EXPECT_EQ(ResStr(50550), "New file size should not be less than zero.");
-    EXPECT_EQ(ResStr(50551), "New file size should be higher than zero.");
-    EXPECT_EQ(ResStr(50552), "Can\x92t change size of the file in read only mode.");
-    EXPECT_EQ(ResStr(50553), "Projected area size must be above zero");
-    EXPECT_EQ(ResStr(50564), "Object should support interface IIdentIntf");
-    EXPECT_EQ(ResStr(50565), "Identifier value must be unique [%s]");
-    EXPECT_EQ(ResStr(50566), "Unacceptable value for identifier [%s]");
-}
-
-TEST(ResStrings, MissingNumberGivesEmptyText) {
-    EXPECT_EQ(ResStr(1), "");
-    EXPECT_EQ(ResStr(50549), "");
-    EXPECT_EQ(PackageResStr(-5), "");
-}
-
-TEST(ResStrings, StaticBlockOfALaterLayerIsThere) {
-    EXPECT_EQ(ResStr(59990), "First later text");
-    EXPECT_EQ(ResStr(59991), "Second %s");
-}
-
-TEST(ResStrings, RegisteredBlockAddsAndReplaces) {
+TEST(ResStrings, TextsByNumberOfTheFoundationAndOfLaterLayers) {
+    // A later layer's static block is there; a registered block adds and replaces; a missing
+    // number gives empty text.
     const TResStringEntry block[] = {{59995, "added"}, {59996, "old"}};
     RegisterResStrings(block);
     const TResStringEntry again[] = {{59996, "new"}};
     RegisterResStrings(again);
-    EXPECT_EQ(ResStr(59995), "added");
-    EXPECT_EQ(ResStr(59996), "new");
+    const std::pair<int, const char*> texts[] = {
+        {50550, "New file size should not be less than zero."},
+        {50551, "New file size should be higher than zero."},
+        {50552, "Can\x92t change size of the file in read only mode."},
+        {50553, "Projected area size must be above zero"},
+        {50564, "Object should support interface IIdentIntf"},
+        {50565, "Identifier value must be unique [%s]"},
+        {50566, "Unacceptable value for identifier [%s]"},
+        {59990, "First later text"},
+        {59991, "Second %s"},
+        {59995, "added"},
+        {59996, "new"},
+        {1, ""},
+        {50549, ""},
+    };
+    for (const auto& [id, text] : texts)
+        EXPECT_EQ(ResStr(id), text) << id;
+    EXPECT_EQ(PackageResStr(-5), "");
 }
 
 TEST(ResStrings, LookupComesFirstAndFallsBackWhenEmpty) {

@@ -64,16 +64,12 @@ template <class Needle, std::size_t N> void ExpectCopies(const CopyCase<Needle> 
 // --- the case table --------------------------------------------------------------------------
 
 TEST(CaseTable, Windows1251Letters) {
-    EXPECT_EQ(CaseTable['a'], 'A');
-    EXPECT_EQ(CaseTable['z'], 'Z');
-    EXPECT_EQ(CaseTable['A'], 'a');
-    EXPECT_EQ(CaseTable['Z'], 'z');
-    EXPECT_EQ(CaseTable[184], 168); // yo
-    EXPECT_EQ(CaseTable[168], 184);
-    EXPECT_EQ(CaseTable[224], 192); // a
-    EXPECT_EQ(CaseTable[255], 223); // ya
-    EXPECT_EQ(CaseTable[192], 224);
-    EXPECT_EQ(CaseTable[223], 255);
+    // Latin and Cyrillic letters, yo included, swap case; every other byte stays.
+    for (auto [lower, upper] :
+         {std::pair{'a', 'A'}, {'z', 'Z'}, {'\xB8', '\xA8'}, {'\xE0', '\xC0'}, {'\xFF', '\xDF'}}) {
+        EXPECT_EQ(CaseTable[uint8_t(lower)], uint8_t(upper)) << lower;
+        EXPECT_EQ(CaseTable[uint8_t(upper)], uint8_t(lower)) << upper;
+    }
     for (int c : {0, 9, 32, 48, 57, 64, 91, 96, 123, 127, 128, 167, 169, 183, 185, 191})
         EXPECT_EQ(CaseTable[c], c) << c;
     for (int c = 0; c < 256; ++c)
@@ -82,44 +78,42 @@ TEST(CaseTable, Windows1251Letters) {
 
 // --- bytes -----------------------------------------------------------------------------------
 
-TEST(CharPos, ForwardFromStart) {
-    EXPECT_EQ(CharPos("abcabc", 'b'), 2);
-    EXPECT_EQ(CharPos("abcabc", 'b', 3), 5);
-    EXPECT_EQ(CharPos("abcabc", 'x'), 0);
-    EXPECT_EQ(CharPos("abcabc", 'c', 6), 6);
+// A position search over s for a needle from start and the position it gives.
+template <class Needle> struct PosCase {
+    int (*Fn)(std::string_view, Needle, int);
+    std::string_view S;
+    Needle Sub;
+    int Start, Pos;
+};
+
+template <class Needle, std::size_t N> void ExpectPositions(const PosCase<Needle> (&cases)[N]) {
+    for (const auto& c : cases)
+        EXPECT_EQ(c.Fn(c.S, c.Sub, c.Start), c.Pos)
+            << "\"" << c.S << "\", \"" << c.Sub << "\", start " << c.Start;
 }
 
-TEST(CharPos, StartOutOfBoundsGivesZero) {
-    EXPECT_EQ(CharPos("abc", 'a', 0), 0);
-    EXPECT_EQ(CharPos("abc", 'a', -1), 0);
-    EXPECT_EQ(CharPos("abc", 'c', 4), 0);
-    EXPECT_EQ(CharPos("", 'a', 1), 0);
-    EXPECT_EQ(CharPosI("abc", 'A', 0), 0);
-}
-
-TEST(CharPos, CaseInsensitiveFoldsLatinAndCyrillic) {
-    EXPECT_EQ(CharPosI("xyzB", 'b'), 4);
-    EXPECT_EQ(CharPosI("xyzb", 'B'), 4);
-    EXPECT_EQ(CharPosI("\xB8", '\xA8'), 1); // yo and YO
-    EXPECT_EQ(CharPosI("\xA8", '\xB8'), 1);
-    EXPECT_EQ(CharPosI("..\xE0", '\xC0'), 3);
-    EXPECT_EQ(CharPosI("1", '!'), 0); // other bytes don't fold
-    EXPECT_EQ(CharPosI("[", '{'), 0);
-    EXPECT_EQ(CharPos("B", 'b'), 0);
-}
-
-TEST(CharPos, ReverseFromStartTowardsOne) {
+TEST(CharPos, ForwardReverseAndCaseInsensitiveWithinBounds) {
+    // A start out of bounds gives 0; the case-insensitive ones fold Latin and Cyrillic letters
+    // only; the reverse ones search from start towards 1, -1 meaning the end.
+    const PosCase<char> cases[] = {
+        {CharPos, "abcabc", 'b', 1, 2},     {CharPos, "abcabc", 'b', 3, 5},
+        {CharPos, "abcabc", 'x', 1, 0},     {CharPos, "abcabc", 'c', 6, 6},
+        {CharPos, "abc", 'a', 0, 0},        {CharPos, "abc", 'a', -1, 0},
+        {CharPos, "abc", 'c', 4, 0},        {CharPos, "", 'a', 1, 0},
+        {CharPos, "B", 'b', 1, 0},          {CharPosI, "abc", 'A', 0, 0},
+        {CharPosI, "xyzB", 'b', 1, 4},      {CharPosI, "xyzb", 'B', 1, 4},
+        {CharPosI, "\xB8", '\xA8', 1, 1},   {CharPosI, "\xA8", '\xB8', 1, 1},
+        {CharPosI, "..\xE0", '\xC0', 1, 3}, {CharPosI, "1", '!', 1, 0},
+        {CharPosI, "[", '{', 1, 0},         {CharPosR, "abcabc", 'b', -1, 5},
+        {CharPosR, "abcabc", 'b', 4, 2},    {CharPosR, "abcabc", 'b', 1, 0},
+        {CharPosR, "abcabc", 'a', 1, 1},    {CharPosR, "abc", 'a', 0, 0},
+        {CharPosR, "abc", 'a', 4, 0},       {CharPosR, "abc", 'a', -2, 0},
+        {CharPosR, "", 'a', -1, 0},         {CharPosRI, "aBcAbC", 'b', -1, 5},
+        {CharPosRI, "aBcAbC", 'B', 4, 2},
+    };
+    ExpectPositions(cases);
+    EXPECT_EQ(CharPos("abcabc", 'b'), 2); // the defaults: forward from 1, reverse from the end
     EXPECT_EQ(CharPosR("abcabc", 'b'), 5);
-    EXPECT_EQ(CharPosR("abcabc", 'b', -1), 5);
-    EXPECT_EQ(CharPosR("abcabc", 'b', 4), 2);
-    EXPECT_EQ(CharPosR("abcabc", 'b', 1), 0);
-    EXPECT_EQ(CharPosR("abcabc", 'a', 1), 1);
-    EXPECT_EQ(CharPosR("abc", 'a', 0), 0);
-    EXPECT_EQ(CharPosR("abc", 'a', 4), 0);
-    EXPECT_EQ(CharPosR("abc", 'a', -2), 0);
-    EXPECT_EQ(CharPosR("", 'a'), 0);
-    EXPECT_EQ(CharPosRI("aBcAbC", 'b'), 5);
-    EXPECT_EQ(CharPosRI("aBcAbC", 'B', 4), 2);
 }
 
 TEST(FindCharPos, ReturnsWhetherFoundAndThePosition) {
@@ -156,17 +150,13 @@ TEST(CopyToChar, ReverseGivesTextAfterTheByteUpToStart) {
 // --- sets ------------------------------------------------------------------------------------
 
 TEST(CharsPos, AnyByteOfTheSet) {
-    TCharScores delims = CharScores(";,");
-    EXPECT_EQ(CharsPos("ab,c;d", delims), 3);
-    EXPECT_EQ(CharsPos("ab,c;d", delims, 4), 5);
-    EXPECT_EQ(CharsPos("abcd", delims), 0);
-    EXPECT_EQ(CharsPos("a,", delims, 3), 0);
-    EXPECT_EQ(CharsPosR("ab,c;d", delims), 5);
-    EXPECT_EQ(CharsPosR("ab,c;d", delims, 4), 3);
-    EXPECT_EQ(CharsPosR("ab,c;d", delims, 7), 0);
-    TCharScores high;
+    TCharScores delims = CharScores(";,"), high;
     high.set(0xFF);
-    EXPECT_EQ(CharsPos("ab\xFF", high), 3);
+    EXPECT_EQ((std::vector<int>{CharsPos("ab,c;d", delims), CharsPos("ab,c;d", delims, 4),
+                                CharsPos("abcd", delims), CharsPos("a,", delims, 3),
+                                CharsPosR("ab,c;d", delims), CharsPosR("ab,c;d", delims, 4),
+                                CharsPosR("ab,c;d", delims, 7), CharsPos("ab\xFF", high)}),
+              (std::vector<int>{3, 5, 0, 0, 5, 3, 0, 3}));
 }
 
 TEST(CharsPos, FindAndCopy) {
@@ -189,57 +179,52 @@ TEST(CharsPos, FindAndCopy) {
 
 // --- comparison ------------------------------------------------------------------------------
 
-TEST(CompStr, BuffersOverALength) {
-    EXPECT_TRUE(CompStr("abc", "abd", 2));
-    EXPECT_FALSE(CompStr("abc", "abd", 3));
-    EXPECT_TRUE(CompStr("x", "y", 0));
-    EXPECT_TRUE(CompStrI("aBc", "AbC", 3));
-    EXPECT_TRUE(CompStrI("\xE0\xB8", "\xC0\xA8", 2));
-    EXPECT_FALSE(CompStrI("a1", "A!", 2));
-}
-
-TEST(CompString, LengthsFirst) {
-    EXPECT_TRUE(CompString("abc", "abc"));
-    EXPECT_FALSE(CompString("abc", "ab"));
-    EXPECT_FALSE(CompString("ab", "abc"));
-    EXPECT_FALSE(CompString("abc", "ABC"));
-    EXPECT_TRUE(CompString("", ""));
-    EXPECT_TRUE(CompText("Procedure", "PROCEDURE"));
-    EXPECT_FALSE(CompText("Procedure", "PROCEDURES"));
-    EXPECT_TRUE(CompText("", ""));
+TEST(CompStr, BuffersOverALengthStringsLengthsFirst) {
+    EXPECT_EQ((std::vector<bool>{CompStr("abc", "abd", 2), CompStr("abc", "abd", 3),
+                                 CompStr("x", "y", 0), CompStrI("aBc", "AbC", 3),
+                                 CompStrI("\xE0\xB8", "\xC0\xA8", 2), CompStrI("a1", "A!", 2)}),
+              (std::vector<bool>{true, false, true, true, true, false}));
+    EXPECT_EQ((std::vector<bool>{CompString("abc", "abc"), CompString("abc", "ab"),
+                                 CompString("ab", "abc"), CompString("abc", "ABC"),
+                                 CompString("", ""), CompText("Procedure", "PROCEDURE"),
+                                 CompText("Procedure", "PROCEDURES"), CompText("", "")}),
+              (std::vector<bool>{true, false, false, false, true, true, false, true}));
 }
 
 // --- substrings ------------------------------------------------------------------------------
 
-TEST(StringPos, ForwardAndBounds) {
+TEST(StringPos, ForwardReverseAndBounds) {
+    // Fewer characters left than Sub has give 0; an empty Sub matches at once. The reverse
+    // ones clamp the start to the last place Sub fits; it bounds where a match begins, and the
+    // match may reach beyond it.
+    const PosCase<std::string_view> cases[] = {
+        {StringPos, "one two one", "one", 1, 1},
+        {StringPos, "one two one", "one", 2, 9},
+        {StringPos, "one two one", "one", 10, 0},
+        {StringPos, "one two one", "one", 9, 9},
+        {StringPos, "abc", "abcd", 1, 0},
+        {StringPos, "abc", "b", 0, 0},
+        {StringPos, "abc", "b", 4, 0},
+        {StringPos, "abc", "", 1, 1},
+        {StringPos, "abc", "", 3, 3},
+        {StringPos, "", "", 1, 0},
+        {StringPosI, "One TWO", "two", 1, 5},
+        {StringPos, "One TWO", "two", 1, 0},
+        {StringPosR, "one two one", "one", -1, 9},
+        {StringPosR, "one two one", "one", 10, 9},
+        {StringPosR, "one two one", "one", 8, 1},
+        {StringPosR, "one two one", "one", 11, 9},
+        {StringPosR, "one two one", "one", 12, 0},
+        {StringPosR, "ab", "abc", -1, 0},
+        {StringPosR, "abc", "a", 0, 0},
+        {StringPosR, "aaa", "aa", 1, 1},
+        {StringPosR, "xab", "ab", 2, 2},
+        {StringPosRI, "x ONE one", "One", -1, 7},
+        {StringPosRI, "x ONE one", "One", 6, 3},
+    };
+    ExpectPositions(cases);
     EXPECT_EQ(StringPos("one two one", "one"), 1);
-    EXPECT_EQ(StringPos("one two one", "one", 2), 9);
-    EXPECT_EQ(StringPos("one two one", "one", 10), 0); // fewer characters left than Sub has
-    EXPECT_EQ(StringPos("one two one", "one", 9), 9);
-    EXPECT_EQ(StringPos("abc", "abcd"), 0);
-    EXPECT_EQ(StringPos("abc", "b", 0), 0);
-    EXPECT_EQ(StringPos("abc", "b", 4), 0);
-    EXPECT_EQ(StringPos("abc", ""), 1); // an empty Sub matches at once
-    EXPECT_EQ(StringPos("abc", "", 3), 3);
-    EXPECT_EQ(StringPos("", ""), 0);
-    EXPECT_EQ(StringPosI("One TWO", "two"), 5);
-    EXPECT_EQ(StringPos("One TWO", "two"), 0);
-}
-
-TEST(StringPos, ReverseClampsTheStart) {
     EXPECT_EQ(StringPosR("one two one", "one"), 9);
-    EXPECT_EQ(StringPosR("one two one", "one", -1), 9);
-    EXPECT_EQ(StringPosR("one two one", "one", 10), 9); // clamped to 9
-    EXPECT_EQ(StringPosR("one two one", "one", 8), 1);
-    EXPECT_EQ(StringPosR("one two one", "one", 11), 9);
-    EXPECT_EQ(StringPosR("one two one", "one", 12), 0); // beyond the length
-    EXPECT_EQ(StringPosR("ab", "abc"), 0);              // clamped below 1
-    EXPECT_EQ(StringPosR("abc", "a", 0), 0);
-    // The start bounds where a match begins; the match itself may reach beyond it.
-    EXPECT_EQ(StringPosR("aaa", "aa", 1), 1);
-    EXPECT_EQ(StringPosR("xab", "ab", 2), 2);
-    EXPECT_EQ(StringPosRI("x ONE one", "One"), 7);
-    EXPECT_EQ(StringPosRI("x ONE one", "One", 6), 3);
 }
 
 TEST(FindStrPos, AllFour) {
@@ -281,37 +266,37 @@ TEST(FindStrPosEx, PlainPosOverTheWholeString) {
 
 // --- replacement -----------------------------------------------------------------------------
 
-TEST(StrReplace, FirstOrAll) {
-    EXPECT_EQ(StrReplace("a-b-c", "-", "+", {}), "a+b-c");
-    EXPECT_EQ(StrReplace("a-b-c", "-", "+", {rpReplaceAll}), "a+b+c");
-    EXPECT_EQ(StrReplace("a-B-b", "b", "x", {rpReplaceAll}), "a-B-x");
-    EXPECT_EQ(StrReplace("a-B-b", "b", "x", {rpReplaceAll, rpIgnoreCase}), "a-x-x");
-    EXPECT_EQ(StrReplace("abc", "z", "y", {rpReplaceAll}), "abc");
-    EXPECT_EQ(StrReplace("", "z", "y", {rpReplaceAll}), "");
-    EXPECT_EQ(StrReplace("aaa", "a", "", {rpReplaceAll}), "");
-    EXPECT_EQ(StrReplace("abc", "", "x", {rpReplaceAll}), "abc");
-}
-
-TEST(StrReplace, AnEmptyOldMatchesAtOnceButIsNeverReplacedAllOver) {
-    EXPECT_EQ(StrReplace("abc", "", "X", {}), "Xabc");
-    EXPECT_EQ(StrReplaceR("abc", "", "X", {}), "abXc");
-    EXPECT_EQ(StrReplaceR("abc", "", "X", {rpReplaceAll}), "abc");
-}
-
-TEST(StrReplace, GoesOnAfterTheInsertedTextSoItCannotLoop) {
-    EXPECT_EQ(StrReplace("aa", "a", "aa", {rpReplaceAll}), "aaaa");
-    EXPECT_EQ(StrReplace("x", "x", "xx", {rpReplaceAll, rpIgnoreCase}), "xx");
-    EXPECT_EQ(StrReplace("aaa", "aa", "b", {rpReplaceAll}), "ba");
-}
-
-TEST(StrReplace, ReverseChangesTheLastOccurrence) {
-    EXPECT_EQ(StrReplaceR("a-b-c", "-", "+", {}), "a-b+c");
-    EXPECT_EQ(StrReplaceR("a-b-c", "-", "+", {rpReplaceAll}), "a+b+c");
-    EXPECT_EQ(StrReplaceR("-x-", "-", "", {rpReplaceAll}), "x");
-    EXPECT_EQ(StrReplaceR("Ab-aB", "ab", "c", {rpIgnoreCase}), "Ab-c");
-    EXPECT_EQ(StrReplaceR("abc", "z", "y", {rpReplaceAll}), "abc");
-    EXPECT_EQ(StrReplaceR("", "z", "y", {}), "");
-    EXPECT_EQ(StrReplaceR("aa", "a", "aa", {rpReplaceAll}), "aaaa");
+TEST(StrReplace, FirstLastOrAllGoingOnAfterTheInsertedText) {
+    // Each row from the left and from the right. Going on after the inserted text, a
+    // replacement cannot loop; an empty old text matches at once but is never replaced all over.
+    struct Case {
+        const char *S, *Old, *New;
+        bool All, IgnoreCase;
+        const char *Result, *ResultR;
+    };
+    const Case cases[] = {
+        {"a-b-c", "-", "+", 0, 0, "a+b-c", "a-b+c"},
+        {"a-b-c", "-", "+", 1, 0, "a+b+c", "a+b+c"},
+        {"a-B-b", "b", "x", 1, 0, "a-B-x", "a-B-x"},
+        {"a-B-b", "b", "x", 1, 1, "a-x-x", "a-x-x"},
+        {"abc", "z", "y", 1, 0, "abc", "abc"},
+        {"", "z", "y", 0, 0, "", ""},
+        {"aaa", "a", "", 1, 0, "", ""},
+        {"abc", "", "X", 1, 0, "abc", "abc"},
+        {"abc", "", "X", 0, 0, "Xabc", "abXc"},
+        {"aa", "a", "aa", 1, 0, "aaaa", "aaaa"},
+        {"x", "x", "xx", 1, 1, "xx", "xx"},
+        {"aaa", "aa", "b", 1, 0, "ba", "bb"}, // from the right a match may reach into the last one
+        {"-x-", "-", "", 1, 0, "x", "x"},
+        {"Ab-aB", "ab", "c", 0, 1, "c-aB", "Ab-c"},
+    };
+    for (const Case& c : cases) {
+        TReplaceParams params;
+        params.ReplaceAll = c.All;
+        params.IgnoreCase = c.IgnoreCase;
+        EXPECT_EQ(StrReplace(c.S, c.Old, c.New, params), c.Result) << c.S << " " << c.Old;
+        EXPECT_EQ(StrReplaceR(c.S, c.Old, c.New, params), c.ResultR) << c.S << " " << c.Old;
+    }
 }
 
 // --- cutting and words -----------------------------------------------------------------------

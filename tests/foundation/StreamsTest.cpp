@@ -28,6 +28,20 @@ std::string ReadFile(const std::string& name) {
     return std::string(std::istreambuf_iterator<char>(f), {});
 }
 
+// What one read of up to n bytes gives.
+std::string Take(TSimpleReader& r, int n) {
+    char buf[128];
+    return std::string(buf, static_cast<size_t>(r.Read(buf, n)));
+}
+std::string Take(rtl::TStream& s, int64_t n) {
+    char buf[128];
+    return std::string(buf, static_cast<size_t>(s.Read(buf, n)));
+}
+
+std::string Bytes(const void* memory, size_t n) {
+    return std::string(static_cast<const char*>(memory), n);
+}
+
 // Reads every string of the reader.
 std::vector<std::string> ReadAll(TStringReader& r) {
     std::vector<std::string> out;
@@ -48,83 +62,61 @@ template <class F> std::string MFError(F f) {
     return "no EMFStreamError";
 }
 
+const std::string kReadOnlySize = "Can\x92t change size of the file in read only mode.";
+
+// A file of its own for each test, removed after it.
+class MappedFile : public ::testing::Test {
+protected:
+    void TearDown() override { fs::remove(name); }
+    std::string name = TempName("mapped.bin");
+};
+
 } // namespace
 
 // --- TSimpleReader ---------------------------------------------------------------------------
 
-TEST(SimpleReader, StartsAtTheStreamsPosition) {
-    rtl::TStringStream s("0123456789");
-    s.SetPosition(3);
+TEST(SimpleReader, ReadsFromTheStreamsPositionAcrossRefillsAtMostABufferAtOnce) {
+    rtl::TStringStream s("__abcdefghijklmnopq");
+    s.SetPosition(2);
     TSimpleReader r(&s, 4);
-    EXPECT_EQ(r.Position(), 3);
-    char buf[8] = {};
-    EXPECT_EQ(r.Read(buf, 2), 2);
-    EXPECT_EQ(std::string(buf, 2), "34");
-    EXPECT_EQ(r.Position(), 5);
-}
-
-TEST(SimpleReader, ReadsAcrossRefillsAndTheEnd) {
-    rtl::TStringStream s("abcdefghij");
-    TSimpleReader r(&s, 4);
-    char buf[8] = {};
-    EXPECT_EQ(r.Read(buf, 3), 3); // fills the buffer with "abcd"
-    EXPECT_EQ(std::string(buf, 3), "abc");
-    EXPECT_EQ(r.Read(buf, 3), 3); // keeps "d", refills with "efg"
-    EXPECT_EQ(std::string(buf, 3), "def");
-    EXPECT_EQ(r.Read(buf, 3), 3);
-    EXPECT_EQ(std::string(buf, 3), "ghi");
-    EXPECT_EQ(r.Read(buf, 3), 1); // what there was
-    EXPECT_EQ(buf[0], 'j');
-    EXPECT_EQ(r.Read(buf, 3), 0);
-    EXPECT_EQ(r.Position(), 10);
-    EXPECT_EQ(r.Read(buf, 0), 0);
-    EXPECT_EQ(r.Read(buf, -1), 0);
-}
-
-TEST(SimpleReader, NeverMoreThanABufferAtOnce) {
-    rtl::TStringStream s(std::string(100, 'x'));
-    TSimpleReader r(&s, 8);
-    char buf[100];
-    EXPECT_EQ(r.Read(buf, 100), 8);
+    EXPECT_EQ(r.Position(), 2);
+    // "d" is kept when "efg" is read behind it; a read never gives more than a buffer.
+    std::vector<std::string> got;
+    for (int n : {3, 3, 100, 0, -1, 3, 3, 3, 3})
+        got.push_back(Take(r, n));
+    EXPECT_EQ(got, (std::vector<std::string>{"abc", "def", "ghij", "", "", "klm", "nop", "q", ""}));
+    EXPECT_EQ(r.Position(), 19);
 }
 
 TEST(SimpleReader, ReadBufferKeepsTheTail) {
     rtl::TStringStream s("abcdefgh");
     TSimpleReader r(&s, 4);
     EXPECT_EQ(r.ReadBuffer(0), 4);
-    char c;
-    r.Read(&c, 1);
+    Take(r, 1);
     EXPECT_EQ(r.ReadBuffer(2), 4); // "cd" kept in front, "ef" read behind
-    char buf[4];
-    EXPECT_EQ(r.Read(buf, 4), 4);
-    EXPECT_EQ(std::string(buf, 4), "cdef");
+    EXPECT_EQ(Take(r, 4), "cdef");
 }
 
 TEST(SimpleReader, SetPositionWithinTheBufferOrBySeeking) {
     rtl::TStringStream s("0123456789");
     TSimpleReader r(&s, 4);
-    char buf[4];
-    r.Read(buf, 3); // buffer holds 0..3
+    Take(r, 3); // buffer holds 0..3
     r.SetPosition(1);
     EXPECT_EQ(s.GetPosition(), 4); // the source didn't move
-    r.Read(buf, 2);
-    EXPECT_EQ(std::string(buf, 2), "12");
+    EXPECT_EQ(Take(r, 2), "12");
     r.SetPosition(8);
     EXPECT_EQ(s.GetPosition(), 8);
-    r.Read(buf, 2);
-    EXPECT_EQ(std::string(buf, 2), "89");
+    EXPECT_EQ(Take(r, 2), "89");
 }
 
 TEST(SimpleReader, FlushBufferPutsTheSourceAtTheLogicalPosition) {
     rtl::TStringStream s("0123456789");
     TSimpleReader r(&s, 8);
-    char buf[2];
-    r.Read(buf, 2);
+    Take(r, 2);
     EXPECT_EQ(s.GetPosition(), 8);
     r.FlushBuffer();
     EXPECT_EQ(s.GetPosition(), 2);
-    r.Read(buf, 2);
-    EXPECT_EQ(std::string(buf, 2), "23");
+    EXPECT_EQ(Take(r, 2), "23");
 }
 
 TEST(SimpleReader, BadArgumentsRaise) {
@@ -135,60 +127,61 @@ TEST(SimpleReader, BadArgumentsRaise) {
 
 // --- TStringReader ---------------------------------------------------------------------------
 
-TEST(StringReader, LinesOfAStream) {
-    rtl::TStringStream s("one\r\ntwo\r\n\r\nfour");
-    TStringReader r(&s);
-    EXPECT_EQ(ReadAll(r), (std::vector<std::string>{"one", "two", "", "four"}));
-}
-
-TEST(StringReader, EmptySourceGivesFalseAtOnce) {
-    rtl::TStringStream s("");
-    TStringReader r(&s);
-    std::string line = "junk";
-    EXPECT_FALSE(r.ReadString(line));
-    EXPECT_EQ(line, "");
-}
-
-TEST(StringReader, LastLineWithoutDelimiterThenFalse) {
-    rtl::TStringStream s("a\r\nlast");
-    TStringReader r(&s);
-    std::string line;
-    EXPECT_TRUE(r.ReadString(line));
-    EXPECT_TRUE(r.ReadString(line));
-    EXPECT_EQ(line, "last");
-    EXPECT_FALSE(r.ReadString(line));
-}
-
-TEST(StringReader, DelimiterStraddlingTwoChunksIsFound) {
-    for (bool buffered : {true, false}) {
-        // With a chunk of 100, CR is byte 100 and LF byte 101.
-        std::string first(99, 'x');
-        rtl::TStringStream s(first + "\r\nsecond\r\n");
-        TStringReader r;
-        r.UseBuffer = buffered;
-        r.SetTargetStream(&s);
-        EXPECT_EQ(ReadAll(r), (std::vector<std::string>{first, "second"})) << buffered;
+TEST(StringReader, EverySourceGivesTheSameStrings) {
+    // A stream read through the look-ahead buffer or without it, a mapped file and a mapped
+    // stream through the buffer: the strings split at each delimiter, left to right, a last
+    // one without delimiter included, and the source ends behind the last byte.
+    auto split = [](const std::string& text, const std::string& delimiter) {
+        std::vector<std::string> r;
+        size_t pos = 0;
+        while (pos < text.size()) {
+            size_t p = text.find(delimiter, pos);
+            if (p == std::string::npos) p = text.size();
+            r.push_back(text.substr(pos, p - pos));
+            pos = p == text.size() ? p : p + delimiter.size();
+        }
+        return r;
+    };
+    struct Case {
+        std::string Text, Delimiter;
+    };
+    // Chunks of 100 put the CR of the last case at byte 100 and its LF at byte 101.
+    const std::vector<Case> cases = {
+        {"", "\r\n"},
+        {"one\r\ntwo\r\n\r\nlast", "\r\n"},
+        {"a;;b;;;;c;", ";;"},
+        {"aaaaa", "aa"},
+        {"xabaabax", "aba"},
+        {std::string(1000, 'y') + "\r\nz\r\n" + std::string(1000, 'y'), "\r\n"},
+        {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
+    const std::string name = TempName("every.txt");
+    for (const auto& c : cases) {
+        const auto expected = split(c.Text, c.Delimiter);
+        WriteFile(name, c.Text);
+        for (int chunk : {1, 2, 3, 7, 100}) {
+            for (int source = 0; source < 4; ++source) {
+                SCOPED_TRACE(c.Text.substr(0, 20) + " chunk " + std::to_string(chunk) + " source " +
+                             std::to_string(source));
+                rtl::TStringStream text(c.Text);
+                TMappedFileStream mapped(name, true, 0, true);
+                TStringReader r;
+                r.ChunkSize = chunk;
+                r.UseBuffer = source != 1;
+                if (source <= 1)
+                    r.SetTargetStream(&text);
+                else if (source == 2)
+                    r.SetTargetFile(name);
+                else
+                    r.SetTargetStream(&mapped);
+                r.SetStringDelimiter(c.Delimiter);
+                EXPECT_EQ(r.Delimiter(), c.Delimiter);
+                EXPECT_EQ(ReadAll(r), expected);
+                r.Synchronize();
+                EXPECT_EQ(r.Target()->GetPosition(), static_cast<int64_t>(c.Text.size()));
+            }
+        }
     }
-}
-
-TEST(StringReader, LongLinesOverManyChunks) {
-    std::string longLine(1000, 'y');
-    for (int chunk : {1, 2, 3, 7, 100}) {
-        rtl::TStringStream s(longLine + "\r\n" + "z\r\n" + longLine);
-        TStringReader r;
-        r.ChunkSize = chunk;
-        r.SetTargetStream(&s);
-        EXPECT_EQ(ReadAll(r), (std::vector<std::string>{longLine, "z", longLine})) << chunk;
-    }
-}
-
-TEST(StringReader, OtherDelimiters) {
-    rtl::TStringStream s("a;;b;;;;c;");
-    TStringReader r(&s);
-    r.SetStringDelimiter(";;");
-    EXPECT_EQ(r.Delimiter(), ";;");
-    EXPECT_EQ(ReadAll(r), (std::vector<std::string>{"a", "b", "", "c;"}));
-    EXPECT_THROW(r.SetStringDelimiter(""), rtl::EStreamError);
+    fs::remove(name);
 }
 
 TEST(StringReader, SynchronizeLeavesTheSourceBehindTheLastString) {
@@ -212,99 +205,42 @@ TEST(StringReader, UnbufferedReadingMovesTheSourceBack) {
     EXPECT_EQ(s.GetPosition(), 4);
 }
 
-TEST(StringReader, ReadsAMappedFile) {
-    std::string name = TempName("lines.txt");
-    WriteFile(name, "alpha\r\nbeta\r\ngamma");
+TEST_F(MappedFile, StringReaderOwnsAMappedFileOfItsOwn) {
+    WriteFile(name, "alpha\r\nbeta");
     TStringReader r(name);
     EXPECT_EQ(r.TargetFile(), name);
     EXPECT_FALSE(r.UseBuffer);
     ASSERT_NE(rtl::Is<TMappedFileStream>(r.Target()), nullptr);
-    EXPECT_EQ(ReadAll(r), (std::vector<std::string>{"alpha", "beta", "gamma"}));
-    WriteFile(name, "");
-    r.SetTargetFile(name);
-    std::string line = "junk";
-    EXPECT_FALSE(r.ReadString(line));
+    EXPECT_EQ(ReadAll(r), (std::vector<std::string>{"alpha", "beta"}));
     fs::remove(name);
     EXPECT_THROW(r.SetTargetFile(name), EMFStreamError); // missing, read-only
 }
 
-TEST(StringReader, EverySourceGivesTheSameStrings) {
-    // A stream read through the look-ahead buffer or without it, a mapped file and a mapped
-    // stream through the buffer: the strings split at each delimiter, left to right, and the
-    // source ends behind the last byte.
-    auto split = [](const std::string& text, const std::string& delimiter) {
-        std::vector<std::string> r;
-        size_t pos = 0;
-        while (pos < text.size()) {
-            size_t p = text.find(delimiter, pos);
-            if (p == std::string::npos) p = text.size();
-            r.push_back(text.substr(pos, p - pos));
-            pos = p == text.size() ? p : p + delimiter.size();
-        }
-        return r;
-    };
-    struct Case {
-        std::string Text, Delimiter;
-    };
-    const std::vector<Case> cases = {
-        {"one\r\ntwo\r\n\r\nlast", "\r\n"},
-        {"a;;b;;;;c;", ";;"},
-        {"aaaaa", "aa"},
-        {"xabaabax", "aba"},
-        {std::string(250, 'y') + "\r\nz\r\n", "\r\n"},
-        {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
-    const std::string name = TempName("every.txt");
-    for (const auto& c : cases) {
-        const auto expected = split(c.Text, c.Delimiter);
-        WriteFile(name, c.Text);
-        for (int chunk : {1, 2, 5, 100}) {
-            for (int source = 0; source < 4; ++source) {
-                rtl::TStringStream text(c.Text);
-                TMappedFileStream mapped(name, true, 0, true);
-                TStringReader r;
-                r.ChunkSize = chunk;
-                r.UseBuffer = source != 1;
-                if (source <= 1)
-                    r.SetTargetStream(&text);
-                else if (source == 2)
-                    r.SetTargetFile(name);
-                else
-                    r.SetTargetStream(&mapped);
-                r.SetStringDelimiter(c.Delimiter);
-                EXPECT_EQ(ReadAll(r), expected) << c.Text << " " << chunk << " " << source;
-                r.Synchronize();
-                EXPECT_EQ(r.Target()->GetPosition(), static_cast<int64_t>(c.Text.size()));
-            }
-        }
-    }
-    fs::remove(name);
-}
-
-TEST(StringReader, WithoutSourceRaises) {
+TEST(StringReader, BadSetUpRaises) {
     TStringReader r;
     std::string line;
+    EXPECT_THROW(r.ReadString(line), rtl::EStreamError); // no source
+    EXPECT_THROW(r.SetStringDelimiter(""), rtl::EStreamError);
+    rtl::TStringStream s("x");
+    r.SetTargetStream(&s);
+    r.ChunkSize = 0;
     EXPECT_THROW(r.ReadString(line), rtl::EStreamError);
 }
 
 // --- TMappedFileStream -----------------------------------------------------------------------
 
-TEST(MappedFileStream, ReadsTheFileThroughTheView) {
-    std::string name = TempName("read.bin");
+TEST_F(MappedFile, ReadsTheFileThroughTheView) {
     WriteFile(name, "0123456789");
     TMappedFileStream m(name, true, 0, true);
     EXPECT_TRUE(m.Mapped());
     EXPECT_EQ(m.GetSize(), 10);
-    char buf[16] = {};
-    EXPECT_EQ(m.Read(buf, 4), 4);
-    EXPECT_EQ(std::string(buf, 4), "0123");
-    EXPECT_EQ(m.Read(buf, 16), 6);
-    EXPECT_EQ(m.Read(buf, 1), 0);
+    EXPECT_EQ(Take(m, 4), "0123");
+    EXPECT_EQ(Take(m, 16), "456789");
+    EXPECT_EQ(Take(m, 1), "");
     EXPECT_EQ(m.Write("x", 1), 0); // read-only
-    fs::remove(name);
 }
 
-TEST(MappedFileStream, WritesGoToTheFileAndNeverGrowIt) {
-    std::string name = TempName("write.bin");
+TEST_F(MappedFile, WritesGoToTheFileAndNeverGrowIt) {
     WriteFile(name, "abcdef");
     {
         TMappedFileStream m(name, true, 0, false);
@@ -315,72 +251,57 @@ TEST(MappedFileStream, WritesGoToTheFileAndNeverGrowIt) {
         m.FlushView();
     }
     EXPECT_EQ(ReadFile(name), "abcdXY");
-    fs::remove(name);
 }
 
-TEST(MappedFileStream, NewSizeGrowsOrCreatesTheFile) {
-    std::string name = TempName("grow.bin");
+TEST_F(MappedFile, NewSizeGrowsOrCreatesTheFile) {
     fs::remove(name);
-    {
-        TMappedFileStream m(name, true, 16, false);
-        EXPECT_EQ(m.GetSize(), 16);
-        m.Write("hello", 5);
+    for (int64_t size : {16, 32}) {
+        {
+            TMappedFileStream m(name, true, size, false);
+            EXPECT_EQ(m.GetSize(), size);
+            if (size == 16) m.Write("hello", 5);
+        }
+        EXPECT_EQ(fs::file_size(name), static_cast<uintmax_t>(size));
+        EXPECT_EQ(ReadFile(name).substr(0, 5), "hello");
     }
-    EXPECT_EQ(fs::file_size(name), 16u);
-    EXPECT_EQ(ReadFile(name).substr(0, 5), "hello");
-    {
-        TMappedFileStream m(name, true, 32, false);
-        EXPECT_EQ(m.GetSize(), 32);
-    }
-    EXPECT_EQ(fs::file_size(name), 32u);
-    fs::remove(name);
 }
 
-TEST(MappedFileStream, SeekHasNoBoundsCheck) {
-    std::string name = TempName("seek.bin");
+TEST_F(MappedFile, SeekHasNoBoundsCheck) {
     WriteFile(name, "0123456789");
     TMappedFileStream m(name, true, 0, false);
-    EXPECT_EQ(m.Seek(-5, rtl::soBeginning), -5);
     char c = 0;
+    EXPECT_EQ(m.Seek(-5, rtl::soBeginning), -5);
     EXPECT_EQ(m.Read(&c, 1), 0);
     EXPECT_EQ(m.Write(&c, 1), 0);
     EXPECT_EQ(m.Seek(7, rtl::soCurrent), 2);
     EXPECT_EQ(m.Seek(-1, rtl::soEnd), 9);
-    EXPECT_EQ(m.Read(&c, 1), 1);
-    EXPECT_EQ(c, '9');
+    EXPECT_EQ(Take(m, 1), "9");
     EXPECT_EQ(m.Seek(100, rtl::soEnd), 110);
     EXPECT_EQ(m.Read(&c, 1), 0);
     EXPECT_EQ(m.Read(&c, -1), 0);
-    fs::remove(name);
 }
 
-TEST(MappedFileStream, UnmappedStreamReadsAndWritesNothing) {
-    std::string name = TempName("unmapped.bin");
+TEST_F(MappedFile, UnmappedStreamReadsAndWritesNothing) {
     WriteFile(name, "data");
     TMappedFileStream m(name, false, 0, false);
     EXPECT_FALSE(m.Mapped());
-    char buf[4];
-    EXPECT_EQ(m.Read(buf, 4), 0);
-    EXPECT_EQ(m.Write(buf, 4), 0);
+    EXPECT_EQ(Take(m, 4), "");
+    EXPECT_EQ(m.Write("data", 4), 0);
     m.SetMapped(true);
-    EXPECT_EQ(m.Read(buf, 4), 4);
+    EXPECT_EQ(Take(m, 4), "data");
     m.SetMapped(false);
     EXPECT_EQ(m.Memory(), nullptr);
     m.SetPosition(0);
-    EXPECT_EQ(m.Read(buf, 4), 0);
-    fs::remove(name);
+    EXPECT_EQ(Take(m, 4), "");
 }
 
-TEST(MappedFileStream, SizeErrorsByNumber) {
-    std::string name = TempName("errors.bin");
+TEST_F(MappedFile, SizeErrorsByNumber) {
     WriteFile(name, "abc");
     EXPECT_EQ(MFError([&] { TMappedFileStream m(name, true, -1, false); }),
               "New file size should not be less than zero.");
-    EXPECT_EQ(MFError([&] { TMappedFileStream m(name, true, 1, true); }),
-              "Can\x92t change size of the file in read only mode.");
+    EXPECT_EQ(MFError([&] { TMappedFileStream m(name, true, 1, true); }), kReadOnlySize);
     fs::remove(name);
-    EXPECT_EQ(MFError([&] { TMappedFileStream m(name, true, 0, true); }),
-              "Can\x92t change size of the file in read only mode.");
+    EXPECT_EQ(MFError([&] { TMappedFileStream m(name, true, 0, true); }), kReadOnlySize);
     EXPECT_EQ(MFError([&] { TMappedFileStream m(name, true, 0, false); }),
               "New file size should be higher than zero.");
     EXPECT_FALSE(fs::exists(name));
@@ -389,8 +310,7 @@ TEST(MappedFileStream, SizeErrorsByNumber) {
     EXPECT_THROW(TMappedFileStream("/no/such/dir/file", true, 10, false), rtl::EOSError);
 }
 
-TEST(MappedFileStream, OverAHandleThatItDoesNotOwn) {
-    std::string name = TempName("handle.bin");
+TEST_F(MappedFile, OverAHandleThatItDoesNotOwn) {
     WriteFile(name, "handle data");
     int fd = open(name.c_str(), O_RDWR);
     ASSERT_GE(fd, 0);
@@ -398,16 +318,14 @@ TEST(MappedFileStream, OverAHandleThatItDoesNotOwn) {
         TMappedFileStream m(fd, true, 0, false);
         EXPECT_EQ(m.GetSize(), 11);
         EXPECT_EQ(m.FileHandle(), fd);
-        EXPECT_EQ(MFError([&] { TMappedFileStream bad(fd, true, 5, true); }),
-                  "Can\x92t change size of the file in read only mode.");
+        EXPECT_EQ(MFError([&] { TMappedFileStream bad(fd, true, 5, true); }), kReadOnlySize);
     }
     EXPECT_NE(fcntl(fd, F_GETFD), -1); // still open
     close(fd);
-    fs::remove(name);
 }
 
-TEST(MappedFileStream, SaveToStreamAndFile) {
-    std::string name = TempName("save.bin"), copy = TempName("save.copy");
+TEST_F(MappedFile, SaveToStreamAndFile) {
+    const std::string copy = TempName("save.copy");
     WriteFile(name, "saved bytes");
     TMappedFileStream m(name, true, 0, true);
     rtl::TStringStream s;
@@ -415,53 +333,51 @@ TEST(MappedFileStream, SaveToStreamAndFile) {
     EXPECT_EQ(s.DataString(), "saved bytes");
     m.SaveToFile(copy);
     EXPECT_EQ(ReadFile(copy), "saved bytes");
-    fs::remove(name);
     fs::remove(copy);
 }
 
-TEST(MappedFileStream, NamedRegionIsSharedBetweenStreams) {
+TEST(MappedFileStream, NamedRegionIsSharedBetweenStreamsAndMustExistToBeReadOnly) {
     std::string region = "zelv_test_region_" + std::to_string(getpid());
+    EXPECT_THROW(TMappedFileStream::CreateSys(region, true, 10, true), rtl::EOSError);
     auto a = TMappedFileStream::CreateSys(region, true, 100, false);
     EXPECT_EQ(a->GetSize(), 100);
     EXPECT_EQ(a->MapName(), region);
     a->Write("shared!", 7);
     auto b = TMappedFileStream::CreateSys(region, true, 100, false);
-    char buf[7];
-    EXPECT_EQ(b->Read(buf, 7), 7);
-    EXPECT_EQ(std::string(buf, 7), "shared!");
+    EXPECT_EQ(Take(*b, 7), "shared!");
     auto ro = TMappedFileStream::CreateSys(region, true, 100, true);
-    EXPECT_EQ(ro->Read(buf, 7), 7);
+    EXPECT_EQ(Take(*ro, 7), "shared!");
     EXPECT_EQ(ro->Write("x", 1), 0);
     // A private region has no name.
     auto p = TMappedFileStream::CreateSys("", true, 10, false);
     EXPECT_EQ(p->Write("0123456789AB", 12), 10);
 }
 
-TEST(MappedFileStream, ReadOnlyRegionMustExist) {
-    EXPECT_THROW(
-        TMappedFileStream::CreateSys("zelv_absent_" + std::to_string(getpid()), true, 10, true),
-        rtl::EOSError);
-}
-
 // --- THeapStream and TMemStream --------------------------------------------------------------
 
 TEST(HeapStream, CapacityIsAMultipleOf4096) {
-    for (bool privateHeap : {false, true}) {
-        std::unique_ptr<THeapStream> s = privateHeap ? std::make_unique<THeapStream>(0, 0, false)
-                                                     : std::make_unique<THeapStream>();
-        EXPECT_EQ(s->SharedHeap(), !privateHeap);
-        EXPECT_EQ(s->Flags(), HEAP_GENERATE_EXCEPTIONS);
-        s->Write("x", 1);
-        EXPECT_EQ(s->Capacity(), 4096);
+    std::vector<std::unique_ptr<rtl::TMemoryStream>> streams;
+    streams.push_back(std::make_unique<THeapStream>());
+    streams.push_back(std::make_unique<THeapStream>(0, 0, false));
+    streams.push_back(std::make_unique<TMemStream>());
+    for (size_t i = 0; i < streams.size(); ++i) {
+        SCOPED_TRACE(i);
+        auto& s = *streams[i];
+        if (auto* h = rtl::Is<THeapStream>(&s)) {
+            EXPECT_EQ(h->SharedHeap(), i == 0);
+            EXPECT_EQ(h->Flags(), HEAP_GENERATE_EXCEPTIONS);
+        }
+        s.Write("x", 1);
+        EXPECT_EQ(s.Capacity(), 4096);
         std::string big(5000, 'b');
-        s->Write(big.data(), 5000);
-        EXPECT_EQ(s->Capacity(), 8192);
-        s->SetPosition(0);
-        char buf[2];
-        s->Read(buf, 2);
-        EXPECT_EQ(std::string(buf, 2), "xb");
-        s->Clear();
-        EXPECT_EQ(s->Capacity(), 0);
+        s.Write(big.data(), 5000);
+        EXPECT_EQ(s.Capacity(), 8192);
+        s.SetSize(8192);
+        EXPECT_EQ(s.Capacity(), 8192);
+        s.SetPosition(0);
+        EXPECT_EQ(Take(s, 2), "xb");
+        s.SetSize(0);
+        EXPECT_EQ(s.Capacity(), 0);
     }
 }
 
@@ -470,16 +386,11 @@ TEST(HeapStream, ZeroMemoryFlag) {
     EXPECT_EQ(shared.Flags(), HEAP_GENERATE_EXCEPTIONS | HEAP_ZERO_MEMORY);
     shared.SetSize(100);
     shared.SetSize(6000);
-    const char* p = static_cast<const char*>(shared.Memory());
-    for (int i = 0; i < 6000; ++i)
-        ASSERT_EQ(p[i], 0) << i;
+    EXPECT_EQ(Bytes(shared.Memory(), 6000), std::string(6000, '\0'));
     THeapStream own(4096, 65536, true);
     own.Write("abc", 3);
     own.SetSize(20000);
-    p = static_cast<const char*>(own.Memory());
-    EXPECT_EQ(std::string(p, 3), "abc");
-    for (int i = 3; i < 20000; ++i)
-        ASSERT_EQ(p[i], 0) << i;
+    EXPECT_EQ(Bytes(own.Memory(), 20000), "abc" + std::string(19997, '\0'));
 }
 
 TEST(HeapStream, PrivateHeapKeepsItsMaximum) {
@@ -501,37 +412,28 @@ TEST(HeapStream, ContentsSurviveGrowth) {
         data += static_cast<char>('a' + i % 26);
     for (size_t i = 0; i < data.size(); i += 777)
         s.Write(data.data() + i, static_cast<int64_t>(std::min<size_t>(777, data.size() - i)));
-    EXPECT_EQ(s.GetSize(), 50000);
-    EXPECT_EQ(std::string(static_cast<const char*>(s.Memory()), 50000), data);
-}
-
-TEST(HeapStream, CompactOfTheProcessHeapGivesMemoryBack) {
-    THeapStream s;
-    s.SetSize(1 << 20);
-    s.SetSize(0);
-    EXPECT_GE(s.Compact(), 0);
-}
-
-TEST(MemStream, CapacityIsAMultipleOf4096) {
-    TMemStream s;
-    s.Write("x", 1);
-    EXPECT_EQ(s.Capacity(), 4096);
-    s.SetSize(4097);
-    EXPECT_EQ(s.Capacity(), 8192);
-    s.SetSize(8192);
-    EXPECT_EQ(s.Capacity(), 8192);
-    s.SetSize(0);
-    EXPECT_EQ(s.Capacity(), 0);
+    EXPECT_EQ(Bytes(s.Memory(), 50000), data);
+    // The process's heap gives what it freed back.
+    THeapStream shared;
+    shared.SetSize(1 << 20);
+    shared.SetSize(0);
+    EXPECT_GE(shared.Compact(), 0);
 }
 
 // --- buffer views ----------------------------------------------------------------------------
 
-TEST(BufInfo, ViewMovesWithoutCopying) {
+class BufInfo : public ::testing::Test {
+protected:
+    void SetUp() override {
+        a.Write("abcdef", 6);
+        a.SetPosition(2);
+        MemStreamToBuf(&a, info);
+    }
     TMemStream a;
-    a.Write("abcdef", 6);
-    a.SetPosition(2);
     TBufInfo info;
-    MemStreamToBuf(&a, info);
+};
+
+TEST_F(BufInfo, ViewMovesWithoutCopying) {
     EXPECT_EQ(info.Memory, a.Memory());
     EXPECT_EQ(info.Size, 6);
     EXPECT_EQ(info.Position, 2);
@@ -540,35 +442,21 @@ TEST(BufInfo, ViewMovesWithoutCopying) {
     BufToMemStream(info, &b);
     EXPECT_EQ(b.Memory(), a.Memory());
     EXPECT_EQ(b.GetSize(), 6);
-    EXPECT_EQ(b.GetPosition(), 2);
-    char buf[4];
-    EXPECT_EQ(b.Read(buf, 4), 4);
-    EXPECT_EQ(std::string(buf, 4), "cdef");
+    EXPECT_EQ(Take(b, 4), "cdef");
     // Growing copies into a block of its own; the original stays.
     b.Write("ghij", 4);
     EXPECT_NE(b.Memory(), a.Memory());
-    EXPECT_EQ(std::string(static_cast<const char*>(b.Memory()), 10), "abcdefghij");
-    EXPECT_EQ(std::string(static_cast<const char*>(a.Memory()), 6), "abcdef");
+    EXPECT_EQ(Bytes(b.Memory(), 10), "abcdefghij");
+    EXPECT_EQ(Bytes(a.Memory(), 6), "abcdef");
 }
 
-TEST(BufInfo, HeapStreamBorrowsToo) {
-    TMemStream a;
-    a.Write("1234", 4);
-    TBufInfo info;
-    MemStreamToBuf(&a, info);
+TEST_F(BufInfo, HeapStreamBorrowsTooAPlainMemoryStreamCannot) {
     THeapStream h(0, 0, false);
     BufToMemStream(info, &h);
     EXPECT_EQ(h.Memory(), a.Memory());
-    h.SetPosition(4);
-    h.Write("5", 1);
-    EXPECT_EQ(std::string(static_cast<const char*>(h.Memory()), 5), "12345");
-}
-
-TEST(BufInfo, PlainMemoryStreamCannotBorrow) {
-    TMemStream a;
-    a.Write("x", 1);
-    TBufInfo info;
-    MemStreamToBuf(&a, info);
+    h.SetPosition(6);
+    h.Write("g", 1);
+    EXPECT_EQ(Bytes(h.Memory(), 7), "abcdefg");
     rtl::TMemoryStream plain;
     EXPECT_THROW(BufToMemStream(info, &plain), rtl::EStreamError);
 }

@@ -127,46 +127,36 @@ TEST(LineLists, FindWordInLinesMovesTheIndexOnlyOnAMatch) {
 
 // --- layout strings --------------------------------------------------------------------------
 
-TEST(Layout, OneLineWithItsPrefix) {
-    // "  procedure Foo;" becomes "Foo;" with the prefix "  procedure " appended.
-    std::string line = "Foo;", layout;
-    AppendWithLayout(line, layout, "  procedure ");
-    EXPECT_EQ(line, "Foo;  procedure ");
-    EXPECT_EQ(layout, "1,5,5,17,");
-    size_t read = 0;
-    std::string seg;
-    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
-    EXPECT_EQ(seg, "Foo;");
-    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
-    EXPECT_EQ(seg, "  procedure ");
-    EXPECT_FALSE(ReadLayoutSegment(line, layout, read, seg));
-}
-
-TEST(Layout, MultiLineDeclaration) {
-    std::string line = "Make(A: Integer;", layout;
-    AppendWithLayout(line, layout, "    B: string;");
-    AppendWithLayout(line, layout, "    C: Char): Boolean;");
-    AppendWithLayout(line, layout, "  function ");
-    EXPECT_EQ(line, "Make(A: Integer;    B: string;    C: Char): Boolean;  function ");
-    EXPECT_EQ(layout, "1,17,17,31,31,53,53,64,");
-    size_t read = 0;
-    std::string seg;
-    std::vector<std::string> segs;
-    while (ReadLayoutSegment(line, layout, read, seg))
-        segs.push_back(seg);
-    EXPECT_EQ(segs, (std::vector<std::string>{"Make(A: Integer;", "    B: string;",
-                                              "    C: Char): Boolean;", "  function "}));
-}
-
-TEST(Layout, EmptyPrefixGivesAnEmptySegment) {
-    std::string line = "// note", layout;
-    AppendWithLayout(line, layout, "");
-    EXPECT_EQ(layout, "1,8,8,8,");
-    size_t read = 0;
-    std::string seg;
-    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
-    ASSERT_TRUE(ReadLayoutSegment(line, layout, read, seg));
-    EXPECT_EQ(seg, "");
+TEST(Layout, EachPrefixAppendedIsReadBackAsASegment) {
+    // "  procedure Foo;" becomes "Foo;" with the prefix "  procedure " appended; a heading over
+    // several lines gathers them in one; an empty prefix gives an empty segment.
+    struct Case {
+        std::string Line;
+        std::vector<std::string> Prefixes;
+        std::string Layout;
+    };
+    const Case cases[] = {
+        {"Foo;", {"  procedure "}, "1,5,5,17,"},
+        {"Make(A: Integer;",
+         {"    B: string;", "    C: Char): Boolean;", "  function "},
+         "1,17,17,31,31,53,53,64,"},
+        {"// note", {""}, "1,8,8,8,"},
+    };
+    for (const Case& c : cases) {
+        std::string line = c.Line, layout, joined = c.Line, seg;
+        std::vector<std::string> segments, expected = {c.Line};
+        for (const auto& prefix : c.Prefixes) {
+            AppendWithLayout(line, layout, prefix);
+            joined += prefix;
+            expected.push_back(prefix);
+        }
+        EXPECT_EQ(line, joined);
+        EXPECT_EQ(layout, c.Layout);
+        size_t read = 0;
+        while (ReadLayoutSegment(line, layout, read, seg))
+            segments.push_back(seg);
+        EXPECT_EQ(segments, expected);
+    }
 }
 
 TEST(Layout, ReadingStopsWithoutAFullPair) {
@@ -181,159 +171,102 @@ TEST(Layout, ReadingStopsWithoutAFullPair) {
 
 // --- the declaration sort --------------------------------------------------------------------
 
-TEST(SortDeclarations, ByTheNameNotTheKeyword) {
-    auto r = Sort({"  procedure Zed;", "  function Alpha: Integer;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines,
-              (std::vector<std::string>{"  function Alpha: Integer;", "  procedure Zed;"}));
-    EXPECT_EQ(r.ErrorLine, 2);
-}
-
-TEST(SortDeclarations, CaseIsIgnored) {
-    // A case-sensitive sort would put "alpha" last.
-    auto r = Sort({"procedure ZED;", "procedure Gamma;", "procedure alpha;", "procedure Beta;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"procedure alpha;", "procedure Beta;",
-                                                 "procedure Gamma;", "procedure ZED;"}));
-}
-
-TEST(SortDeclarations, SameNameToldApartByTheKeywordAtTheEnd) {
-    auto r = Sort({"  procedure Foo;", "  function Foo;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  function Foo;", "  procedure Foo;"}));
-}
-
-TEST(SortDeclarations, LinesWithoutParenthesisEndAtTheFirstSemicolon) {
-    auto r = Sort({"  property Name: string", "    read FName;", "  property Count: Integer;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  property Count: Integer;",
-                                                 "  property Name: string", "    read FName;"}));
-}
-
-TEST(SortDeclarations, MultiLineHeadingMovesAsOneUnit) {
-    auto r = Sort({"  procedure Zed;", "  function Make(A: Integer;", "      B: string;",
-                   "      C: Char): Boolean;", "  procedure Beta;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  procedure Beta;", "  function Make(A: Integer;",
-                                                 "      B: string;", "      C: Char): Boolean;",
-                                                 "  procedure Zed;"}));
-}
-
-TEST(SortDeclarations, EqualTextsKeepTheirOrder) {
-    // Declarations whose joined texts compare equal stay in the order they had, whatever case
-    // or letters of the code page tell them apart; the comment sorts by its text too.
+TEST(SortDeclarations, SortsByTheNameWithTheLayoutKept) {
+    // Each item's lines and where it stops counts the lines after the sort.
     struct Case {
+        const char* Name;
         std::vector<std::string> In, Out;
     };
     const std::vector<Case> cases = {
-        {{"procedure FOO;", "procedure foo;", "procedure Foo;", "procedure Bar;"},
+        {"the name, not the keyword",
+         {"  procedure Zed;", "  function Alpha: Integer;"},
+         {"  function Alpha: Integer;", "  procedure Zed;"}},
+        {"case is ignored: a case-sensitive sort puts alpha last",
+         {"procedure ZED;", "procedure Gamma;", "procedure alpha;", "procedure Beta;"},
+         {"procedure alpha;", "procedure Beta;", "procedure Gamma;", "procedure ZED;"}},
+        {"the same name told apart by the keyword at the end",
+         {"  procedure Foo;", "  function Foo;"},
+         {"  function Foo;", "  procedure Foo;"}},
+        {"a line without parenthesis ends at the first semicolon",
+         {"  property Name: string", "    read FName;", "  property Count: Integer;"},
+         {"  property Count: Integer;", "  property Name: string", "    read FName;"}},
+        {"a heading over several lines moves as one",
+         {"  procedure Zed;", "  function Make(A: Integer;", "      B: string;",
+          "      C: Char): Boolean;", "  procedure Beta;"},
+         {"  procedure Beta;", "  function Make(A: Integer;", "      B: string;",
+          "      C: Char): Boolean;", "  procedure Zed;"}},
+        {"blank lines vanish",
+         {"", "  procedure B;", "   ", "", "  procedure A;", "\t"},
+         {"  procedure A;", "  procedure B;"}},
+        {"an empty list", {}, {}},
+        {"a blank list", {"", "  "}, {}},
+        // The empty key sorts the item first, with the following lines up to ";" taken in.
+        {"a keyword alone without indentation has an empty key",
+         {"procedure Beta;", "procedure", "  Alpha;"},
+         {"procedure", "  Alpha;", "procedure Beta;"}},
+        // "  procedure" is taken whole with its blanks, so it isn't a keyword.
+        {"a keyword alone with indentation is the key",
+         {"  procedure", "    Alpha;", "  function Query;"},
+         {"  procedure", "    Alpha;", "  function Query;"}},
+        {"a keyword alone on a continuation line goes in front",
+         {"  function Make(A: Integer;", "    procedure", "    ): Integer;"},
+         {"  function     procedureMake(A: Integer;", "    ): Integer;"}},
+        {"a block comment takes the rest of its last line",
+         {"  procedure Zed;", "  { note", "    more } procedure Alpha;", "  procedure Beta;"},
+         {"  { note", "    more } procedure Alpha;", "  procedure Beta;", "  procedure Zed;"}},
+        {"a line comment is an item of its own",
+         {"  procedure B;", "  // about A", "  procedure A;"},
+         {"  // about A", "  procedure A;", "  procedure B;"}},
+        // Windows-1251: "\xC1\xE5\xF2\xE0" is Beta in Cyrillic, "\xE0\xEB\xFC\xF4\xE0" alpha.
+        {"Cyrillic names fold and follow Latin",
+         {"procedure \xC1\xE5\xF2\xE0;", "procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;"},
+         {"procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;", "procedure \xC1\xE5\xF2\xE0;"}},
+        // Declarations whose joined texts compare equal stay in the order they had, whatever
+        // case or letters of the code page tell them apart; the comment sorts by its text too.
+        {"equal texts keep their order",
+         {"procedure FOO;", "procedure foo;", "procedure Foo;", "procedure Bar;"},
          {"procedure Bar;", "procedure FOO;", "procedure foo;", "procedure Foo;"}},
-        {{"procedure foo;", "procedure Foo;", "procedure FOO;"},
+        {"equal texts keep their order, none other",
+         {"procedure foo;", "procedure Foo;", "procedure FOO;"},
          {"procedure foo;", "procedure Foo;", "procedure FOO;"}},
-        {{"  // b", "procedure \xC0\xE1;", "procedure \xE0\xC1;", "procedure Z;", "  // B"},
+        {"equal texts keep their order, comments and code page letters",
+         {"  // b", "procedure \xC0\xE1;", "procedure \xE0\xC1;", "procedure Z;", "  // B"},
          {"  // b", "  // B", "procedure Z;", "procedure \xC0\xE1;", "procedure \xE0\xC1;"}},
         // The indentation and keyword come last in the text: a blank sorts before a letter.
-        {{"function A2: Integer;", "function a1;", "function A1;", "  function a2: Integer;"},
+        {"equal names, the indentation last",
+         {"function A2: Integer;", "function a1;", "function A1;", "  function a2: Integer;"},
          {"function a1;", "function A1;", "  function a2: Integer;", "function A2: Integer;"}},
     };
     for (const auto& c : cases) {
         auto r = Sort(c.In);
-        ASSERT_TRUE(r.Ok);
-        EXPECT_EQ(r.Lines, c.Out);
+        EXPECT_TRUE(r.Ok) << c.Name;
+        EXPECT_EQ(r.Lines, c.Out) << c.Name;
+        EXPECT_EQ(r.ErrorLine, static_cast<int>(c.Out.size())) << c.Name;
     }
 }
 
-TEST(SortDeclarations, ClosingParenthesisWithoutSemicolonFails) {
-    std::vector<std::string> lines = LoadData("broken_heading.pas");
-    auto r = Sort(lines);
-    EXPECT_FALSE(r.Ok);
-    EXPECT_EQ(r.ErrorLine, 1); // the heading, counted after the blank line went
-    EXPECT_EQ(r.Lines, lines); // unchanged, blank line included
-}
-
-TEST(SortDeclarations, NoTerminatorUntilTheEndFails) {
-    std::vector<std::string> lines = {"  procedure A;", "", "", "  property Y: Integer read FY",
-                                      "  // trailing"};
-    auto r = Sort(lines);
-    EXPECT_FALSE(r.Ok);
-    EXPECT_EQ(r.ErrorLine, 1);
-    EXPECT_EQ(r.Lines, lines);
-    auto single = Sort({"procedure X"});
-    EXPECT_FALSE(single.Ok);
-    EXPECT_EQ(single.ErrorLine, 0);
-}
-
-TEST(SortDeclarations, UnclosedCommentsFail) {
-    auto a = Sort({"procedure A;", "{ open", "procedure B;"});
-    EXPECT_FALSE(a.Ok);
-    EXPECT_EQ(a.ErrorLine, 1);
-    auto b = Sort({"(* open", "procedure B;"});
-    EXPECT_FALSE(b.Ok);
-    EXPECT_EQ(b.ErrorLine, 0);
-}
-
-TEST(SortDeclarations, BlankLinesVanish) {
-    auto r = Sort({"", "  procedure B;", "   ", "", "  procedure A;", "\t"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  procedure A;", "  procedure B;"}));
-}
-
-TEST(SortDeclarations, EmptyAndBlankListsSucceed) {
-    auto r = Sort({});
-    EXPECT_TRUE(r.Ok);
-    EXPECT_EQ(r.ErrorLine, 0);
-    EXPECT_TRUE(r.Lines.empty());
-    auto b = Sort({"", "  "});
-    EXPECT_TRUE(b.Ok);
-    EXPECT_TRUE(b.Lines.empty());
-}
-
-TEST(SortDeclarations, KeywordAloneWithoutIndentationHasAnEmptyKey) {
-    // The empty key sorts the item first, with the following lines up to ";" taken in.
-    auto r = Sort({"procedure Beta;", "procedure", "  Alpha;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"procedure", "  Alpha;", "procedure Beta;"}));
-}
-
-TEST(SortDeclarations, KeywordAloneWithIndentationIsTheKey) {
-    // "  procedure" is taken whole with its blanks, so it isn't a keyword: the item sorts under
-    // "procedure".
-    auto r = Sort({"  procedure", "    Alpha;", "  function Query;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines,
-              (std::vector<std::string>{"  procedure", "    Alpha;", "  function Query;"}));
-}
-
-TEST(SortDeclarations, KeywordAloneOnAContinuationLineGoesInFront) {
-    auto r = Sort({"  function Make(A: Integer;", "    procedure", "    ): Integer;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  function     procedureMake(A: Integer;",
-                                                 "    ): Integer;"}));
-}
-
-TEST(SortDeclarations, BlockCommentTakesTheRestOfItsLastLine) {
-    auto r =
-        Sort({"  procedure Zed;", "  { note", "    more } procedure Alpha;", "  procedure Beta;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines, (std::vector<std::string>{"  { note", "    more } procedure Alpha;",
-                                                 "  procedure Beta;", "  procedure Zed;"}));
-}
-
-TEST(SortDeclarations, LineCommentIsAnItemOfItsOwn) {
-    auto r = Sort({"  procedure B;", "  // about A", "  procedure A;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines,
-              (std::vector<std::string>{"  // about A", "  procedure A;", "  procedure B;"}));
-}
-
-TEST(SortDeclarations, CyrillicNamesFoldAndFollowLatin) {
-    // Windows-1251: "\xC1\xE5\xF2\xE0" is Beta in Cyrillic, "\xE0\xEB\xFC\xF4\xE0" alpha.
-    auto r =
-        Sort({"procedure \xC1\xE5\xF2\xE0;", "procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;"});
-    ASSERT_TRUE(r.Ok);
-    EXPECT_EQ(r.Lines,
-              (std::vector<std::string>{"procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;",
-                                        "procedure \xC1\xE5\xF2\xE0;"}));
+TEST(SortDeclarations, AnUnendedItemFailsWithTheListUnchanged) {
+    // Where it stops is counted after the blank lines before it went.
+    struct Case {
+        const char* Name;
+        std::vector<std::string> In;
+        int ErrorLine;
+    };
+    const std::vector<Case> cases = {
+        {"a closing parenthesis without semicolon", LoadData("broken_heading.pas"), 1},
+        {"no terminator until the end",
+         {"  procedure A;", "", "", "  property Y: Integer read FY", "  // trailing"},
+         1},
+        {"no terminator in a single line", {"procedure X"}, 0},
+        {"an unclosed brace comment", {"procedure A;", "{ open", "procedure B;"}, 1},
+        {"an unclosed parenthesis comment", {"(* open", "procedure B;"}, 0},
+    };
+    for (const auto& c : cases) {
+        auto r = Sort(c.In);
+        EXPECT_FALSE(r.Ok) << c.Name;
+        EXPECT_EQ(r.ErrorLine, c.ErrorLine) << c.Name;
+        EXPECT_EQ(r.Lines, c.In) << c.Name;
+    }
 }
 
 TEST(SortDeclarations, SortingTwiceChangesNothing) {
