@@ -94,20 +94,9 @@ TEST_F(OTAUtilsTest, TheKeyboardServicesAndTheFormTypeComeFromTheIDE) {
     EXPECT_EQ(GetProjectFormExt(), ".dfm");
 }
 
-TEST_F(OTAUtilsTest, TheActiveModuleIsTheCurrentOne) {
-    EXPECT_FALSE(GetActiveModule());
-    Open("Utils.pas");
-    Open("Main.pas");
-    EXPECT_EQ(GetActiveModule()->GetFileName(), File("Main.pas"));
-}
-
-TEST_F(OTAUtilsTest, ASingleLooseProjectIsActive) {
+TEST_F(OTAUtilsTest, ASingleLooseProjectIsActiveTwoAndNoGroupGiveNone) {
     _di_IOTAProject project = OpenExample();
     EXPECT_TRUE(GetActiveProject() == project);
-}
-
-TEST_F(OTAUtilsTest, TwoLooseProjectsAndNoGroupGiveNone) {
-    OpenExample();
     model->OpenProjectFile(WriteSecondProject());
     EXPECT_EQ(model->GetModuleCount(), 2);
     EXPECT_FALSE(GetActiveProject());
@@ -159,8 +148,11 @@ TEST_F(OTAUtilsTest, FormAndSourceEditorsAreSeparateFacetsOfAModule) {
     EXPECT_FALSE(GetFormEditorFromModule(nullptr));
 }
 
-TEST_F(OTAUtilsTest, TheActiveEditorsAreThoseOfTheCurrentModule) {
+TEST_F(OTAUtilsTest, TheActiveModuleAndEditorsAreThoseOfTheCurrentOne) {
+    EXPECT_FALSE(GetActiveModule());
+    Open("Utils.pas");
     Open("Main.pas");
+    EXPECT_EQ(GetActiveModule()->GetFileName(), File("Main.pas"));
     EXPECT_EQ(GetActiveFormEditor()->GetFileName(), File("Main.dfm"));
     EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Main.pas"));
     Open("Utils.pas");
@@ -450,7 +442,7 @@ protected:
         BorlandIDEServices = _di_IBorlandIDEServices(services.get());
     }
     void TearDown() override { BorlandIDEServices = nullptr; }
-    _di_IOTAModuleInfo Module(std::initializer_list<const char*> files) {
+    _di_IOTAModuleInfo Module(const std::vector<const char*>& files) {
         for (const char* f : files)
             info->module->editors.push_back(_di_IOTAEditor(MakeInterfaced<TFakeEditor>(f, &log)));
         return _di_IOTAModuleInfo(info.get());
@@ -462,48 +454,41 @@ protected:
 
 } // namespace
 
-TEST_F(ShowModuleTest, AUnitShowsEverythingButFormsHeadersProjectOptionsAndResources) {
-    auto m = Module({"U.cpp", "U.h", "U.dfm", "U.xfm", "P.bpr", "P.res", "U.pas", "P.dpr"});
-    ShowModule(m, mnkUnit, false, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"show U.cpp", "show U.pas", "show P.dpr"}));
-    log.clear();
-    ShowModule(m, mnkFile, true, true); // the flags play no part for files
-    EXPECT_EQ(log, (std::vector<std::string>{"show U.cpp", "show U.pas", "show P.dpr"}));
-}
-
-TEST_F(ShowModuleTest, TheExtensionTestIsASubstringTest) {
-    // No extension, and a piece of a listed one, both stand in the list.
-    auto m = Module({"Makefile", "X.d", "X.re", "X.DFM", "X.inc"});
-    ShowModule(m, mnkUnit, false, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"show X.inc"}));
-}
-
-TEST_F(ShowModuleTest, AFormShowsTheFormAndOpensItsUnitUnlessFormOnly) {
-    auto m = Module({"U.pas", "U.dfm"});
-    ShowModule(m, mnkForm, false, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"open U.pas", "show U.dfm"}));
-    log.clear();
-    ShowModule(m, mnkForm, true, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"show U.dfm"}));
-    log.clear();
-    ShowModule(m, mnkForm, false, true); // displacing counts for C++ sources only
-    EXPECT_EQ(log, (std::vector<std::string>{"open U.pas", "show U.dfm"}));
-}
-
-TEST_F(ShowModuleTest, ADisplacingViewShowsACppSourceInPlaceOfOpeningIt) {
-    auto m = Module({"U.CPP", "U.h", "U.xfm"});
-    ShowModule(m, mnkForm, false, true);
-    EXPECT_EQ(log, (std::vector<std::string>{"show U.CPP", "show U.xfm"}));
-    log.clear();
-    ShowModule(m, mnkForm, false, false);
-    EXPECT_EQ(log, (std::vector<std::string>{"open U.CPP", "show U.xfm"}));
+TEST_F(ShowModuleTest, EachKindShowsOrOpensItsFiles) {
+    // A unit shows everything but forms, headers, project options and resources; the extension
+    // test is a substring test, so no extension and a piece of a listed one stand in the list.
+    // A form shows the form and opens its unit unless the form alone is asked for; a displacing
+    // view shows a C++ source in place of opening it.
+    struct Case {
+        std::vector<const char*> Files;
+        TModuleNameKind Kind;
+        bool FormOnly, Displacing;
+        std::vector<std::string> Log;
+    };
+    const std::vector<const char*> mixed = {"U.cpp", "U.h",   "U.dfm", "U.xfm",
+                                            "P.bpr", "P.res", "U.pas", "P.dpr"};
+    const Case cases[] = {
+        {mixed, mnkUnit, false, false, {"show U.cpp", "show U.pas", "show P.dpr"}},
+        {mixed, mnkFile, true, true, {"show U.cpp", "show U.pas", "show P.dpr"}},
+        {{"Makefile", "X.d", "X.re", "X.DFM", "X.inc"}, mnkUnit, false, false, {"show X.inc"}},
+        {{"U.pas", "U.dfm"}, mnkForm, false, false, {"open U.pas", "show U.dfm"}},
+        {{"U.pas", "U.dfm"}, mnkForm, true, false, {"show U.dfm"}},
+        {{"U.pas", "U.dfm"}, mnkForm, false, true, {"open U.pas", "show U.dfm"}},
+        {{"U.CPP", "U.h", "U.xfm"}, mnkForm, false, true, {"show U.CPP", "show U.xfm"}},
+        {{"U.CPP", "U.h", "U.xfm"}, mnkForm, false, false, {"open U.CPP", "show U.xfm"}},
+    };
+    for (const Case& c : cases) {
+        log.clear();
+        info->module->editors.clear();
+        ShowModule(Module(c.Files), c.Kind, c.FormOnly, c.Displacing);
+        EXPECT_EQ(log, c.Log) << c.Files[0] << " kind " << static_cast<int>(c.Kind) << " "
+                              << c.FormOnly << c.Displacing;
+    }
 }
 
 TEST_F(ShowModuleTest, ADesignClassOpensTheModuleAndShowsNothing) {
-    auto m = Module({"U.pas", "U.dfm"});
-    ShowModule(m, mnkDesignClass, false, false);
+    ShowModule(Module({"U.pas", "U.dfm"}), mnkDesignClass, false, false);
     EXPECT_EQ(info->opened, 1);
-    EXPECT_TRUE(log.empty());
     ShowModule(nullptr, mnkUnit, false, false);
     EXPECT_TRUE(log.empty());
 }

@@ -58,10 +58,6 @@ bool IsQt(const std::string& target) {
     return (target[0] == 'Q' && upper(1)) || module || lower;
 }
 
-bool StartsWith(const std::string& s, const std::string& prefix) {
-    return s.rfind(prefix, 0) == 0;
-}
-
 TEST(Layers, EachDirectoryIncludesOnlyTheLayersAboveIt) {
     const std::vector<std::string> core = {"rtl", "foundation", "persistence", "specification"};
     const std::vector<std::string> addin = {"host/", "editor/", "experts/", "locale/", "about/"};
@@ -98,15 +94,10 @@ TEST(Layers, EachDirectoryIncludesOnlyTheLayersAboveIt) {
             ++checked;
             EXPECT_FALSE(rule.NoQt && IsQt(inc.Target)) << inc.File << " includes " << inc.Target;
             for (const std::string& f : rule.Forbidden)
-                EXPECT_FALSE(StartsWith(inc.Target, f)) << inc.File << " includes " << inc.Target;
+                EXPECT_FALSE(inc.Target.starts_with(f)) << inc.File << " includes " << inc.Target;
         }
     // The rules reached the tree.
     EXPECT_GT(checked, 200);
-}
-
-// The directory of a source file or of an include of the tree ("workbench/model").
-std::string DirOf(const std::string& path) {
-    return fs::path(path).parent_path().string();
 }
 
 TEST(Layers, NoTwoDirectoriesIncludeEachOther) {
@@ -117,7 +108,9 @@ TEST(Layers, NoTwoDirectoriesIncludeEachOther) {
     for (const char* dir : {"rtl", "foundation", "persistence", "specification", "toolsapi",
                             "editor", "host", "experts", "locale", "about", "workbench", "tools"})
         for (const TInclude& inc : Includes(SourceDir() / dir)) {
-            std::string from = DirOf(inc.File), to = DirOf(inc.Target);
+            // The directories of the file and of what it includes ("workbench/model").
+            std::string from = fs::path(inc.File).parent_path().string(),
+                        to = fs::path(inc.Target).parent_path().string();
             if (!entryPoints.contains(inc.File) && !to.empty() && to != from &&
                 fs::is_directory(SourceDir() / to))
                 edges[from].insert(to);

@@ -18,11 +18,11 @@ TEST(QtText, Cp1251RoundTripsThroughQString) {
 }
 
 TEST(ShortCutKeys, EveryNamedKeyTurnsIntoASequenceAndBack) {
-    const char* texts[] = {"Ctrl+.",  "Ctrl+,",     "Shift+Ctrl+,", "Ctrl+;",   "Ctrl+A",
-                           "Alt+F4",  "F11",        "Esc",          "Ctrl+S",   "Shift+Del",
-                           "Ctrl+`",  "Ctrl+[",     "Ctrl+]",       "Ctrl+\\",  "Ctrl+'",
-                           "Ctrl+-",  "Ctrl+=",     "Ctrl+/",       "Ctrl+Home", "PgDn",
-                           "Ctrl+Ins", "Ctrl+5",    "Ctrl+Alt+M",   "Enter",    "Space"};
+    const char* texts[] = {"Ctrl+.",   "Ctrl+,", "Shift+Ctrl+,", "Ctrl+;",    "Ctrl+A",
+                           "Alt+F4",   "F11",    "Esc",          "Ctrl+S",    "Shift+Del",
+                           "Ctrl+`",   "Ctrl+[", "Ctrl+]",       "Ctrl+\\",   "Ctrl+'",
+                           "Ctrl+-",   "Ctrl+=", "Ctrl+/",       "Ctrl+Home", "PgDn",
+                           "Ctrl+Ins", "Ctrl+5", "Ctrl+Alt+M",   "Enter",     "Space"};
     for (const char* text : texts) {
         SCOPED_TRACE(text);
         rtl::TShortCut sc = rtl::TextToShortCut(text);
@@ -40,10 +40,10 @@ TEST(ShortCutKeys, ShiftedPunctuationAlsoFiresFromTheKeyboardsSymbol) {
         const char* Text;
         Qt::Key Symbol;
     };
-    const TCase cases[] = {{"Shift+Ctrl+,", Qt::Key_Less},   {"Shift+Ctrl+.", Qt::Key_Greater},
-                           {"Shift+Ctrl+;", Qt::Key_Colon},  {"Shift+Ctrl+/", Qt::Key_Question},
+    const TCase cases[] = {{"Shift+Ctrl+,", Qt::Key_Less},      {"Shift+Ctrl+.", Qt::Key_Greater},
+                           {"Shift+Ctrl+;", Qt::Key_Colon},     {"Shift+Ctrl+/", Qt::Key_Question},
                            {"Shift+Ctrl+[", Qt::Key_BraceLeft}, {"Shift+Ctrl+1", Qt::Key_Exclam},
-                           {"Shift+Ctrl+=", Qt::Key_Plus},   {"Shift+Ctrl+8", Qt::Key_Asterisk}};
+                           {"Shift+Ctrl+=", Qt::Key_Plus},      {"Shift+Ctrl+8", Qt::Key_Asterisk}};
     for (const TCase& c : cases) {
         SCOPED_TRACE(c.Text);
         rtl::TShortCut sc = rtl::TextToShortCut(c.Text);
