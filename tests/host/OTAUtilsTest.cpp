@@ -69,19 +69,14 @@ std::vector<std::string> Names(const std::vector<TDesignComponent*>& roots) {
 
 TEST_F(OTAUtilsTest, WithoutServicesEverythingIsEmpty) {
     BorlandIDEServices = nullptr;
-    EXPECT_FALSE(OTAKeyboardServices());
-    EXPECT_EQ(GetProjectFormType(), "");
-    EXPECT_FALSE(GetActiveModule());
-    EXPECT_FALSE(GetActiveProject());
-    EXPECT_FALSE(GetProjectResource());
-    EXPECT_FALSE(GetActiveFormEditor());
-    EXPECT_FALSE(GetActiveSourceEditor());
-    EXPECT_EQ(GetEditorForm(), nullptr);
-    EXPECT_EQ(GetEditorForm2(), nullptr);
     std::vector<_di_IOTAEditor> editors;
     GetOpenedEditors(editors, mtUnit, false);
-    EXPECT_TRUE(editors.empty());
-    EXPECT_TRUE(GetProjectModuleNames().empty());
+    EXPECT_EQ(
+        (std::vector<bool>{!OTAKeyboardServices(), GetProjectFormType().empty(), !GetActiveModule(),
+                           !GetActiveProject(), !GetProjectResource(), !GetActiveFormEditor(),
+                           !GetActiveSourceEditor(), !GetEditorForm(), !GetEditorForm2(),
+                           editors.empty(), GetProjectModuleNames().empty()}),
+        std::vector<bool>(11, true));
 }
 
 TEST_F(OTAUtilsTest, TheKeyboardServicesAndTheFormTypeComeFromTheIDE) {
@@ -134,18 +129,22 @@ TEST_F(OTAUtilsTest, TheProjectResourceIsAnEditorOfTheActiveProject) {
 // ---------------------------------------------------------------------------------------------
 // Editors
 
-TEST_F(OTAUtilsTest, FormAndSourceEditorsAreSeparateFacetsOfAModule) {
+TEST_F(OTAUtilsTest, FormAndSourceEditorsAreSeparateFacetsAndOnlyTheFormHasARoot) {
     _di_IOTAModule main = Open("Main.pas");
     _di_IOTAFormEditor form = GetFormEditorFromModule(main);
     _di_IOTASourceEditor source = GetSourceEditorFromModule(main);
-    ASSERT_TRUE(form);
-    ASSERT_TRUE(source);
+    ASSERT_TRUE(form && source);
     EXPECT_EQ(form->GetFileName(), File("Main.dfm"));
     EXPECT_EQ(source->GetFileName(), File("Main.pas"));
-    EXPECT_FALSE(Supports<IOTASourceEditor>(form));
-    EXPECT_FALSE(Supports<IOTAFormEditor>(source));
-    EXPECT_FALSE(GetFormEditorFromModule(Open("Utils.pas")));
-    EXPECT_FALSE(GetFormEditorFromModule(nullptr));
+    EXPECT_FALSE(Supports<IOTASourceEditor>(form) || Supports<IOTAFormEditor>(source));
+    EXPECT_FALSE(GetFormEditorFromModule(Open("Utils.pas")) || GetFormEditorFromModule(nullptr));
+    _di_IDesigner designer = GetActiveFormDesigner(form);
+    ASSERT_TRUE(designer);
+    EXPECT_EQ(designer->GetRoot()->Name, "MainForm");
+    EXPECT_FALSE(GetActiveFormDesigner(nullptr));
+    EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(form))->Name, "MainForm");
+    EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(source)), nullptr);
+    EXPECT_EQ(GetFormFromEditor(nullptr), nullptr);
 }
 
 TEST_F(OTAUtilsTest, TheActiveModuleAndEditorsAreThoseOfTheCurrentOne) {
@@ -160,54 +159,45 @@ TEST_F(OTAUtilsTest, TheActiveModuleAndEditorsAreThoseOfTheCurrentOne) {
     EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Utils.pas"));
 }
 
-TEST_F(OTAUtilsTest, TheDesignerGivesTheRootOfAFormEditorOnly) {
-    _di_IOTAModule main = Open("Main.pas");
-    _di_IDesigner designer = GetActiveFormDesigner(GetFormEditorFromModule(main));
-    ASSERT_TRUE(designer);
-    EXPECT_EQ(designer->GetRoot()->Name, "MainForm");
-    EXPECT_FALSE(GetActiveFormDesigner(nullptr));
-    EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(GetFormEditorFromModule(main)))->Name, "MainForm");
-    EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(GetSourceEditorFromModule(main))), nullptr);
-    EXPECT_EQ(GetFormFromEditor(nullptr), nullptr);
-}
-
 TEST_F(OTAUtilsTest, TheKindFilterTellsFormsDataModulesFramesAndReports) {
-    OpenExample();
-    auto root = [&](const std::string& unit, TProjectFormTypes types) {
-        return GetFormFromEditor(
-            _di_IOTAEditor(GetFormEditorFromModule(Open(unit, TOpenMode::Hidden))), types);
-    };
-    EXPECT_NE(root("Main.pas", {pfkForm}), nullptr);
-    EXPECT_EQ(root("Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}), nullptr);
-    EXPECT_NE(root("DataMod.pas", {pfkDataModule}), nullptr);
-    EXPECT_EQ(root("DataMod.pas", {pfkForm}), nullptr);
-    EXPECT_NE(root("Frame1.pas", {pfkFrame}), nullptr);
-    EXPECT_EQ(root("Frame1.pas", {pfkForm}), nullptr);
-}
-
-TEST_F(OTAUtilsTest, AReportCountsOnlyWhenItsDirectParentIsTQuickRep) {
+    // A report counts only when its direct parent is TQuickRep.
     testfiles::WriteFile(File("Report.pas"), "unit Report;\r\ninterface\r\ntype\r\n"
                                              "  TSalesReport = class(TQuickRep)\r\n  end;\r\n"
                                              "  TYearReport = class(TSalesReport)\r\n  end;\r\n"
                                              "implementation\r\nend.\r\n");
-    testfiles::WriteFile(File("Report.dfm"),
-                         "object SalesReport: TSalesReport\r\n  Left = 0\r\nend\r\n");
-    testfiles::WriteFile(File("Year.pas"),
-                         "unit Year;\r\ninterface\r\nuses Report;\r\nimplementation\r\nend.\r\n");
-    testfiles::WriteFile(File("Year.dfm"),
-                         "object YearReport: TYearReport\r\n  Left = 0\r\nend\r\n");
+    testfiles::WriteFile(File("Report.dfm"), "object SalesReport: TSalesReport\r\nend\r\n");
+    testfiles::WriteFile(File("Year.pas"), "unit Year;\r\ninterface\r\nuses Report;\r\n"
+                                           "implementation\r\nend.\r\n");
+    testfiles::WriteFile(File("Year.dfm"), "object YearReport: TYearReport\r\nend\r\n");
     testfiles::WriteFile(File("Reports.dpr"),
                          "program Reports;\r\nuses\r\n"
                          "  Report in 'Report.pas' {SalesReport},\r\n"
                          "  Year in 'Year.pas' {YearReport};\r\nbegin\r\nend.\r\n");
+    OpenExample();
     model->OpenProjectFile(File("Reports.dpr"));
-    auto sales = _di_IOTAEditor(GetFormEditorFromModule(Open("Report.pas", TOpenMode::Hidden)));
-    auto year = _di_IOTAEditor(GetFormEditorFromModule(Open("Year.pas", TOpenMode::Hidden)));
-    EXPECT_NE(GetFormFromEditor(sales, {pfkQuickRep}), nullptr);
-    EXPECT_EQ(GetFormFromEditor(sales, {pfkForm, pfkFrame, pfkDataModule}), nullptr);
-    // A grandchild of TQuickRep is no report for the filter, and no form either.
-    EXPECT_EQ(GetFormFromEditor(year, AllProjectFormTypes), nullptr);
-    EXPECT_NE(GetFormFromEditor(year), nullptr);
+    auto editor = [&](const std::string& unit) {
+        return _di_IOTAEditor(GetFormEditorFromModule(Open(unit, TOpenMode::Hidden)));
+    };
+    struct Case {
+        const char* Unit;
+        TProjectFormTypes Types;
+        bool Found;
+    };
+    const Case cases[] = {
+        {"Main.pas", {pfkForm}, true},
+        {"Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}, false},
+        {"DataMod.pas", {pfkDataModule}, true},
+        {"DataMod.pas", {pfkForm}, false},
+        {"Frame1.pas", {pfkFrame}, true},
+        {"Frame1.pas", {pfkForm}, false},
+        {"Report.pas", {pfkQuickRep}, true},
+        {"Report.pas", {pfkForm, pfkFrame, pfkDataModule}, false},
+        // A grandchild of TQuickRep is no report for the filter, and no form either.
+        {"Year.pas", AllProjectFormTypes, false},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(GetFormFromEditor(editor(c.Unit), c.Types) != nullptr, c.Found) << c.Unit;
+    EXPECT_NE(GetFormFromEditor(editor("Year.pas")), nullptr);
 }
 
 // ---------------------------------------------------------------------------------------------
