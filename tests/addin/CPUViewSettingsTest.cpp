@@ -25,16 +25,11 @@ TEST_F(CPUViewSettings, TheExpertStoresItsCountAndPaneUnderItsNodeWithTheirLabel
     EXPECT_EQ(data->GetItem(0)->NestedObject, &expert);
     EXPECT_EQ(data->GetItem(0)->GetNodeName(), "CPU window data scan");
     EXPECT_EQ(ExpData->LocalPropNames,
-              "\r\n[TCPUFormMng]"
-              "\r\nReadLineCount=Lines count##grabbed from CPU debug window"
-              "\r\nViewObject=Last selected##data type"
-              "\r\n[TCPUViewType]"
-              "\r\nvtDisasmView=Assembler code"
-              "\r\nvtRegView=Processor registry"
-              "\r\nvtFlagsView=Processor flags"
-              "\r\nvtDumpView=Memory dump"
-              "\r\nvtStackView=Program stack"
-              "\r\nvtAllViews=All types");
+              "\r\n[TCPUFormMng]\r\nReadLineCount=Lines count##grabbed from CPU debug window"
+              "\r\nViewObject=Last selected##data type\r\n[TCPUViewType]"
+              "\r\nvtDisasmView=Assembler code\r\nvtRegView=Processor registry"
+              "\r\nvtFlagsView=Processor flags\r\nvtDumpView=Memory dump"
+              "\r\nvtStackView=Program stack\r\nvtAllViews=All types");
     // The pane is stored by its name, the values 0 to 5 in table order.
     EXPECT_EQ(rtl::GetEnumName(rtl::TypeInfo<TCPUViewType>(), 5), "vtAllViews");
 }

@@ -1,7 +1,7 @@
 // The spine of the add-in without an IDE: the table of expert classes and its refusals, and the
 // settings tree the experts register their objects in.
-#include "host/ExpData.h"
 #include "host/ExpMng.h"
+#include "host/ExpData.h"
 #include "rtl/Lists.h"
 
 #include <gtest/gtest.h>
@@ -86,29 +86,22 @@ TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndLabels) {
 TEST_F(ExpMngTest, TheEditorsLabelsAreTheSharedClassesSectionsThenTheRegisteredOnes) {
     TSettings a;
     AddStoredData(&a, "AData", "", "[TSettings]\r\nX=x");
-    const std::string expected[] = {"[TExpertInfo]",
-                                    "Active=Active",
-                                    "[TExpMenuItemData]",
-                                    "Caption=menu item\x92s text",
-                                    "ImageIndex=Picture index for menu item",
-                                    "HaveLineBefore=Separator before##menu item",
-                                    "ShortCutText=Hotkeys ##for menu item call",
-                                    "[TFormSetting]",
-                                    "AutoSavePlacement=Autosave##form position",
-                                    "FormPlacement=Save form##position",
-                                    "SavePlacementShortCut=Hotkey for##form position save",
-                                    "[TEditorFormData]",
-                                    "AutoSaveSetting=Form properties autosave",
-                                    "SaveSettingShortCut=Hotkey for##form properties save",
-                                    "Setting=Save form properties",
-                                    "",
-                                    "[TSettings]",
-                                    "X=x"};
     rtl::TStringList lines;
     lines.SetText(TExpManager::TranslatingTable());
-    ASSERT_EQ(lines.Count(), int(std::size(expected))) << lines.Text();
+    std::vector<std::string> got;
     for (int i = 0; i < lines.Count(); ++i)
-        EXPECT_EQ(lines[i], expected[i]);
+        got.push_back(lines[i]);
+    EXPECT_EQ(
+        got,
+        (std::vector<std::string>{
+            "[TExpertInfo]", "Active=Active", "[TExpMenuItemData]", "Caption=menu item\x92s text",
+            "ImageIndex=Picture index for menu item", "HaveLineBefore=Separator before##menu item",
+            "ShortCutText=Hotkeys ##for menu item call", "[TFormSetting]",
+            "AutoSavePlacement=Autosave##form position", "FormPlacement=Save form##position",
+            "SavePlacementShortCut=Hotkey for##form position save", "[TEditorFormData]",
+            "AutoSaveSetting=Form properties autosave",
+            "SaveSettingShortCut=Hotkey for##form properties save", "Setting=Save form properties",
+            "", "[TSettings]", "X=x"}));
     RemoveStoredData(&a);
 }
 
@@ -120,11 +113,9 @@ TEST_F(ExpMngTest, AMenuItemCopiesOnlyItsKeyAndCaption) {
     source->ImageIndex = 7;
     TExpMenuItemData copy;
     copy.Assign(source);
-    EXPECT_EQ(copy.ItemID, "SortLinesItem");
-    EXPECT_EQ(copy.GetNodeName(), "Sorting");
-    EXPECT_EQ(copy.ShortCutText, "");
-    EXPECT_FALSE(copy.HaveLineBefore);
-    EXPECT_EQ(copy.ImageIndex, -1);
+    EXPECT_EQ(copy.ItemID + "|" + copy.GetNodeName() + "|" + copy.ShortCutText + "|" +
+                  std::to_string(copy.HaveLineBefore) + "|" + std::to_string(copy.ImageIndex),
+              "SortLinesItem|Sorting||0|-1");
     EXPECT_THROW(ExpData->MenuData()->Add("SortLinesItem"), EFixedCollectionError);
 }
 

@@ -13,11 +13,11 @@
 
 #include <dlfcn.h>
 
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -55,72 +55,36 @@ bool IsTextNumber(int id) {
            (id >= 51500 && id <= 51573) || (id >= 65520 && id <= 65528);
 }
 
-bool IsWordChar(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
-}
-
-// The number written at pos, skipping blanks; -1 when there is none.
-int NumberAt(const std::string& text, size_t pos) {
-    while (pos < text.size() && text[pos] == ' ')
-        ++pos;
-    size_t end = pos;
-    while (end < text.size() && std::isdigit(static_cast<unsigned char>(text[end])))
-        ++end;
-    return end > pos && end - pos < 7 ? std::stoi(text.substr(pos, end - pos)) : -1;
-}
-
-// Whether the text names the identifier other than in its definition "name = number".
-bool Names(const std::string& text, const std::string& name) {
-    for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
-        size_t after = at + name.size();
-        if ((at > 0 && IsWordChar(text[at - 1])) || (after < text.size() && IsWordChar(text[after])))
-            continue;
-        size_t next = text.find_first_not_of(' ', after);
-        if (next != std::string::npos && text[next] == '=' && NumberAt(text, next + 1) >= 0)
-            continue;
-        return true;
-    }
-    return false;
-}
-
 // The numbers the add-in's sources ask for: a constant of a text number that some line other than
-// its definition names, and a number written straight into a call of the string table.
+// its definition "name = number" names, and a number written straight into a call of the string
+// table.
 std::set<int> NumbersAskedFor() {
-    std::vector<std::string> sources;
+    static const std::regex word(R"(([A-Za-z_]\w*)( *= *\d)?)"),
+        definition(R"(constexpr int (\w+) *= *(\d{1,6})\b)"),
+        call(R"((?:Locale|Res)Str\( *(\d{1,6})(?!\d))");
+    std::map<std::string, int> constants;
+    std::set<std::string> named;
+    std::set<int> asked;
     std::filesystem::path root = std::getenv("ZELVANE_SOURCE_DIR");
     for (const char* dir : {"host", "experts", "about", "locale", "foundation", "persistence",
-                            "specification", "editor"}) {
-        if (!std::filesystem::exists(root / dir)) continue;
+                            "specification", "editor"})
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root / dir)) {
             std::string ext = entry.path().extension().string();
-            if (ext != ".cpp" && ext != ".h") continue;
-            if (entry.path().parent_path().filename() == "modules") continue;
-            std::stringstream text;
-            text << std::ifstream(entry.path()).rdbuf();
-            sources.push_back(text.str());
+            if ((ext != ".cpp" && ext != ".h") ||
+                entry.path().parent_path().filename() == "modules")
+                continue;
+            std::stringstream in;
+            in << std::ifstream(entry.path()).rdbuf();
+            const std::string text = in.str();
+            for (std::sregex_iterator m(text.begin(), text.end(), definition), end; m != end; ++m)
+                if (IsTextNumber(std::stoi((*m)[2]))) constants[(*m)[1]] = std::stoi((*m)[2]);
+            for (std::sregex_iterator m(text.begin(), text.end(), call), end; m != end; ++m)
+                asked.insert(std::stoi((*m)[1]));
+            for (std::sregex_iterator m(text.begin(), text.end(), word), end; m != end; ++m)
+                if (!(*m)[2].matched) named.insert((*m)[1]);
         }
-    }
-    std::map<std::string, int> constants;
-    std::set<int> asked;
-    for (const std::string& text : sources) {
-        const std::string definition = "constexpr int ";
-        for (size_t at = text.find(definition); at != std::string::npos;
-             at = text.find(definition, at + 1)) {
-            size_t name = at + definition.size(), end = name;
-            while (end < text.size() && IsWordChar(text[end]))
-                ++end;
-            size_t equals = text.find_first_not_of(' ', end);
-            if (equals == std::string::npos || text[equals] != '=') continue;
-            int id = NumberAt(text, equals + 1);
-            if (IsTextNumber(id)) constants[text.substr(name, end - name)] = id;
-        }
-        for (const std::string call : {"LocaleStr(", "ResStr("})
-            for (size_t at = text.find(call); at != std::string::npos; at = text.find(call, at + 1))
-                if (int id = NumberAt(text, at + call.size()); id >= 0) asked.insert(id);
-    }
     for (const auto& [name, id] : constants)
-        for (const std::string& text : sources)
-            if (Names(text, name)) asked.insert(id);
+        if (named.contains(name)) asked.insert(id);
     return asked;
 }
 
@@ -165,7 +129,8 @@ TEST(LanguageModules, TheirTextsReachTheAddinInItsCodePage) {
         {"zelv_rus.dll", SExpertsMenu, "Меню экспертов"},
         {"zelv_rus.dll", SUnitManagerItem, "Менеджер модулей"},
         {"zelv_ger.dll", SExpertsMenu, "Expertenmenue"},
-        {"zelv_ger.dll", SNegativeFileSize, "Die neue Dateigroesse darf nicht kleiner als null sein."},
+        {"zelv_ger.dll", SNegativeFileSize,
+         "Die neue Dateigroesse darf nicht kleiner als null sein."},
         {"zelv_ger.dll", 50520, "Eine Eigenschaft mit dem Namen „%s“ gibt es nicht."},
         {"zelv_eng.dll", SLabelItemCaption, "menu item’s text"},
     };

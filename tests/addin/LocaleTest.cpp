@@ -1,7 +1,7 @@
 // Text by number: the package's English, a language module in front of it, and the quirks of
 // loading one.
-#include "foundation/ResStrings.h"
 #include "locale/Locale.h"
+#include "foundation/ResStrings.h"
 #include "locale/LocaleIds.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +44,8 @@ TEST_F(LocaleTest, AModuleTranslatesWhatItHoldsAndThePackageGivesTheRest) {
     EXPECT_EQ(LocaleStr(SExpertsMenu), "Experts menu");
     EXPECT_EQ(DefaultLocaleStr(SExpertsSettings), "Experts settings");
     // The lower layers' texts follow the language too.
-    EXPECT_EQ(ResStr(SNegativeFileSize), "Die neue Dateigr\xF6\xDF" "e darf nicht negativ sein.");
+    EXPECT_EQ(ResStr(SNegativeFileSize), "Die neue Dateigr\xF6\xDF"
+                                         "e darf nicht negativ sein.");
     LoadNewLanguage("");
     EXPECT_FALSE(frLocale().Loaded);
     EXPECT_EQ(LocaleStr(SExpertsSettings), "Experts settings");

@@ -20,10 +20,11 @@ class TTestManager : public TSharedManager {
 };
 RTL_IMPLEMENT_CLASS(TTestManager)
 
-// A window system that keeps placements as the platform's does: by window, as given.
-class PlacementRecorder {
-public:
-    PlacementRecorder() {
+// A window system that keeps placements as the platform's does: by window, as given, and a
+// manager whose form settings the form uses.
+class SharedForm : public ::testing::Test {
+protected:
+    SharedForm() {
         TWindowSystem ws = WindowSystem();
         ws.GetWindowPlacement = [this](HWND wnd, TWindowPlacement& p) {
             auto* w = static_cast<QWidget*>(wnd);
@@ -33,23 +34,20 @@ public:
             return true;
         };
         ws.SetWindowPlacement = [](HWND wnd, const TWindowPlacement& p) {
-            static_cast<QWidget*>(wnd)->setGeometry(
-                p.NormalPosition.Left, p.NormalPosition.Top,
-                p.NormalPosition.Right - p.NormalPosition.Left,
-                p.NormalPosition.Bottom - p.NormalPosition.Top);
+            static_cast<QWidget*>(wnd)->setGeometry(p.NormalPosition.Left, p.NormalPosition.Top,
+                                                    p.NormalPosition.Right - p.NormalPosition.Left,
+                                                    p.NormalPosition.Bottom - p.NormalPosition.Top);
             return true;
         };
         old_ = SetWindowSystem(ws);
     }
-    ~PlacementRecorder() { SetWindowSystem(old_); }
+    ~SharedForm() override { SetWindowSystem(old_); }
 
-private:
     TWindowSystem old_;
+    TTestManager manager;
 };
 
-TEST(SharedForm, AFirstShowingIsCentredAndTheHotKeyStoresThePlace) {
-    PlacementRecorder placements;
-    TTestManager manager;
+TEST_F(SharedForm, AFirstShowingIsCentredAndTheHotKeyStoresThePlace) {
     manager.GetFormSetting()->SavePlacementShortCut = "Ctrl+Alt+P";
     auto form = MakeForm<TSharedForm>(nullptr, &manager);
     EXPECT_EQ(form->scSavePlacement()->shortcut(), QKeySequence(QStringLiteral("Ctrl+Alt+P")));
@@ -65,9 +63,7 @@ TEST(SharedForm, AFirstShowingIsCentredAndTheHotKeyStoresThePlace) {
     EXPECT_EQ(manager.GetFormSetting()->FormPlacement, "0,1,0,0,0,0,10,20,210,120");
 }
 
-TEST(SharedForm, TheStoredPlaceComesBackAndClosingStoresItWhenAsked) {
-    PlacementRecorder placements;
-    TTestManager manager;
+TEST_F(SharedForm, TheStoredPlaceComesBackAndClosingStoresItWhenAsked) {
     manager.GetFormSetting()->FormPlacement = "0,1,0,0,0,0,30,40,330,240";
     manager.GetFormSetting()->AutoSavePlacement = true;
     auto form = MakeForm<TSharedForm>(nullptr, &manager);
