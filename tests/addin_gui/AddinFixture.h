@@ -6,13 +6,15 @@
 #pragma once
 
 #include "foundation/AppUtils.h"
+#include "rtl/Menus.h"
 #include "rtl/ObjectText.h"
+#include "rtl/Registry.h"
 #include "rtl/Streams.h"
 #include "tests/workbench_gui/Fixture.h"
+#include "toolsapi/QtBridge.h"
 #include "workbench/Packages.h"
 
-#include <QMenu>
-#include <QMenuBar>
+#include <QtWidgets>
 
 #include <cstdlib>
 #include <filesystem>
@@ -29,6 +31,42 @@ inline QStringList MenuCaptions(const QList<QAction*>& actions) {
     for (QAction* a : actions)
         r << (a->isSeparator() ? QStringLiteral("-") : a->text());
     return r;
+}
+// A command's hot key as the IDE writes it, empty for none.
+inline QString ShortCutText(QAction* action) {
+    return ToolsAPI::FromBytes(
+        rtl::ShortCutToText(ToolsAPI::KeySequenceToShortCut(action->shortcut())));
+}
+// The entry of a menu with that caption, or nullptr.
+inline QAction* Entry(QMenu* menu, const QString& caption) {
+    if (menu)
+        for (QAction* a : menu->actions())
+            if (a->text() == caption) return a;
+    return nullptr;
+}
+// The visible top-level window of that object name, or nullptr.
+inline QWidget* TopWindow(const char* name) {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->objectName() == QLatin1String(name) && w->isVisible()) return w;
+    return nullptr;
+}
+// The texts of a list's rows, and a click on one of them.
+inline std::vector<std::string> Texts(QListWidget* list) {
+    std::vector<std::string> r;
+    for (int i = 0; i < list->count(); ++i)
+        r.push_back(list->item(i)->text().toStdString());
+    return r;
+}
+inline QPoint At(QListWidget* list, int row) {
+    return list->visualItemRect(list->item(row)).center();
+}
+inline void Click(QListWidget* list, int row, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, mods, At(list, row));
+}
+// A block marked in a view from `from` to `to`, where the cursor ends.
+inline void Mark(TEditView* view, TTextPos from, TTextPos to) {
+    view->GetPosition()->Move(from.Row, from.Col);
+    view->GetBlock()->Extend(to.Row, to.Col);
 }
 
 class AddinFixture : public WorkbenchFixture {
@@ -76,11 +114,12 @@ protected:
         return out.DataString();
     }
     // Changes stored values in the settings file, each "Name = from" to "Name = to", with the
-    // add-in stopped, and starts it again.
+    // add-in stopped, and starts it again; a first start writes the file if there is none.
     struct TStoredChange {
         std::string Name, From, To;
     };
     void SetStoredValues(const std::vector<TStoredChange>& changes) {
+        if (!std::filesystem::exists(PackageFile("ExpData.spc"))) StartAddin();
         StopAddin();
         std::string text = SettingsText();
         for (const TStoredChange& c : changes) {
@@ -111,12 +150,17 @@ protected:
         return nullptr;
     }
     // The command of the experts' menu with that caption, or nullptr.
-    QAction* MenuCommand(const QString& caption) const {
-        QMenu* menu = ExpertsMenu();
-        if (!menu) return nullptr;
-        for (QAction* a : menu->actions())
-            if (a->text() == caption) return a;
-        return nullptr;
+    QAction* MenuCommand(const QString& caption) const { return Entry(ExpertsMenu(), caption); }
+    // A value of the add-in's registry key, the user's configuration.
+    static void WriteRegistry(const char* name, const std::string& value) {
+        rtl::TRegistry reg;
+        ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
+        reg.WriteString(name, value);
+    }
+    static std::optional<std::string> ReadRegistry(const char* name) {
+        rtl::TRegistry reg;
+        if (!reg.OpenKey("\\Software\\Zelvane", false) || !reg.ValueExists(name)) return {};
+        return reg.ReadString(name);
     }
 
     // A key in the editor, after the update the IDE runs when idle between what the user did

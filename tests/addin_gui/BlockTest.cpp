@@ -18,41 +18,6 @@ const TKey kRightOne{Qt::Key_Period, Qt::ControlModifier};
 const TKey kRightTwo{Qt::Key_Greater, Qt::ControlModifier | Qt::ShiftModifier};
 const TKey kSort{Qt::Key_Semicolon, Qt::ControlModifier};
 
-struct TCase {
-    const char* Name;
-    const char* Text;
-    TTextPos From, To; // the block; the cursor ends at To
-    TKey Key;
-    const char* Expected;
-    int Beeps;
-    TTextPos BlockStart, BlockEnd; // {0, 0}: the insertion took the block away
-    TTextPos Cursor;
-};
-
-// Safe mode (the default) throughout.
-const TCase kCases[] = {
-    {"whole lines right", "a\r\n  b\r\nc", {1, 1}, {3, 1}, kRightOne, " a\r\n   b\r\nc", 0,
-     {1, 2}, {3, 1}, {3, 1}},
-    {"whole lines left by two", "    a\r\n  b\r\nc", {1, 1}, {3, 1}, kLeftTwo,
-     "  a\r\nb\r\nc", 0, {1, 1}, {3, 1}, {3, 1}},
-    {"one space short refuses", "    a\r\n b\r\nc", {1, 1}, {3, 1}, kLeftTwo,
-     "    a\r\n b\r\nc", 1, {1, 1}, {3, 1}, {3, 1}},
-    {"a tab is no space", "  a\r\n\tb\r\nc", {1, 1}, {3, 1}, kLeftOne, "  a\r\n\tb\r\nc", 1,
-     {1, 1}, {3, 1}, {3, 1}},
-    {"blank lines stay", "  a\r\n\r\n \t\r\n  b\r\n", {1, 1}, {5, 1}, kLeftTwo,
-     "a\r\n\r\n \t\r\nb\r\n", 0, {1, 1}, {5, 1}, {5, 1}},
-    {"blank lines are not indented", "a\r\n\r\nb\r\n", {1, 1}, {4, 1}, kRightTwo,
-     "  a\r\n\r\n  b\r\n", 0, {1, 3}, {4, 1}, {4, 1}},
-    {"mid-line start takes the spaces before it", "begin   foo;\r\n    bar;\r\nend", {1, 9},
-     {3, 1}, kLeftTwo, "begin foo;\r\n  bar;\r\nend", 0, {1, 7}, {3, 1}, {3, 1}},
-    {"mid-line end moves with the shift", "  a b\r\n  c d", {1, 3}, {2, 4}, kRightOne,
-     "   a b\r\n   c d", 0, {1, 4}, {2, 5}, {2, 5}},
-    {"sorting by the declared name", "  b: Integer;\r\n  a: Byte;\r\nend", {1, 3}, {3, 1},
-     kSort, "  a: Byte;\r\n  b: Integer;\r\nend", 0, {0, 0}, {0, 0}, {1, 3}},
-    {"sorting without a declaration end refuses", "  b\r\n  a\r\nend", {1, 3}, {3, 1}, kSort,
-     "  b\r\n  a\r\nend", 1, {1, 3}, {3, 1}, {3, 1}},
-};
-
 class BlockTest : public AddinFixture {
 protected:
     void SetUp() override {
@@ -63,21 +28,64 @@ protected:
     // The text, with the block marked from `from` to `to` and the cursor at `to`.
     void Mark(const std::string& text, TTextPos from, TTextPos to) {
         view->Buffer().SetText(text);
-        view->GetPosition()->Move(from.Row, from.Col);
-        view->GetBlock()->Extend(to.Row, to.Col);
+        addintest::Mark(view, from, to);
     }
     void Press(TKey key) { PressInEditor(key.Key, key.Mods); }
     std::string Text() const { return view->Buffer().Text(); }
-    TTextPos Cursor() const {
-        return {view->GetPosition()->GetRow(), view->GetPosition()->GetColumn()};
-    }
 
     TEditView* view = nullptr;
 };
 
 TEST_F(BlockTest, EachHotKeyMovesOrSortsTheMarkedBlockOrRefusesWithABeep) {
-    for (const TCase& c : kCases) {
+    struct TCase {
+        const char* Name;
+        TStoredChange Setting; // changed before the case and kept for the cases after it
+        const char* Text;
+        TTextPos From, To; // the block, marked from From to To, where the cursor stands
+        TKey Key;
+        const char* Expected;
+        int Beeps;
+        TTextPos BlockStart, BlockEnd; // {0, 0}: the insertion took the block away
+        TTextPos Cursor;
+    };
+    // clang-format off
+    const TCase cases[] = {
+        {"whole lines right", {}, "a\r\n  b\r\nc", {1, 1}, {3, 1}, kRightOne,
+            " a\r\n   b\r\nc", 0, {1, 2}, {3, 1}, {3, 1}},
+        {"marked upwards: the cursor stays", {}, "a\r\nb\r\nc", {3, 1}, {1, 1}, kRightOne,
+            " a\r\n b\r\nc", 0, {1, 2}, {3, 1}, {1, 2}},
+        {"whole lines left by two", {}, "    a\r\n  b\r\nc", {1, 1}, {3, 1}, kLeftTwo,
+            "  a\r\nb\r\nc", 0, {1, 1}, {3, 1}, {3, 1}},
+        {"one space short refuses", {}, "    a\r\n b\r\nc", {1, 1}, {3, 1}, kLeftTwo,
+            "    a\r\n b\r\nc", 1, {1, 1}, {3, 1}, {3, 1}},
+        {"a tab is no space", {}, "  a\r\n\tb\r\nc", {1, 1}, {3, 1}, kLeftOne,
+            "  a\r\n\tb\r\nc", 1, {1, 1}, {3, 1}, {3, 1}},
+        {"blank lines stay", {}, "  a\r\n\r\n \t\r\n  b\r\n", {1, 1}, {5, 1}, kLeftTwo,
+            "a\r\n\r\n \t\r\nb\r\n", 0, {1, 1}, {5, 1}, {5, 1}},
+        {"blank lines are not indented", {}, "a\r\n\r\nb\r\n", {1, 1}, {4, 1}, kRightTwo,
+            "  a\r\n\r\n  b\r\n", 0, {1, 3}, {4, 1}, {4, 1}},
+        {"mid-line start", {}, "begin   foo;\r\n    bar;\r\nend", {1, 9}, {3, 1}, kLeftTwo,
+            "begin foo;\r\n  bar;\r\nend", 0, {1, 7}, {3, 1}, {3, 1}},
+        {"mid-line end moves with the shift", {}, "  a b\r\n  c d", {1, 3}, {2, 4}, kRightOne,
+            "   a b\r\n   c d", 0, {1, 4}, {2, 5}, {2, 5}},
+        {"sorting by name", {}, "  b: Integer;\r\n  a: Byte;\r\nend", {1, 3}, {3, 1}, kSort,
+            "  a: Byte;\r\n  b: Integer;\r\nend", 0, {0, 0}, {0, 0}, {1, 3}},
+        {"sorting without an end refuses", {}, "  b\r\n  a\r\nend", {1, 3}, {3, 1}, kSort,
+            "  b\r\n  a\r\nend", 1, {1, 3}, {3, 1}, {3, 1}},
+        {"cursor sent to the start", {"MoveCursorTopLeft", "False", "True"},
+            "a\r\nb\r\nc", {1, 1}, {3, 1}, kRightOne,
+            " a\r\n b\r\nc", 0, {1, 2}, {3, 1}, {1, 2}},
+        {"without safe mode, as far as spaces go", {"SafeStringMoving", "True", "False"},
+            "    a\r\n b\r\n\tc\r\nd", {1, 1}, {4, 1}, kLeftTwo,
+            "  a\r\nb\r\n\tc\r\nd", 0, {1, 1}, {4, 1}, {1, 1}},
+    };
+    // clang-format on
+    for (const TCase& c : cases) {
         SCOPED_TRACE(c.Name);
+        if (!c.Setting.Name.empty()) {
+            SetStoredValue(c.Setting.Name, c.Setting.From, c.Setting.To);
+            view = Open("Utils.pas");
+        }
         beeps = 0;
         Mark(c.Text, c.From, c.To);
         Press(c.Key);
@@ -89,29 +97,9 @@ TEST_F(BlockTest, EachHotKeyMovesOrSortsTheMarkedBlockOrRefusesWithABeep) {
             EXPECT_EQ(view->Buffer().BlockStart(), c.BlockStart);
             EXPECT_EQ(view->Buffer().BlockEnd(), c.BlockEnd);
         }
-        EXPECT_EQ(Cursor(), c.Cursor);
+        EXPECT_EQ(TTextPos({view->GetPosition()->GetRow(), view->GetPosition()->GetColumn()}),
+                  c.Cursor);
     }
-}
-
-TEST_F(BlockTest, TheCursorStaysAtTheEndOfTheBlockWhereItStood) {
-    // Marked upwards: the cursor stands at the start, and stays there.
-    view->Buffer().SetText("a\r\nb\r\nc");
-    view->GetPosition()->Move(3, 1);
-    view->GetBlock()->Extend(1, 1);
-    Press(kRightOne);
-    EXPECT_EQ(Text(), " a\r\n b\r\nc");
-    EXPECT_EQ(Cursor(), (TTextPos{1, 2}));
-    // Marked downwards: the cursor stays at the end.
-    Mark("a\r\nb\r\nc", {1, 1}, {3, 1});
-    Press(kRightOne);
-    EXPECT_EQ(Cursor(), (TTextPos{3, 1}));
-    // Unless the settings send it to the block's first position always.
-    SetStoredValue("MoveCursorTopLeft", "False", "True");
-    view = Open("Utils.pas");
-    Mark("a\r\nb\r\nc", {1, 1}, {3, 1});
-    Press(kRightOne);
-    EXPECT_EQ(Cursor(), (TTextPos{1, 2}));
-    EXPECT_EQ(view->Buffer().BlockEnd(), (TTextPos{3, 1}));
 }
 
 TEST_F(BlockTest, AColumnBlockIsRefusedWithoutASound) {
@@ -131,7 +119,7 @@ TEST_F(BlockTest, OneUndoTakesACommandBackWhole) {
     EXPECT_EQ(Text(), "    a\r\n    b\r\nc");
 }
 
-TEST_F(BlockTest, TheCommandsAreEnabledOnlyWithAMarkedBlock) {
+TEST_F(BlockTest, TheCommandsAreEnabledOnlyWithAMarkedBlockAndTheMenuRunsThem) {
     QAction* sort = MenuCommand(QStringLiteral("Sorting"));
     ASSERT_NE(sort, nullptr);
     view->Buffer().SetText("b: Integer;\r\na: Byte;\r\n");
@@ -141,17 +129,8 @@ TEST_F(BlockTest, TheCommandsAreEnabledOnlyWithAMarkedBlock) {
     Mark("b: Integer;\r\na: Byte;\r\n", {1, 1}, {3, 1});
     Application->UpdateActions();
     EXPECT_TRUE(sort->isEnabled());
-    // The menu runs the same command as the key.
     sort->trigger();
     EXPECT_EQ(Text(), "a: Byte;\r\nb: Integer;\r\n");
-}
-
-TEST_F(BlockTest, WithoutSafeModeLinesMoveAsFarAsTheirSpacesGo) {
-    SetStoredValue("SafeStringMoving", "True", "False");
-    Mark("    a\r\n b\r\n\tc\r\nd", {1, 1}, {4, 1});
-    Press(kLeftTwo);
-    EXPECT_EQ(Text(), "  a\r\nb\r\n\tc\r\nd");
-    EXPECT_EQ(beeps, 0);
 }
 
 } // namespace

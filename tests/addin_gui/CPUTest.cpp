@@ -3,14 +3,7 @@
 // dialog, and the memo read back after "Get data". The expected texts are the capture formats
 // written out by hand for the example snapshot (examples/Hello.snapshot) and for a small one.
 #include "tests/addin_gui/AddinFixture.h"
-#include "toolsapi/QtBridge.h"
 #include "workbench/cpu/CPUView.h"
-
-#include <QMenu>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QSpinBox>
-#include <QToolButton>
 
 using namespace addintest;
 using workbench::cpu::TCPUWindow;
@@ -157,78 +150,35 @@ TEST_F(CPUTest, EachPaneIsCapturedFromItsSelectionInItsFormat) {
         quint32 At;
         TLines Expected;
     } cases[] = {
-        {"code, first instruction",
-         Disasm,
-         3,
-         "SelectedAddress",
-         0x408A70,
+        // clang-format off
+        {"code, first instruction", Disasm, 3, "SelectedAddress", 0x408A70,
          {"Hello.Sum:", "Hello.dpr.6: Result := A + B;", "00408A70 03D0             add edx,eax",
-          "00408A72 8BC2             mov eax,edx", "Hello.dpr.7: end;",
-          "00408A74 C3               ret"}},
-        {"code, from inside an instruction",
-         Disasm,
-         3,
-         "SelectedAddress",
-         0x408AAD,
-         {"00408AAB 8B15C4BD4000     mov edx,[$0040bdc4]",
-          "00408AB1 E8D2A1FFFF       call @Write0Long", "00408AB6 E879A2FFFF       call @WriteLn"}},
-        {"code, on past its end",
-         Disasm,
-         4,
-         "SelectedAddress",
-         0x408ABB,
+          "00408A72 8BC2             mov eax,edx", "Hello.dpr.7: end;", "00408A74 C3               ret"}},
+        {"code, from inside an instruction", Disasm, 3, "SelectedAddress", 0x408AAD,
+         {"00408AAB 8B15C4BD4000     mov edx,[$0040bdc4]", "00408AB1 E8D2A1FFFF       call @Write0Long",
+          "00408AB6 E879A2FFFF       call @WriteLn"}},
+        {"code, on past its end", Disasm, 4, "SelectedAddress", 0x408ABB,
          {"00408ABB E8589CFFFF       call @_IOTest", "Hello.dpr.14: end.",
           "00408AC0 E877AFFFFF       call @Halt0", "00408AC5 00               db $00",
           "00408AC6 00               db $00"}},
-        {"code, unreadable",
-         Disasm,
-         2,
-         "SelectedAddress",
-         0x500000,
+        {"code, unreadable", Disasm, 2, "SelectedAddress", 0x500000,
          {"00500000 ??               ???", "00500001 ??               ???"}},
         {"registers, whatever the count", Regs, 1, nullptr, 0, HelloRegisters},
         {"flags, whatever the count", Flags, 50, nullptr, 0, HelloFlags},
-        {"dump, first bytes",
-         Dump,
-         2,
-         "SelectedOffset",
-         0x408A70,
+        {"dump, first bytes", Dump, 2, "SelectedOffset", 0x408A70,
          {"00408A70  03 D0 8B C2 C3 8D 40 00  .\xD0\x8B\xC2\xC3\x8D@.",
           "00408A78  55 8B EC 83 C4 F0 B8 50  U\x8B\xEC\x83\xC4\xF0\xB8P"}},
-        {"dump, off the row start",
-         Dump,
-         2,
-         "SelectedOffset",
-         0x408ADB,
-         {"00408ADB  FF 0E 00 00 00 48 65 6C  \xFF....Hel",
-          "00408AE3  6C 6F 2C 20 77 6F 72 6C  lo, worl"}},
-        {"dump, on past its end",
-         Dump,
-         2,
-         "SelectedOffset",
-         0x408B28,
-         {"00408B28  00 00 00 00 00 00 00 00  ........",
-          "00408B30  ?? ?? ?? ?? ?? ?? ?? ??  ........"}},
-        {"stack, lowest words and below",
-         Stack,
-         3,
-         "SelectedOffset",
-         0x12FF90,
-         {"0012FF90  0012FFB0  ..\xFF\xB0", "0012FF8C  00000000  ....",
-          "0012FF88  ????????  ...."}},
-        {"stack, from its top",
-         Stack,
-         3,
-         "SelectedOffset",
-         0x12FFAC,
-         {"0012FFAC  00408A97  .@\x8A\x97", "0012FFA8  00408A97  .@\x8A\x97",
-          "0012FFA4  0012FFC0  ..\xFF\xC0"}},
-        {"stack, highest words",
-         Stack,
-         2,
-         "SelectedOffset",
-         0x12FFFC,
+        {"dump, off the row start", Dump, 2, "SelectedOffset", 0x408ADB,
+         {"00408ADB  FF 0E 00 00 00 48 65 6C  \xFF....Hel", "00408AE3  6C 6F 2C 20 77 6F 72 6C  lo, worl"}},
+        {"dump, on past its end", Dump, 2, "SelectedOffset", 0x408B28,
+         {"00408B28  00 00 00 00 00 00 00 00  ........", "00408B30  ?? ?? ?? ?? ?? ?? ?? ??  ........"}},
+        {"stack, lowest words and below", Stack, 3, "SelectedOffset", 0x12FF90,
+         {"0012FF90  0012FFB0  ..\xFF\xB0", "0012FF8C  00000000  ....", "0012FF88  ????????  ...."}},
+        {"stack, from its top", Stack, 3, "SelectedOffset", 0x12FFAC,
+         {"0012FFAC  00408A97  .@\x8A\x97", "0012FFA8  00408A97  .@\x8A\x97", "0012FFA4  0012FFC0  ..\xFF\xC0"}},
+        {"stack, highest words", Stack, 2, "SelectedOffset", 0x12FFFC,
          {"0012FFFC  00000000  ....", "0012FFF8  00408A78  .@\x8Ax"}},
+        // clang-format on
     };
     for (const auto& c : cases)
         EXPECT_EQ(CaptureAt(c.View, c.Count, c.Selection, c.At), c.Expected) << c.Name;

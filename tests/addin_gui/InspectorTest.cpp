@@ -6,8 +6,6 @@
 #include "workbench/designer/FormDesigners.h"
 #include "workbench/designer/ObjectInspector.h"
 
-#include <QComboBox>
-
 using namespace addintest;
 
 namespace {

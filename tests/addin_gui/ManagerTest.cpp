@@ -3,22 +3,11 @@
 // the error log.
 #include "tests/addin_gui/AddinFixture.h"
 
-#include "rtl/Menus.h"
-#include "rtl/Registry.h"
-#include "toolsapi/QtBridge.h"
-
-#include <QLabel>
-#include <QMenuBar>
-
 #include <dlfcn.h>
 
 using namespace addintest;
 
 namespace {
-
-QString ShortCutText(QAction* action) {
-    return ToolsAPI::FromBytes(rtl::ShortCutToText(ToolsAPI::KeySequenceToShortCut(action->shortcut())));
-}
 
 class ManagerTest : public AddinFixture {};
 
@@ -42,21 +31,15 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
     struct TItem {
         QString Caption, Keys;
     };
-    const TItem expected[] = {{"View Forms...", "Ctrl+D"},
-                              {"View Units...", "Ctrl+A"},
-                              {"-", ""},
-                              {"View CPU data", "Ctrl+W"},
-                              {"-", ""},
-                              {"Move block left (1 pos)", "Ctrl+,"},
-                              {"Move block left (2 pos)", "Shift+Ctrl+,"},
-                              {"Move block right (1 pos)", "Ctrl+."},
-                              {"Move block right (2 pos)", "Shift+Ctrl+."},
-                              {"Sorting", "Ctrl+;"},
-                              {"-", ""},
-                              {"Unit manager", "Shift+Ctrl+Q"},
-                              {"-", ""},
-                              {"Settings", ""},
-                              {"About...", ""}};
+    // clang-format off
+    const TItem expected[] = {
+        {"View Forms...", "Ctrl+D"}, {"View Units...", "Ctrl+A"}, {"-", ""},
+        {"View CPU data", "Ctrl+W"}, {"-", ""},
+        {"Move block left (1 pos)", "Ctrl+,"}, {"Move block left (2 pos)", "Shift+Ctrl+,"},
+        {"Move block right (1 pos)", "Ctrl+."}, {"Move block right (2 pos)", "Shift+Ctrl+."},
+        {"Sorting", "Ctrl+;"}, {"-", ""}, {"Unit manager", "Shift+Ctrl+Q"}, {"-", ""},
+        {"Settings", ""}, {"About...", ""}};
+    // clang-format on
     QList<QAction*> items = ExpertsMenu()->actions();
     ASSERT_EQ(items.size(), int(std::size(expected))) << MenuCaptions(items).join(',').toStdString();
     QWidget* actionList = IDEService<INTAServices>()->GetActionList();
@@ -122,10 +105,8 @@ TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
     StopAddin();
     EXPECT_NE(SettingsText().find("ExpertName = 'EditorManager'"), std::string::npos);
     SetStoredValues(std::vector<TStoredChange>(experts, on));
-    EXPECT_NE(MenuCommand(QStringLiteral("View Forms...")), nullptr);
-    EXPECT_NE(MenuCommand(QStringLiteral("View CPU data")), nullptr);
-    EXPECT_NE(MenuCommand(QStringLiteral("Sorting")), nullptr);
-    EXPECT_NE(MenuCommand(QStringLiteral("Unit manager")), nullptr);
+    for (const char* item : {"View Forms...", "View CPU data", "Sorting", "Unit manager"})
+        EXPECT_NE(MenuCommand(item), nullptr) << item;
 }
 
 TEST_F(ManagerTest, ADamagedSettingsFileGivesDefaultsAndTheWorkbenchStaysUp) {
@@ -159,8 +140,7 @@ TEST_F(ManagerTest, ADamagedSettingsFileGivesDefaultsAndTheWorkbenchStaysUp) {
 TEST_F(ManagerTest, AnExceptionInACommandIsLoggedWithTheStartTraceOnce) {
     StartAddin();
     TEditView* view = Open("Utils.pas");
-    view->GetPosition()->Move(1, 1);
-    view->GetBlock()->Extend(2, 1);
+    Mark(view, {1, 1}, {2, 1});
     view->Buffer().SetIsReadOnly(true);
     errors.clear();
     PressInEditor(Qt::Key_Period, Qt::ControlModifier);
@@ -176,17 +156,12 @@ TEST_F(ManagerTest, AnExceptionInACommandIsLoggedWithTheStartTraceOnce) {
         << log;
 
     // The next record holds no trace.
-    view->GetPosition()->Move(1, 1);
-    view->GetBlock()->Extend(2, 1);
+    Mark(view, {1, 1}, {2, 1});
     PressInEditor(Qt::Key_Period, Qt::ControlModifier);
     std::string second = Log().substr(log.size());
     EXPECT_NE(second.find("Source object: "), std::string::npos);
     EXPECT_EQ(second.find("< Start constructor >"), std::string::npos);
 }
-
-} // namespace
-
-namespace {
 
 TEST_F(ManagerTest, AboutShowsTheProductsBoxOverTheIDE) {
     StartAddin();
@@ -204,31 +179,16 @@ TEST_F(ManagerTest, AboutShowsTheProductsBoxOverTheIDE) {
     EXPECT_EQ(product, QStringLiteral("Zelvane Wizard Pack"));
 }
 
-} // namespace
-
-namespace {
-
 TEST_F(ManagerTest, TheRegistryKeyHoldsTheVersionAndALanguageThatExists) {
-    {
-        rtl::TRegistry reg;
-        ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
-        reg.WriteString("ExpCurrentLocale", PackageFile("zelv_gone.dll"));
-    }
+    WriteRegistry("ExpCurrentLocale", PackageFile("zelv_gone.dll"));
     StartAddin();
     StopAddin();
-    rtl::TRegistry reg;
-    ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", false));
-    EXPECT_EQ(reg.ReadString("ExpVersion"), "1.0");
-    EXPECT_EQ(reg.ReadString("ExpLocaleModules"),
+    EXPECT_EQ(ReadRegistry("ExpVersion"), "1.0");
+    EXPECT_EQ(ReadRegistry("ExpLocaleModules"),
               "Russian=zelv_rus.dll,English=zelv_eng.dll,German=zelv_ger.dll");
     // A language file that is gone is no choice any more.
-    EXPECT_TRUE(reg.ValueExists("ExpCurrentLocale"));
-    EXPECT_EQ(reg.ReadString("ExpCurrentLocale"), "");
+    EXPECT_EQ(ReadRegistry("ExpCurrentLocale"), "");
 }
-
-} // namespace
-
-namespace {
 
 TEST_F(ManagerTest, TheMenuGoesWhereItsSettingsPlaceIt) {
     struct TCase {

@@ -5,33 +5,10 @@
 #include "tests/addin_gui/AddinFixture.h"
 
 #include "foundation/Dialogs.h"
-#include "rtl/Menus.h"
-#include "rtl/Registry.h"
-#include "toolsapi/QtBridge.h"
-
-#include <QCheckBox>
-#include <QKeySequenceEdit>
-#include <QLabel>
-#include <QDialog>
-#include <QTableWidget>
-#include <QToolBar>
-#include <QTreeWidget>
 
 using namespace addintest;
 
 namespace {
-
-QString ShortCutText(QAction* action) {
-    return ToolsAPI::FromBytes(
-        rtl::ShortCutToText(ToolsAPI::KeySequenceToShortCut(action->shortcut())));
-}
-
-QAction* Entry(QMenu* menu, const QString& caption) {
-    if (menu)
-        for (QAction* a : menu->actions())
-            if (a->text() == caption) return a;
-    return nullptr;
-}
 
 class SettingsMenuTest : public AddinFixture {
 protected:
@@ -81,11 +58,6 @@ protected:
     }
     void Choose(const QString& language, const QString& shownItem) {
         RunAndRebuild(LanguageMenu(), language, shownItem);
-    }
-    void WriteRegistry(const char* name, const std::string& value) {
-        rtl::TRegistry reg;
-        ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
-        reg.WriteString(name, value);
     }
 
     int answer = zelvane::IDYES;
@@ -168,14 +140,10 @@ TEST_F(SettingsMenuTest, TheModulesDialogKeepsTheRowsWithANameAndAFile) {
     EXPECT_EQ(LanguageEntries(),
               (QStringList{"Default (English)", "-", "English", "Russian", "-", "Modules..."}));
     StopAddin();
-    rtl::TRegistry reg;
-    ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", false));
-    EXPECT_EQ(reg.ReadString("ExpLocaleModules"), "Russian=zelv_rus.dll,English=zelv_eng.dll");
+    EXPECT_EQ(ReadRegistry("ExpLocaleModules"), "Russian=zelv_rus.dll,English=zelv_eng.dll");
 }
 
 TEST_F(SettingsMenuTest, LoadDefaultAsksFirstAndThenTheBuiltInSettingsReturn) {
-    StartAddin();
-    StopAddin();
     SetStoredValue("ShortCutText", "'Ctrl+.'", "'Ctrl+Alt+M'");
     const QString right = QStringLiteral("Move block right (1 pos)");
     std::string saved = testfiles::ReadFile(PackageFile("ExpData.spc"));
@@ -196,16 +164,13 @@ TEST_F(SettingsMenuTest, LoadDefaultAsksFirstAndThenTheBuiltInSettingsReturn) {
 }
 
 TEST_F(SettingsMenuTest, AKeyGivenToTwoItemsRunsTheFirstAndTheSecondShowsNone) {
-    StartAddin();
-    StopAddin();
     SetStoredValue("ShortCutText", "'Ctrl+.'", "'Ctrl+,'");
     EXPECT_EQ(ShortCutText(MenuCommand(QStringLiteral("Move block left (1 pos)"))),
               QStringLiteral("Ctrl+,"));
     EXPECT_EQ(ShortCutText(MenuCommand(QStringLiteral("Move block right (1 pos)"))), QString());
     TEditView* view = Open("Utils.pas");
     view->Buffer().SetText("  a\r\nb");
-    view->GetPosition()->Move(1, 1);
-    view->GetBlock()->Extend(2, 1);
+    Mark(view, {1, 1}, {2, 1});
     PressInEditor(Qt::Key_Comma, Qt::ControlModifier);
     EXPECT_EQ(view->Buffer().Text(), " a\r\nb");
     // The stored keys stay, for the user to change one.
@@ -239,9 +204,6 @@ protected:
         EXPECT_TRUE(ran);
     }
     static QTreeWidget* Tree(Form* form) { return form->findChild<QTreeWidget*>("TreeView"); }
-    static QAction* FormAction(Form* form, const char* name) {
-        return form->findChild<QAction*>(name);
-    }
     static QTreeWidgetItem* Node(Form* form, const QStringList& path) {
         QTreeWidgetItem* node = Tree(form)->topLevelItem(0);
         for (const QString& text : path) {
@@ -294,7 +256,7 @@ TEST_F(SettingsDialogTest, ShowsEveryExpertsSettingsWithTheirLabels) {
             << Labels(form).join('|').toStdString();
         EXPECT_TRUE(Control<QKeySequenceEdit>(form, "ShortCutText"));
         EXPECT_FALSE(Control<QWidget>(form, "ItemID")) << "hidden by the dialog";
-        EXPECT_FALSE(FormAction(form, "ActAddNode")->isVisible());
+        EXPECT_FALSE(form->findChild<QAction*>("ActAddNode")->isVisible());
         Close(form, false);
     });
 }

@@ -3,13 +3,6 @@
 // and mouse, and the editor's tab row read back after each change.
 #include "tests/addin_gui/AddinFixture.h"
 
-#include <QAbstractButton>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QMenu>
-#include <QMouseEvent>
-
 using namespace addintest;
 
 namespace {
@@ -39,21 +32,12 @@ protected:
         Key(Qt::Key_Escape);
         return WaitFor([this] { return !Window() && EditWindow()->isActiveWindow(); });
     }
-    static QWidget* Window() {
-        for (QWidget* w : QApplication::topLevelWidgets())
-            if (w->objectName() == QStringLiteral("UnitForm") && w->isVisible()) return w;
-        return nullptr;
-    }
+    static QWidget* Window() { return TopWindow("UnitForm"); }
     QListWidget* List() const { return Window()->findChild<QListWidget*>("UnitList"); }
     QComboBox* Combo() const { return Window()->findChild<QComboBox*>("FilterCombo"); }
     QAction* Command(const char* name) const { return Window()->findChild<QAction*>(name); }
 
-    TNames Items() const {
-        TNames r;
-        for (int i = 0; i < List()->count(); ++i)
-            r.push_back(List()->item(i)->text().toStdString());
-        return r;
-    }
+    TNames Items() const { return Texts(List()); }
     std::vector<int> Selected() const {
         std::vector<int> r;
         for (int i = 0; i < List()->count(); ++i)
@@ -66,10 +50,6 @@ protected:
         if (!target || target->window() != Window()) target = List();
         QTest::keyClick(target, key, mods);
     }
-    QPoint At(int row) const { return List()->visualItemRect(List()->item(row)).center(); }
-    void Click(int row, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        QTest::mouseClick(List()->viewport(), Qt::LeftButton, mods, At(row));
-    }
     void Mouse(QEvent::Type type, QPoint pos, Qt::MouseButtons buttons) {
         QMouseEvent e(type, pos, List()->viewport()->mapToGlobal(pos),
                       type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons,
@@ -78,8 +58,8 @@ protected:
     }
     // Presses on a row, drags to a point and lets go there.
     void Drag(int from, QPoint to) {
-        Mouse(QEvent::MouseButtonPress, At(from), Qt::LeftButton);
-        Mouse(QEvent::MouseMove, At(from) + QPoint(0, 6), Qt::LeftButton);
+        Mouse(QEvent::MouseButtonPress, At(List(), from), Qt::LeftButton);
+        Mouse(QEvent::MouseMove, At(List(), from) + QPoint(0, 6), Qt::LeftButton);
         Mouse(QEvent::MouseMove, to, Qt::LeftButton);
         Mouse(QEvent::MouseButtonRelease, to, Qt::NoButton);
     }
@@ -93,7 +73,10 @@ protected:
     bool IdeEnabled() const { return main->isEnabled() && EditWindow()->isEnabled(); }
 };
 
-TEST_F(UnitsTest, TheHotKeyOpensTheListOfTabsOverADisabledIdeAndEscClosesIt) {
+TEST_F(UnitsTest, TheHotKeyAndTheMenuItemOpenTheListOfTabsOverADisabledIdeAndEscClosesIt) {
+    QAction* item = MenuCommand(QStringLiteral("Unit manager"));
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+Q")));
     EXPECT_EQ(Tabs()->GetTabIndex(), 4);
     QWidget* window = ShowWindow();
     ASSERT_NE(window, nullptr);
@@ -104,16 +87,12 @@ TEST_F(UnitsTest, TheHotKeyOpensTheListOfTabsOverADisabledIdeAndEscClosesIt) {
     EXPECT_FALSE(main->isEnabled());
     EXPECT_FALSE(EditWindow()->isEnabled());
 
-    EXPECT_TRUE(Escape());
+    ASSERT_TRUE(Escape());
     EXPECT_TRUE(IdeEnabled());
-}
 
-TEST_F(UnitsTest, TheMenuItemOpensTheWindowAndIsEnabledOnlyWhileAUnitIsOpen) {
-    QAction* item = MenuCommand(QStringLiteral("Unit manager"));
-    ASSERT_NE(item, nullptr);
+    // The menu item opens it too, while a unit is open.
     Application->UpdateActions();
     EXPECT_TRUE(item->isEnabled());
-    EXPECT_EQ(item->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+Q")));
     item->trigger();
     ASSERT_NE(Shown(), nullptr);
     ASSERT_TRUE(Escape());
@@ -126,7 +105,7 @@ TEST_F(UnitsTest, TheMenuItemOpensTheWindowAndIsEnabledOnlyWhileAUnitIsOpen) {
 
 TEST_F(UnitsTest, SortAndMovesRewriteTheEditorsTabRow) {
     ShowWindow();
-    Click(1); // Utils, after Main
+    Click(List(), 1); // Utils, after Main
     struct TStep {
         const char* Name;
         Qt::Key Key;
@@ -153,8 +132,8 @@ TEST_F(UnitsTest, SortAndMovesRewriteTheEditorsTabRow) {
     EXPECT_EQ(Tabs()->GetTabText(Tabs()->GetTabIndex()), "Frame1");
 
     // A selection of two moves together and stops together at the end.
-    Click(0);
-    Click(2, Qt::ControlModifier); // Utils and Main
+    Click(List(), 0);
+    Click(List(), 2, Qt::ControlModifier); // Utils and Main
     Key(Qt::Key_Right, Qt::AltModifier);
     Key(Qt::Key_Right, Qt::AltModifier);
     Key(Qt::Key_Right, Qt::AltModifier);
@@ -164,23 +143,23 @@ TEST_F(UnitsTest, SortAndMovesRewriteTheEditorsTabRow) {
 
 TEST_F(UnitsTest, DraggingMovesTheSelectedBlockOnlyWhenAllowed) {
     ShowWindow();
-    Click(0);
-    Drag(0, At(2));
+    Click(List(), 0);
+    Drag(0, At(List(), 2));
     EXPECT_EQ(TabTexts(), TNames({"Main", "Utils", "Settings", "DataMod", "Frame1"}));
 
     // The settings menu allows it.
     QMenu* menu = Window()->findChild<QMenu*>("pmSettings");
     menu->actions().at(0)->trigger();
-    Click(0);
-    Click(1, Qt::ShiftModifier);
-    Drag(0, At(3));
+    Click(List(), 0);
+    Click(List(), 1, Qt::ShiftModifier);
+    Drag(0, At(List(), 3));
     EXPECT_EQ(TabTexts(), TNames({"Settings", "DataMod", "Main", "Utils", "Frame1"}));
     EXPECT_EQ(Selected(), std::vector<int>({2, 3}));
     // Dropped on itself, or below the last item, a contiguous block stays.
-    Drag(2, At(3));
-    Drag(2, QPoint(At(4).x(), List()->viewport()->height() - 2));
+    Drag(2, At(List(), 3));
+    Drag(2, QPoint(At(List(), 4).x(), List()->viewport()->height() - 2));
     EXPECT_EQ(TabTexts(), TNames({"Settings", "DataMod", "Main", "Utils", "Frame1"}));
-    Drag(3, At(0));
+    Drag(3, At(List(), 0));
     EXPECT_EQ(TabTexts(), TNames({"Main", "Utils", "Settings", "DataMod", "Frame1"}));
 }
 
@@ -227,7 +206,7 @@ TEST_F(UnitsTest, FilteringNarrowsTheListAndKeepsACappedHistoryNewestFirst) {
 
 TEST_F(UnitsTest, ShowActivatesTheSelectedUnitAndClosesTheWindowWhenSoSet) {
     ShowWindow();
-    Click(1);
+    Click(List(), 1);
     Key(Qt::Key_Return);
     EXPECT_EQ(Tabs()->GetTabText(Tabs()->GetTabIndex()), "Utils");
     EXPECT_EQ(View()->Buffer().GetFileName(), File("Utils.pas"));
@@ -237,7 +216,7 @@ TEST_F(UnitsTest, ShowActivatesTheSelectedUnitAndClosesTheWindowWhenSoSet) {
     ASSERT_TRUE(Escape());
     ShowWindow();
     Window()->findChild<QMenu*>("pmSettings")->actions().at(1)->trigger();
-    Click(0);
+    Click(List(), 0);
     Key(Qt::Key_S, Qt::AltModifier);
     EXPECT_TRUE(WaitFor([] { return Window() == nullptr; }));
     EXPECT_EQ(View()->Buffer().GetFileName(), File("Main.pas"));
@@ -248,8 +227,8 @@ TEST_F(UnitsTest, ClosingAsksForAModifiedUnitAndCancelKeepsIt) {
     Open("Utils.pas");
     QTest::keyClicks(Editor(), "kept");
     ShowWindow();
-    Click(1);
-    Click(3, Qt::ControlModifier); // Utils, modified, and DataMod
+    Click(List(), 1);
+    Click(List(), 3, Qt::ControlModifier); // Utils, modified, and DataMod
     QString caption;
     WhenModal([&](QWidget* box) {
         caption = box->windowTitle();
@@ -274,9 +253,9 @@ TEST_F(UnitsTest, TheProjectSourceAndTwinNamesCloseByPageAfterEachPrompt) {
     const TNames before = TabTexts();
     ASSERT_EQ(before, TNames({"Main", "Utils", "Settings", "DataMod", "Frame1", "Utils", "Example"}));
     ShowWindow();
-    Click(1);
-    Click(5, Qt::ControlModifier);
-    Click(6, Qt::ControlModifier);
+    Click(List(), 1);
+    Click(List(), 5, Qt::ControlModifier);
+    Click(List(), 6, Qt::ControlModifier);
     int prompts = 0;
     std::function<void(QWidget*)> answer = [&](QWidget* box) {
         ++prompts;
@@ -305,7 +284,7 @@ TEST_F(UnitsTest, ThePlacementIsKeptAcrossRestartsOfTheWorkbench) {
 
 TEST_F(UnitsTest, AListOutOfStepWithTheIdeIsRefilledAndNeverWrittenBack) {
     ShowWindow();
-    Click(1);
+    Click(List(), 1);
     // A unit closed and the edit window gone behind the window's back.
     model->FindOpenModule(File("Frame1.pas"))->CloseModule(true);
     QApplication::processEvents();

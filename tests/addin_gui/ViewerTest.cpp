@@ -4,14 +4,6 @@
 #include "tests/addin_gui/AddinFixture.h"
 #include "workbench/designer/FormDesigners.h"
 
-#include <QComboBox>
-#include <QLabel>
-#include <QListWidget>
-#include <QMenu>
-#include <QPushButton>
-#include <QScrollArea>
-#include <QToolButton>
-
 using namespace addintest;
 
 namespace {
@@ -35,25 +27,15 @@ protected:
                Application->GetActionExecute(Button("ViewFormButton")) != original_[1];
     }
 
-    static QWidget* Viewer() {
-        for (QWidget* w : QApplication::topLevelWidgets())
-            if (w->objectName() == QStringLiteral("ViewForm") && w->isVisible()) return w;
-        return nullptr;
-    }
+    static QWidget* Viewer() { return TopWindow("ViewForm"); }
     template <class T> static T* Child(const char* name) { return Viewer()->findChild<T*>(name); }
     static QListWidget* List() { return Child<QListWidget>("ModuleList"); }
     static QString Status(int panel) {
         return Child<QLabel>(qPrintable(QStringLiteral("StatusPanel%1").arg(panel)))->text();
     }
-    static TNames Items() {
-        TNames r;
-        for (int i = 0; i < List()->count(); ++i)
-            r.push_back(List()->item(i)->text().toStdString());
-        return r;
-    }
+    static TNames Items() { return Texts(List()); }
     static void Choose(int row, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-        QTest::mouseClick(List()->viewport(), Qt::LeftButton, mods,
-                          List()->visualItemRect(List()->item(row)).center());
+        Click(List(), row, mods);
     }
     static int Row(const char* name) {
         for (int i = 0; i < List()->count(); ++i)
@@ -279,8 +261,7 @@ TEST_F(ViewerTest, TheBlockCommandsWorkOnThePreviewedUnitWhoseEditIsSavedWhenAsk
         Preview(true);
         Choose(Row("Utils"));
         ASSERT_TRUE(WaitFor([&] { return View() && View()->Buffer().GetFileName() == File("Utils.pas"); }));
-        View()->GetPosition()->Move(1, 1);
-        View()->GetBlock()->Extend(3, 1);
+        Mark(View(), {1, 1}, {3, 1});
         Application->UpdateActions();
         QTest::keyClick(List(), Qt::Key_Period, Qt::ControlModifier);
         EXPECT_EQ(View()->Buffer().Buffer().Line(1).substr(0, 1), " ");

@@ -6,7 +6,7 @@
 #include "editor/SpcForm.h"
 #include "tests/workbench_gui/Fixture.h"
 
-#include <QTreeWidget>
+#include <QtWidgets>
 
 #include <memory>
 
@@ -47,6 +47,31 @@ protected:
     template <class W> W* Control(const std::string& prop) const {
         TControlInfo* info = Row(prop);
         return info ? qobject_cast<W*>(info->Control.data()) : nullptr;
+    }
+    // The node's rows as "Name=value" in their order, each value as its control shows it: a
+    // check box as 0 or 1, a list as its items with "+" after a checked one, a date and time in
+    // ISO form.
+    std::string Rows() const {
+        QStringList rows;
+        for (const auto& info : editor->Controls()) {
+            QWidget* w = info->Control.data();
+            QString value;
+            if (auto* edit = qobject_cast<QLineEdit*>(w)) value = edit->text();
+            if (auto* combo = qobject_cast<QComboBox*>(w)) value = combo->currentText();
+            if (auto* check = qobject_cast<QCheckBox*>(w)) value = QString::number(check->isChecked());
+            if (auto* spin = qobject_cast<QSpinBox*>(w)) value = spin->text();
+            if (auto* key = qobject_cast<QKeySequenceEdit*>(w)) value = key->keySequence().toString();
+            if (auto* time = qobject_cast<QDateTimeEdit*>(w)) value = time->dateTime().toString(Qt::ISODate);
+            if (auto* memo = qobject_cast<QPlainTextEdit*>(w)) value = memo->toPlainText();
+            if (auto* list = qobject_cast<QListWidget*>(w)) {
+                QStringList items;
+                for (int i = 0; i < list->count(); ++i)
+                    items << list->item(i)->text() + (list->item(i)->checkState() ? "+" : "");
+                value = "[" + items.join(' ') + "]";
+            }
+            rows << QString::fromStdString(info->PropInfo->Name) + "=" + value;
+        }
+        return rows.join(' ').toStdString();
     }
 
     std::unique_ptr<E> editor;
