@@ -35,6 +35,12 @@ protected:
     static QWidget* Window() { return TopWindow("UnitForm"); }
     QListWidget* List() const { return Window()->findChild<QListWidget*>("UnitList"); }
     QComboBox* Combo() const { return Window()->findChild<QComboBox*>("FilterCombo"); }
+    QStringList History() const {
+        QStringList r;
+        for (int i = 0; i < Combo()->count(); ++i)
+            r << Combo()->itemText(i);
+        return r;
+    }
     QAction* Command(const char* name) const { return Window()->findChild<QAction*>(name); }
 
     TNames Items() const { return Texts(List()); }
@@ -84,8 +90,7 @@ TEST_F(UnitsTest, TheHotKeyAndTheMenuItemOpenTheListOfTabsOverADisabledIdeAndEsc
     EXPECT_TRUE(window->windowFlags() & Qt::WindowStaysOnTopHint);
     EXPECT_EQ(Items(), TabTexts());
     EXPECT_EQ(Selected(), std::vector<int>{4});
-    EXPECT_FALSE(main->isEnabled());
-    EXPECT_FALSE(EditWindow()->isEnabled());
+    EXPECT_FALSE(main->isEnabled() || EditWindow()->isEnabled());
 
     ASSERT_TRUE(Escape());
     EXPECT_TRUE(IdeEnabled());
@@ -134,9 +139,8 @@ TEST_F(UnitsTest, SortAndMovesRewriteTheEditorsTabRow) {
     // A selection of two moves together and stops together at the end.
     Click(List(), 0);
     Click(List(), 2, Qt::ControlModifier); // Utils and Main
-    Key(Qt::Key_Right, Qt::AltModifier);
-    Key(Qt::Key_Right, Qt::AltModifier);
-    Key(Qt::Key_Right, Qt::AltModifier);
+    for (int i = 0; i < 3; ++i)
+        Key(Qt::Key_Right, Qt::AltModifier);
     EXPECT_EQ(TabTexts(), TNames({"Settings", "Frame1", "Utils", "DataMod", "Main"}));
     EXPECT_EQ(Selected(), std::vector<int>({2, 4}));
 }
@@ -181,9 +185,7 @@ TEST_F(UnitsTest, FilteringNarrowsTheListAndKeepsACappedHistoryNewestFirst) {
         EXPECT_EQ(Items(), c.Expected) << c.Filter.toStdString();
     }
     EXPECT_EQ(TabTexts(), TNames({"Main", "Utils", "Settings", "DataMod", "Frame1"}));
-    ASSERT_EQ(Combo()->count(), 2);
-    EXPECT_EQ(Combo()->itemText(0), QStringLiteral("a"));
-    EXPECT_EQ(Combo()->itemText(1), QStringLiteral("xyz"));
+    EXPECT_EQ(History(), QStringList({"a", "xyz"}));
     // Filtered, the order can't change.
     EXPECT_FALSE(Command("acSort")->isEnabled());
     EXPECT_FALSE(Command("acMoveUp")->isEnabled());
@@ -200,8 +202,7 @@ TEST_F(UnitsTest, FilteringNarrowsTheListAndKeepsACappedHistoryNewestFirst) {
     ASSERT_TRUE(Escape());
     RestartAddin();
     ShowWindow();
-    EXPECT_EQ(Combo()->count(), 2);
-    EXPECT_EQ(Combo()->itemText(0), QStringLiteral("a"));
+    EXPECT_EQ(History(), QStringList({"a", "xyz"}));
 }
 
 TEST_F(UnitsTest, ShowActivatesTheSelectedUnitAndClosesTheWindowWhenSoSet) {

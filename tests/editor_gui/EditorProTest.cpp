@@ -51,20 +51,18 @@ TEST_F(EditorProTest, ValuesGoBackIntoTheObjects) {
     Control<TColorEdit>("Back")->SetColorValue(clBlue);
     Control<THotKeyEx>("KeyText")->setKeySequence(QKeySequence("Alt+X"));
     Control<QDateTimeEdit>("Since")->setDate(QDate(2001, 1, 1));
-    EXPECT_EQ(int(live.Depth), 9);
-    EXPECT_EQ(live.Back, clBlue);
-    EXPECT_EQ(std::string(live.KeyText), "Alt+X");
-    EXPECT_DOUBLE_EQ(double(live.Since), 36892.0);
+    EXPECT_EQ(std::make_tuple(int(live.Depth), live.Back, std::string(live.KeyText),
+                              double(live.Since)),
+              std::make_tuple(9, clBlue, std::string("Alt+X"), 36892.0));
     Tree()->setCurrentItem(Tree()->topLevelItem(0)->child(0));
     QApplication::processEvents();
     Control<QListWidget>("Columns")->item(1)->setCheckState(Qt::Checked);
     Control<QListWidget>("Columns")->item(0)->setCheckState(Qt::Unchecked);
     Control<QComboBox>("Sort")->setCurrentIndex(0);
     Control<QPlainTextEdit>("Notes")->setPlainText("three");
-    EXPECT_EQ(View()->GetColumns()->CheckedInds, "1,2");
-    EXPECT_EQ(View()->GetSort()->ItemIndex, 0);
-    EXPECT_EQ(View()->GetNotes()->Count(), 1);
-    EXPECT_EQ(View()->GetNotes()->Strings(0), "three");
+    EXPECT_EQ(std::make_tuple(View()->GetColumns()->CheckedInds, View()->GetSort()->ItemIndex,
+                              View()->GetNotes()->Text()),
+              std::make_tuple(std::string("1,2"), 0, std::string("three\r\n")));
 }
 
 TEST_F(EditorProTest, TheStringsMenuAddsAndEditsKeepingTheMarksByLine) {
@@ -86,8 +84,7 @@ TEST_F(EditorProTest, TheStringsMenuAddsAndEditsKeepingTheMarksByLine) {
         w->findChild<QLineEdit*>()->setText("Owner");
         static_cast<QDialog*>(w)->accept();
     });
-    EXPECT_EQ(View()->GetColumns()->Count(), 4);
-    EXPECT_EQ(View()->GetColumns()->Strings(3), "Owner");
+    EXPECT_EQ(View()->GetColumns()->Text(), "Name\r\nSize\r\nDate\r\nOwner\r\n");
     trigger("Edit text", [](QWidget* w) {
         w->findChild<QPlainTextEdit*>()->setPlainText("A\nB\nC\nD");
         static_cast<QDialog*>(w)->accept();

@@ -10,7 +10,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPointer>
-#include <QWidget>
 
 using namespace ToolsAPI;
 
@@ -50,8 +49,7 @@ public:
     }
     ~TTestPackWizard() override {
         if (Application && action_) Application->SetActionUpdate(action_, nullptr);
-        delete action_.data();
-        delete menu_.data();
+        TTestPackWizard::Destroyed();
     }
     HRESULT QueryInterface(const TGUID& iid, void** obj) override {
         return QueryInterfaces<IOTAWizard>(this, iid, obj);
