@@ -98,9 +98,6 @@ constexpr TButtonSpec kButtons[] = {
     {vbCollapseNode, "ActCollapse", "tbCollapse", nullptr},
 };
 
-// The virtual key code of Ctrl.
-constexpr int VK_CONTROL = 0x11;
-
 constexpr const char* FileFilter =
     "Binary specification files (*%s);;Text specification files(*%s);;All files(*.*)";
 

@@ -182,6 +182,9 @@ bool AllocHWnd(HWND& wnd, TWndProc proc);
 // The same, raising the system's error when it can't.
 HWND SafeAllocHWnd(TWndProc proc);
 void DeallocHWnd(HWND wnd);
+// The virtual key codes of the mouse buttons and the shift keys, as the platform numbers them.
+constexpr int VK_LBUTTON = 0x01, VK_RBUTTON = 0x02, VK_MBUTTON = 0x04, VK_SHIFT = 0x10,
+              VK_CONTROL = 0x11, VK_MENU = 0x12;
 // Whether the key of the virtual key code is down now.
 bool ServiceKeyPressed(int virtualKey);
 // Sounds the warning beep; a refused editing command says no with it and nothing else.

@@ -22,9 +22,8 @@ QWidget* TopLevelWidget(HWND wnd) {
     return nullptr;
 }
 
-
-constexpr int VK_LBUTTON = 0x01, VK_RBUTTON = 0x02, VK_MBUTTON = 0x04, VK_SHIFT = 0x10,
-              VK_CONTROL = 0x11, VK_MENU = 0x12;
+using zelvane::VK_CONTROL, zelvane::VK_LBUTTON, zelvane::VK_MBUTTON, zelvane::VK_MENU,
+    zelvane::VK_RBUTTON, zelvane::VK_SHIFT;
 
 // The foundation's message box: the style's buttons and icon, the platform's answer codes.
 int MessageBox(HWND owner, const std::string& text, const std::string& caption,

@@ -520,7 +520,7 @@ void TInspectorViewMng::FormComboChange() {
         followActiveForm_ = false;
         editor->Show();
     }
-    if (displayPanel_ && (returnFocus_ || ServiceKeyPressed(0x11)) && formCombo_) {
+    if (displayPanel_ && (returnFocus_ || ServiceKeyPressed(VK_CONTROL)) && formCombo_) {
         formCombo_->window()->activateWindow();
         formCombo_->setFocus();
     }

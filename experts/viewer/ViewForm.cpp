@@ -574,7 +574,7 @@ void TViewForm::CheckState(QAction* action) {
 void TViewForm::SetViewMode(TViewModuleMode mode) {
     if (mode == viewMode_) return;
     syncModule_ = nullptr;
-    if ((manager_->SynchronizeModules || ServiceKeyPressed(0x11)) && moduleList_->currentRow() != -1)
+    if ((manager_->SynchronizeModules || ServiceKeyPressed(VK_CONTROL)) && moduleList_->currentRow() != -1)
         syncModule_ = ModuleAt(moduleList_->currentRow());
     viewMode_ = mode;
     ReleaseShownForm();
@@ -584,7 +584,7 @@ void TViewForm::SetViewMode(TViewModuleMode mode) {
 void TViewForm::ProcessViewMode() {
     FillModuleList();
     BuildControls();
-    if ((manager_->SynchronizeModules || ServiceKeyPressed(0x11)) && syncModule_) {
+    if ((manager_->SynchronizeModules || ServiceKeyPressed(VK_CONTROL)) && syncModule_) {
         for (int i = 0; i < moduleList_->count(); ++i)
             if (ModuleAt(i).get() == syncModule_.get()) {
                 moduleList_->setCurrentRow(i);
