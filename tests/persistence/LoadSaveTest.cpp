@@ -33,23 +33,6 @@ TSample& Filled(TSample& s) {
     return s;
 }
 
-void ExpectSameSample(const TSample& a, const TSample& b) {
-    EXPECT_EQ(a.Count, b.Count);
-    EXPECT_EQ(a.Letter, b.Letter);
-    EXPECT_EQ(a.Shape, b.Shape);
-    EXPECT_EQ(a.Shapes, b.Shapes);
-    EXPECT_EQ(a.Ratio, b.Ratio);
-    EXPECT_EQ(a.Stamp.Value, b.Stamp.Value);
-    EXPECT_EQ(a.Text, b.Text);
-    EXPECT_EQ(a.Wide, b.Wide);
-    EXPECT_EQ(a.Big, b.Big);
-    EXPECT_EQ(a.Data.AsInteger(), b.Data.AsInteger());
-    EXPECT_EQ(a.Color, b.Color);
-    EXPECT_EQ(a.Flag, b.Flag);
-    EXPECT_EQ(a.GetLook()->Size, b.GetLook()->Size);
-    EXPECT_EQ(a.GetLook()->Name, b.GetLook()->Name);
-}
-
 // Registers a class for the life of the object.
 struct Registered {
     explicit Registered(TClass c) : cls(c) { RegisterClass(c); }
@@ -62,36 +45,22 @@ struct Registered {
 // ---------------------------------------------------------------------------------------------
 // The bytes
 
-TEST(SaveBytes, AnObjectThatIsNoComponentTravelsInAWrapper) {
-    TFoo foo;
+TEST(SaveBytes, ObjectsGoInAWrapperComponentsUnderTheirOwnNameDefaultsStayOut) {
+    TFoo plain, foo; // plain: Width at its default, 100, and Caption empty
     foo.Width = 5;
     foo.Caption = "ab";
-    TObject* objs[] = {&foo};
-    std::string text;
-    GetProps(objs, text, osfBin);
-    EXPECT_EQ(HexBytes(text),
-              HexBytes("TPF0" + Short("TWrapper") + Short("") + Short("I.Width") + Bytes({2, 5}) +
-                       Short("I.Caption") + Bytes({6, 2, 'a', 'b'}) + Bytes({0, 0})));
-}
-
-TEST(SaveBytes, ThePlatformWriterLeavesOutDefaults) {
-    TFoo foo; // Width is at its default, 100, and Caption empty
-    TObject* objs[] = {&foo};
-    std::string text;
-    GetProps(objs, text, osfBin);
-    EXPECT_EQ(text, "TPF0" + Short("TWrapper") + Bytes({0, 0, 0}));
-}
-
-TEST(SaveBytes, AComponentIsWrittenUnderItsOwnClassAndName) {
-    // The platform writes a collection whatever it holds, as it has no default.
     TWidget w;
     w.SetName("Main");
     w.Width = 300;
-    TObject* objs[] = {&w};
-    std::string text;
-    GetProps(objs, text, osfBin);
-    EXPECT_EQ(text, "TPF0" + Short("TWidget") + Short("Main") + Short("Width") +
-                        Bytes({3, 0x2C, 0x01}) + Short("Items") + Bytes({14, 0}) + Bytes({0, 0}));
+    // The platform writes a collection whatever it holds, as it has no default.
+    const std::pair<TObject*, std::string> cases[] = {
+        {&foo, "TPF0" + Short("TWrapper") + Short("") + Short("I.Width") + Bytes({2, 5}) +
+                   Short("I.Caption") + Bytes({6, 2, 'a', 'b'}) + Bytes({0, 0})},
+        {&plain, "TPF0" + Short("TWrapper") + Bytes({0, 0, 0})},
+        {&w, "TPF0" + Short("TWidget") + Short("Main") + Short("Width") + Bytes({3, 0x2C, 0x01}) +
+                 Short("Items") + Bytes({14, 0}) + Bytes({0, 0})}};
+    for (const auto& [obj, bytes] : cases)
+        EXPECT_EQ(HexBytes(PropsOf(obj, osfBin)), HexBytes(bytes));
 }
 
 TEST(SaveBytes, EmptyArraysDoNothing) {
@@ -126,46 +95,11 @@ TEST(SaveBytes, NilAndNonPersistentObjectsAreRefused) {
 // ---------------------------------------------------------------------------------------------
 // Round trips in each form
 
-TEST(RoundTrip, BinaryAndTextOfPlainObjects) {
-    for (TObjectStorageFormat format : {osfBin, osfText}) {
-        SCOPED_TRACE(int(format));
-        TSample a, a2;
-        TFoo b, b2;
-        Filled(a);
-        b.Caption = "it's";
-        TObject* src[] = {&a, &b};
-        TObject* dst[] = {&a2, &b2};
-        std::string text;
-        GetProps(src, text, format);
-        SetProps(dst, text, format);
-        ExpectSameSample(a, a2);
-        EXPECT_EQ(b2.Caption, "it's");
-    }
-}
-
-TEST(RoundTrip, TextOfPlainObjectsCarriesDescriptionLines) {
-    TFoo a, b;
-    a.Width = 1;
-    b.Width = 2;
-    TObject* objs[] = {&a, &b};
-    std::string descriptions[] = {"first object"};
-    TStringStream s;
-    SaveObjectText(objs, &s, descriptions);
-    EXPECT_EQ(s.DataString(), "first object\r\n"
-                              "object TWrapper\r\n  I.Width = 1\r\nend\r\n"
-                              "stored Instance --> TFoo\r\n"
-                              "object TWrapper\r\n  I.Width = 2\r\nend\r\n");
-    // The detection doesn't know description lines; the text loader reads them.
-    s.SetPosition(0);
-    TFoo a2, b2;
-    TObject* dst[] = {&a2, &b2};
-    EXPECT_EQ(DataError([&] { LoadObjects(dst, &s); }), "Thread does not contain object.");
-    LoadObjectText(dst, &s);
-    EXPECT_EQ(a2.Width, 1);
-    EXPECT_EQ(b2.Width, 2);
-}
-
-TEST(RoundTrip, ComponentsWithNestedObjectsListsAndCollections) {
+TEST(RoundTrip, BinaryAndTextOfPlainObjectsAndComponents) {
+    TSample a;
+    Filled(a);
+    TFoo b;
+    b.Caption = "it's";
     TWidget w;
     w.SetName("Main");
     w.Caption = "c";
@@ -178,103 +112,92 @@ TEST(RoundTrip, ComponentsWithNestedObjectsListsAndCollections) {
     w.GetItems()->Add();
     for (TObjectStorageFormat format : {osfBin, osfText}) {
         SCOPED_TRACE(int(format));
-        TObject* src[] = {&w};
-        std::string text;
-        GetProps(src, text, format);
-        if (format == osfText) {
-            EXPECT_EQ(text.rfind("object Main: TWidget\r\n", 0), 0u);
-        }
-        TWidget copy;
-        TObject* dst[] = {&copy};
+        TSample a2;
+        TFoo b2;
+        TWidget w2;
+        TObject* src[] = {&a, &b, &w};
+        TObject* dst[] = {&a2, &b2, &w2};
+        std::string text = PropsOf(src, format);
         SetProps(dst, text, format);
-        EXPECT_EQ(copy.Name(), "Main");
-        EXPECT_EQ(copy.Caption, "c");
-        EXPECT_EQ(copy.GetLook()->Color, clRed);
-        EXPECT_EQ(copy.GetLines()->Text(), "one\r\ntwo\r\n");
-        ASSERT_EQ(copy.GetItems()->Count(), 2);
-        EXPECT_EQ(static_cast<TItem*>(copy.GetItems()->GetItem(0))->Caption, "first");
-        EXPECT_EQ(static_cast<TItem*>(copy.GetItems()->GetItem(0))->Width, 7);
-        EXPECT_EQ(static_cast<TItem*>(copy.GetItems()->GetItem(1))->Width, 50);
+        // Every value read back writes the same text as the original.
+        EXPECT_EQ(PropsOf(dst, osfText), PropsOf(src, osfText));
+        EXPECT_EQ(w2.Name(), "Main");
+        EXPECT_EQ(w2.GetLines()->Text(), "one\r\ntwo\r\n");
+        ASSERT_EQ(w2.GetItems()->Count(), 2);
+        EXPECT_EQ(static_cast<TItem*>(w2.GetItems()->GetItem(1))->Width, 50);
     }
+    EXPECT_EQ(PropsOf(&w, osfText).rfind("object Main: TWidget\r\n", 0), 0u);
+}
+
+TEST(RoundTrip, TextOfPlainObjectsCarriesDescriptionLines) {
+    Foos src{1, 2}, dst{0, 0};
+    std::string descriptions[] = {"first object"};
+    TStringStream s;
+    SaveObjectText(src.objs, &s, descriptions);
+    EXPECT_EQ(s.DataString(), "first object\r\n"
+                              "object TWrapper\r\n  I.Width = 1\r\nend\r\n"
+                              "stored Instance --> TFoo\r\n"
+                              "object TWrapper\r\n  I.Width = 2\r\nend\r\n");
+    // The detection doesn't know description lines; the text loader reads them.
+    s.SetPosition(0);
+    EXPECT_EQ(DataError([&] { LoadObjects(dst.objs, &s); }), "Thread does not contain object.");
+    LoadObjectText(dst.objs, &s);
+    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 2}));
 }
 
 TEST(RoundTrip, ResourceFormWrapsEachObject) {
-    TFoo a, b;
-    a.Width = 1;
-    b.Width = 2;
-    TObject* objs[] = {&a, &b};
+    Foos src{1, 2}, dst{0, 0};
     TStringStream s;
-    SaveObjectBinary(objs, &s, true);
+    SaveObjectBinary(src.objs, &s, true);
     const std::string& data = s.DataString();
     std::string header = Bytes({0xFF, 0x0A, 0x00}) + "TWRAPPER" + Bytes({0, 0x30, 0x10});
     ASSERT_EQ(data.substr(0, header.size()), header);
     uint32_t size = 0;
     std::memcpy(&size, data.data() + header.size(), 4);
-    std::string second = data.substr(header.size() + 4 + size);
-    EXPECT_EQ(second.substr(0, header.size()), header);
-
+    EXPECT_EQ(data.substr(header.size() + 4 + size, header.size()), header);
     s.SetPosition(0);
-    TFoo a2, b2;
-    TObject* dst[] = {&a2, &b2};
-    LoadObjects(dst, &s);
-    EXPECT_EQ(a2.Width, 1);
-    EXPECT_EQ(b2.Width, 2);
+    LoadObjects(dst.objs, &s);
+    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 2}));
     EXPECT_EQ(s.GetPosition(), s.GetSize());
 }
 
 TEST(RoundTrip, ExtendedBinaryHasOneSignatureAndBarePropertyLists) {
-    TFoo a, b;
-    a.Width = 1;
-    b.Caption = "x";
-    TObject* objs[] = {&a, &b};
+    Foos src{1, 100}, dst{0, 0};
+    src.foo[1]->Caption = "x";
     TStringStream s;
-    SaveObjectBinaryEx(objs, &s);
+    SaveObjectBinaryEx(src.objs, &s);
     EXPECT_EQ(s.DataString(), "TPF0" + Short("Width") + Bytes({2, 1, 0}) + Short("Caption") +
                                   Bytes({6, 1, 'x', 0}));
-    s.SetPosition(0);
-    TFoo a2, b2;
-    TObject* dst[] = {&a2, &b2};
-    LoadObjectBinaryEx(dst, &s);
-    EXPECT_EQ(a2.Width, 1);
-    EXPECT_EQ(b2.Caption, "x");
     // A nil entry passes over its list.
-    s.SetPosition(0);
-    TFoo b3;
-    TObject* skipFirst[] = {nullptr, &b3};
-    LoadObjectBinaryEx(skipFirst, &s);
-    EXPECT_EQ(b3.Caption, "x");
+    for (TObject* first : {dst.objs[0], static_cast<TObject*>(nullptr)}) {
+        s.SetPosition(0);
+        dst.objs[0] = first;
+        LoadObjectBinaryEx(dst.objs, &s);
+        EXPECT_EQ(dst.Captions(), (std::vector<std::string>{"", "x"}));
+    }
+    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 0}));
 }
 
 TEST(RoundTrip, OtherFormsThanBinaryAndTextGiveNoString) {
-    TFoo foo;
-    foo.Width = 3;
-    TObject* objs[] = {&foo};
+    Foos foo{3};
     for (TObjectStorageFormat format : {osfResBin, osfExtBin}) {
-        std::string text = "old";
-        GetProps(objs, text, format);
-        EXPECT_EQ(text, "");
-        SetProps(objs, "garbage", format);
+        EXPECT_EQ(PropsOf(foo.objs, format), "");
+        SetProps(foo.objs, "garbage", format);
     }
-    EXPECT_EQ(foo.Width, 3);
+    EXPECT_EQ(foo.Widths(), std::vector<int32_t>{3});
 }
 
 TEST(RoundTrip, SetPropsExReadsBinaryAsBinaryAndEveryOtherFormAsText) {
-    TFoo source;
-    source.Width = 42;
-    source.Caption = "from the source";
-    TObject* from[] = {&source};
-    std::string binary, text;
-    GetProps(from, binary, osfBin);
-    GetProps(from, text, osfText);
+    Foos source{42};
+    source.foo[0]->Caption = "from the source";
+    std::string binary = PropsOf(source.objs, osfBin), text = PropsOf(source.objs, osfText);
     const std::pair<TObjectStorageFormat, const std::string*> cases[] = {
         {osfBin, &binary}, {osfText, &text}, {osfResBin, &text}, {osfExtBin, &text}};
     for (const auto& [format, data] : cases) {
         SCOPED_TRACE(int(format));
-        TFoo target;
-        TObject* to[] = {&target};
-        SetPropsEx(to, *data, format);
-        EXPECT_EQ(target.Width, 42);
-        EXPECT_EQ(target.Caption, "from the source");
+        Foos target{0};
+        SetPropsEx(target.objs, *data, format);
+        EXPECT_EQ(PropsOf(target.objs, osfText), text);
     }
 }
 
@@ -282,21 +205,13 @@ TEST(RoundTrip, SetPropsExReadsBinaryAsBinaryAndEveryOtherFormAsText) {
 // Loading into arrays
 
 TEST(LoadArrays, NilEntriesPassOverTheirObjects) {
-    TFoo a, b, c;
-    a.Width = 1;
-    b.Width = 2;
-    c.Width = 3;
-    TObject* src[] = {&a, &b, &c};
+    Foos src{1, 2, 3};
     for (TObjectStorageFormat format : {osfBin, osfText}) {
         SCOPED_TRACE(int(format));
-        std::string text;
-        GetProps(src, text, format);
-        TFoo a2, c2;
-        a2.Width = c2.Width = 0;
-        TObject* dst[] = {&a2, nullptr, &c2};
-        SetProps(dst, text, format);
-        EXPECT_EQ(a2.Width, 1);
-        EXPECT_EQ(c2.Width, 3);
+        Foos dst{0, 0, 0};
+        dst.objs[1] = nullptr;
+        SetProps(dst.objs, PropsOf(src.objs, format), format);
+        EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 0, 3}));
     }
 }
 
@@ -310,11 +225,9 @@ TEST(LoadArrays, NilComponentEntriesAreCreatedFromTheStream) {
     TObject* src[] = {&a, &b};
     for (TObjectStorageFormat format : {osfBin, osfText}) {
         SCOPED_TRACE(int(format));
-        std::string text;
-        GetProps(src, text, format);
         TWidget existing;
         TComponent* comps[] = {&existing, nullptr};
-        TStringStream s(text);
+        TStringStream s(PropsOf(src, format));
         if (format == osfBin)
             LoadComponentBinary(comps, &s, false);
         else
@@ -333,10 +246,7 @@ TEST(LoadArrays, AnUnknownPropertyAsksWhetherToGoOn) {
     TSample src;
     src.Count = 3;
     src.Text = "t";
-    TObject* from[] = {&src};
-    std::string text;
-    GetProps(from, text, osfBin);
-
+    std::string text = PropsOf(&src, osfBin);
     DialogRecorder dialogs;
     TFoo target;
     target.Caption = "kept";
@@ -352,7 +262,6 @@ TEST(LoadArrays, AnUnknownPropertyAsksWhetherToGoOn) {
     EXPECT_EQ(q.substr(q.size() - 20), ".\r\nContinue loading?");
     EXPECT_EQ(dialogs.styles[0], MB_YESNO | MB_ICONEXCLAMATION);
     EXPECT_EQ(target.Caption, "kept");
-
     // No stops the load with the reader's error.
     dialogs.answer = IDNO;
     dialogs.texts.clear();
@@ -371,6 +280,8 @@ protected:
         first->SetName("First");
         second = new TWidget(&owner);
         second->SetName("Second");
+        objs[0] = first;
+        objs[1] = second;
     }
     // A stream in which the two widgets swap names, which clashes while they sit in the owner.
     std::string SwappedNames(TObjectStorageFormat format) {
@@ -380,88 +291,77 @@ protected:
         y.SetName("First");
         y.Width = 20;
         TObject* objs[] = {&x, &y};
-        std::string text;
-        GetProps(objs, text, format);
-        return text;
+        return PropsOf(objs, format);
+    }
+    // Both widgets sit in the owner in their places, found by their names.
+    void ExpectHome() {
+        ASSERT_EQ(owner.ComponentCount(), 2);
+        EXPECT_EQ(owner.Components(0), first);
+        EXPECT_EQ(owner.Components(1), second);
     }
     TWidget owner;
     TWidget* first;
     TWidget* second;
+    TObject* objs[2];
+    TempDir dir;
 };
 
 TEST_F(SafeLoad, PlainLoadClashesWithSiblings) {
-    TObject* objs[] = {first, second};
     EXPECT_THROW(SetProps(objs, SwappedNames(osfBin), osfBin), EComponentError);
 }
 
 TEST_F(SafeLoad, ComponentsLeaveTheirOwnersForTheLoadAndComeBack) {
-    TObject* objs[] = {first, second};
-    TStringStream s(SwappedNames(osfBin));
-    SafeLoadObjects(objs, &s, osfBin, false);
-    EXPECT_EQ(first->Name(), "Second");
-    EXPECT_EQ(second->Name(), "First");
-    EXPECT_EQ(first->Width, 10);
-    ASSERT_EQ(owner.ComponentCount(), 2);
-    EXPECT_EQ(owner.Components(0), first);
-    EXPECT_EQ(owner.Components(1), second);
-    EXPECT_EQ(first->Owner(), &owner);
-}
-
-TEST_F(SafeLoad, AnyFormButBinaryIsReadAsText) {
-    TObject* objs[] = {first, second};
-    TStringStream s(SwappedNames(osfText));
-    SafeLoadObjects(objs, &s, osfResBin, false);
-    EXPECT_EQ(first->Width, 10);
-    EXPECT_EQ(second->Width, 20);
+    // Any form but binary is read as text.
+    WriteAll(dir.File("good.sbn"), SwappedNames(osfBin));
+    for (auto format : {osfBin, osfText}) {
+        SCOPED_TRACE(int(format));
+        first->SetName("Temporary");
+        second->SetName("Second");
+        first->SetName("First");
+        TStringStream s(SwappedNames(format));
+        if (format == osfBin)
+            SafeLoadObjects(objs, dir.File("good.sbn"), osfBin, false);
+        else
+            SafeLoadObjects(objs, &s, osfResBin, false);
+        EXPECT_EQ(first->Name(), "Second");
+        EXPECT_EQ(second->Name(), "First");
+        EXPECT_EQ(first->Width, 10);
+        EXPECT_EQ(second->Width, 20);
+        ExpectHome();
+        EXPECT_EQ(owner.FindComponent("First"), second);
+    }
 }
 
 TEST_F(SafeLoad, ComponentsGoBackWhenTheLoadFails) {
-    TObject* objs[] = {first, second};
     std::string damaged = SwappedNames(osfBin);
     damaged.resize(damaged.size() - 3);
     TStringStream s(damaged);
     EXPECT_THROW(SafeLoadObjects(objs, &s, osfBin, false), EReadError);
-    EXPECT_EQ(owner.ComponentCount(), 2);
-    EXPECT_EQ(first->Owner(), &owner);
-    EXPECT_EQ(second->Owner(), &owner);
+    ExpectHome();
     EXPECT_EQ(owner.FindComponent(second->Name()), second);
-}
-
-TEST_F(SafeLoad, MissingAndDamagedFiles) {
-    TempDir dir;
-    TObject* objs[] = {first, second};
     EXPECT_THROW(SafeLoadObjects(objs, dir.File("missing.sbn"), osfBin, false), EFOpenError);
-    EXPECT_EQ(owner.ComponentCount(), 2);
-
+    ExpectHome();
     WriteAll(dir.File("damaged.sbn"), "TPF0\x07TWidget\x05"
                                       "First\x05Wi");
     EXPECT_THROW(SafeLoadObjects(objs, dir.File("damaged.sbn"), osfBin, false), EReadError);
-    EXPECT_EQ(owner.ComponentCount(), 2);
-    EXPECT_EQ(first->Owner(), &owner);
-
-    WriteAll(dir.File("good.sbn"), SwappedNames(osfBin));
-    SafeLoadObjects(objs, dir.File("good.sbn"), osfBin, false);
-    EXPECT_EQ(second->Width, 20);
+    ExpectHome();
 }
 
 // ---------------------------------------------------------------------------------------------
 // Data files
 
 TEST(ObjectData, HeaderCallbackThenObjects) {
-    TFoo foo;
-    foo.Width = 9;
-    TObject* objs[] = {&foo};
+    Foos foo{9};
     for (bool res : {false, true}) {
         SCOPED_TRACE(res);
         TStringStream s;
-        SaveObjectDataBinary(objs, &s, "1.01 99.99", res);
+        SaveObjectDataBinary(foo.objs, &s, "1.01 99.99", res);
         s.SetPosition(0);
-        TFoo target;
-        TObject* dst[] = {&target};
+        Foos target{100};
         int calls = 0;
         int tag = 5;
         TObjDataDscr got = LoadObjectData(
-            dst, &s,
+            target.objs, &s,
             [&](TObjDataDscr d, const std::string& description, bool& skip, void* data) {
                 ++calls;
                 EXPECT_EQ(d.StorageFormat, osfBin);
@@ -473,58 +373,45 @@ TEST(ObjectData, HeaderCallbackThenObjects) {
             &tag);
         EXPECT_EQ(calls, 1);
         EXPECT_EQ(got.ResFormat, res);
-        EXPECT_EQ(target.Width, 9);
+        EXPECT_EQ(target.Widths(), std::vector<int32_t>{9});
     }
 }
 
 TEST(ObjectData, SkipLeavesTheObjectsAndTheStreamBehindTheHeader) {
-    TFoo foo;
-    foo.Width = 9;
-    TObject* objs[] = {&foo};
+    Foos foo{9}, target{100};
     TStringStream s;
-    SaveObjectDataBinary(objs, &s, "desc", false);
+    SaveObjectDataBinary(foo.objs, &s, "desc", false);
     s.SetPosition(0);
-    TFoo target;
-    TObject* dst[] = {&target};
-    LoadObjectData(dst, &s,
+    LoadObjectData(target.objs, &s,
                    [](TObjDataDscr, const std::string&, bool& skip, void*) { skip = true; });
-    EXPECT_EQ(target.Width, 100);
+    EXPECT_EQ(target.Widths(), std::vector<int32_t>{100});
     EXPECT_EQ(s.GetPosition(), 7 + 2 + 4);
 }
 
 TEST(ObjectData, TextDataWithDescriptionsAndWithoutCallback) {
-    TFoo a, b;
-    a.Width = 1;
-    b.Width = 2;
-    TObject* objs[] = {&a, &b};
+    Foos src{1, 2}, dst{0, 0};
     std::string descriptions[] = {"A", "B"};
     TStringStream s;
-    SaveObjectDataText(objs, &s, descriptions, "e_ver: 1.01");
+    SaveObjectDataText(src.objs, &s, descriptions, "e_ver: 1.01");
     std::string start =
         "sys_txt e_ver: 1.01\r\n" + std::string(19, '-') + "\r\nA\r\nobject TWrapper\r\n";
     EXPECT_EQ(s.DataString().substr(0, start.size()), start);
     s.SetPosition(0);
-    TFoo a2, b2;
-    TObject* dst[] = {&a2, &b2};
-    TObjDataDscr got = LoadObjectData(dst, &s);
+    TObjDataDscr got = LoadObjectData(dst.objs, &s);
     EXPECT_EQ(got.StorageFormat, osfText);
     EXPECT_FALSE(got.ResFormat);
-    EXPECT_EQ(a2.Width, 1);
-    EXPECT_EQ(b2.Width, 2);
+    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 2}));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Copying properties
 
 TEST(ImportProps, TargetsGetWhatDiffersFromTheDefaults) {
-    TFoo source, target;
-    source.Caption = "copied";
-    target.Width = 50; // the source's Width is its default and isn't carried
-    TObject* from[] = {&source};
-    TObject* to[] = {&target};
-    ImportProps(to, from);
-    EXPECT_EQ(target.Caption, "copied");
-    EXPECT_EQ(target.Width, 50);
+    Foos source{100}, target{50}; // the source's Width is its default and isn't carried
+    source.foo[0]->Caption = "copied";
+    ImportProps(target.objs, source.objs);
+    EXPECT_EQ(target.Captions(), std::vector<std::string>{"copied"});
+    EXPECT_EQ(target.Widths(), std::vector<int32_t>{50});
 }
 
 TEST(ImportProps, UnknownPropertiesStillAskTheUser) {
@@ -552,25 +439,19 @@ TEST(ImportProps, UnknownPropertiesStillAskTheUser) {
 }
 
 TEST(Props2, EveryStoredPropertyAndNoWrapper) {
-    TFoo foo; // all defaults
-    TObject* objs[] = {&foo};
+    Foos foo{100}, copy{1}; // all defaults
+    copy.foo[0]->Caption = "x";
     std::string text;
-    GetProps2(objs, text, osfBin);
+    GetProps2(foo.objs, text, osfBin);
     EXPECT_EQ(text, "TPF0" + Short("TFoo") + Short("") + Short("Width") + Bytes({2, 100}) +
                         Short("Caption") + Bytes({6, 0, 0, 0}));
-    GetProps2(objs, text, osfText);
+    GetProps2(foo.objs, text, osfText);
     EXPECT_EQ(text, "object TFoo\r\n  Width = 100\r\n  Caption = ''\r\nend\r\n");
-    TFoo copy;
-    copy.Width = 1;
-    copy.Caption = "x";
-    TObject* dst[] = {&copy};
-    SetProps2(dst, text, osfText);
-    EXPECT_EQ(copy.Width, 100);
-    EXPECT_EQ(copy.Caption, "");
+    SetProps2(copy.objs, text, osfText);
+    EXPECT_EQ(copy.Widths(), std::vector<int32_t>{100});
+    EXPECT_EQ(copy.Captions(), std::vector<std::string>{""});
     // The two pairs don't read each other's strings.
-    std::string plain;
-    GetProps(objs, plain, osfBin);
-    EXPECT_NE(plain, text);
+    EXPECT_NE(PropsOf(foo.objs, osfBin), text);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -578,22 +459,18 @@ TEST(Props2, EveryStoredPropertyAndNoWrapper) {
 
 TEST(Files, EveryFormThroughAFile) {
     TempDir dir;
-    TFoo a;
-    a.Width = 4;
-    a.Caption = "file";
-    TObject* objs[] = {&a};
-    SaveObjectBinary(objs, dir.File("a.sbn"), false);
-    SaveObjectBinary(objs, dir.File("a.sbr"), true);
-    SaveObjectBinaryEx(objs, dir.File("a.sbe"));
-    SaveObjectText(objs, dir.File("a.stx"));
-    SaveObjectDataBinary(objs, dir.File("d.sbn"), "d", false);
-    SaveObjectDataText(objs, dir.File("d.stx"), {}, "d");
+    Foos a{4};
+    a.foo[0]->Caption = "file";
+    SaveObjectBinary(a.objs, dir.File("a.sbn"), false);
+    SaveObjectBinary(a.objs, dir.File("a.sbr"), true);
+    SaveObjectBinaryEx(a.objs, dir.File("a.sbe"));
+    SaveObjectText(a.objs, dir.File("a.stx"));
+    SaveObjectDataBinary(a.objs, dir.File("d.sbn"), "d", false);
+    SaveObjectDataText(a.objs, dir.File("d.stx"), {}, "d");
     auto load = [&](auto&& f) {
-        TFoo b;
-        TObject* dst[] = {&b};
-        f(dst);
-        EXPECT_EQ(b.Width, 4);
-        EXPECT_EQ(b.Caption, "file");
+        Foos b{100};
+        f(b.objs);
+        EXPECT_EQ(PropsOf(b.objs, osfText), PropsOf(a.objs, osfText));
     };
     load([&](TObjectArray d) { LoadObjects(d, dir.File("a.sbn")); });
     load([&](TObjectArray d) { LoadObjects(d, dir.File("a.sbr")); });
@@ -607,13 +484,12 @@ TEST(Files, EveryFormThroughAFile) {
               (std::vector<std::string>{"a.sbe", "a.sbn", "a.sbr", "a.stx", "d.sbn", "d.stx"}));
 }
 
-TEST(Files, AFailedSaveLeavesTheOldFileWhole) {
+TEST(Files, AFailedSaveLeavesTheOldFileWholeASuccessfulOneReplacesIt) {
     TempDir dir;
     std::string file = dir.File("objects.sbn");
     WriteAll(file, "the old contents");
-    TFoo a;
-    a.Width = 1;
-    TObject* objs[] = {&a, nullptr}; // the second one can't be saved
+    Foos a{1};
+    TObject* objs[] = {a.objs[0], nullptr}; // the second one can't be saved
     EXPECT_THROW(SaveObjectBinary(objs, file, false), EDataHandlingError);
     EXPECT_THROW(SaveObjectText(objs, file), EDataHandlingError);
     EXPECT_THROW(SaveObjectDataBinary(objs, file, "x", true), EDataHandlingError);
@@ -621,19 +497,8 @@ TEST(Files, AFailedSaveLeavesTheOldFileWhole) {
     EXPECT_EQ(dir.Entries(), std::vector<std::string>{"objects.sbn"}) << "no temporary file left";
     // A save into a directory that doesn't exist fails before anything is written.
     EXPECT_THROW(SaveObjectBinary(objs, dir.File("none/objects.sbn"), false), EFCreateError);
-}
-
-TEST(Files, ASuccessfulSaveReplacesTheFile) {
-    TempDir dir;
-    std::string file = dir.File("objects.sbn");
-    WriteAll(file, std::string(1000, 'x'));
-    TFoo a;
-    a.Width = 1;
-    TObject* objs[] = {&a};
-    SaveObjectBinary(objs, file, false);
-    std::string expected;
-    GetProps(objs, expected, osfBin);
-    EXPECT_EQ(ReadAll(file), expected);
+    SaveObjectBinary(a.objs, file, false);
+    EXPECT_EQ(ReadAll(file), PropsOf(a.objs, osfBin));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -648,29 +513,26 @@ TEST(DamagedInput, EveryCorruptionGivesAnExceptionNotACrash) {
     widget.GetItems()->Add();
     TObject* objs[] = {&sample, &widget};
     for (TObjectStorageFormat format : {osfBin, osfText}) {
-        std::string good;
-        GetProps(objs, good, format);
+        std::string good = PropsOf(objs, format);
+        auto load = [&](const std::string& data) {
+            TSample s2;
+            TWidget w2;
+            TObject* dst[] = {&s2, &w2};
+            TStringStream in(data);
+            LoadObjects(dst, &in);
+        };
         for (size_t i = 0; i < good.size(); ++i)
             for (int delta : {1, 0x7F, 0xFF}) {
                 std::string bad = good;
                 bad[i] = static_cast<char>(bad[i] + delta);
-                TSample s2;
-                TWidget w2;
-                TObject* dst[] = {&s2, &w2};
-                TStringStream in(bad);
                 try {
-                    LoadObjects(dst, &in);
+                    load(bad);
                 } catch (const Exception&) {
                 }
             }
         // The line end after the last "end" of a text is not needed.
         size_t needed = format == osfText ? good.size() - 2 : good.size();
-        for (size_t cut = 0; cut < needed; ++cut) {
-            TSample s2;
-            TWidget w2;
-            TObject* dst[] = {&s2, &w2};
-            TStringStream in(good.substr(0, cut));
-            EXPECT_THROW(LoadObjects(dst, &in), Exception) << cut;
-        }
+        for (size_t cut = 0; cut < needed; ++cut)
+            EXPECT_THROW(load(good.substr(0, cut)), Exception) << cut;
     }
 }

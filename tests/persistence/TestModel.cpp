@@ -78,6 +78,40 @@ std::vector<std::string> TempDir::Entries() const {
     return names;
 }
 
+Foos::Foos(std::initializer_list<int32_t> widths) {
+    for (int32_t w : widths) {
+        foo.push_back(std::make_unique<TFoo>());
+        foo.back()->Width = w;
+        objs.push_back(foo.back().get());
+        pers.push_back(foo.back().get());
+    }
+}
+
+std::vector<int32_t> Foos::Widths() const {
+    std::vector<int32_t> widths;
+    for (auto& f : foo)
+        widths.push_back(f->Width);
+    return widths;
+}
+
+std::vector<std::string> Foos::Captions() const {
+    std::vector<std::string> captions;
+    for (auto& f : foo)
+        captions.push_back(f->Caption);
+    return captions;
+}
+
+std::string PropsOf(zelvane::TObjectArray objs, zelvane::TObjectStorageFormat format) {
+    std::string data;
+    zelvane::GetProps(objs, data, format);
+    return data;
+}
+
+std::string PropsOf(TObject* obj, zelvane::TObjectStorageFormat format) {
+    TObject* objs[] = {obj};
+    return PropsOf(objs, format);
+}
+
 std::string ReadAll(const std::string& file) {
     std::ifstream f(file, std::ios::binary);
     std::stringstream ss;
@@ -95,62 +129,62 @@ void WriteAll(const std::string& file, const std::string& data) {
 using namespace model;
 
 RTL_BEGIN_CLASS(model::TFoo)
-    Property("Width", &TFoo::Width).Default(100);
-    Property("Caption", &TFoo::Caption);
+Property("Width", &TFoo::Width).Default(100);
+Property("Caption", &TFoo::Caption);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TLook)
-    Property("Size", &TLook::Size).Default(8);
-    Property("Name", &TLook::Name);
-    Property<TColor>("Color", &TLook::Color).Default(clBlack);
+Property("Size", &TLook::Size).Default(8);
+Property("Name", &TLook::Name);
+Property<TColor>("Color", &TLook::Color).Default(clBlack);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TSample)
-    Property("Count", &TSample::Count).Default(0);
-    Property("Letter", &TSample::Letter);
-    Property("Shape", &TSample::Shape).Default(shCircle);
-    Property("Shapes", &TSample::Shapes).Default(TShapes{});
-    Property("Ratio", &TSample::Ratio);
-    Property("Stamp", &TSample::Stamp);
-    Property("Day", &TSample::Day);
-    Property("Clock", &TSample::Clock);
-    Property("Text", &TSample::Text);
-    Property("Wide", &TSample::Wide);
-    Property("Big", &TSample::Big);
-    Property("Data", &TSample::Data);
-    Property<TColor>("Color", &TSample::Color).Default(clRed);
-    Property("Flag", &TSample::Flag).Default(false);
-    Property("Look", &TSample::GetLook, &TSample::SetLook);
-    Property("Child", &TSample::Child);
-    Property("OnChange", &TSample::OnChange);
-    Property("ReadOnly", &TSample::ReadOnly, nullptr);
-    Property("WriteOnly", nullptr, &TSample::WriteOnly);
-    Property("Hidden", &TSample::Hidden).Stored(false);
-    Method<&TSample::Changed>("Changed");
+Property("Count", &TSample::Count).Default(0);
+Property("Letter", &TSample::Letter);
+Property("Shape", &TSample::Shape).Default(shCircle);
+Property("Shapes", &TSample::Shapes).Default(TShapes{});
+Property("Ratio", &TSample::Ratio);
+Property("Stamp", &TSample::Stamp);
+Property("Day", &TSample::Day);
+Property("Clock", &TSample::Clock);
+Property("Text", &TSample::Text);
+Property("Wide", &TSample::Wide);
+Property("Big", &TSample::Big);
+Property("Data", &TSample::Data);
+Property<TColor>("Color", &TSample::Color).Default(clRed);
+Property("Flag", &TSample::Flag).Default(false);
+Property("Look", &TSample::GetLook, &TSample::SetLook);
+Property("Child", &TSample::Child);
+Property("OnChange", &TSample::OnChange);
+Property("ReadOnly", &TSample::ReadOnly, nullptr);
+Property("WriteOnly", nullptr, &TSample::WriteOnly);
+Property("Hidden", &TSample::Hidden).Stored(false);
+Method<&TSample::Changed>("Changed");
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TItem)
-    Property("Caption", &TItem::Caption);
-    Property("Width", &TItem::Width).Default(50);
+Property("Caption", &TItem::Caption);
+Property("Width", &TItem::Width).Default(50);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TWidget)
-    Property("Width", &TWidget::Width).Default(0);
-    Property("Caption", &TWidget::Caption);
-    Property("Shape", &TWidget::Shape).Default(shRectangle);
-    Property("Look", &TWidget::GetLook, &TWidget::SetLook);
-    Property("Lines", &TWidget::GetLines, &TWidget::SetLines);
-    Property("Items", &TWidget::GetItems, &TWidget::SetItems);
-    Property("Buddy", &TWidget::Buddy);
+Property("Width", &TWidget::Width).Default(0);
+Property("Caption", &TWidget::Caption);
+Property("Shape", &TWidget::Shape).Default(shRectangle);
+Property("Look", &TWidget::GetLook, &TWidget::SetLook);
+Property("Lines", &TWidget::GetLines, &TWidget::SetLines);
+Property("Items", &TWidget::GetItems, &TWidget::SetItems);
+Property("Buddy", &TWidget::Buddy);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TPair)
-    Property("Look", &TPair::GetLook, &TPair::SetLook);
-    Property("LookMore", &TPair::LookMore);
-    Property("Other", &TPair::Other);
+Property("Look", &TPair::GetLook, &TPair::SetLook);
+Property("LookMore", &TPair::LookMore);
+Property("Other", &TPair::Other);
 RTL_END_CLASS
 
 RTL_BEGIN_CLASS(model::TFieldHolder)
-    Field("FooField", &TFieldHolder::FooField);
-    Field("LookField", &TFieldHolder::LookField);
+Field("FooField", &TFieldHolder::FooField);
+Field("LookField", &TFieldHolder::LookField);
 RTL_END_CLASS

@@ -189,6 +189,21 @@ private:
     std::filesystem::path path_;
 };
 
+// TFoo objects of the given widths, with the arrays of them that the load and save operations
+// and the savers take.
+struct Foos {
+    explicit Foos(std::initializer_list<int32_t> widths);
+    std::vector<std::unique_ptr<TFoo>> foo;
+    std::vector<TObject*> objs;
+    std::vector<TPersistent*> pers;
+    std::vector<int32_t> Widths() const;
+    std::vector<std::string> Captions() const;
+};
+
+// What GetProps gives for the objects in the format.
+std::string PropsOf(zelvane::TObjectArray objs, zelvane::TObjectStorageFormat format);
+std::string PropsOf(TObject* obj, zelvane::TObjectStorageFormat format);
+
 std::string ReadAll(const std::string& file);
 void WriteAll(const std::string& file, const std::string& data);
 
