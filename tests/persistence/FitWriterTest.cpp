@@ -28,19 +28,9 @@ std::string WriteRoot(TPersistent* obj, const std::string& name = "") {
     return WriteRoot(obj, name, [](TFitWriter&) {});
 }
 
-// The property names of a root object in the stream, in order.
+// The property names of the first root object in the stream, in order.
 std::vector<std::string> Names(const std::string& data) {
-    TStringStream s(data);
-    TReader r(&s);
-    r.ReadSignature();
-    r.ReadStr();
-    r.ReadStr();
-    std::vector<std::string> names;
-    while (!r.EndOfList()) {
-        names.push_back(r.ReadStr());
-        r.SkipValue();
-    }
-    return names;
+    return Roots(data).at(0).Props;
 }
 
 bool Has(const std::vector<std::string>& names, const std::string& name) {
@@ -63,14 +53,6 @@ std::string ReadRoot(TPersistent* obj, const std::string& data, bool ignoreError
 // ---------------------------------------------------------------------------------------------
 // The bytes
 
-TEST(FitWriter, ThePlainObjectOfTheFormatExample) {
-    TFoo foo;
-    foo.Caption = "ab"; // Width stays 100, its default
-    EXPECT_EQ(HexBytes(WriteRoot(&foo, "B")),
-              "54 50 46 30 04 54 46 6F 6F 01 42 05 57 69 64 74 68 02 64 07 43 61 70 74 69 6F 6E "
-              "06 02 61 62 00 00");
-}
-
 TEST(FitWriter, AnEmptyPropertyListIsSignatureTwoNamesAndTwoZeros) {
     TFoo foo;
     std::string data = WriteRoot(&foo, "", [](TFitWriter& w) {
@@ -90,73 +72,127 @@ TEST(FitWriter, AnEmptyPropertyListIsSignatureTwoNamesAndTwoZeros) {
     EXPECT_EQ(Names(data), (std::vector<std::string>{"Width", "Caption"}));
 }
 
-TEST(FitWriter, EveryValueIsWrittenUnlikeThePlatformWriter) {
+TEST(FitWriter, EveryValueIsWrittenUnlikeThePlatformWriterSortedOnRequest) {
     TSample s; // every property at its default
-    std::vector<std::string> names = Names(WriteRoot(&s));
-    EXPECT_EQ(names,
+    EXPECT_EQ(Names(WriteRoot(&s)),
               (std::vector<std::string>{"Count", "Letter", "Shape", "Shapes", "Ratio", "Stamp",
                                         "Day", "Clock", "Text", "Wide", "Big", "Data", "Color",
                                         "Flag", "Look.Size", "Look.Name", "Look.Color", "Child"}));
+    TFoo foo;
+    EXPECT_EQ(Names(WriteRoot(&foo, "", [](TFitWriter& w) { w.SortProps = true; })),
+              (std::vector<std::string>{"Caption", "Width"}));
 }
 
 TEST(FitWriter, ValueTagsByKind) {
     TSample s;
     s.Count = 300;
     s.Letter = 'k';
-    s.Shapes = {};
     s.Ratio = 0.5;
     s.Big = int64_t(1) << 40;
     s.Color = static_cast<TColor>(0x123456);
-    std::string data = WriteRoot(&s);
-    auto valueOf = [&](const std::string& name) {
-        size_t at = data.find(Short(name));
-        EXPECT_NE(at, std::string::npos) << name;
-        return data.substr(at + name.size() + 1);
+    TSample named;
+    named.Shapes = {shRectangle, shTriangle};
+    std::string plainData = WriteRoot(&s), namedData = WriteRoot(&named);
+    const struct {
+        const std::string* data;
+        std::string name, bytes;
+    } cases[] = {
+        {&plainData, "Count", Bytes({3, 0x2C, 0x01})},
+        {&plainData, "Letter", Bytes({6, 1, 'k'})},
+        {&plainData, "Shape", Bytes({7, 8}) + "shCircle"},
+        {&plainData, "Shapes", Bytes({11, 0})}, // an empty set
+        {&plainData, "Ratio", Bytes({5})},      // floats are always extended
+        {&plainData, "Day", Bytes({5})},
+        {&plainData, "Big", Bytes({19})},
+        {&plainData, "Wide", Bytes({18, 0, 0, 0, 0})},
+        {&plainData, "Data", Bytes({13})}, // an empty variant is nil
+        {&plainData, "Color", Bytes({4, 0x56, 0x34, 0x12, 0})},
+        {&plainData, "Flag", Bytes({8})},
+        {&plainData, "Child", Bytes({13})}, // a nil object is vaNil
+        {&namedData, "Color", Bytes({7, 5}) + "clRed"},
+        {&namedData, "Shapes",
+         Bytes({11}) + Short("shRectangle") + Short("shTriangle") + Bytes({0})},
     };
-    EXPECT_EQ(valueOf("Count").substr(0, 3), Bytes({3, 0x2C, 0x01}));
-    EXPECT_EQ(valueOf("Letter").substr(0, 3), Bytes({6, 1, 'k'}));
-    EXPECT_EQ(valueOf("Shape").substr(0, 10), Bytes({7, 8}) + "shCircle");
-    EXPECT_EQ(valueOf("Shapes").substr(0, 2), Bytes({11, 0})) << "an empty set";
-    EXPECT_EQ(valueOf("Ratio")[0], 5) << "floats are always extended";
-    EXPECT_EQ(valueOf("Day")[0], 5);
-    EXPECT_EQ(valueOf("Big")[0], 19);
-    EXPECT_EQ(valueOf("Wide").substr(0, 5), Bytes({18, 0, 0, 0, 0}));
-    EXPECT_EQ(valueOf("Data")[0], 13) << "an empty variant is nil";
-    EXPECT_EQ(valueOf("Color").substr(0, 5), Bytes({4, 0x56, 0x34, 0x12, 0}));
-    EXPECT_EQ(valueOf("Flag")[0], 8);
-    EXPECT_EQ(valueOf("Child")[0], 13) << "a nil object is vaNil";
-
-    s.Color = clRed;
-    s.Shapes = {shRectangle, shTriangle};
-    data = WriteRoot(&s);
-    EXPECT_EQ(valueOf("Color").substr(0, 7), Bytes({7, 5}) + "clRed");
-    EXPECT_EQ(valueOf("Shapes").substr(0, 25),
-              Bytes({11}) + Short("shRectangle") + Short("shTriangle") + Bytes({0}));
+    for (const auto& c : cases) {
+        size_t at = c.data->find(Short(c.name));
+        ASSERT_NE(at, std::string::npos) << c.name;
+        EXPECT_EQ(c.data->substr(at + c.name.size() + 1, c.bytes.size()), c.bytes) << c.name;
+    }
 }
 
 TEST(FitWriter, LongStringsUseTheLongTag) {
-    TFoo foo;
-    foo.Caption = std::string(256, 'x');
-    std::string data = WriteRoot(&foo);
-    EXPECT_NE(data.find(Short("Caption") + Bytes({12, 0, 1, 0, 0}) + std::string(256, 'x')),
-              std::string::npos);
-    foo.Caption = std::string(255, 'y');
-    data = WriteRoot(&foo);
-    EXPECT_NE(data.find(Short("Caption") + Bytes({6, 255}) + std::string(255, 'y')),
-              std::string::npos);
+    const std::pair<size_t, std::string> cases[] = {{256, Bytes({12, 0, 1, 0, 0})},
+                                                    {255, Bytes({6, 255})}};
+    for (const auto& [length, tag] : cases) {
+        TFoo foo;
+        foo.Caption = std::string(length, 'x');
+        EXPECT_NE(WriteRoot(&foo).find(Short("Caption") + tag + foo.Caption), std::string::npos)
+            << length;
+    }
 }
 
-TEST(FitWriter, PropertiesThatCantBeReadBackNeverReachTheStream) {
+TEST(FitWriter, WhichPropertiesReachTheStream) {
     TSample s;
     s.Hidden = "secret";
-    std::vector<std::string> names = Names(WriteRoot(&s));
-    EXPECT_FALSE(Has(names, "ReadOnly"));
-    EXPECT_FALSE(Has(names, "WriteOnly"));
-    EXPECT_FALSE(Has(names, "Hidden")) << "stored false";
-    names = Names(WriteRoot(&s, "", [](TFitWriter& w) { w.IgnoreStored = true; }));
-    EXPECT_TRUE(Has(names, "Hidden"));
-    EXPECT_FALSE(Has(names, "ReadOnly"));
-    EXPECT_FALSE(Has(names, "WriteOnly"));
+    TWidget main, buddy;
+    main.SetName("Main");
+    buddy.SetName("Buddy");
+    buddy.Width = 7;
+    main.Buddy = &buddy;
+    main.GetLines()->Add("l1");
+    struct Hook : TObject {
+        std::vector<std::string> seen;
+        void Check(TPersistent*, const std::string& name, PPropInfo p, bool& canWrite) {
+            seen.push_back(name);
+            EXPECT_EQ(p->Name, name);
+            EXPECT_TRUE(canWrite);
+            if (name == "Size") canWrite = false;
+        }
+    } hook;
+    using Setup = std::function<void(TFitWriter&)>;
+    const struct {
+        const char* what;
+        TPersistent* obj;
+        Setup setup;
+        std::vector<std::string> in, out;
+    } cases[] = {
+        {"what can't be read back",
+         &s,
+         [](TFitWriter&) {},
+         {"Count"},
+         {"ReadOnly", "WriteOnly", "Hidden"}},
+        {"stored false on request",
+         &s,
+         [](TFitWriter& w) { w.IgnoreStored = true; },
+         {"Hidden"},
+         {"ReadOnly", "WriteOnly"}},
+        {"nested components flattened, not referenced",
+         &main,
+         [](TFitWriter&) {},
+         {"Buddy.Width", "Buddy.Look.Size", "Buddy.Items", "Lines.Strings"},
+         {"Buddy"}},
+        {"defined properties switched off",
+         &main,
+         [](TFitWriter& w) { w.WriteDefinedProps = false; },
+         {"Width"},
+         {"Lines.Strings"}},
+        {"the hook sees each property by its own name",
+         &s,
+         [&](TFitWriter& w) {
+             w.OnCanWriteProperty = TCanWritePropertyEvent::Of<&Hook::Check>(&hook);
+         },
+         {"Look.Name"},
+         {"Look.Size"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        std::vector<std::string> names = Names(WriteRoot(c.obj, "", c.setup));
+        for (const std::string& name : c.in)
+            EXPECT_TRUE(Has(names, name)) << name;
+        for (const std::string& name : c.out)
+            EXPECT_FALSE(Has(names, name)) << name;
+    }
+    EXPECT_TRUE(Has(hook.seen, "Size"));
 }
 
 TEST(FitWriter, MethodsOnlyOnRequestAndOnlyWhenSet) {
@@ -182,27 +218,6 @@ TEST(FitWriter, MethodsOnlyOnRequestAndOnlyWhenSet) {
     EXPECT_THROW(WriteRoot(&s, "", [](TFitWriter& w) { w.StoreMethods = true; }), EFitWriterError);
 }
 
-TEST(FitWriter, SortedByNameOnRequest) {
-    TFoo foo;
-    EXPECT_EQ(Names(WriteRoot(&foo, "", [](TFitWriter& w) { w.SortProps = true; })),
-              (std::vector<std::string>{"Caption", "Width"}));
-}
-
-TEST(FitWriter, NestedComponentsAreFlattenedNotReferenced) {
-    TWidget main, buddy;
-    main.SetName("Main");
-    buddy.SetName("Buddy");
-    buddy.Width = 7;
-    main.Buddy = &buddy;
-    main.GetLines()->Add("l1");
-    std::vector<std::string> names = Names(WriteRoot(&main, "Main"));
-    EXPECT_TRUE(Has(names, "Buddy.Width"));
-    EXPECT_TRUE(Has(names, "Buddy.Look.Size"));
-    EXPECT_TRUE(Has(names, "Lines.Strings")) << "a string list's lines as the defined property";
-    EXPECT_TRUE(Has(names, "Buddy.Items"));
-    EXPECT_FALSE(Has(names, "Buddy")) << "no reference";
-}
-
 TEST(FitWriter, CollectionsPropertiesStandAheadOfTheirItems) {
     TWidget w;
     static_cast<TItem*>(w.GetItems()->Add())->Caption = "a";
@@ -220,40 +235,11 @@ TEST(FitWriter, CollectionsPropertiesStandAheadOfTheirItems) {
     EXPECT_EQ(static_cast<TItem*>(copy.GetItems()->GetItem(0))->Caption, "a");
 }
 
-TEST(FitWriter, DefinedPropertiesCanBeSwitchedOff) {
-    TWidget w;
-    w.GetLines()->Add("l1");
-    EXPECT_FALSE(Has(Names(WriteRoot(&w, "", [](TFitWriter& w) { w.WriteDefinedProps = false; })),
-                     "Lines.Strings"));
-}
-
-TEST(FitWriter, TheHookSeesEachPropertyWithItsOwnName) {
-    struct Hook : TObject {
-        std::vector<std::string> seen;
-        void Check(TPersistent*, const std::string& name, PPropInfo p, bool& canWrite) {
-            seen.push_back(name);
-            EXPECT_EQ(p->Name, name);
-            EXPECT_TRUE(canWrite);
-            if (name == "Size") canWrite = false;
-        }
-    } hook;
-    TSample s;
-    std::vector<std::string> names = Names(WriteRoot(&s, "", [&](TFitWriter& w) {
-        w.OnCanWriteProperty = TCanWritePropertyEvent::Of<&Hook::Check>(&hook);
-    }));
-    EXPECT_TRUE(Has(hook.seen, "Size"));
-    EXPECT_FALSE(Has(names, "Look.Size"));
-    EXPECT_TRUE(Has(names, "Look.Name"));
-}
-
-TEST(FitWriter, ObjectsThatHoldEachOtherFailCleanly) {
+TEST(FitWriter, NilRootsAndObjectsThatHoldEachOtherFailCleanly) {
     TSample a, b;
     a.Child = &b;
     b.Child = &a;
     EXPECT_THROW(WriteRoot(&a), EFitWriterError);
-}
-
-TEST(FitWriter, NilRootsAreRefused) {
     TStringStream s;
     TFitWriter w(&s);
     EXPECT_THROW(w.WriteAsComponent(nullptr, "x"), EFitWriterError);
@@ -263,9 +249,6 @@ TEST(FitWriter, NilRootsAreRefused) {
 // TFilteringWriter
 
 namespace {
-template <class F> std::vector<std::string> Filtered(TPersistent* obj, F&& setup) {
-    return Names(WriteRoot<TFilteringWriter>(obj, "Root", setup));
-}
 void SetList(TStringList* list, std::initializer_list<const char*> entries) {
     list->Clear();
     for (const char* e : entries)
@@ -273,13 +256,47 @@ void SetList(TStringList* list, std::initializer_list<const char*> entries) {
 }
 } // namespace
 
-TEST(FilteringWriter, StoredPathsPassWithTheirContainersAndSubtrees) {
+TEST(FilteringWriter, StoredPathsPassWithTheirContainersAndSubtreesIgnoredOnesWin) {
     TSample s, child;
     s.Child = &child;
-    std::vector<std::string> names =
-        Filtered(&s, [](TFilteringWriter& w) { SetList(w.StoredProps(), {"Child.Look"}); });
-    EXPECT_EQ(names,
-              (std::vector<std::string>{"Child.Look.Size", "Child.Look.Name", "Child.Look.Color"}));
+    TPair p;
+    TWidget w;
+    w.GetLines()->Add("x");
+    std::vector<std::string> all = Names(WriteRoot(&s));
+    std::vector<std::string> withoutLook = all;
+    withoutLook.erase(withoutLook.begin()); // Count
+    withoutLook.erase(std::find(withoutLook.begin(), withoutLook.end(), "Look.Size"),
+                      std::find(withoutLook.begin(), withoutLook.end(), "Look.Color") + 1);
+    const struct {
+        TPersistent* obj;
+        std::initializer_list<const char*> stored, ignored;
+        std::vector<std::string> names;
+    } cases[] = {
+        {&s, {"Child.Look"}, {}, {"Child.Look.Size", "Child.Look.Name", "Child.Look.Color"}},
+        // The current object's path is a plain prefix: "LookMore" passes with "Look".
+        {&p, {"Look"}, {}, {"Look.Size", "Look.Name", "Look.Color", "LookMore"}},
+        // Ignored paths win, without regard to case; an ignored object takes its subtree.
+        {&s, {"Child.Look"}, {"child.look.SIZE"}, {"Child.Look.Name", "Child.Look.Color"}},
+        {&s, {}, {"Look", "Count"}, withoutLook},
+        {&s, {}, {}, all},
+        // A list of stored paths keeps the defined properties out.
+        {&w, {"Width"}, {}, {"Width"}},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> names =
+            Names(WriteRoot<TFilteringWriter>(c.obj, "Root", [&](TFilteringWriter& fw) {
+                SetList(fw.StoredProps(), c.stored);
+                SetList(fw.IgnoredProps(), c.ignored);
+            }));
+        EXPECT_EQ(names, c.names);
+    }
+    EXPECT_TRUE(Has(withoutLook, "Child.Look.Size"));
+    // Without lists the defined properties stay in, and the root name is the one given.
+    TStringStream stream;
+    TFilteringWriter fw(&stream);
+    fw.WriteAsComponent(&w, "Main");
+    EXPECT_EQ(fw.RootName, "Main");
+    EXPECT_TRUE(fw.WriteDefinedProps);
 }
 
 TEST(FilteringWriter, ContainersArePreparedFromEveryDot) {
@@ -288,54 +305,6 @@ TEST(FilteringWriter, ContainersArePreparedFromEveryDot) {
     SetList(w.StoredProps(), {"A.B.C", "A.X", "Top"});
     w.PrepareObjProps();
     EXPECT_EQ(w.ObjProps()->GetCommaText(), "A,A.B,A");
-}
-
-TEST(FilteringWriter, TheCurrentObjectPathIsAPlainPrefix) {
-    TPair p;
-    std::vector<std::string> names =
-        Filtered(&p, [](TFilteringWriter& w) { SetList(w.StoredProps(), {"Look"}); });
-    // "LookMore" starts with "Look" and passes with it; "Other" doesn't.
-    EXPECT_EQ(names,
-              (std::vector<std::string>{"Look.Size", "Look.Name", "Look.Color", "LookMore"}));
-}
-
-TEST(FilteringWriter, IgnoredPathsWinOverEverything) {
-    TSample s, child;
-    s.Child = &child;
-    std::vector<std::string> names = Filtered(&s, [](TFilteringWriter& w) {
-        SetList(w.StoredProps(), {"Child.Look"});
-        SetList(w.IgnoredProps(), {"child.look.SIZE"});
-    });
-    EXPECT_EQ(names, (std::vector<std::string>{"Child.Look.Name", "Child.Look.Color"}));
-
-    names = Filtered(&s, [](TFilteringWriter& w) { SetList(w.IgnoredProps(), {"Look", "Count"}); });
-    EXPECT_FALSE(Has(names, "Count"));
-    EXPECT_FALSE(Has(names, "Look.Size")) << "an ignored object takes its subtree along";
-    EXPECT_TRUE(Has(names, "Text"));
-    EXPECT_TRUE(Has(names, "Child.Look.Size"));
-}
-
-TEST(FilteringWriter, WithoutListsEverythingPasses) {
-    TSample s;
-    EXPECT_EQ(Filtered(&s, [](TFilteringWriter&) {}), Names(WriteRoot(&s)));
-}
-
-TEST(FilteringWriter, AListOfStoredPathsKeepsDefinedPropertiesOut) {
-    TWidget w;
-    w.GetLines()->Add("x");
-    std::vector<std::string> names;
-    std::string rootName;
-    bool defined = true;
-    names = Names(WriteRoot<TFilteringWriter>(
-        &w, "Main", [&](TFilteringWriter& fw) { SetList(fw.StoredProps(), {"Width"}); }));
-    EXPECT_EQ(names, std::vector<std::string>{"Width"});
-    TStringStream s;
-    TFilteringWriter fw(&s);
-    fw.WriteAsComponent(&w, "Main");
-    rootName = fw.RootName;
-    defined = fw.WriteDefinedProps;
-    EXPECT_EQ(rootName, "Main");
-    EXPECT_TRUE(defined);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -356,23 +325,12 @@ TEST(FitReader, ReadsBackEveryKind) {
     s.Color = clBlack;
     s.Flag = true;
     s.GetLook()->Name = "Mono";
-    TSample copy;
-    TSample other;
+    TSample copy, other;
     copy.Child = &other;
-    EXPECT_EQ(ReadRoot(&copy, WriteRoot(&s, "Sample")), "Sample");
-    EXPECT_EQ(copy.Count, -7);
-    EXPECT_EQ(copy.Letter, 'z');
-    EXPECT_EQ(copy.Shape, shTriangle);
-    EXPECT_EQ(copy.Shapes, TShapes({shCircle}));
-    EXPECT_EQ(copy.Ratio, 1.0 / 3);
-    EXPECT_EQ(copy.Stamp.Value, 45000.5);
-    EXPECT_EQ(copy.Text, "txt");
-    EXPECT_EQ(copy.Wide, u"\u0416");
-    EXPECT_EQ(copy.Big, -(int64_t(1) << 50));
-    EXPECT_EQ(copy.Data.AsString(), "v");
-    EXPECT_EQ(copy.Color, clBlack);
-    EXPECT_TRUE(copy.Flag);
-    EXPECT_EQ(copy.GetLook()->Name, "Mono");
+    std::string data = WriteRoot(&s, "Sample");
+    EXPECT_EQ(ReadRoot(&copy, data), "Sample");
+    // The fit writer writes every value: the copy writes the same bytes when it holds the same.
+    EXPECT_EQ(HexBytes(WriteRoot(&copy, "Sample")), HexBytes(data));
     EXPECT_EQ(copy.Child, nullptr) << "a nil object in the stream is applied as nil";
 }
 

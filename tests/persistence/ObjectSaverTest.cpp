@@ -16,31 +16,6 @@ using namespace model;
 
 namespace {
 
-// Root objects of a binary stream: class, name and property names.
-struct Root {
-    std::string Class, Name;
-    std::vector<std::string> Props;
-};
-std::vector<Root> Roots(const std::string& data) {
-    TStringStream s(data);
-    TReader r(&s);
-    std::vector<Root> roots;
-    while (r.Position() < s.GetSize()) {
-        r.ReadSignature();
-        Root root;
-        root.Class = r.ReadStr();
-        root.Name = r.ReadStr();
-        while (!r.EndOfList()) {
-            root.Props.push_back(r.ReadStr());
-            r.SkipValue();
-        }
-        r.ReadListEnd();
-        r.ReadListEnd();
-        roots.push_back(root);
-    }
-    return roots;
-}
-
 std::string Save(TObjectSaver& saver, TPersistentArray objs, TNameArray names = {}) {
     TStringStream s;
     saver.SaveObjects(objs, names, &s);
@@ -162,21 +137,20 @@ TEST(ObjectSaver, SwitchesReachTheWriterAlsoASuppliedOne) {
 }
 
 TEST(ObjectSaver, AVetoedObjectIsLeftOut) {
-    TFoo a, b;
+    Foos foos{100, 100};
     TObjectSaver saver;
     Listener l;
     l.vetoWrite = "A";
     l.Attach(saver);
-    TPersistent* objs[] = {&a, &b};
     std::string names[] = {"A", "B"};
-    std::vector<Root> roots = Roots(Save(saver, objs, names));
+    std::vector<Root> roots = Roots(Save(saver, foos.pers, names));
     ASSERT_EQ(roots.size(), 1u);
     EXPECT_EQ(roots[0].Name, "B");
     EXPECT_EQ(std::count(l.log.begin(), l.log.end(), "AfterWrite A"), 0);
 
     // In text form the conversion still runs once per object and reads past the end.
     saver.Format = sofText;
-    EXPECT_THROW(Save(saver, objs, names), EReadError);
+    EXPECT_THROW(Save(saver, foos.pers, names), EReadError);
 }
 
 TEST(ObjectSaver, TextIsTheConvertedBinary) {
@@ -208,47 +182,40 @@ TEST(ObjectSaver, UnknownFormatsAndNilObjectsAreRefused) {
 // Loading
 
 TEST(ObjectSaver, RoundTripInBothForms) {
+    TSample s;
+    s.Count = 5;
+    s.Text = "it's";
+    s.GetLook()->Size = 20;
+    TFoo f;
+    f.Width = 0; // a default value written by the fit writer is read back
+    TPersistent* objs[] = {&s, &f};
+    TObjectSaver binary;
+    std::string expected = Save(binary, objs);
     for (auto format : {sofBinary, sofText}) {
         SCOPED_TRACE(int(format));
-        TSample s;
-        s.Count = 5;
-        s.Text = "it's";
-        s.GetLook()->Size = 20;
-        TFoo f;
-        f.Width = 0;
         TObjectSaver saver;
         saver.Format = format;
-        TPersistent* objs[] = {&s, &f};
         std::string text;
         saver.GetObjectProps(objs, text);
         TSample s2;
         TFoo f2;
         TPersistent* dst[] = {&s2, &f2};
         saver.SetObjectProps(dst, text);
-        EXPECT_EQ(s2.Count, 5);
-        EXPECT_EQ(s2.Text, "it's");
-        EXPECT_EQ(s2.GetLook()->Size, 20);
-        EXPECT_EQ(f2.Width, 0) << "a default value written by the fit writer is read back";
+        EXPECT_EQ(Save(binary, dst), expected);
     }
 }
 
 TEST(ObjectSaver, NilEntriesSkipTheirObjects) {
-    TFoo a, b, c;
-    a.Caption = "a";
-    b.Caption = "b";
-    c.Caption = "c";
+    Foos src{1, 2, 3}, dst{0, 0, 0};
     TObjectSaver saver;
-    TPersistent* objs[] = {&a, &b, &c};
     std::string names[] = {"A", "B", "C"};
-    std::string data = Save(saver, objs, names);
+    std::string data = Save(saver, src.pers, names);
     Listener l;
     l.Attach(saver);
-    TFoo a2, c2;
-    TPersistent* dst[] = {&a2, nullptr, &c2};
+    dst.pers[1] = nullptr;
     TStringStream s(data);
-    saver.LoadObjects(dst, &s);
-    EXPECT_EQ(a2.Caption, "a");
-    EXPECT_EQ(c2.Caption, "c");
+    saver.LoadObjects(dst.pers, &s);
+    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 0, 3}));
     EXPECT_EQ(l.log, (std::vector<std::string>{"BeforeCreateReader", "AfterCreateReader",
                                                "BeforeRead obj read", "AfterRead obj A",
                                                "BeforeRead nil skip", "AfterRead nil B",
@@ -256,11 +223,10 @@ TEST(ObjectSaver, NilEntriesSkipTheirObjects) {
 
     // A hook can skip an object too.
     l.vetoRead = true;
-    TFoo a3;
-    TPersistent* one[] = {&a3};
+    Foos vetoed{0};
     TStringStream again(data);
-    saver.LoadObjects(one, &again);
-    EXPECT_EQ(a3.Caption, "");
+    saver.LoadObjects(vetoed.pers, &again);
+    EXPECT_EQ(vetoed.Widths(), std::vector<int32_t>{0});
 }
 
 TEST(ObjectSaver, IgnoreErrorsSilencesTheQuestion) {
@@ -280,25 +246,18 @@ TEST(ObjectSaver, IgnoreErrorsSilencesTheQuestion) {
 }
 
 TEST(ObjectSaver, AutoDetectionLeavesTheFormatFound) {
-    TFoo foo;
-    foo.Width = 1;
+    Foos foo{1}, target{100};
     TObjectSaver writer;
     writer.Format = sofText;
-    TPersistent* objs[] = {&foo};
-    std::string text = Save(writer, objs);
-
     TObjectSaver saver;
     saver.AutoDetectFormat = true;
-    TFoo target;
-    TPersistent* dst[] = {&target};
-    TStringStream s(text);
-    saver.LoadObjects(dst, &s);
+    TStringStream s(Save(writer, foo.pers));
+    saver.LoadObjects(target.pers, &s);
     EXPECT_EQ(saver.Format, sofText);
-    EXPECT_EQ(target.Width, 1);
-
+    EXPECT_EQ(target.Widths(), std::vector<int32_t>{1});
     // A data header isn't an object stream.
     TStringStream header(std::string("sys_bin\0\0TPF0", 13));
-    EXPECT_THROW(saver.LoadObjects(dst, &header), EFitReaderError);
+    EXPECT_THROW(saver.LoadObjects(target.pers, &header), EFitReaderError);
     EXPECT_EQ(saver.Format, sofUnknown);
 }
 

@@ -48,23 +48,6 @@ const TSpcEditorProFuncs& Funcs() {
     return SpcEditorProFuncs();
 }
 
-std::vector<std::string> RecordNames(const std::string& data) {
-    TStringStream stream(data);
-    TReader reader(&stream);
-    reader.ReadSignature();
-    TFilerFlags flags;
-    int32_t childPos;
-    reader.ReadPrefix(flags, childPos);
-    reader.ReadStr();
-    reader.ReadStr();
-    std::vector<std::string> names;
-    while (!reader.EndOfList()) {
-        names.push_back(reader.ReadStr());
-        reader.SkipValue();
-    }
-    return names;
-}
-
 TEST(PropTypes, ListsStoreTheirLinesAndTheirValueUnderThePropertysPath) {
     TValues values;
     values.colors->SetText("Red\r\nGreen\r\n");
@@ -76,7 +59,7 @@ TEST(PropTypes, ListsStoreTheirLinesAndTheirValueUnderThePropertysPath) {
     TObjectSaver saver;
     TPersistent* objects[] = {&values};
     saver.GetObjectProps(objects, data);
-    std::vector<std::string> names = RecordNames(data);
+    std::vector<std::string> names = model::Roots(data).at(0).Props;
     std::vector<std::string> expected = {"Colors.CheckedInds",
                                          "Colors.Strings",
                                          "Mode.ItemIndex",

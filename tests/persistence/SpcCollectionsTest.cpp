@@ -1,14 +1,17 @@
 // Fixed and free collections: the running program decides which items exist, and a stream only
 // updates them. Keys are unique at Add; entries with unknown keys or identifiers are dropped;
 // items the stream doesn't mention keep their state; nothing is ever created from a stream.
-#include "persistence/Storage.h"
 #include "persistence/SpcObjects.h"
+#include "persistence/Storage.h"
 
 #include "TestModel.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <deque>
 #include <memory>
+#include <sstream>
 
 using namespace zelvane;
 using namespace rtl;
@@ -120,6 +123,28 @@ void Load(THolder& holder, const std::string& data, bool ignoreErrors = true) {
     reader.ReadAsComponent(&holder, name);
 }
 
+// The program's items, in order, as "Key=Value Note".
+std::string Dump(const TKeyed& keyed) {
+    std::string text;
+    for (int i = 0; i < keyed.Count(); ++i)
+        text += (i ? "," : "") + keyed.Item(i)->Key + "=" + std::to_string(keyed.Item(i)->Value) +
+                (keyed.Item(i)->Note.empty() ? "" : " " + keyed.Item(i)->Note);
+    return text;
+}
+
+// Fills keyed from a list as Dump writes it. Keys are set after Add, so that a file may repeat
+// one, as an edited file may.
+void Fill(TKeyed& keyed, const std::string& spec) {
+    std::stringstream entries(spec);
+    for (std::string entry; std::getline(entries, entry, ',');) {
+        size_t eq = entry.find('='), blank = entry.find(' ');
+        TKeyedItem* item = keyed.AddItem(std::to_string(keyed.Count()) + "#", 0);
+        item->Key = entry.substr(0, eq);
+        item->Value = std::stoi(entry.substr(eq + 1, blank - eq - 1));
+        item->Note = blank == std::string::npos ? "" : entry.substr(blank + 1);
+    }
+}
+
 // ---------------------------------------------------------------------------------------------
 // TFixedCollection
 
@@ -137,95 +162,40 @@ TEST(FixedCollection, AddRefusesAKeyTwiceCaseSensitively) {
     EXPECT_EQ(keyed.Count(), 2);
 }
 
-TEST(FixedCollection, FileUpdatesTheItemsWhoseKeysItNames) {
-    THolder file;
-    file.fixed->AddItem("A", 10)->Note = "from file";
-    file.fixed->AddItem("Gone", 99);
-    file.After = 5;
-    std::string data = Save(file);
-
-    THolder program;
-    TKeyedItem* b = program.fixed->AddItem("B", 2);
-    b->Note = "kept";
-    TKeyedItem* a = program.fixed->AddItem("A", 1);
-    Load(program, data);
-    ASSERT_EQ(program.fixed->Count(), 2);
-    EXPECT_EQ(program.fixed->Item(0), b);
-    EXPECT_EQ(program.fixed->Item(1), a);
-    EXPECT_EQ(a->Value, 10);
-    EXPECT_EQ(a->Note, "from file");
-    EXPECT_EQ(b->Value, 2);
-    EXPECT_EQ(b->Note, "kept");
-    // The reader went on behind the collection.
-    EXPECT_EQ(program.After, 5);
-}
-
-TEST(FixedCollection, EmptyKeysAndKeysOfAnotherCaseNeverMatch) {
-    THolder file;
-    file.fixed->AddItem("", 10);
-    file.fixed->AddItem("alpha", 20);
-    std::string data = Save(file);
-    THolder program;
-    TKeyedItem* empty = program.fixed->AddItem("", 1);
-    TKeyedItem* alpha = program.fixed->AddItem("Alpha", 2);
-    Load(program, data);
-    EXPECT_EQ(empty->Value, 1);
-    EXPECT_EQ(alpha->Value, 2);
-}
-
-TEST(FixedCollection, RepeatedKeysApplyInOrderTheLastWins) {
-    // Two entries with one key, as an edited file may hold.
-    THolder file;
-    file.fixed->AddItem("A", 10)->Note = "first";
-    file.fixed->AddItem("B", 20)->Note = "second";
-    std::string data = Save(file);
-    size_t at = data.find("\x01"
-                          "B");
-    ASSERT_NE(at, std::string::npos);
-    data[at + 1] = 'A';
-    THolder program;
-    TKeyedItem* a = program.fixed->AddItem("A", 1);
-    Load(program, data);
-    EXPECT_EQ(a->Value, 20);
-    EXPECT_EQ(a->Note, "second");
-}
-
-TEST(FixedCollection, EmptyCollectionStaysEmptyAndTheStreamGoesOn) {
-    THolder file;
-    file.fixed->AddItem("A", 10);
-    file.After = 77;
-    std::string data = Save(file);
-    THolder program;
-    Load(program, data);
-    EXPECT_EQ(program.fixed->Count(), 0);
-    EXPECT_EQ(program.After, 77);
-}
-
-TEST(FixedCollection, ReorderMovesMatchedItemsToTheFilesPositions) {
-    THolder file;
-    file.fixed->AddItem("C", 3);
-    file.fixed->AddItem("A", 1);
-    file.fixed->AddItem("B", 2);
-    std::string data = Save(file);
-    THolder program;
-    program.reorder = true;
-    TKeyedItem* a = program.fixed->AddItem("A", 0);
-    TKeyedItem* b = program.fixed->AddItem("B", 0);
-    TKeyedItem* c = program.fixed->AddItem("C", 0);
-    Load(program, data);
-    EXPECT_EQ(program.fixed->Item(0), c);
-    EXPECT_EQ(program.fixed->Item(1), a);
-    EXPECT_EQ(program.fixed->Item(2), b);
-    EXPECT_EQ(b->Value, 2);
-
-    // Without the flag the order is the program's.
-    THolder still;
-    TKeyedItem* a2 = still.fixed->AddItem("A", 0);
-    still.fixed->AddItem("B", 0);
-    still.fixed->AddItem("C", 0);
-    Load(still, data);
-    EXPECT_EQ(still.fixed->Item(0), a2);
-    EXPECT_EQ(a2->Value, 1);
+TEST(FixedCollection, FileUpdatesTheItemsWhoseKeysItNamesAndMakesNone) {
+    const struct {
+        const char *what, *file, *program;
+        bool reorder;
+        const char* expected;
+    } cases[] = {
+        {"matched and unknown keys", "A=10 from file,Gone=99", "B=2 kept,A=1", false,
+         "B=2 kept,A=10 from file"},
+        {"empty keys, keys of another case", "=10,alpha=20", "=1,Alpha=2", false, "=1,Alpha=2"},
+        {"repeated keys: the last wins", "A=10 first,A=20 second", "A=1", false, "A=20 second"},
+        {"an empty collection stays empty", "A=10", "", false, ""},
+        {"reorder to the file's positions", "C=3,A=1,B=2", "A=0,B=0,C=0", true, "C=3,A=1,B=2"},
+        {"else the program's order", "C=3,A=1,B=2", "A=0,B=0,C=0", false, "A=1,B=2,C=3"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        THolder file, program;
+        Fill(*file.fixed, c.file);
+        file.After = 5;
+        Fill(*program.fixed, c.program);
+        std::vector<TCollectionItem*> items, after;
+        for (int i = 0; i < program.fixed->Count(); ++i)
+            items.push_back(program.fixed->GetItem(i));
+        program.reorder = c.reorder;
+        Load(program, Save(file));
+        EXPECT_EQ(Dump(*program.fixed), c.expected);
+        // The items are the program's own, moved at most; the reader went on behind them.
+        for (int i = 0; i < program.fixed->Count(); ++i)
+            after.push_back(program.fixed->GetItem(i));
+        std::sort(items.begin(), items.end());
+        std::sort(after.begin(), after.end());
+        EXPECT_EQ(after, items);
+        EXPECT_EQ(program.After, 5);
+    }
 }
 
 TEST(FixedCollection, CollectionWithoutAnOwnerlessConstructorStillReads) {
@@ -281,30 +251,24 @@ TEST(FreeCollection, AddRefusesAnIdentifierTwiceCaseSensitively) {
     EXPECT_EQ(free[1]->AObjectID, "editor");
 }
 
-TEST(FreeCollection, ItemsDontOwnTheirObjects) {
-    auto obj = std::make_unique<TLiveObject>();
+TEST(FreeCollection, ItemsDontOwnTheirObjectsAssignSharesThem) {
+    TLiveObject a, b, old;
     {
-        TFreeCollection free(nullptr, TWrapperItem::StaticClass());
-        free.Add(obj.get(), "Live");
+        TFreeCollection source(nullptr, TWrapperItem::StaticClass());
+        source.Add(&a, "A")->SetNodeName("Object A");
+        source.Add(&b, "B");
+        TFreeCollection copy(nullptr, TWrapperItem::StaticClass());
+        copy.Add(&old, "Old");
+        copy.Assign(&source);
+        ASSERT_EQ(copy.Count(), 2);
+        EXPECT_EQ(copy.GetItem(0)->NestedObject, &a);
+        EXPECT_EQ(copy.GetItem(0)->NodeName(), "Object A");
+        EXPECT_EQ(copy.GetItem(1)->AObjectID, "B");
+        EXPECT_EQ(copy.FindObjectID("Old"), nullptr);
     }
-    obj->Size = 3; // still alive: the sanitizer sees a use after free otherwise
-    EXPECT_EQ(obj->Size, 3);
-}
-
-TEST(FreeCollection, AssignSharesTheObjectsAndCopiesNodeNames) {
-    TLiveObject a, b;
-    TFreeCollection source(nullptr, TWrapperItem::StaticClass());
-    source.Add(&a, "A")->SetNodeName("Object A");
-    source.Add(&b, "B");
-    TFreeCollection copy(nullptr, TWrapperItem::StaticClass());
-    TLiveObject old;
-    copy.Add(&old, "Old");
-    copy.Assign(&source);
-    ASSERT_EQ(copy.Count(), 2);
-    EXPECT_EQ(copy.GetItem(0)->NestedObject, &a);
-    EXPECT_EQ(copy.GetItem(0)->NodeName(), "Object A");
-    EXPECT_EQ(copy.GetItem(1)->AObjectID, "B");
-    EXPECT_EQ(copy.FindObjectID("Old"), nullptr);
+    a.Size = 3; // still alive: the sanitizer sees a use after free otherwise
+    old.Size = 4;
+    EXPECT_EQ(a.Size + old.Size, 7);
 }
 
 TEST(FreeCollection, StoredAsIdentifierThenTheObjectsProperties) {
@@ -318,31 +282,42 @@ TEST(FreeCollection, StoredAsIdentifierThenTheObjectsProperties) {
     EXPECT_NE(data.find(entry), std::string::npos) << model::HexBytes(data);
 }
 
-TEST(FreeCollection, FileUpdatesRegisteredObjectsOnly) {
-    THolder file;
-    TLiveObject fa, fgone;
-    fa.Size = 10;
-    fa.Caption = "stored";
-    fgone.Size = 99;
-    file.free->Add(&fgone, "Gone");
-    file.free->Add(&fa, "A");
-    file.After = 8;
-    std::string data = Save(file);
-
-    THolder program;
-    TLiveObject a, b, sameButCase;
-    b.Size = 2;
-    program.free->Add(&b, "B");
-    program.free->Add(&a, "A");
-    program.free->Add(&sameButCase, "gone");
-    Load(program, data);
-    EXPECT_EQ(a.Size, 10);
-    EXPECT_EQ(a.Caption, "stored");
-    EXPECT_EQ(b.Size, 2);
-    EXPECT_EQ(sameButCase.Size, 0);
-    EXPECT_EQ(program.free->Count(), 3);
-    EXPECT_EQ(program.free->GetItem(0)->NestedObject, &b);
-    EXPECT_EQ(program.After, 8);
+TEST(FreeCollection, FileUpdatesRegisteredObjectsOnlyAndMakesNone) {
+    // Sizes are the index in the file plus one; a program's object starts at 0. The unknown entry
+    // at position 0 of the second case moves nothing; "B" stands at 1 already; "A" at 2 lies
+    // beyond the last item and goes to the end.
+    const struct {
+        std::vector<std::string> file, program;
+        bool reorder;
+        std::string expected;
+    } cases[] = {{{"Gone", "A"}, {"B", "A", "gone"}, false, "B=0,A=2,gone=0"},
+                 {{"Unknown", "B", "A"}, {"A", "B"}, true, "B=2,A=3"},
+                 {{"B", "A"}, {"A", "B"}, true, "B=1,A=2"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.expected);
+        THolder file, program;
+        std::deque<TLiveObject> stored(c.file.size()), live(c.program.size());
+        for (size_t i = 0; i < c.file.size(); ++i) {
+            stored[i].Size = static_cast<int32_t>(i + 1);
+            stored[i].Caption = "stored";
+            file.free->Add(&stored[i], c.file[i]);
+        }
+        file.After = 8;
+        for (size_t i = 0; i < c.program.size(); ++i)
+            program.free->Add(&live[i], c.program[i]);
+        program.reorder = c.reorder;
+        Load(program, Save(file));
+        std::string dump;
+        for (int i = 0; i < program.free->Count(); ++i) {
+            TWrapperItem* item = program.free->GetItem(i);
+            auto* obj = static_cast<TLiveObject*>(item->NestedObject);
+            dump += (i ? "," : "") + item->AObjectID + "=" + std::to_string(obj->Size);
+            EXPECT_EQ(obj->Caption, obj->Size ? "stored" : "");
+            EXPECT_TRUE(std::any_of(live.begin(), live.end(), [&](auto& o) { return &o == obj; }));
+        }
+        EXPECT_EQ(dump, c.expected);
+        EXPECT_EQ(program.After, 8);
+    }
 }
 
 TEST(FreeCollection, EntryWithoutTheIdentifierFirstFailsWith50536) {
@@ -384,36 +359,6 @@ TEST(FreeCollection, BadValueInsideAnEntryGoesToTheReadersQuestion) {
     EXPECT_EQ(dialogs.texts.size(), 1u);
     EXPECT_EQ(target.Size, 0);
     EXPECT_EQ(target.Caption, "c");
-}
-
-TEST(FreeCollection, ReorderMovesFoundItemsAndLeavesOrderBeforeAnyFound) {
-    THolder file;
-    TLiveObject x, a, b;
-    file.free->Add(&x, "Unknown");
-    file.free->Add(&b, "B");
-    file.free->Add(&a, "A");
-    std::string data = Save(file);
-    THolder program;
-    program.reorder = true;
-    TLiveObject pa, pb;
-    TWrapperItem* ia = program.free->Add(&pa, "A");
-    TWrapperItem* ib = program.free->Add(&pb, "B");
-    Load(program, data);
-    // The unknown entry at position 0 moves nothing; "B" stands at 1 already; "A" at 2 lies
-    // beyond the last item and goes to the end.
-    EXPECT_EQ(program.free->GetItem(0), ib);
-    EXPECT_EQ(program.free->GetItem(1), ia);
-
-    THolder swapped;
-    swapped.reorder = true;
-    TWrapperItem* sa = swapped.free->Add(&pa, "A");
-    TWrapperItem* sb = swapped.free->Add(&pb, "B");
-    THolder file2;
-    file2.free->Add(&b, "B");
-    file2.free->Add(&a, "A");
-    Load(swapped, Save(file2));
-    EXPECT_EQ(swapped.free->GetItem(0), sb);
-    EXPECT_EQ(swapped.free->GetItem(1), sa);
 }
 
 } // namespace

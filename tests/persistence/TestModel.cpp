@@ -112,6 +112,29 @@ std::string PropsOf(TObject* obj, zelvane::TObjectStorageFormat format) {
     return PropsOf(objs, format);
 }
 
+std::vector<Root> Roots(const std::string& data) {
+    TStringStream s(data);
+    TReader r(&s);
+    std::vector<Root> roots;
+    while (r.Position() < s.GetSize()) {
+        r.ReadSignature();
+        TFilerFlags flags;
+        int32_t childPos;
+        r.ReadPrefix(flags, childPos);
+        Root root;
+        root.Class = r.ReadStr();
+        root.Name = r.ReadStr();
+        while (!r.EndOfList()) {
+            root.Props.push_back(r.ReadStr());
+            r.SkipValue();
+        }
+        r.ReadListEnd();
+        r.ReadListEnd();
+        roots.push_back(root);
+    }
+    return roots;
+}
+
 std::string ReadAll(const std::string& file) {
     std::ifstream f(file, std::ios::binary);
     std::stringstream ss;

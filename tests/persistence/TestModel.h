@@ -204,6 +204,13 @@ struct Foos {
 std::string PropsOf(zelvane::TObjectArray objs, zelvane::TObjectStorageFormat format);
 std::string PropsOf(TObject* obj, zelvane::TObjectStorageFormat format);
 
+// The root objects of a binary object stream: class, name and property names.
+struct Root {
+    std::string Class, Name;
+    std::vector<std::string> Props;
+};
+std::vector<Root> Roots(const std::string& data);
+
 std::string ReadAll(const std::string& file);
 void WriteAll(const std::string& file, const std::string& data);
 
