@@ -29,60 +29,51 @@ private:
     char saved_;
 };
 
-TEST(Versions, Constants) {
-    EXPECT_EQ(cEditorVersion.Raw, 10100);
-    EXPECT_EQ(cDelphiVersion.Raw, 999900);
-}
-
 TEST(Versions, MakeVerInfoWritesWithADot) {
-    std::string text = "untouched";
-    MakeVerInfo(osfBin, text);
-    EXPECT_EQ(text, "1.01 99.99");
-    MakeVerInfo(osfText, text);
-    EXPECT_EQ(text, "e_ver: 1.01 d_ver: 99.99");
-    text = "untouched";
-    MakeVerInfo(osfExtBin, text);
-    MakeVerInfo(osfResBin, text);
-    EXPECT_EQ(text, "untouched");
-
     Separator comma(',');
-    MakeVerInfo(osfBin, text);
-    EXPECT_EQ(text, "1.01 99.99");
+    const std::pair<TObjectStorageFormat, const char*> cases[] = {
+        {osfBin, "1.01 99.99"},
+        {osfText, "e_ver: 1.01 d_ver: 99.99"},
+        {osfExtBin, "untouched"},
+        {osfResBin, "untouched"}};
+    for (const auto& [format, expected] : cases) {
+        std::string text = "untouched";
+        MakeVerInfo(format, text);
+        EXPECT_EQ(text, expected);
+    }
     EXPECT_EQ(DecimalSeparator, ',');
 }
 
-TEST(Versions, ParsedTimesTenThousand) {
-    TSpcVersions v = ParseVerInfo(osfBin, "1.01 99.99");
-    EXPECT_EQ(v.Editor, 10100);
-    EXPECT_EQ(v.Delphi, 999900);
-    v = ParseVerInfo(osfText, " e_ver: 2.5 d_ver: 6.0001");
-    EXPECT_EQ(v.Editor, 25000);
-    EXPECT_EQ(v.Delphi, 60001);
+TEST(Versions, ParsedTimesTenThousandWithTheCurrentSeparator) {
     // A text number is read from the seventh character of its label on, whatever stands there.
-    v = ParseVerInfo(osfText, "e_ver:12.5 d_ver:36.0");
-    EXPECT_EQ(v.Editor, 25000);
-    EXPECT_EQ(v.Delphi, 60000);
+    const std::tuple<TObjectStorageFormat, const char*, int64_t, int64_t> cases[] = {
+        {osfBin, "1.01 99.99", 10100, 999900},
+        {osfText, " e_ver: 2.5 d_ver: 6.0001", 25000, 60001},
+        {osfText, "e_ver:12.5 d_ver:36.0", 25000, 60000}};
+    for (const auto& [format, text, editor, delphi] : cases) {
+        TSpcVersions v = ParseVerInfo(format, text);
+        EXPECT_EQ(std::make_pair(int64_t(v.Editor), int64_t(v.Delphi)),
+                  std::make_pair(editor, delphi))
+            << text;
+    }
+    Separator comma(',');
+    EXPECT_THROW(ParseVerInfo(osfBin, "1.01 99.99"), ESpcMngError);
+    EXPECT_EQ(ParseVerInfo(osfBin, "1,5 2,25").Delphi, 22500);
 }
 
-TEST(Versions, MalformedLinesFailWith51504) {
+TEST(Versions, MalformedLinesFail) {
     try {
         ParseVerInfo(osfBin, "1.01");
         FAIL() << "no exception";
     } catch (const ESpcMngError& e) {
         EXPECT_EQ(e.Message(), "Version information has incorrect format: 1.01.");
     }
-    EXPECT_THROW(ParseVerInfo(osfText, "e_ver: 1.01"), ESpcMngError);
-    EXPECT_THROW(ParseVerInfo(osfText, "d_ver: 1 e_ver: 2"), ESpcMngError);
-    EXPECT_THROW(ParseVerInfo(osfBin, "one two"), ESpcMngError);
-    EXPECT_THROW(ParseVerInfo(osfBin, "1e999 1"), ESpcMngError);
-}
-
-TEST(Versions, ReadWithTheCurrentSeparator) {
-    Separator comma(',');
-    std::string text;
-    MakeVerInfo(osfBin, text);
-    EXPECT_THROW(ParseVerInfo(osfBin, text), ESpcMngError);
-    EXPECT_EQ(ParseVerInfo(osfBin, "1,5 2,25").Delphi, 22500);
+    const std::pair<TObjectStorageFormat, const char*> cases[] = {{osfText, "e_ver: 1.01"},
+                                                                  {osfText, "d_ver: 1 e_ver: 2"},
+                                                                  {osfBin, "one two"},
+                                                                  {osfBin, "1e999 1"}};
+    for (const auto& [format, text] : cases)
+        EXPECT_THROW(ParseVerInfo(format, text), ESpcMngError) << text;
 }
 
 TEST(CheckVer, WithoutCheckingOnlyParses) {
@@ -190,27 +181,23 @@ protected:
     std::string file_;
 };
 
-TEST_F(SingleNode, ObjectBranchLandsOnTheTargetsOwnProperties) {
-    TViewSettings view;
-    EXPECT_TRUE(LoadSingleNode(&view, "I.View", file_));
-    EXPECT_EQ(view.Depth, -5);
-    EXPECT_EQ(view.Layout, loTabs);
-    EXPECT_EQ(view.GetColumns()->CheckedInds, "0,2");
-    EXPECT_EQ(view.GetColumns()->Count(), 3);
-    EXPECT_EQ(view.GetFont()->Name, "Courier New");
-    ASSERT_NE(view.GetPicture()->Graphic(), nullptr);
-    EXPECT_EQ(view.GetPicture()->Graphic()->Bytes(), TinyBitmap());
+TEST_F(SingleNode, ObjectBranchLandsOnTheTargetsOwnPropertiesWhateverTheCase) {
+    for (const char* node : {"I.View", "i.VIEW"}) {
+        TViewSettings view;
+        EXPECT_TRUE(LoadSingleNode(&view, node, file_));
+        TObjectSaver saver;
+        std::string loaded, expected;
+        TPersistent* objs[] = {&view};
+        saver.GetObjectProps(objs, loaded);
+        objs[0] = saved_.settings.GetView();
+        saver.GetObjectProps(objs, expected);
+        EXPECT_EQ(loaded, expected) << node;
+    }
     // The file itself is left as it was.
     TProgram again;
     TObject* targets[] = {&again.settings};
     LoadObjectData(targets, file_);
     EXPECT_EQ(again.settings.GetView()->Depth, -5);
-}
-
-TEST_F(SingleNode, NodeNameIsComparedWithoutCase) {
-    TViewSettings view;
-    EXPECT_TRUE(LoadSingleNode(&view, "i.VIEW", file_));
-    EXPECT_EQ(view.Depth, -5);
 }
 
 TEST_F(SingleNode, CollectionBranchIsReadIntoTheCollection) {
@@ -222,12 +209,9 @@ TEST_F(SingleNode, CollectionBranchIsReadIntoTheCollection) {
     EXPECT_EQ(As<THistoryItem>(history.GetItem(1))->Line, 200);
 }
 
-TEST_F(SingleNode, CollectionNodeThatHoldsNoCollectionFails) {
+TEST_F(SingleNode, WrongNodesAndFilesFail) {
     THistory history(nullptr);
-    EXPECT_THROW(LoadSingleNode(&history, "I.Title", file_), EReadError);
-}
-
-TEST_F(SingleNode, EmptyShortenedNameIsReportedByTheReader) {
+    EXPECT_THROW(LoadSingleNode(&history, "I.Title", file_), EReadError) << "no collection";
     // "I.Title" is the whole name of a record: what is left of it names nothing.
     TViewSettings view;
     try {
@@ -236,53 +220,39 @@ TEST_F(SingleNode, EmptyShortenedNameIsReportedByTheReader) {
     } catch (const EReadError& e) {
         EXPECT_NE(e.Message().find("without a name"), std::string::npos) << e.Message();
     }
+    std::string plain = dir_.File("plain.sbn");
+    SaveSpc(&saved_.settings, plain, osfBin);
+    EXPECT_THROW(LoadSingleNode(&view, "View", plain), EDataHandlingError) << "no header";
 }
 
-TEST_F(SingleNode, NoMatchingRecordGivesFalse) {
-    TViewSettings view;
-    EXPECT_FALSE(LoadSingleNode(&view, "I.Nothing", file_));
-    EXPECT_FALSE(LoadSingleNode(&view, "View", file_));
-    EXPECT_EQ(view.Depth, 3);
-}
-
-TEST_F(SingleNode, OtherTargetsAndFormsGiveFalse) {
-    TFontEx font;
-    EXPECT_FALSE(LoadSingleNode(&font, "I.View.Font", file_));
+TEST_F(SingleNode, NoMatchingRecordOtherTargetsAndFormsGiveFalse) {
     std::string text = dir_.File("data.stx");
     TObject* objects[] = {&saved_.settings};
     SaveObjectDataText(objects, text, {}, "e_ver: 1.01 d_ver: 99.99");
     TViewSettings view;
+    TFontEx font;
+    EXPECT_FALSE(LoadSingleNode(&view, "I.Nothing", file_));
+    EXPECT_FALSE(LoadSingleNode(&view, "View", file_));
+    EXPECT_FALSE(LoadSingleNode(&font, "I.View.Font", file_));
     EXPECT_FALSE(LoadSingleNode(&view, "I.View", text));
     EXPECT_EQ(view.Depth, 3);
-}
-
-TEST_F(SingleNode, FileWithoutAHeaderFailsWith50580) {
-    std::string plain = dir_.File("plain.sbn");
-    SaveSpc(&saved_.settings, plain, osfBin);
-    TViewSettings view;
-    EXPECT_THROW(LoadSingleNode(&view, "View", plain), EDataHandlingError);
 }
 
 // ---------------------------------------------------------------------------------------------
 // The table of functions
 
 TEST(InitData, FieldsStandInTheirOrder) {
-    constexpr size_t w = sizeof(void*);
-    EXPECT_EQ(offsetof(TInitData, UserData), 0 * w);
-    EXPECT_EQ(offsetof(TInitData, UserDataCount), 1 * w);
-    EXPECT_EQ(offsetof(TInitData, LoadSpc), 2 * w);
-    EXPECT_EQ(offsetof(TInitData, SaveSpc), 3 * w);
-    EXPECT_EQ(offsetof(TInitData, CreateSpc), 4 * w);
-    EXPECT_EQ(offsetof(TInitData, FreeSpc), 6 * w);
-    EXPECT_EQ(offsetof(TInitData, CollectionNextID), 10 * w);
-    EXPECT_EQ(offsetof(TInitData, CollectionCount), 15 * w);
-    EXPECT_EQ(offsetof(TInitData, ItemSetIndex), 18 * w);
-    EXPECT_EQ(offsetof(TInitData, GetProps), 19 * w);
-    EXPECT_EQ(offsetof(TInitData, ComponentName), 23 * w);
-    EXPECT_EQ(offsetof(TInitData, ObjectBaseClass), 27 * w);
-    EXPECT_EQ(offsetof(TInitData, ClassBaseClass), 28 * w);
-    EXPECT_EQ(offsetof(TInitData, GetPropAsPtr), 30 * w);
-    EXPECT_EQ(offsetof(TInitData, WrapperItemClass), 31 * w);
+    const std::pair<size_t, size_t> fields[] = {
+        {offsetof(TInitData, UserData), 0},          {offsetof(TInitData, UserDataCount), 1},
+        {offsetof(TInitData, LoadSpc), 2},           {offsetof(TInitData, SaveSpc), 3},
+        {offsetof(TInitData, CreateSpc), 4},         {offsetof(TInitData, FreeSpc), 6},
+        {offsetof(TInitData, CollectionNextID), 10}, {offsetof(TInitData, CollectionCount), 15},
+        {offsetof(TInitData, ItemSetIndex), 18},     {offsetof(TInitData, GetProps), 19},
+        {offsetof(TInitData, ComponentName), 23},    {offsetof(TInitData, ObjectBaseClass), 27},
+        {offsetof(TInitData, ClassBaseClass), 28},   {offsetof(TInitData, GetPropAsPtr), 30},
+        {offsetof(TInitData, WrapperItemClass), 31}};
+    for (const auto& [offset, word] : fields)
+        EXPECT_EQ(offset, word * sizeof(void*)) << word;
 }
 
 TEST(InitData, FillSetsEveryFunctionAndKeepsTheUserData) {
