@@ -26,43 +26,31 @@ TObjectStorageFormat Detect(const std::string& data, bool* ok = nullptr) {
     return format;
 }
 
-TEST(TestStreamFormat, FormsByTheirFirstBytes) {
-    EXPECT_EQ(Detect("\xFF\x0A\x00"), osfResBin);
-    EXPECT_EQ(Detect("TPF0xyz"), osfBin);
-    EXPECT_EQ(Detect("TPF2xyz"), osfExtBin);
+TEST(TestStreamFormat, FormsByTheirFirstBytesNoneLeavesTheFormat) {
+    // Shorter than four bytes: compared as if zero-filled. A data header of the text form starts
+    // with "s" too.
+    const int none = 77;
+    const std::pair<std::string, int> cases[] = {{"\xFF\x0A\x00", osfResBin},
+                                                 {"\xFF", osfResBin},
+                                                 {"TPF0xyz", osfBin},
+                                                 {"TPF2xyz", osfExtBin},
+                                                 {"sys_txt rest", osfText},
+                                                 {"TPF1", none},
+                                                 {"", none},
+                                                 {"TP", none}};
+    for (const auto& [data, format] : cases) {
+        bool ok = false;
+        EXPECT_EQ(static_cast<int>(Detect(data, &ok)), format) << data;
+        EXPECT_EQ(ok, format != none);
+    }
     for (std::string first : {"\t", "\x0B", "\r", " ", "I", "O", "i", "o", "s"})
         EXPECT_EQ(Detect(first + "bject"), osfText) << int(first[0]);
-    // A data header of the text form starts with "s" too.
-    EXPECT_EQ(Detect("sys_txt rest"), osfText);
-}
-
-TEST(TestStreamFormat, NoneLeavesTheFormatAndThePosition) {
-    bool ok = true;
-    EXPECT_EQ(static_cast<int>(Detect("TPF1", &ok)), 77);
-    EXPECT_FALSE(ok);
-    EXPECT_EQ(static_cast<int>(Detect("", &ok)), 77);
-    EXPECT_FALSE(ok);
-    // Shorter than four bytes: compared as if zero-filled.
-    EXPECT_EQ(static_cast<int>(Detect("TP", &ok)), 77);
-    EXPECT_FALSE(ok);
-    EXPECT_EQ(Detect("\xFF", &ok), osfResBin);
-    EXPECT_TRUE(ok);
-
     TStringStream stream("xxTPF2");
     stream.SetPosition(2);
     TObjectStorageFormat format = osfBin;
     EXPECT_TRUE(TestStreamFormat(&stream, format));
     EXPECT_EQ(format, osfExtBin);
     EXPECT_EQ(stream.GetPosition(), 2);
-}
-
-TEST(ObjectStorage, Defaults) {
-    TObjectStorage storage;
-    EXPECT_FALSE(storage.AutoDetectFormat);
-    EXPECT_EQ(storage.BufSize, 4096);
-    EXPECT_FALSE(storage.IgnoreErrors);
-    EXPECT_FALSE(storage.SafeLoad);
-    EXPECT_EQ(storage.Format, osfBin);
 }
 
 struct Objects {
@@ -293,16 +281,14 @@ TEST(TypeListings, PropertiesSortedByName) {
 }
 
 TEST(TypeListings, MethodParameters) {
-    TStringList list;
-    GetMethodParams(TypeInfo<TChangeEvent>(), &list);
-    std::vector<std::string> lines;
-    for (int i = 0; i < list.Count(); ++i)
-        lines.push_back(list.Strings(i));
-    EXPECT_EQ(lines,
-              (std::vector<std::string>{"Type Name: TChangeEvent", "Type Kind: tkMethod",
-                                        "Method Kind: mkProcedure", "Number of parameters: 1",
-                                        "Param 1 > Sender: TObject"}));
-
+    auto params = [](PTypeInfo type) {
+        TStringList list;
+        GetMethodParams(type, &list);
+        return list.GetText();
+    };
+    EXPECT_EQ(params(TypeInfo<TChangeEvent>()),
+              "Type Name: TChangeEvent\r\nType Kind: tkMethod\r\nMethod Kind: mkProcedure\r\n"
+              "Number of parameters: 1\r\nParam 1 > Sender: TObject\r\n");
     // Type information lives as long as the program, as that of declared types does.
     static const PTypeInfo f =
         MakeMethodType("TQueryEvent", mkFunction,
@@ -313,16 +299,11 @@ TEST(TypeListings, MethodParameters) {
                         {1u << pfReference, "Ref", "TObject"},
                         {0, "Plain", "Byte"}},
                        "Boolean");
-    GetMethodParams(f, &list);
-    lines.clear();
-    for (int i = 0; i < list.Count(); ++i)
-        lines.push_back(list.Strings(i));
-    EXPECT_EQ(lines, (std::vector<std::string>{
-                         "Type Name: TQueryEvent", "Type Kind: tkMethod", "Method Kind: mkFunction",
-                         "Number of parameters: 6", "Param 1 > var Key: Word",
-                         "Param 2 > const Items:  array of Integer", "Param 3 > out Res: string",
-                         "Param 4 > address Addr: Pointer", "Param 5 > reference Ref: TObject",
-                         "Param 6 > Plain: Byte", "Returns > Boolean"}));
+    EXPECT_EQ(params(f), "Type Name: TQueryEvent\r\nType Kind: tkMethod\r\nMethod Kind: "
+                         "mkFunction\r\nNumber of parameters: 6\r\nParam 1 > var Key: Word\r\n"
+                         "Param 2 > const Items:  array of Integer\r\nParam 3 > out Res: string\r\n"
+                         "Param 4 > address Addr: Pointer\r\nParam 5 > reference Ref: TObject\r\n"
+                         "Param 6 > Plain: Byte\r\nReturns > Boolean\r\n");
 }
 
 TEST(TypeListings, OtherTypesGiveNoParameters) {

@@ -27,67 +27,48 @@ Header ReadHeader(TStream* s, bool resFormatBefore = false) {
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
-// Binary data header
+// Data headers
 
-TEST(BinDataHeader, EmptyDescriptionIsNineBytes) {
-    TStringStream s;
-    WriteBinDataHeader(&s, false, "");
-    EXPECT_EQ(s.DataString(), std::string("sys_bin\0\0", 9));
-    TStringStream r;
-    WriteBinDataHeader(&r, true, "v1");
-    EXPECT_EQ(r.DataString(), std::string("sys_bin\1\2v1", 11));
-}
-
-TEST(BinDataHeader, ReadsBackWhatWasWritten) {
-    TStringStream s;
-    WriteBinDataHeader(&s, true, "1.01 99.99");
-    s.WriteString("rest");
-    s.SetPosition(0);
-    Header h = ReadHeader(&s);
-    EXPECT_EQ(h.format, osfBin);
-    EXPECT_TRUE(h.resFormat);
-    EXPECT_EQ(h.description, "1.01 99.99");
-    EXPECT_EQ(s.ReadString(4), "rest");
-}
-
-TEST(BinDataHeader, LongDescriptionsAreCutTo255Bytes) {
+TEST(DataHeader, BinaryHeaderIsLabelResFormatAndADescriptionOfAtMost255Bytes) {
     std::string longText(300, 'x');
     longText[254] = 'y';
-    TStringStream s;
-    WriteBinDataHeader(&s, false, longText);
-    EXPECT_EQ(s.GetSize(), 9 + 255);
-    s.SetPosition(0);
-    Header h = ReadHeader(&s);
-    EXPECT_EQ(h.description, longText.substr(0, 255));
+    const std::tuple<bool, std::string, std::string> cases[] = {
+        {false, "", std::string("sys_bin\0\0", 9)},
+        {true, "1.01 99.99", std::string("sys_bin\1\x0A", 9) + "1.01 99.99"},
+        {false, longText, std::string("sys_bin\0\xFF", 9) + longText.substr(0, 255)}};
+    for (const auto& [res, description, bytes] : cases) {
+        TStringStream s;
+        WriteBinDataHeader(&s, res, description);
+        EXPECT_EQ(s.DataString(), bytes);
+        s.WriteString("rest");
+        s.SetPosition(0);
+        Header h = ReadHeader(&s);
+        EXPECT_EQ(std::tie(h.format, h.resFormat, h.description),
+                  std::make_tuple(osfBin, res, bytes.substr(9)));
+        EXPECT_EQ(s.ReadString(4), "rest");
+    }
 }
 
-TEST(BinDataHeader, ResFormatAboveOneIsRejected) {
-    TStringStream s(std::string("sys_bin\2\0", 9));
-    EXPECT_EQ(DataError([&] { ReadHeader(&s); }),
-              "Incorrect data format. Required label not found.");
-}
-
-TEST(BinDataHeader, ATruncatedHeaderIsAReadError) {
-    TStringStream s(std::string("sys_bin\0\5ab", 11));
-    EXPECT_THROW(ReadHeader(&s), EReadError);
-    TStringStream shortLabel("sys");
-    EXPECT_THROW(ReadHeader(&shortLabel), EReadError);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Text data header
-
-TEST(TextDataHeader, EmptyDescriptionIsLabelAndSevenDashes) {
-    TStringStream s;
-    WriteTextDataHeader(&s, "");
-    EXPECT_EQ(s.DataString(), "sys_txt\r\n-------\r\n");
-}
-
-TEST(TextDataHeader, TheUnderlineIsAsLongAsTheFirstLine) {
-    TStringStream s;
-    WriteTextDataHeader(&s, "e_ver: 1.01 d_ver: 99.99");
-    EXPECT_EQ(s.DataString(),
-              "sys_txt e_ver: 1.01 d_ver: 99.99\r\n" + std::string(32, '-') + "\r\n");
+TEST(DataHeader, TextHeaderIsOneLineUnderlinedAsLongAsIt) {
+    // The description comes back with its leading blank, line breaks made blanks; a text header
+    // leaves ResFormat as the caller had it.
+    const std::tuple<std::string, std::string, std::string> cases[] = {
+        {"", "sys_txt\r\n-------\r\n", ""},
+        {"e_ver: 1.01 d_ver: 99.99",
+         "sys_txt e_ver: 1.01 d_ver: 99.99\r\n" + std::string(32, '-') + "\r\n",
+         " e_ver: 1.01 d_ver: 99.99"},
+        {"a\r\nb\r\n\r\nc\rd", "sys_txt a b  c d\r\n----------------\r\n", " a b  c d"}};
+    for (const auto& [description, text, read] : cases) {
+        TStringStream s;
+        WriteTextDataHeader(&s, description);
+        EXPECT_EQ(s.DataString(), text);
+        s.WriteString("object X");
+        s.SetPosition(0);
+        Header h = ReadHeader(&s, true);
+        EXPECT_EQ(std::tie(h.format, h.resFormat, h.description),
+                  std::make_tuple(osfText, true, read));
+        EXPECT_EQ(s.ReadString(8), "object X");
+    }
     char saved = SeparatorChar;
     SeparatorChar = '=';
     TStringStream t;
@@ -96,35 +77,17 @@ TEST(TextDataHeader, TheUnderlineIsAsLongAsTheFirstLine) {
     EXPECT_EQ(t.DataString(), "sys_txt ab\r\n==========\r\n");
 }
 
-TEST(TextDataHeader, DescriptionComesBackWithItsLeadingBlank) {
-    TStringStream s;
-    WriteTextDataHeader(&s, "abc");
-    s.WriteString("object X");
-    s.SetPosition(0);
-    Header h = ReadHeader(&s, true);
-    EXPECT_EQ(h.format, osfText);
-    EXPECT_TRUE(h.resFormat) << "a text header leaves ResFormat as the caller had it";
-    EXPECT_EQ(h.description, " abc");
-    EXPECT_EQ(s.ReadString(8), "object X");
-}
-
-TEST(TextDataHeader, LineBreaksInTheDescriptionBecomeBlanks) {
-    TStringStream s;
-    WriteTextDataHeader(&s, "a\r\nb\r\n\r\nc\rd");
-    s.WriteString("Z");
-    s.SetPosition(0);
-    Header h = ReadHeader(&s);
-    EXPECT_EQ(h.description, " a b  c d");
-    EXPECT_EQ(s.ReadString(1), "Z");
-}
-
-TEST(DataHeader, UnknownLabelsAreRejected) {
-    TStringStream s("TPF0\x04TFoo");
-    EXPECT_EQ(DataError([&] { ReadHeader(&s); }),
-              "Incorrect data format. Required label not found.");
-    TStringStream upper("SYS_BIN\0\0");
-    EXPECT_EQ(DataError([&] { ReadHeader(&upper); }),
-              "Incorrect data format. Required label not found.");
+TEST(DataHeader, UnknownLabelsAndBadResFormatsAreRejectedShortOnesAreReadErrors) {
+    for (std::string data :
+         {std::string("TPF0\x04TFoo"), std::string("SYS_BIN"), std::string("sys_bin\2\0", 9)}) {
+        TStringStream s(data);
+        EXPECT_EQ(DataError([&] { ReadHeader(&s); }),
+                  "Incorrect data format. Required label not found.");
+    }
+    for (std::string data : {std::string("sys_bin\0\5ab", 11), std::string("sys")}) {
+        TStringStream s(data);
+        EXPECT_THROW(ReadHeader(&s), EReadError);
+    }
 }
 
 TEST(DataHeader, SkipDataHeaderLeavesTheStreamAtTheObjects) {

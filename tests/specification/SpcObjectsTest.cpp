@@ -25,44 +25,28 @@ TEST(NodeInterfaces, IdentifiersAreTheFixedOnes) {
     EXPECT_EQ(INodeOfItemInfo::IID.ToString(), "{9CA9F8D8-3590-4A68-9852-AE5CC980FD91}");
 }
 
-TEST(NodeInterfaces, SettingsObjectAnswersNodeInfoOnly) {
+TEST(NodeInterfaces, ObjectAndCollectionAnswerNodeInfoItemsBothUncounted) {
     TSpcObject obj;
-    INodeInfo* info = Query<INodeInfo>(&obj);
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(static_cast<TSpcObject*>(info), &obj);
-    HRESULT hr = S_OK;
-    EXPECT_EQ(Query<INodeOfItemInfo>(&obj, &hr), nullptr);
-    EXPECT_EQ(hr, E_NOINTERFACE);
-    void* p = &obj;
-    EXPECT_EQ(obj.QueryInterface(kOtherInterface, &p), static_cast<HRESULT>(0x80004002u));
-}
-
-TEST(NodeInterfaces, ItemAnswersBothAndCollectionOnlyNodeInfo) {
     THistory history(nullptr);
     TSpcItem* item = history.Add();
-    INodeOfItemInfo* itemInfo = Query<INodeOfItemInfo>(item);
-    ASSERT_NE(itemInfo, nullptr);
-    EXPECT_TRUE(itemInfo->NeedsIterate());
-    INodeInfo* nodeInfo = Query<INodeInfo>(item);
-    ASSERT_NE(nodeInfo, nullptr);
-    EXPECT_TRUE(nodeInfo->NeedsTranslate());
-
+    EXPECT_EQ(static_cast<TSpcObject*>(Query<INodeInfo>(&obj)), &obj);
+    ASSERT_NE(Query<INodeOfItemInfo>(item), nullptr);
+    EXPECT_TRUE(Query<INodeOfItemInfo>(item)->NeedsIterate());
+    ASSERT_NE(Query<INodeInfo>(item), nullptr);
+    EXPECT_TRUE(Query<INodeInfo>(item)->NeedsTranslate());
     EXPECT_NE(Query<INodeInfo>(&history), nullptr);
-    HRESULT hr = S_OK;
-    EXPECT_EQ(Query<INodeOfItemInfo>(&history, &hr), nullptr);
-    EXPECT_EQ(hr, E_NOINTERFACE);
+    for (IInterface* i : std::initializer_list<IInterface*>{&obj, &history}) {
+        HRESULT hr = S_OK;
+        EXPECT_EQ(Query<INodeOfItemInfo>(i, &hr), nullptr);
+        EXPECT_EQ(hr, E_NOINTERFACE);
+    }
+    void* p = &obj;
+    EXPECT_EQ(obj.QueryInterface(kOtherInterface, &p), static_cast<HRESULT>(0x80004002u));
     EXPECT_EQ(history.QueryInterface(kOtherInterface, nullptr), E_NOINTERFACE);
     // Supports goes through the same table.
     EXPECT_TRUE(Supports<INodeInfo>(item));
     EXPECT_FALSE(Supports<INodeOfItemInfo>(&history));
-}
-
-TEST(NodeInterfaces, ReferencesAreNotCounted) {
-    TSpcObject obj;
-    THistory history(nullptr);
-    TSpcItem* item = history.Add();
-    for (IInterface* i : {static_cast<IInterface*>(&obj), static_cast<IInterface*>(item),
-                          static_cast<IInterface*>(&history)}) {
+    for (IInterface* i : std::initializer_list<IInterface*>{&obj, item, &history}) {
         EXPECT_EQ(i->_AddRef(), -1);
         EXPECT_EQ(i->_Release(), -1);
         EXPECT_EQ(i->_Release(), -1);
@@ -93,44 +77,43 @@ TEST(NodeInterfaces, BaseCaptionsAreEmptyAndTranslated) {
 }
 
 TEST(BaseClassIdent, OrdinalsAreFixed) {
-    EXPECT_EQ(static_cast<int>(ciUnknown), 0);
-    EXPECT_EQ(static_cast<int>(ciSpcObject), 1);
-    EXPECT_EQ(static_cast<int>(ciObject), 2);
-    EXPECT_EQ(static_cast<int>(ciSpcItem), 3);
-    EXPECT_EQ(static_cast<int>(ciItem), 4);
-    EXPECT_EQ(static_cast<int>(ciCollection), 5);
-    EXPECT_EQ(static_cast<int>(ciComponent), 6);
+    EXPECT_EQ((std::vector<int>{ciUnknown, ciSpcObject, ciObject, ciSpcItem, ciItem, ciCollection,
+                                ciComponent}),
+              (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(GetEnumName(TypeInfo<TBaseClassIdent>(), 3), "ciSpcItem");
 }
 
-TEST(BaseClassIdent, FirstMatchingTestDecides) {
-    EXPECT_EQ(ClassBaseClass(TSettings::StaticClass()), ciSpcObject);
-    EXPECT_EQ(ClassBaseClass(TSpcObject::StaticClass()), ciSpcObject);
-    EXPECT_EQ(ClassBaseClass(TExpertInfo::StaticClass()), ciSpcItem);
-    EXPECT_EQ(ClassBaseClass(TWrapperItem::StaticClass()), ciSpcItem);
-    EXPECT_EQ(ClassBaseClass(TCollectionItem::StaticClass()), ciItem);
-    // Settings collections have no ident of their own.
-    EXPECT_EQ(ClassBaseClass(TSpcCollection::StaticClass()), ciCollection);
-    EXPECT_EQ(ClassBaseClass(TActiveExperts::StaticClass()), ciCollection);
-    EXPECT_EQ(ClassBaseClass(TComponent::StaticClass()), ciComponent);
-    // A nested object of a free collection is a plain persistent object.
-    EXPECT_EQ(ClassBaseClass(TEditorSettings::StaticClass()), ciObject);
-    EXPECT_EQ(ClassBaseClass(TFont::StaticClass()), ciObject);
-    EXPECT_EQ(ClassBaseClass(TObject::StaticClass()), ciUnknown);
-    EXPECT_EQ(ClassBaseClass(nullptr), ciUnknown);
-}
-
-TEST(BaseClassIdent, OfInstances) {
+TEST(BaseClassIdent, FirstMatchingTestDecidesForClassesAndInstances) {
+    // Settings collections have no ident of their own; a nested object of a free collection is
+    // a plain persistent object.
+    const std::pair<TClass, TBaseClassIdent> classes[] = {
+        {TSettings::StaticClass(), ciSpcObject},
+        {TSpcObject::StaticClass(), ciSpcObject},
+        {TExpertInfo::StaticClass(), ciSpcItem},
+        {TWrapperItem::StaticClass(), ciSpcItem},
+        {TCollectionItem::StaticClass(), ciItem},
+        {TSpcCollection::StaticClass(), ciCollection},
+        {TActiveExperts::StaticClass(), ciCollection},
+        {TComponent::StaticClass(), ciComponent},
+        {TEditorSettings::StaticClass(), ciObject},
+        {TFont::StaticClass(), ciObject},
+        {TObject::StaticClass(), ciUnknown},
+        {nullptr, ciUnknown}};
+    for (const auto& c : classes)
+        EXPECT_EQ(ClassBaseClass(c.first), c.second) << &c - classes;
     TProgram program;
-    EXPECT_EQ(ObjectBaseClass(&program.settings), ciSpcObject);
-    EXPECT_EQ(ObjectBaseClass(program.settings.Active()), ciCollection);
-    EXPECT_EQ(ObjectBaseClass(program.settings.Custom()->GetItem(0)), ciSpcItem);
-    EXPECT_EQ(ObjectBaseClass(&program.editor), ciObject);
     TComponent component;
-    EXPECT_EQ(ObjectBaseClass(&component), ciComponent);
     TObject plain;
-    EXPECT_EQ(ObjectBaseClass(&plain), ciUnknown);
-    EXPECT_EQ(ObjectBaseClass(nullptr), ciUnknown);
+    const std::pair<TObject*, TBaseClassIdent> objects[] = {
+        {&program.settings, ciSpcObject},
+        {program.settings.Active(), ciCollection},
+        {program.settings.Custom()->GetItem(0), ciSpcItem},
+        {&program.editor, ciObject},
+        {&component, ciComponent},
+        {&plain, ciUnknown},
+        {nullptr, ciUnknown}};
+    for (const auto& o : objects)
+        EXPECT_EQ(ObjectBaseClass(o.first), o.second) << &o - objects;
 }
 
 TEST(SpcCollection, TypedAccess) {
@@ -219,39 +202,30 @@ void Load(TPersistent* obj, const std::string& data) {
     reader.ReadAsComponent(obj, name);
 }
 
-TEST(StorageProcs, WithoutProceduresNothingIsDefined) {
+TEST(StorageProcs, DefineValuesInTheOrderAddedAndOnlyWithData) {
     TCustomSettings settings;
-    std::string bytes = Save(&settings);
     // "TPF0", class name, empty name, the one published record, two list ends.
-    std::string expected = std::string("TPF0") + "\x0F" + "TCustomSettings" + '\0' + "\x05" +
-                           "Width" + "\x02\x01" + std::string(2, '\0');
-    EXPECT_EQ(bytes, expected);
-}
-
-TEST(StorageProcs, DefineValuesInTheOrderAdded) {
-    TCustomSettings settings;
-    TStoredCounter counter, other;
+    std::string head =
+        std::string("TPF0") + "\x0F" + "TCustomSettings" + '\0' + "\x05" + "Width" + "\x02\x01";
+    EXPECT_EQ(Save(&settings), head + std::string(2, '\0')) << "without procedures";
+    TStoredCounter counter, other, none;
     counter.Value = 300;
     other.Name = "Second";
     other.Value = 7;
+    none.Name = "Nothing";
+    none.Store = false;
     counter.Blob = std::string("\x00\x01\x02", 3);
     settings.AddStorageProc(TStorageProc::Of<&TStoredCounter::Define>(&counter));
     settings.AddBinStorageProc(TBinStorageProc::Of<&TStoredCounter::DefineBlob>(&counter));
     settings.AddStorageProc(TStorageProc::Of<&TStoredCounter::Define>(&other));
+    settings.AddStorageProc(TStorageProc::Of<&TStoredCounter::Define>(&none));
+    settings.AddBinStorageProc(TBinStorageProc::Of<&TStoredCounter::DefineBlob>(&none));
     std::string bytes = Save(&settings);
-    size_t counterAt = bytes.find("\x07"
-                                  "Counter");
-    size_t secondAt = bytes.find("\x06"
-                                 "Second");
-    size_t blobAt = bytes.find("\x04"
-                               "Blob");
-    ASSERT_NE(counterAt, std::string::npos);
-    ASSERT_NE(secondAt, std::string::npos);
-    ASSERT_NE(blobAt, std::string::npos);
-    // Every storage procedure comes before every binary one.
-    EXPECT_LT(counterAt, secondAt);
-    EXPECT_LT(secondAt, blobAt);
-    EXPECT_EQ(bytes.substr(blobAt + 5, 8), std::string("\x0A\x03\x00\x00\x00\x00\x01\x02", 8));
+    // Every storage procedure comes before every binary one; without data nothing is written.
+    std::string expected =
+        head + "\x07" + "Counter" + "\x03\x2C\x01" + "\x06" + "Second" + "\x02\x07" + "\x04" +
+        "Blob" + std::string("\x0A\x03\x00\x00\x00\x00\x01\x02", 8) + std::string(2, '\0');
+    EXPECT_EQ(bytes, expected);
 
     counter.Value = 0;
     other.Value = 0;
@@ -260,16 +234,6 @@ TEST(StorageProcs, DefineValuesInTheOrderAdded) {
     EXPECT_EQ(counter.Value, 300);
     EXPECT_EQ(other.Value, 7);
     EXPECT_EQ(counter.Blob, std::string("\x00\x01\x02", 3));
-}
-
-TEST(StorageProcs, NothingWrittenWithoutData) {
-    TCustomSettings settings;
-    TStoredCounter counter;
-    counter.Store = false;
-    settings.AddStorageProc(TStorageProc::Of<&TStoredCounter::Define>(&counter));
-    settings.AddBinStorageProc(TBinStorageProc::Of<&TStoredCounter::DefineBlob>(&counter));
-    EXPECT_EQ(Save(&settings).find("Counter"), std::string::npos);
-    EXPECT_EQ(Save(&settings).find("Blob"), std::string::npos);
 }
 
 TEST(StorageProcs, HasProcComparesCodeAndObject) {
