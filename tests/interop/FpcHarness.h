@@ -139,15 +139,6 @@ private:
             Add(ind + tag + " " + Hex(s.data(), s.size()));
             break;
         }
-        case vaUTF8String: {
-            r_.ReadValue();
-            uint32_t n;
-            r_.Read(&n, 4);
-            std::string s(n, '\0');
-            r_.Read(s.data(), n);
-            Add(ind + tag + " " + Hex(s.data(), s.size()));
-            break;
-        }
         case vaWString: {
             std::u16string w = r_.ReadWideString();
             Add(ind + tag + " " + Hex(w.data(), w.size() * 2));
@@ -156,6 +147,7 @@ private:
         case vaIdent:
             Add(ind + tag + " " + r_.ReadIdent());
             break;
+        case vaUTF8String: // a length of four bytes and the bytes, as binary data
         case vaBinary: {
             r_.ReadValue();
             uint32_t n;

@@ -17,8 +17,19 @@ using namespace spcmodel;
 
 namespace {
 
+// The tree as text, every value in it.
+std::string TextOf(TProgram& p) {
+    TObjectSaver saver;
+    saver.Format = sofText;
+    TPersistent* objs[] = {&p.settings};
+    std::string text;
+    saver.GetObjectProps(objs, text);
+    return text;
+}
+
 class SpcFiles : public ::testing::Test {
 protected:
+    SpcFiles() { FillNonDefault(filled_); }
     std::string Saved(TProgram& p, TObjectStorageFormat format, const std::string& name = "a") {
         std::string file = dir_.File(name + SpcFileExt(format));
         SaveSpc(&p.settings, file, format);
@@ -40,33 +51,20 @@ protected:
         file = dir_.File(name);
         WriteAll(file, bytes);
     }
+    // Every value of the filled tree, as it should come back.
+    void ExpectFilled(TProgram& p) {
+        EXPECT_EQ(TextOf(p), TextOf(filled_));
+        EXPECT_EQ(p.settings.GetView()->GetPicture()->Graphic()->Bytes(), TinyBitmap());
+    }
     TempDir dir_;
+    TProgram filled_; // every value other than its default
 };
-
-// The tree as text, every value in it.
-std::string TextOf(TProgram& p) {
-    TObjectSaver saver;
-    saver.Format = sofText;
-    TPersistent* objs[] = {&p.settings};
-    std::string text;
-    saver.GetObjectProps(objs, text);
-    return text;
-}
-
-// Every value of the filled tree, as it should come back.
-void ExpectFilled(TProgram& p) {
-    TProgram filled;
-    FillNonDefault(filled);
-    EXPECT_EQ(TextOf(p), TextOf(filled));
-    EXPECT_EQ(p.settings.GetView()->GetPicture()->Graphic()->Bytes(), TinyBitmap());
-}
 
 // ---------------------------------------------------------------------------------------------
 // The file's bytes
 
 TEST_F(SpcFiles, BinaryFileIsOneRootObject) {
-    TProgram p;
-    FillNonDefault(p);
+    TProgram& p = filled_;
     std::string bytes = ReadAll(Saved(p, osfBin));
     std::string head = std::string("TPF0") + "\x09" + "TSettings" + '\0';
     ASSERT_GT(bytes.size(), head.size() + 2);
@@ -129,16 +127,14 @@ TEST_F(SpcFiles, DefaultValuesAreWrittenToo) {
 }
 
 TEST_F(SpcFiles, ResourceAndExtendedFormsSaveAsPlainBinary) {
-    TProgram p;
-    FillNonDefault(p);
+    TProgram& p = filled_;
     std::string plain = ReadAll(Saved(p, osfBin, "plain"));
     EXPECT_EQ(ReadAll(Saved(p, osfResBin, "res")), plain);
     EXPECT_EQ(ReadAll(Saved(p, osfExtBin, "ext")), plain);
 }
 
 TEST_F(SpcFiles, TextFileIsTheBinaryObjectAsText) {
-    TProgram p;
-    FillNonDefault(p);
+    TProgram& p = filled_;
     std::string binary = ReadAll(Saved(p, osfBin));
     std::string text = ReadAll(Saved(p, osfText));
     EXPECT_EQ(text.rfind("object TSettings\r\n", 0), 0u) << text.substr(0, 40);
@@ -152,8 +148,7 @@ TEST_F(SpcFiles, TextFileIsTheBinaryObjectAsText) {
 // Round trips
 
 TEST_F(SpcFiles, RoundTripsRestoreTheWholeTreeInTheFormOfTheContentNotTheExtension) {
-    TProgram saved;
-    FillNonDefault(saved);
+    TProgram& saved = filled_;
     std::string misnamed = dir_.File("text.sbn");
     WriteAll(misnamed, ReadAll(Saved(saved, osfText)));
     const std::pair<std::string, TObjectStorageFormat> cases[] = {
@@ -219,8 +214,7 @@ TEST_F(SpcFiles, OlderFileUpdatesOnlyTheItemsCodeKnows) {
 }
 
 TEST_F(SpcFiles, NewerFileWithAPropertyTheClassLacksLoadsTheRest) {
-    TProgram saved;
-    FillNonDefault(saved);
+    TProgram& saved = filled_;
     // Rename the stored "Version" into a property the class doesn't have.
     std::string file;
     ASSERT_NO_FATAL_FAILURE(SaveSwapped(saved, "Version", "Revised", "newer.sbn", file));
@@ -277,8 +271,7 @@ TEST_F(SpcFiles, MissingFileFailsAndLeavesTheObject) {
 }
 
 TEST_F(SpcFiles, FileWithADataHeaderIsNotASpecification) {
-    TProgram p;
-    FillNonDefault(p);
+    TProgram& p = filled_;
     std::string file = dir_.File("header.sbn");
     TObject* objects[] = {&p.settings};
     SaveObjectDataBinary(objects, file, "1.01 99.99", false);
@@ -294,8 +287,7 @@ TEST_F(SpcFiles, NilObjectFails) {
 }
 
 TEST_F(SpcFiles, BadValueIsPassedOverWhenErrorsAreIgnored) {
-    TProgram saved;
-    FillNonDefault(saved);
+    TProgram& saved = filled_;
     // "View.Layout" holds an identifier the enumeration doesn't have.
     std::string file;
     ASSERT_NO_FATAL_FAILURE(SaveSwapped(saved, "loTabs", "loGrid", "badvalue.sbn", file));
@@ -316,8 +308,7 @@ TEST_F(SpcFiles, BadValueIsPassedOverWhenErrorsAreIgnored) {
 }
 
 TEST_F(SpcFiles, TruncatedFileLoadsUpToTheCutAndFails) {
-    TProgram saved;
-    FillNonDefault(saved);
+    TProgram& saved = filled_;
     std::string bytes = ReadAll(Saved(saved, osfBin));
     size_t at = bytes.find("History");
     ASSERT_NE(at, std::string::npos);

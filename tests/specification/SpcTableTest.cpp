@@ -76,49 +76,41 @@ TEST(Versions, MalformedLinesFail) {
         EXPECT_THROW(ParseVerInfo(format, text), ESpcMngError) << text;
 }
 
-TEST(CheckVer, WithoutCheckingOnlyParses) {
-    DialogRecorder dialogs;
+TEST(CheckVer, AsksAboutLaterDelphiAndEditorVersionsOnlyWhenChecking) {
+    const std::string delphi =
+        "Downloaded file of the specification settings.sbn is created by a later Delphi version. "
+        "Delphi editor version: 99.99 file version: 99.99.Possible incorrect work with "
+        "specification because of RTTI structure changes in new version.Continue load file?";
+    const std::string editor =
+        "Specification file settings.sbn created with later editor versionCurrent editor version: "
+        "1.01 in file version: 1.02.Loading may be incorrect. Continue load file?";
+    const struct {
+        bool check;
+        TObjectStorageFormat format;
+        const char* line;
+        int answer;
+        bool skip;
+        std::string question;
+    } cases[] = {{false, osfBin, "9.99 99.99", IDNO, false, ""},
+                 {true, osfBin, "1.01 99.99", IDNO, true, delphi},
+                 {true, osfText, " e_ver: 1.01 d_ver: 99.99", IDYES, false, delphi},
+                 {true, osfBin, "1.00 6.00", IDNO, false, ""},
+                 {true, osfBin, "1.02 6.00", IDNO, true, editor}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.line);
+        DialogRecorder dialogs;
+        dialogs.answer = c.answer;
+        TVerCheckData data{c.check, "settings.sbn"};
+        bool skip = !c.skip;
+        CheckVer({c.format, false}, c.line, skip, &data);
+        EXPECT_EQ(skip, c.skip);
+        EXPECT_EQ(dialogs.texts,
+                  c.question.empty() ? std::vector<std::string>{} : std::vector{c.question});
+    }
     TVerCheckData data{false, "x.sbn"};
-    bool skip = true;
-    CheckVer({osfBin, false}, "9.99 99.99", skip, &data);
-    EXPECT_FALSE(skip);
-    EXPECT_TRUE(dialogs.texts.empty());
+    bool skip = false;
     EXPECT_THROW(CheckVer({osfBin, false}, "9.99", skip, &data), ESpcMngError);
     EXPECT_THROW(CheckVer({osfText, false}, "9.99 1.0", skip, nullptr), ESpcMngError);
-}
-
-TEST(CheckVer, FileOfThisVersionRaisesTheDelphiQuestion) {
-    DialogRecorder dialogs;
-    dialogs.answer = IDNO;
-    TVerCheckData data{true, "settings.sbn"};
-    bool skip = false;
-    CheckVer({osfBin, false}, "1.01 99.99", skip, &data);
-    EXPECT_TRUE(skip);
-    ASSERT_EQ(dialogs.texts.size(), 1u);
-    EXPECT_EQ(dialogs.texts[0],
-              "Downloaded file of the specification settings.sbn is created by a later Delphi "
-              "version. Delphi editor version: 99.99 file version: 99.99.Possible incorrect work "
-              "with specification because of RTTI structure changes in new version.Continue "
-              "load file?");
-    dialogs.answer = IDYES;
-    CheckVer({osfText, false}, " e_ver: 1.01 d_ver: 99.99", skip, &data);
-    EXPECT_FALSE(skip);
-}
-
-TEST(CheckVer, LaterEditorAsksAndOtherDelphiVersionsDoNot) {
-    DialogRecorder dialogs;
-    dialogs.answer = IDNO;
-    TVerCheckData data{true, "settings.sbn"};
-    bool skip = false;
-    CheckVer({osfBin, false}, "1.00 6.00", skip, &data);
-    EXPECT_FALSE(skip);
-    EXPECT_TRUE(dialogs.texts.empty());
-    CheckVer({osfBin, false}, "1.02 6.00", skip, &data);
-    EXPECT_TRUE(skip);
-    ASSERT_EQ(dialogs.texts.size(), 1u);
-    EXPECT_EQ(dialogs.texts[0],
-              "Specification file settings.sbn created with later editor versionCurrent editor "
-              "version: 1.01 in file version: 1.02.Loading may be incorrect. Continue load file?");
 }
 
 TEST(CheckVer, TheDelphiAnswerOverridesTheEditorAnswer) {
