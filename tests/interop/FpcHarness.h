@@ -4,6 +4,8 @@
 // made with our TReader for comparison.
 #pragma once
 
+#include "tests/interop/FileBytes.h"
+
 #include "rtl/Filer.h"
 #include "rtl/ObjectText.h"
 #include "rtl/Streams.h"
@@ -22,18 +24,6 @@ namespace interop {
 
 using namespace rtl;
 namespace fs = std::filesystem;
-
-inline std::string ReadFile(const fs::path& p) {
-    std::ifstream f(p, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
-
-inline void WriteFile(const fs::path& p, const std::string& data) {
-    std::ofstream f(p, std::ios::binary);
-    f << data;
-}
 
 inline fs::path SourceDir() {
     if (const char* s = std::getenv("ZELVANE_SOURCE_DIR")) return s;

@@ -51,33 +51,6 @@ std::string Short(const std::string& s) {
     return static_cast<char>(s.size()) + s;
 }
 
-TempDir::TempDir() {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string(test->test_suite_name()) + "." + test->name();
-    std::replace(name.begin(), name.end(), '/', '_'); // parameterised tests
-    path_ = std::filesystem::temp_directory_path() /
-            ("zelvane-persist-" + std::to_string(::getpid()) + "-" + name);
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    std::filesystem::remove_all(path_, ec);
-}
-
-std::string TempDir::File(const std::string& name) const {
-    return (path_ / name).string();
-}
-
-std::vector<std::string> TempDir::Entries() const {
-    std::vector<std::string> names;
-    for (auto& e : std::filesystem::directory_iterator(path_))
-        names.push_back(e.path().filename().string());
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
 Foos::Foos(std::initializer_list<int32_t> widths) {
     for (int32_t w : widths) {
         foo.push_back(std::make_unique<TFoo>());
@@ -133,18 +106,6 @@ std::vector<Root> Roots(const std::string& data) {
         roots.push_back(root);
     }
     return roots;
-}
-
-std::string ReadAll(const std::string& file) {
-    std::ifstream f(file, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
-
-void WriteAll(const std::string& file, const std::string& data) {
-    std::ofstream f(file, std::ios::binary);
-    f << data;
 }
 
 } // namespace model

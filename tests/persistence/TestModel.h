@@ -1,9 +1,7 @@
-// Classes with published properties of every kind, shared by the persistence tests, and a
-// recording message box that answers the load-error question.
+// Classes with published properties of every kind, shared by the persistence tests.
 #pragma once
 
-#include "foundation/AppUtils.h"
-#include "foundation/Dialogs.h"
+#include "Scratch.h"
 #include "persistence/DataHndl.h"
 #include "rtl/Classes.h"
 #include "rtl/Graphics.h"
@@ -140,30 +138,10 @@ public:
     TLook* LookField = nullptr;
 };
 
-// Answers every message box with `answer` and records the texts.
-class DialogRecorder {
-public:
-    DialogRecorder() {
-        zelvane::TWindowSystem ws;
-        ws.MessageBox = [this](zelvane::HWND, const std::string& text, const std::string&,
-                               uint32_t style) {
-            texts.push_back(text);
-            styles.push_back(style);
-            return answer;
-        };
-        old_ = zelvane::SetWindowSystem(ws);
-    }
-    ~DialogRecorder() { zelvane::SetWindowSystem(old_); }
-    DialogRecorder(const DialogRecorder&) = delete;
-    DialogRecorder& operator=(const DialogRecorder&) = delete;
-
-    int answer = zelvane::IDYES;
-    std::vector<std::string> texts;
-    std::vector<uint32_t> styles;
-
-private:
-    zelvane::TWindowSystem old_;
-};
+using scratch::DialogRecorder;
+using scratch::ReadAll;
+using scratch::TempDir;
+using scratch::WriteAll;
 
 // The bytes of a string as spaced hexadecimal ("54 50 46 30").
 std::string HexBytes(const std::string& data);
@@ -173,21 +151,6 @@ std::string Bytes(std::initializer_list<int> bytes);
 
 // A short string: its length byte and its characters.
 std::string Short(const std::string& s);
-
-// A scratch directory of its own for each test, removed with the object.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    std::string File(const std::string& name) const;
-    // The names of the entries in the directory, sorted.
-    std::vector<std::string> Entries() const;
-
-private:
-    std::filesystem::path path_;
-};
 
 // TFoo objects of the given widths, with the arrays of them that the load and save operations
 // and the savers take.
@@ -210,9 +173,6 @@ struct Root {
     std::vector<std::string> Props;
 };
 std::vector<Root> Roots(const std::string& data);
-
-std::string ReadAll(const std::string& file);
-void WriteAll(const std::string& file, const std::string& data);
 
 // Runs f and returns the message of the EDataHandlingError it raises.
 template <class F> std::string DataError(F&& f) {

@@ -163,45 +163,4 @@ void FillNonDefault(TProgram& p) {
     p.units.Filter = "*.dpr;*.pas";
 }
 
-DialogRecorder::DialogRecorder() {
-    TWindowSystem ws;
-    ws.MessageBox = [this](HWND, const std::string& text, const std::string&, uint32_t) {
-        texts.push_back(text);
-        return answer;
-    };
-    old_ = SetWindowSystem(ws);
-}
-
-DialogRecorder::~DialogRecorder() {
-    SetWindowSystem(old_);
-}
-
-TempDir::TempDir() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "zelvane-spc-XXXXXX").string();
-    char* made = mkdtemp(pattern.data());
-    if (!made) throw std::runtime_error("mkdtemp failed");
-    dir_ = made;
-}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    std::filesystem::remove_all(dir_, ec);
-}
-
-std::string TempDir::File(const std::string& name) const {
-    return dir_ + "/" + name;
-}
-
-std::string ReadAll(const std::string& fileName) {
-    std::ifstream f(fileName, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
-
-void WriteAll(const std::string& fileName, const std::string& data) {
-    std::ofstream f(fileName, std::ios::binary);
-    f << data;
-}
-
 } // namespace spcmodel

@@ -10,6 +10,7 @@
 
 #include "foundation/AppUtils.h"
 #include "foundation/Dialogs.h"
+#include "tests/persistence/Scratch.h"
 
 #include <memory>
 #include <string>
@@ -177,33 +178,9 @@ void FillNonDefault(TProgram& p);
 // A 1x1 bitmap file.
 std::string TinyBitmap();
 
-// Answers every message box with `answer` and records the texts.
-class DialogRecorder {
-public:
-    DialogRecorder();
-    ~DialogRecorder();
-    DialogRecorder(const DialogRecorder&) = delete;
-    DialogRecorder& operator=(const DialogRecorder&) = delete;
-
-    int answer = IDYES;
-    std::vector<std::string> texts;
-
-private:
-    TWindowSystem old_;
-};
-
-// A file in a directory of its own under the system's temporary directory, removed with it.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    std::string File(const std::string& name) const;
-
-private:
-    std::string dir_;
-};
-
-std::string ReadAll(const std::string& fileName);
-void WriteAll(const std::string& fileName, const std::string& data);
+using scratch::DialogRecorder;
+using scratch::ReadAll;
+using scratch::TempDir;
+using scratch::WriteAll;
 
 } // namespace spcmodel
