@@ -1,49 +1,19 @@
 // The text form of object streams: the layout the converter writes, the parser and its errors,
 // round trips, objects stored back to back, the resource form and format detection.
-#include "rtl/ObjectText.h"
-#include "rtl/Filer.h"
-#include "rtl/Streams.h"
 #include "rtl/SysUtils.h"
 
-#include <gtest/gtest.h>
+#include "TestSupport.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <limits>
 #include <random>
-#include <sstream>
-#include <string>
 
 using namespace rtl;
-namespace fs = std::filesystem;
+using namespace rtltest;
 
 namespace {
-
-std::string Bytes(std::initializer_list<int> b) {
-    std::string s;
-    for (int x : b)
-        s.push_back(static_cast<char>(x));
-    return s;
-}
-
-std::string ToText(const std::string& binary) {
-    TStringStream in(binary), out;
-    ObjectBinaryToText(&in, &out);
-    return out.DataString();
-}
-
-std::string ToBinary(const std::string& text) {
-    TStringStream in(text), out;
-    ObjectTextToBinary(&in, &out);
-    return out.DataString();
-}
 
 // A binary object of class TX named N with the given property records.
 std::string Object(const std::function<void(TWriter&)>& props) {
@@ -64,21 +34,20 @@ std::string Wrap(const std::string& lines) {
     return "object N: TX\r\n" + lines + "end\r\n";
 }
 
-// The text of a single property "P" holding the value written by f.
-std::string ValueText(const std::function<void(TWriter&)>& f) {
-    return ToText(Object([&](TWriter& w) {
+// The object with a single property "P" holding the value written by f, and its text.
+std::string PObject(const std::function<void(TWriter&)>& f) {
+    return Object([&](TWriter& w) {
         w.WriteStr("P");
         f(w);
-    }));
+    });
+}
+
+std::string ValueText(const std::function<void(TWriter&)>& f) {
+    return ToText(PObject(f));
 }
 
 std::string ParserError(const std::string& text) {
-    try {
-        ToBinary(text);
-    } catch (const EParserError& e) {
-        return e.Message();
-    }
-    return "no error";
+    return MessageOf<EParserError>([&] { ToBinary(text); });
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -172,30 +141,11 @@ std::string StreamFloatByTrial(long double v) {
 }
 
 TEST(ObjectTextLayout, FloatTextIsTheShortestThatReadsBack) {
-    std::vector<long double> values = {0.0L,
-                                       -0.0L,
-                                       1,
-                                       -1,
-                                       0.5L,
-                                       0.25L,
-                                       123.25L,
-                                       1e17L,
-                                       1e18L,
-                                       1e19L,
-                                       123456789012345678.0L,
-                                       1234567890123456789.0L,
-                                       99999999999999999.0L,
-                                       0.0001220703125L,
-                                       0.00006103515625L,
-                                       9.5367431640625e-07L,
-                                       3.0517578125e-05L,
-                                       1e38L,
-                                       2e38L,
-                                       1e300L,
-                                       0.1L,
-                                       1.0L / 3,
-                                       65536.5L,
-                                       -7.75e20L};
+    std::vector<long double> values({0.0L, -0.0L, 1, -1, 0.5L, 0.25L, 123.25L, 1e17L, 1e18L, 1e19L,
+                                     123456789012345678.0L, 1234567890123456789.0L,
+                                     99999999999999999.0L, 0.0001220703125L});
+    values.insert(values.end(), {0.00006103515625L, 9.5367431640625e-07L, 3.0517578125e-05L, 1e38L,
+                                 2e38L, 1e300L, 0.1L, 1.0L / 3, 65536.5L, -7.75e20L});
     // Binary fractions and large whole numbers have short exact decimals; the others come from
     // random bits.
     std::mt19937_64 rng(2024);
@@ -216,22 +166,14 @@ TEST(ObjectTextLayout, SubnormalFloatsReadBackAsTheyWereWritten) {
     // text must read back. Those of few digits come back to the same bytes; the others, as any
     // extended value of more than 18 digits, to a value that then stays as it is.
     for (long double v : {std::numeric_limits<long double>::denorm_min(), -2.9784e-4938L}) {
-        std::string binary = Object([v](TWriter& w) {
-            w.WriteStr("P");
-            w.WriteFloat(v);
-        });
+        std::string binary = PObject([v](TWriter& w) { w.WriteFloat(v); });
         EXPECT_EQ(ToBinary(ToText(binary)), binary) << FormatStreamFloat(v);
     }
-    std::string third = Object([](TWriter& w) {
-        w.WriteStr("P");
-        w.WriteFloat(std::numeric_limits<long double>::min() / 3);
-    });
-    std::string once = ToBinary(ToText(third));
+    std::string once = ToBinary(ToText(
+        PObject([](TWriter& w) { w.WriteFloat(std::numeric_limits<long double>::min() / 3); })));
     EXPECT_EQ(ToBinary(ToText(once)), once);
-    std::string single = Object([](TWriter& w) {
-        w.WriteStr("P");
-        w.WriteSingle(std::numeric_limits<float>::denorm_min());
-    });
+    std::string single =
+        PObject([](TWriter& w) { w.WriteSingle(std::numeric_limits<float>::denorm_min()); });
     EXPECT_EQ(ToBinary(ToText(single)), single);
     // Beyond the range of the type, either way, the text is refused.
     for (const char* text :
@@ -338,29 +280,30 @@ TEST(ObjectTextParser, TokensAndLineNumbers) {
     TStringStream s("object Form1: TForm1\r\n  Left = -12\n  W = 1.5s $FF 'a'#66 'x'#1046\r\n");
     TParser p(&s);
     EXPECT_TRUE(p.TokenSymbolIs("OBJECT"));
-    EXPECT_EQ(p.NextToken(), toSymbol);
-    EXPECT_EQ(p.TokenString(), "Form1");
-    EXPECT_EQ(p.NextToken(), ':');
-    p.NextToken();
-    p.NextToken();
-    EXPECT_EQ(p.SourceLine(), 2);
-    EXPECT_EQ(p.TokenString(), "Left");
-    p.NextToken();
-    EXPECT_EQ(p.NextToken(), toInteger);
-    EXPECT_EQ(p.TokenInt(), -12);
-    p.NextToken();
-    EXPECT_EQ(p.SourceLine(), 3);
-    p.NextToken();
-    EXPECT_EQ(p.NextToken(), toFloat);
-    EXPECT_EQ(p.TokenFloat(), 1.5L);
-    EXPECT_EQ(p.FloatType(), 's');
-    EXPECT_EQ(p.NextToken(), toInteger);
-    EXPECT_EQ(p.TokenInt(), 255);
-    EXPECT_EQ(p.NextToken(), toString);
-    EXPECT_EQ(p.TokenString(), "aB");
-    EXPECT_EQ(p.NextToken(), toWString);
-    EXPECT_EQ(p.TokenWideString(), u"x\u0416");
-    EXPECT_EQ(p.NextToken(), toEOF);
+    // Each token as its line, its kind and its value.
+    V tokens;
+    for (; p.Token() != toEOF; p.NextToken()) {
+        std::string t = std::to_string(p.SourceLine()) + ":";
+        if (p.Token() == toSymbol)
+            t += "symbol " + p.TokenString();
+        else if (p.Token() == toString)
+            t += "string " + p.TokenString();
+        else if (p.Token() == toInteger)
+            t += "integer " + std::to_string(p.TokenInt());
+        else if (p.Token() == toFloat)
+            t += "float " + FormatStreamFloat(p.TokenFloat()) + p.FloatType();
+        else if (p.Token() == toWString)
+            t += "wide";
+        else
+            t += p.Token();
+        if (p.Token() == toWString) {
+            EXPECT_EQ(p.TokenWideString(), u"x\u0416");
+        }
+        tokens.push_back(t);
+    }
+    EXPECT_EQ(tokens, (V{"1:symbol object", "1:symbol Form1", "1::", "1:symbol TForm1",
+                         "2:symbol Left", "2:=", "2:integer -12", "3:symbol W",
+                         "3:=", "3:float 1.5s", "3:integer 255", "3:string aB", "3:wide"}));
 }
 
 TEST(ObjectTextParser, TokensReadTheSameWhereverTheBlocksOfTheStreamEnd) {
@@ -391,29 +334,24 @@ TEST(ObjectTextParser, TokensReadTheSameWhereverTheBlocksOfTheStreamEnd) {
 }
 
 TEST(ObjectTextParser, SyntaxErrorsNameTheLine) {
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 'open\r\nend\r\n"),
-              "Unterminated string on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X 1\r\nend\r\n"),
-              "'=' expected but integer found on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n\r\n  X = )\r\nend\r\n"),
-              "Invalid property value on line 3");
+    // The text after "object A: T" and a line break.
+    const std::pair<std::string, std::string> cases[] = {
+        {"  X = 'open\r\nend\r\n", "Unterminated string on line 2"},
+        {"  X 1\r\nend\r\n", "'=' expected but integer found on line 2"},
+        {"\r\n  X = )\r\nend\r\n", "Invalid property value on line 3"},
+        {"  X = {0A1}\r\nend\r\n", "Wrong number of hexadecimal digits in binary value on line 2"},
+        {"  X = 'a'#99999\r\nend\r\n", "Invalid character code on line 2"},
+        {"  X = 1.5e\r\nend\r\n", "Invalid floating point number: 1.5e on line 2"},
+        {"  X = (1 2\r\n", "Invalid property value on line 3"},
+        {"  X = 1\r\n", "identifier expected but end of file found on line 3"},
+        {std::string("  X = \0\r\nend\r\n", 10), "Invalid character 0 in text on line 2"},
+        {"  X = 1e99999s\r\nend\r\n", "Float value out of range: 1e99999 on line 2"},
+        {"  X = 99999999999999999999\r\nend\r\n",
+         "Invalid integer number: 99999999999999999999 on line 2"}};
+    for (const auto& [text, message] : cases)
+        EXPECT_EQ(ParserError("object A: T\r\n" + text), message);
     EXPECT_EQ(ParserError("thing A: T\r\nend\r\n"),
               "'object' expected but 'thing' found on line 1");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = {0A1}\r\nend\r\n"),
-              "Wrong number of hexadecimal digits in binary value on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 'a'#99999\r\nend\r\n"),
-              "Invalid character code on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 1.5e\r\nend\r\n"),
-              "Invalid floating point number: 1.5e on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = (1 2\r\n"), "Invalid property value on line 3");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 1\r\n"),
-              "identifier expected but end of file found on line 3");
-    EXPECT_EQ(ParserError(std::string("object A: T\r\n  X = \0\r\nend\r\n", 23)),
-              "Invalid character 0 in text on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 1e99999s\r\nend\r\n"),
-              "Float value out of range: 1e99999 on line 2");
-    EXPECT_EQ(ParserError("object A: T\r\n  X = 99999999999999999999\r\nend\r\n"),
-              "Invalid integer number: 99999999999999999999 on line 2");
 }
 
 TEST(ObjectTextParser, ReadsThePlatformsOwnSpellings) {
@@ -466,20 +404,10 @@ TEST(ObjectTextParser, DecimalsReadAsTheNearestExtendedValue) {
     // A float's text becomes the extended value nearest to it, as strtold reads it: decimals of
     // up to 21 digits, up to 30 of them after the point, of either sign, with and without
     // leading and trailing zeros, and with exponents.
-    std::vector<std::string> texts = {"0.0",
-                                      "-0.0",
-                                      "1.5",
-                                      "300.25",
-                                      "0.1",
-                                      "-0.3",
-                                      "12.",
-                                      "007.50",
-                                      "0.000000000000000000000000001",
-                                      "9999999999999999999.5",
-                                      "18446744073709551615.0",
-                                      "1234567890.123456789",
-                                      "1.5e3",
-                                      "2E-5"};
+    std::vector<std::string> texts({"0.0", "-0.0", "1.5", "300.25", "0.1", "-0.3", "12.", "007.50",
+                                    "0.000000000000000000000000001", "9999999999999999999.5",
+                                    "18446744073709551615.0", "1234567890.123456789", "1.5e3",
+                                    "2E-5"});
     std::mt19937_64 rng(7);
     for (int i = 0; i < 2000; ++i) {
         std::string digits = std::to_string(rng() >> (rng() % 64));
@@ -553,19 +481,6 @@ TEST(ObjectTextParser, OutputStopsWhereTheTextGoesWrong) {
                                      {"  Q 2\r\n", "\x01Q"}};
     for (const Case& c : cases)
         EXPECT_EQ(partial(head + c.Tail + "end\r\n"), before + c.Written) << c.Tail;
-}
-
-fs::path CorpusDir() {
-    if (const char* s = std::getenv("ZELVANE_SOURCE_DIR"))
-        return fs::path(s) / "tests" / "interop" / "corpus";
-    return fs::path(__FILE__).parent_path().parent_path() / "interop" / "corpus";
-}
-
-std::string ReadFile(const fs::path& p) {
-    std::ifstream f(p, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
 }
 
 TEST(ObjectTextRoundTrip, CorpusTextAndBinaryConvertBothWaysUnchanged) {
@@ -707,14 +622,9 @@ TEST(ObjectTextDamage, DeepNestingIsRefusedInBothDirections) {
 }
 
 TEST(ObjectTextDamage, UnknownValueTagInBinary) {
-    std::string binary = "TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X', 21, 0, 0});
-    TStringStream in(binary), out;
-    try {
-        ObjectBinaryToText(&in, &out);
-        FAIL();
-    } catch (const EReadError& e) {
-        EXPECT_EQ(e.Message(), "Unknown value type 21 in stream");
-    }
+    TStringStream in("TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X', 21, 0, 0})), out;
+    EXPECT_EQ(MessageOf<EReadError>([&] { ObjectBinaryToText(&in, &out); }),
+              "Unknown value type 21 in stream");
 }
 
 } // namespace

@@ -1,39 +1,17 @@
 // The objconv command-line tool: conversions between the forms, detection, checking, and its
 // exit statuses and messages.
-#include <gtest/gtest.h>
+#include "TestSupport.h"
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
 #include <sys/wait.h>
 
 namespace fs = std::filesystem;
+using namespace rtltest;
 
 namespace {
 
 fs::path BinaryDir() {
     if (const char* s = std::getenv("ZELVANE_BINARY_DIR")) return s;
     return fs::canonical("/proc/self/exe").parent_path().parent_path();
-}
-
-fs::path SourceDir() {
-    if (const char* s = std::getenv("ZELVANE_SOURCE_DIR")) return s;
-    return fs::path(__FILE__).parent_path().parent_path().parent_path();
-}
-
-std::string ReadFile(const fs::path& p) {
-    std::ifstream f(p, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
-
-void WriteFile(const fs::path& p, const std::string& data) {
-    std::ofstream f(p, std::ios::binary);
-    f << data;
 }
 
 class ObjconvTool : public ::testing::Test {
@@ -55,9 +33,7 @@ protected:
         return WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
     }
 
-    fs::path Corpus(const char* name) {
-        return SourceDir() / "tests" / "interop" / "corpus" / name;
-    }
+    fs::path Corpus(const char* name) { return CorpusDir() / name; }
 
     fs::path tool_, dir_;
 };
@@ -114,12 +90,12 @@ TEST_F(ObjconvTool, CommandLine) {
     std::string out, err;
     EXPECT_EQ(Run("--help", &out), 0);
     EXPECT_EQ(out.rfind("Usage: objconv", 0), 0u);
-    EXPECT_EQ(Run("", &out, &err), 2);
-    EXPECT_NE(err.find("no input file"), std::string::npos);
-    EXPECT_EQ(Run("--bogus x", &out, &err), 2);
-    EXPECT_NE(err.find("unknown option '--bogus'"), std::string::npos);
-    EXPECT_EQ(Run("--to=pdf x", &out, &err), 2);
-    EXPECT_NE(err.find("unknown form 'pdf'"), std::string::npos);
+    for (auto [args, reason] : {std::pair{"", "no input file"},
+                                {"--bogus x", "unknown option '--bogus'"},
+                                {"--to=pdf x", "unknown form 'pdf'"}}) {
+        EXPECT_EQ(Run(args, &out, &err), 2) << args;
+        EXPECT_NE(err.find(reason), std::string::npos) << err;
+    }
 }
 
 } // namespace
