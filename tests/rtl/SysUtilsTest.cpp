@@ -1,29 +1,19 @@
 // SysUtils: Format and its errors, number and date conversions under the locale globals,
 // Windows-1251 case folding and collation, the 1-based string helpers, paths and files.
+// Tables compare the list of results with the list of wanted values, case for case.
 #include "rtl/SysUtils.h"
-#include "rtl/CodePage.h"
 
-#include <gtest/gtest.h>
+#include "TestSupport.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <string>
-#include <unistd.h>
-#include <vector>
 
 using namespace rtl;
+using namespace rtltest;
 
 namespace {
-
-// Windows-1251 text from UTF-8 source.
-std::string W(const char* utf8) {
-    return Utf8ToCp1251(utf8);
-}
 
 // Restores the locale globals a test changes.
 class LocaleGuard {
@@ -49,18 +39,27 @@ private:
 };
 
 template <class F> std::string ConvertMessage(F f) {
-    try {
-        f();
-    } catch (const EConvertError& e) {
-        return e.Message();
-    }
-    return "<no EConvertError>";
+    return MessageOf<EConvertError>(f);
 }
 
-std::string TempDir() {
-    char tmpl[] = "/tmp/rtl_sysutils_XXXXXX";
-    const char* d = mkdtemp(tmpl);
-    return d ? d : "";
+// The signs of comparison results, as -1, 0 and 1.
+std::vector<int> Signs(std::initializer_list<int> results) {
+    std::vector<int> r;
+    for (int c : results)
+        r.push_back((c > 0) - (c < 0));
+    return r;
+}
+
+// Compares two lists of numbers to within four units in the last place, case for case.
+void ExpectNear(const std::vector<double>& got, const std::vector<double>& want) {
+    ASSERT_EQ(got.size(), want.size());
+    for (size_t i = 0; i < got.size(); ++i)
+        EXPECT_DOUBLE_EQ(got[i], want[i]) << "case " << i;
+}
+
+// The value of a date and time, as a number, for comparisons of lists.
+double At(int y, int m, int d, int h = 0, int n = 0, int s = 0, int ms = 0) {
+    return EncodeDate(y, m, d).Value + EncodeTime(h, n, s, ms).Value;
 }
 
 } // namespace
@@ -68,60 +67,36 @@ std::string TempDir() {
 // ---------------------------------------------------------------------------------------------
 // Format
 
-TEST(Format, IntegerDirectives) {
-    EXPECT_EQ(Format("%d", {42}), "42");
-    EXPECT_EQ(Format("%d", {-42}), "-42");
-    EXPECT_EQ(Format("%5d|", {42}), "   42|");
-    EXPECT_EQ(Format("%-5d|", {42}), "42   |");
-    EXPECT_EQ(Format("%.4d", {-5}), "-0005");
-    EXPECT_EQ(Format("%d", {int64_t(9000000000LL)}), "9000000000");
-    EXPECT_EQ(Format("%u", {-1}), "4294967295");
-    EXPECT_EQ(Format("%u", {7u}), "7");
-    EXPECT_EQ(Format("%x", {255}), "FF");
-    EXPECT_EQ(Format("%.8x", {255}), "000000FF");
-    EXPECT_EQ(Format("%x", {-1}), "FFFFFFFF");
-    EXPECT_EQ(Format("%x", {int64_t(-1)}), "FFFFFFFFFFFFFFFF");
-    EXPECT_EQ(Format("%X", {0xABCDEF}), "ABCDEF");
-    EXPECT_EQ(Format("%u", {UINT64_MAX}), "18446744073709551615");
-    EXPECT_EQ(Format("%d", {UINT64_MAX}), "18446744073709551615");
-    EXPECT_EQ(Format("%x", {0xFFFFFFFFu}), "FFFFFFFF");
-    EXPECT_EQ(Format("%d", {INT64_MIN}), "-9223372036854775808");
-}
-
-TEST(Format, StringsAndCharacters) {
-    EXPECT_EQ(Format("%s=%d", {"a", 5}), "a=5");
-    EXPECT_EQ(Format("[%-4s]", {"ab"}), "[ab  ]");
-    EXPECT_EQ(Format("[%4s]", {std::string("ab")}), "[  ab]");
-    EXPECT_EQ(Format("%.2s", {"abcd"}), "ab");
-    EXPECT_EQ(Format("%s%s", {'x', std::string_view("yz")}), "xyz");
-    EXPECT_EQ(Format("100%%", {}), "100%");
-    EXPECT_EQ(Format("no directives", {}), "no directives");
-}
-
-TEST(Format, IndexAndStarSpecifiers) {
-    EXPECT_EQ(Format("%0:s %1:s %0:s", {"a", "b"}), "a b a");
+TEST(Format, IntegerAndStringDirectivesWithIndexAndStar) {
     // After an index the following directives go on from the next argument.
-    EXPECT_EQ(Format("%1:s %s", {"a", "b", "c"}), "b c");
-    EXPECT_EQ(Format("%*d|", {5, 42}), "   42|");
-    EXPECT_EQ(Format("%-*d|", {4, 7}), "7   |");
-    EXPECT_EQ(Format("%.*f", {1, 2.25}), "2.3");
+    EXPECT_EQ(
+        V({Format("%d", {42}), Format("%d", {-42}), Format("%5d|", {42}), Format("%-5d|", {42}),
+           Format("%.4d", {-5}), Format("%d", {int64_t(9000000000LL)}), Format("%u", {-1}),
+           Format("%u", {7u}), Format("%x", {255}), Format("%.8x", {255}), Format("%x", {-1}),
+           Format("%x", {int64_t(-1)}), Format("%X", {0xABCDEF}), Format("%u", {UINT64_MAX}),
+           Format("%d", {UINT64_MAX}), Format("%x", {0xFFFFFFFFu}), Format("%d", {INT64_MIN})}),
+        V({"42", "-42", "   42|", "42   |", "-0005", "9000000000", "4294967295", "7", "FF",
+           "000000FF", "FFFFFFFF", "FFFFFFFFFFFFFFFF", "ABCDEF", "18446744073709551615",
+           "18446744073709551615", "FFFFFFFF", "-9223372036854775808"}));
+    EXPECT_EQ(V({Format("%s=%d", {"a", 5}), Format("[%-4s]", {"ab"}),
+                 Format("[%4s]", {std::string("ab")}), Format("%.2s", {"abcd"}),
+                 Format("%s%s", {'x', std::string_view("yz")}), Format("100%%", {}),
+                 Format("no directives", {}), Format("%0:s %1:s %0:s", {"a", "b"}),
+                 Format("%1:s %s", {"a", "b", "c"}), Format("%*d|", {5, 42}),
+                 Format("%-*d|", {4, 7}), Format("%.*f", {1, 2.25})}),
+              V({"a=5", "[ab  ]", "[  ab]", "ab", "xyz", "100%", "no directives", "a b a", "b c",
+                 "   42|", "7   |", "2.3"}));
 }
 
 TEST(Format, FloatDirectives) {
-    EXPECT_EQ(Format("%f", {1.5}), "1.50");
-    EXPECT_EQ(Format("%.3f", {2.0}), "2.000");
-    EXPECT_EQ(Format("%.0f", {2.5}), "3");
-    EXPECT_EQ(Format("%e", {1.5}), "1.50000000000000E+000");
-    EXPECT_EQ(Format("%.3e", {12345.678}), "1.23E+004");
-    EXPECT_EQ(Format("%e", {-0.00125}), "-1.25000000000000E-003");
-    EXPECT_EQ(Format("%g", {1.5}), "1.5");
-    EXPECT_EQ(Format("%g", {1e20}), "1E20");
-    EXPECT_EQ(Format("%n", {1234567.891}), "1,234,567.89");
-    EXPECT_EQ(Format("%.0n", {-1234.0}), "-1,234");
-    EXPECT_EQ(Format("%m", {1234.5}), "$1,234.50");
-    EXPECT_EQ(Format("%m", {-5.0}), "($5.00)");
-    EXPECT_EQ(Format("%8.2f|", {3.14159}), "    3.14|");
-    EXPECT_EQ(Format("%-8.2f|", {3.14159}), "3.14    |");
+    EXPECT_EQ(V({Format("%f", {1.5}), Format("%.3f", {2.0}), Format("%.0f", {2.5}),
+                 Format("%e", {1.5}), Format("%.3e", {12345.678}), Format("%e", {-0.00125}),
+                 Format("%g", {1.5}), Format("%g", {1e20}), Format("%n", {1234567.891}),
+                 Format("%.0n", {-1234.0}), Format("%m", {1234.5}), Format("%m", {-5.0}),
+                 Format("%8.2f|", {3.14159}), Format("%-8.2f|", {3.14159})}),
+              V({"1.50", "2.000", "3", "1.50000000000000E+000", "1.23E+004",
+                 "-1.25000000000000E-003", "1.5", "1E20", "1,234,567.89", "-1,234", "$1,234.50",
+                 "($5.00)", "    3.14|", "3.14    |"}));
 }
 
 TEST(Format, Pointer) {
@@ -133,28 +108,22 @@ TEST(Format, Pointer) {
 }
 
 TEST(Format, BadDirectivesRaiseConvertError) {
-    EXPECT_EQ(ConvertMessage([] { Format("%d", {"x"}); }),
-              "Format '%d' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%s", {5}); }),
-              "Format '%s' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%f", {5}); }),
-              "Format '%f' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%d", {true}); }),
-              "Format '%d' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%d", {'7'}); }),
-              "Format '%d' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%p", {5}); }),
-              "Format '%p' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("value %k", {5}); }),
-              "Format 'value %k' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("ends with %", {5}); }),
-              "Format 'ends with %' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] {
-                  Format("%*d", {"x", 5});
-              }),
-              "Format '%*d' invalid or incompatible with argument");
-    EXPECT_EQ(ConvertMessage([] { Format("%d %d", {1}); }), "No argument for format '%d %d'");
-    EXPECT_EQ(ConvertMessage([] { Format("%5:d", {1}); }), "No argument for format '%5:d'");
+    auto invalid = [](const std::string& format) {
+        return "Format '" + format + "' invalid or incompatible with argument";
+    };
+    EXPECT_EQ(
+        V({ConvertMessage([] { Format("%d", {"x"}); }), ConvertMessage([] { Format("%s", {5}); }),
+           ConvertMessage([] { Format("%f", {5}); }), ConvertMessage([] { Format("%d", {true}); }),
+           ConvertMessage([] { Format("%d", {'7'}); }), ConvertMessage([] { Format("%p", {5}); }),
+           ConvertMessage([] { Format("value %k", {5}); }),
+           ConvertMessage([] { Format("ends with %", {5}); }), ConvertMessage([] {
+               Format("%*d", {"x", 5});
+           }),
+           ConvertMessage([] { Format("%d %d", {1}); }),
+           ConvertMessage([] { Format("%5:d", {1}); })}),
+        V({invalid("%d"), invalid("%s"), invalid("%f"), invalid("%d"), invalid("%d"), invalid("%p"),
+           invalid("value %k"), invalid("ends with %"), invalid("%*d"),
+           "No argument for format '%d %d'", "No argument for format '%5:d'"}));
     EXPECT_THROW(Format("%999999999d", {1}), EConvertError);
 }
 
@@ -167,28 +136,18 @@ TEST(Format, ExceptionsFormatTheirMessage) {
 // ---------------------------------------------------------------------------------------------
 // Integers
 
-TEST(IntConversions, ToText) {
-    EXPECT_EQ(IntToStr(0), "0");
-    EXPECT_EQ(IntToStr(-123), "-123");
-    EXPECT_EQ(IntToStr(INT64_MIN), "-9223372036854775808");
-    EXPECT_EQ(IntToHex(255, 4), "00FF");
-    EXPECT_EQ(IntToHex(0x1234, 2), "1234");
-    EXPECT_EQ(IntToHex(-1, 2), "FFFFFFFF");
-    EXPECT_EQ(IntToHex(int64_t(-1), 1), "FFFFFFFFFFFFFFFF");
-}
-
-TEST(IntConversions, FromText) {
-    EXPECT_EQ(StrToInt("42"), 42);
-    EXPECT_EQ(StrToInt("  -42"), -42);
-    EXPECT_EQ(StrToInt("+7"), 7);
-    EXPECT_EQ(StrToInt("$FF"), 255);
-    EXPECT_EQ(StrToInt("0x1a"), 26);
-    EXPECT_EQ(StrToInt("$FFFFFFFF"), -1);
-    EXPECT_EQ(StrToInt("2147483647"), INT32_MAX);
-    EXPECT_EQ(StrToInt("-2147483648"), INT32_MIN);
-    EXPECT_EQ(StrToInt64("9223372036854775807"), INT64_MAX);
-    EXPECT_EQ(StrToInt64("-9223372036854775808"), INT64_MIN);
-    EXPECT_EQ(StrToInt64("$7FFFFFFFFFFFFFFF"), INT64_MAX);
+TEST(IntConversions, ToTextAndBack) {
+    EXPECT_EQ(
+        V({IntToStr(0), IntToStr(-123), IntToStr(INT64_MIN), IntToHex(255, 4), IntToHex(0x1234, 2),
+           IntToHex(-1, 2), IntToHex(int64_t(-1), 1)}),
+        V({"0", "-123", "-9223372036854775808", "00FF", "1234", "FFFFFFFF", "FFFFFFFFFFFFFFFF"}));
+    EXPECT_EQ(
+        std::vector<int64_t>({StrToInt("42"), StrToInt("  -42"), StrToInt("+7"), StrToInt("$FF"),
+                              StrToInt("0x1a"), StrToInt("$FFFFFFFF"), StrToInt("2147483647"),
+                              StrToInt("-2147483648"), StrToInt64("9223372036854775807"),
+                              StrToInt64("-9223372036854775808"), StrToInt64("$7FFFFFFFFFFFFFFF")}),
+        std::vector<int64_t>(
+            {42, -42, 7, 255, 26, -1, INT32_MAX, INT32_MIN, INT64_MAX, INT64_MIN, INT64_MAX}));
 }
 
 TEST(IntConversions, BadTextRaisesOrDefaults) {
@@ -211,86 +170,57 @@ TEST(IntConversions, BadTextRaisesOrDefaults) {
 // Floats
 
 TEST(FloatConversions, FloatToStrUsesFifteenDigitsGeneralForm) {
-    EXPECT_EQ(FloatToStr(0), "0");
-    EXPECT_EQ(FloatToStr(1.5), "1.5");
-    EXPECT_EQ(FloatToStr(-2.25), "-2.25");
-    EXPECT_EQ(FloatToStr(0.1), "0.1");
-    EXPECT_EQ(FloatToStr(1.0 / 3.0), "0.333333333333333");
-    EXPECT_EQ(FloatToStr(2.0 / 3.0), "0.666666666666667");
-    EXPECT_EQ(FloatToStr(100), "100");
-    EXPECT_EQ(FloatToStr(123456789012345.0), "123456789012345");
-    EXPECT_EQ(FloatToStr(1e15), "1E15");
-    EXPECT_EQ(FloatToStr(1.23456789012345678e20), "1.23456789012346E20");
-    EXPECT_EQ(FloatToStr(0.0001), "0.0001");
-    EXPECT_EQ(FloatToStr(0.00001), "1E-5");
-    EXPECT_EQ(FloatToStr(-1.5e-10), "-1.5E-10");
-    EXPECT_EQ(FloatToStr(NAN), "NAN");
-    EXPECT_EQ(FloatToStr(INFINITY), "INF");
-    EXPECT_EQ(FloatToStr(-INFINITY), "-INF");
+    EXPECT_EQ(
+        V({FloatToStr(0), FloatToStr(1.5), FloatToStr(-2.25), FloatToStr(0.1),
+           FloatToStr(1.0 / 3.0), FloatToStr(2.0 / 3.0), FloatToStr(100),
+           FloatToStr(123456789012345.0), FloatToStr(1e15), FloatToStr(1.23456789012345678e20),
+           FloatToStr(0.0001), FloatToStr(0.00001), FloatToStr(-1.5e-10), FloatToStr(NAN),
+           FloatToStr(INFINITY), FloatToStr(-INFINITY)}),
+        V({"0", "1.5", "-2.25", "0.1", "0.333333333333333", "0.666666666666667", "100",
+           "123456789012345", "1E15", "1.23456789012346E20", "0.0001", "1E-5", "-1.5E-10", "NAN",
+           "INF", "-INF"}));
 }
 
 TEST(FloatConversions, FloatToStrF) {
-    EXPECT_EQ(FloatToStrF(1234.5, ffFixed, 15, 2), "1234.50");
-    EXPECT_EQ(FloatToStrF(1234.5, ffNumber, 15, 2), "1,234.50");
-    EXPECT_EQ(FloatToStrF(-1234567.5, ffNumber, 15, 0), "-1,234,568");
-    EXPECT_EQ(FloatToStrF(1234.5, ffExponent, 4, 2), "1.235E+03");
-    EXPECT_EQ(FloatToStrF(0, ffExponent, 3, 0), "0.00E+0");
-    EXPECT_EQ(FloatToStrF(1234.5, ffGeneral, 3, 0), "1.23E3");
-    EXPECT_EQ(FloatToStrF(1234.5, ffCurrency, 15, 2), "$1,234.50");
-    // Precision limits the significant digits before the decimals are filled in.
-    EXPECT_EQ(FloatToStrF(1.23456789, ffFixed, 4, 6), "1.235000");
-    // More integer digits than the precision: general form.
-    EXPECT_EQ(FloatToStrF(123456.0, ffFixed, 3, 2), "1.23E5");
-    // A value that rounds to zero shows no sign.
-    EXPECT_EQ(FloatToStrF(-0.001, ffFixed, 15, 2), "0.00");
-    EXPECT_EQ(FloatToStrF(0.999, ffFixed, 15, 2), "1.00");
-    EXPECT_EQ(FloatToStrF(9.996, ffFixed, 15, 2), "10.00");
-    // Exact ties round away from zero.
-    EXPECT_EQ(FloatToStrF(0.125, ffFixed, 15, 2), "0.13");
-    EXPECT_EQ(FloatToStrF(-0.5, ffFixed, 15, 0), "-1");
-    EXPECT_EQ(FloatToStrF(0.004, ffFixed, 15, 2), "0.00");
-    EXPECT_EQ(FloatToStrF(0.006, ffFixed, 15, 2), "0.01");
+    // Precision limits the significant digits before the decimals are filled in; more integer
+    // digits than the precision give the general form; a value that rounds to zero shows no
+    // sign; exact ties round away from zero.
+    EXPECT_EQ(V({FloatToStrF(1234.5, ffFixed, 15, 2), FloatToStrF(1234.5, ffNumber, 15, 2),
+                 FloatToStrF(-1234567.5, ffNumber, 15, 0), FloatToStrF(1234.5, ffExponent, 4, 2),
+                 FloatToStrF(0, ffExponent, 3, 0), FloatToStrF(1234.5, ffGeneral, 3, 0),
+                 FloatToStrF(1234.5, ffCurrency, 15, 2), FloatToStrF(1.23456789, ffFixed, 4, 6),
+                 FloatToStrF(123456.0, ffFixed, 3, 2), FloatToStrF(-0.001, ffFixed, 15, 2),
+                 FloatToStrF(0.999, ffFixed, 15, 2), FloatToStrF(9.996, ffFixed, 15, 2),
+                 FloatToStrF(0.125, ffFixed, 15, 2), FloatToStrF(-0.5, ffFixed, 15, 0),
+                 FloatToStrF(0.004, ffFixed, 15, 2), FloatToStrF(0.006, ffFixed, 15, 2)}),
+              V({"1234.50", "1,234.50", "-1,234,568", "1.235E+03", "0.00E+0", "1.23E3", "$1,234.50",
+                 "1.235000", "1.23E5", "0.00", "1.00", "10.00", "0.13", "-1", "0.00", "0.01"}));
 }
 
-TEST(FloatConversions, FormatFloatPictures) {
-    EXPECT_EQ(FormatFloat("0.00", 3.14159), "3.14");
-    EXPECT_EQ(FormatFloat("0.00", 2.5), "2.50");
-    EXPECT_EQ(FormatFloat("#,##0.00", 1234567.891), "1,234,567.89");
-    EXPECT_EQ(FormatFloat("#,##0", 999), "999");
-    EXPECT_EQ(FormatFloat("#,##0", 0), "0");
-    EXPECT_EQ(FormatFloat("0.###", 1.5), "1.5");
-    EXPECT_EQ(FormatFloat("0.###", 2), "2");
-    EXPECT_EQ(FormatFloat("#.##", 0.5), ".5");
-    EXPECT_EQ(FormatFloat("000", 7), "007");
-    EXPECT_EQ(FormatFloat("0", 1234.6), "1235");
-    EXPECT_EQ(FormatFloat("00", 12345), "12345");
-    EXPECT_EQ(FormatFloat("000-000", 12345), "012-345");
-    EXPECT_EQ(FormatFloat("0.00E+00", 12345), "1.23E+04");
-    EXPECT_EQ(FormatFloat("0.00E+00", 0.000125), "1.25E-04");
-    EXPECT_EQ(FormatFloat("0.0e-0", 12345), "1.2e4");
-    EXPECT_EQ(FormatFloat("\"Total: \"0", 5), "Total: 5");
-    EXPECT_EQ(FormatFloat("'#'0", 5), "#5");
-    EXPECT_EQ(FormatFloat("0.00", -1.5), "-1.50");
-    EXPECT_EQ(FormatFloat("", 2.5), "2.5");
-}
-
-TEST(FloatConversions, FormatFloatSections) {
-    EXPECT_EQ(FormatFloat("0;(0);zero", 5), "5");
-    EXPECT_EQ(FormatFloat("0;(0);zero", -5), "(5)");
-    EXPECT_EQ(FormatFloat("0;(0);zero", 0), "zero");
-    // A value that rounds to zero takes the zero section.
-    EXPECT_EQ(FormatFloat("0.0;(0.0);zero", 0.01), "zero");
-    // An empty negative section falls back to the first with a minus sign.
-    EXPECT_EQ(FormatFloat("0.0;;zero", -2), "-2.0");
-    EXPECT_EQ(FormatFloat("'a;b'0", 3), "a;b3");
+TEST(FloatConversions, FormatFloatPicturesAndSections) {
+    EXPECT_EQ(
+        V({FormatFloat("0.00", 3.14159), FormatFloat("0.00", 2.5),
+           FormatFloat("#,##0.00", 1234567.891), FormatFloat("#,##0", 999), FormatFloat("#,##0", 0),
+           FormatFloat("0.###", 1.5), FormatFloat("0.###", 2), FormatFloat("#.##", 0.5),
+           FormatFloat("000", 7), FormatFloat("0", 1234.6), FormatFloat("00", 12345),
+           FormatFloat("000-000", 12345), FormatFloat("0.00E+00", 12345),
+           FormatFloat("0.00E+00", 0.000125), FormatFloat("0.0e-0", 12345),
+           FormatFloat("\"Total: \"0", 5), FormatFloat("'#'0", 5), FormatFloat("0.00", -1.5),
+           FormatFloat("", 2.5)}),
+        V({"3.14", "2.50", "1,234,567.89", "999", "0", "1.5", "2", ".5", "007", "1235", "12345",
+           "012-345", "1.23E+04", "1.25E-04", "1.2e4", "Total: 5", "#5", "-1.50", "2.5"}));
+    // A value that rounds to zero takes the zero section; an empty negative section falls back
+    // to the first with a minus sign.
+    EXPECT_EQ(V({FormatFloat("0;(0);zero", 5), FormatFloat("0;(0);zero", -5),
+                 FormatFloat("0;(0);zero", 0), FormatFloat("0.0;(0.0);zero", 0.01),
+                 FormatFloat("0.0;;zero", -2), FormatFloat("'a;b'0", 3)}),
+              V({"5", "(5)", "zero", "zero", "-2.0", "a;b3"}));
 }
 
 TEST(FloatConversions, StrToFloat) {
-    EXPECT_DOUBLE_EQ(static_cast<double>(StrToFloat("1.5")), 1.5);
-    EXPECT_DOUBLE_EQ(static_cast<double>(StrToFloat("  -2.5e3 ")), -2500);
-    EXPECT_DOUBLE_EQ(static_cast<double>(StrToFloat("7")), 7);
-    EXPECT_DOUBLE_EQ(static_cast<double>(StrToFloat(".5")), 0.5);
-    EXPECT_DOUBLE_EQ(static_cast<double>(StrToFloat("1E-2")), 0.01);
+    ExpectNear({double(StrToFloat("1.5")), double(StrToFloat("  -2.5e3 ")), double(StrToFloat("7")),
+                double(StrToFloat(".5")), double(StrToFloat("1E-2"))},
+               {1.5, -2500, 7, 0.5, 0.01});
     EXPECT_EQ(ConvertMessage([] { StrToFloat("1.2.3"); }),
               "'1.2.3' is not a valid floating point value");
     for (const char* bad : {"", "abc", "1e", "1,5", "e5", ".", "1 2", "1e99999", "nan"})
@@ -306,11 +236,9 @@ TEST(FloatConversions, HonourChangedSeparators) {
     LocaleGuard guard;
     DecimalSeparator = ',';
     ThousandSeparator = '.';
-    EXPECT_EQ(FloatToStr(1.5), "1,5");
-    EXPECT_EQ(FloatToStr(1.5e-10), "1,5E-10");
-    EXPECT_EQ(Format("%.2f", {1.5}), "1,50");
-    EXPECT_EQ(Format("%n", {1234567.5}), "1.234.567,50");
-    EXPECT_EQ(FormatFloat("#,##0.00", 1234.5), "1.234,50");
+    EXPECT_EQ(V({FloatToStr(1.5), FloatToStr(1.5e-10), Format("%.2f", {1.5}),
+                 Format("%n", {1234567.5}), FormatFloat("#,##0.00", 1234.5)}),
+              V({"1,5", "1,5E-10", "1,50", "1.234.567,50", "1.234,50"}));
     EXPECT_DOUBLE_EQ(static_cast<double>(StrToFloat("2,25")), 2.25);
     EXPECT_THROW(StrToFloat("2.25"), EConvertError);
     DecimalSeparator = '.';
@@ -320,49 +248,34 @@ TEST(FloatConversions, HonourChangedSeparators) {
 // ---------------------------------------------------------------------------------------------
 // Dates and times
 
-TEST(DateTime, EncodeCountsDaysFrom1899_12_30) {
-    EXPECT_EQ(EncodeDate(1899, 12, 30).Value, 0);
-    EXPECT_EQ(EncodeDate(1900, 1, 1).Value, 2);
-    EXPECT_EQ(EncodeDate(2000, 1, 1).Value, 36526);
-    EXPECT_EQ(EncodeDate(1, 1, 1).Value, -693593);
-    EXPECT_EQ(EncodeDate(2000, 2, 29).Value, 36585);
-    EXPECT_DOUBLE_EQ(EncodeTime(12, 0, 0, 0).Value, 0.5);
-    EXPECT_DOUBLE_EQ(EncodeTime(6, 0, 0, 0).Value, 0.25);
-}
-
-TEST(DateTime, EncodeRejectsInvalidArguments) {
-    EXPECT_THROW(EncodeDate(2001, 2, 29), EConvertError);
-    EXPECT_THROW(EncodeDate(1900, 2, 29), EConvertError);
-    EXPECT_THROW(EncodeDate(2000, 13, 1), EConvertError);
-    EXPECT_THROW(EncodeDate(0, 1, 1), EConvertError);
-    EXPECT_THROW(EncodeDate(10000, 1, 1), EConvertError);
-    EXPECT_THROW(EncodeTime(24, 0, 0, 0), EConvertError);
-    EXPECT_THROW(EncodeTime(0, 60, 0, 0), EConvertError);
-    EXPECT_THROW(EncodeTime(0, 0, 0, 1000), EConvertError);
+TEST(DateTime, EncodeCountsDaysFrom1899_12_30AndRejectsInvalidArguments) {
+    ExpectNear({EncodeDate(1899, 12, 30).Value, EncodeDate(1900, 1, 1).Value,
+                EncodeDate(2000, 1, 1).Value, EncodeDate(1, 1, 1).Value,
+                EncodeDate(2000, 2, 29).Value, EncodeTime(12, 0, 0, 0).Value,
+                EncodeTime(6, 0, 0, 0).Value},
+               {0, 2, 36526, -693593, 36585, 0.5, 0.25});
+    for (auto [y, m, d] :
+         {std::tuple{2001, 2, 29}, {1900, 2, 29}, {2000, 13, 1}, {0, 1, 1}, {10000, 1, 1}})
+        EXPECT_THROW(EncodeDate(y, m, d), EConvertError) << y << "-" << m << "-" << d;
+    for (auto [h, n, s, ms] : {std::tuple{24, 0, 0, 0}, {0, 60, 0, 0}, {0, 0, 0, 1000}})
+        EXPECT_THROW(EncodeTime(h, n, s, ms), EConvertError) << h << ":" << n << "." << ms;
     EXPECT_EQ(ConvertMessage([] { EncodeDate(2001, 2, 30); }), "Invalid argument to date encode");
 }
 
 TEST(DateTime, DecodeRoundTrips) {
-    for (auto [y, m, d] : {std::tuple{1, 1, 1},
-                           {1899, 12, 30},
-                           {1900, 3, 1},
-                           {2000, 2, 29},
-                           {2024, 12, 31},
-                           {9999, 12, 31}}) {
-        uint16_t yy, mm, dd;
-        DecodeDate(EncodeDate(y, m, d), yy, mm, dd);
-        EXPECT_EQ(yy, y);
-        EXPECT_EQ(mm, m);
-        EXPECT_EQ(dd, d);
+    uint16_t y, m, d, h, n, s, ms;
+    for (auto [yy, mm, dd] : {std::tuple{1, 1, 1},
+                              {1899, 12, 30},
+                              {1900, 3, 1},
+                              {2000, 2, 29},
+                              {2024, 12, 31},
+                              {9999, 12, 31}}) {
+        DecodeDate(EncodeDate(yy, mm, dd), y, m, d);
+        EXPECT_EQ(std::tuple(y, m, d), std::tuple(yy, mm, dd));
     }
-    uint16_t h, n, s, ms;
-    DecodeTime(EncodeDate(2020, 5, 6).Value + EncodeTime(23, 59, 58, 999).Value, h, n, s, ms);
-    EXPECT_EQ(h, 23);
-    EXPECT_EQ(n, 59);
-    EXPECT_EQ(s, 58);
-    EXPECT_EQ(ms, 999);
+    DecodeTime(At(2020, 5, 6, 23, 59, 58, 999), h, n, s, ms);
+    EXPECT_EQ(std::vector<int>({h, n, s, ms}), std::vector<int>({23, 59, 58, 999}));
     // Before the epoch the date truncates towards zero and the time is the absolute fraction.
-    uint16_t y, m, d;
     DecodeDate(-1.25, y, m, d);
     DecodeTime(-1.25, h, n, s, ms);
     EXPECT_EQ(d, 29);
@@ -384,40 +297,34 @@ TEST(DateTime, NowIsConsistentWithDateAndTime) {
 }
 
 TEST(DateTime, FormatDateTimePictures) {
-    TDateTime dt = EncodeDate(2024, 3, 5).Value + EncodeTime(14, 7, 9, 45).Value;
-    EXPECT_EQ(FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", dt), "2024-03-05 14:07:09.045");
-    EXPECT_EQ(FormatDateTime("d/m/yy", dt), "5/3/24");
-    EXPECT_EQ(FormatDateTime("ddd dddd mmm mmmm", dt), "Tue Tuesday Mar March");
-    EXPECT_EQ(FormatDateTime("h:mm", dt), "14:07"); // m after h is the minute
-    EXPECT_EQ(FormatDateTime("h:nn am/pm", dt), "2:07 pm");
-    EXPECT_EQ(FormatDateTime("hh:nn AMPM", dt), "02:07 PM");
-    EXPECT_EQ(FormatDateTime("h a/p", EncodeTime(0, 30, 0, 0)), "12 a");
-    EXPECT_EQ(FormatDateTime("'Day' d \"of\" mmmm", dt), "Day 5 of March");
-    EXPECT_EQ(FormatDateTime("c", dt), "3/5/2024 14:07:09");
-    EXPECT_EQ(FormatDateTime("c", EncodeDate(2024, 3, 5)), "3/5/2024");
-    EXPECT_EQ(FormatDateTime("ddddd", dt), "3/5/2024");
-    EXPECT_EQ(FormatDateTime("dddddd", dt), "Tuesday, March 5, 2024");
-    EXPECT_EQ(FormatDateTime("t|tt", dt), "14:07|14:07:09");
+    TDateTime dt = At(2024, 3, 5, 14, 7, 9, 45);
+    // m after h is the minute.
+    EXPECT_EQ(V({FormatDateTime("yyyy-mm-dd hh:nn:ss.zzz", dt), FormatDateTime("d/m/yy", dt),
+                 FormatDateTime("ddd dddd mmm mmmm", dt), FormatDateTime("h:mm", dt),
+                 FormatDateTime("h:nn am/pm", dt), FormatDateTime("hh:nn AMPM", dt),
+                 FormatDateTime("h a/p", EncodeTime(0, 30, 0, 0)),
+                 FormatDateTime("'Day' d \"of\" mmmm", dt), FormatDateTime("c", dt),
+                 FormatDateTime("c", EncodeDate(2024, 3, 5)), FormatDateTime("ddddd", dt),
+                 FormatDateTime("dddddd", dt), FormatDateTime("t|tt", dt)}),
+              V({"2024-03-05 14:07:09.045", "5/3/24", "Tue Tuesday Mar March", "14:07", "2:07 pm",
+                 "02:07 PM", "12 a", "Day 5 of March", "3/5/2024 14:07:09", "3/5/2024", "3/5/2024",
+                 "Tuesday, March 5, 2024", "14:07|14:07:09"}));
 }
 
 TEST(DateTime, ToTextAndBack) {
-    TDateTime dt = EncodeDate(2024, 3, 5).Value + EncodeTime(14, 7, 9, 0).Value;
-    EXPECT_EQ(DateTimeToStr(dt), "3/5/2024 14:07:09");
-    EXPECT_EQ(DateToStr(dt), "3/5/2024");
-    EXPECT_EQ(TimeToStr(dt), "14:07:09");
-    EXPECT_DOUBLE_EQ(StrToDateTime(DateTimeToStr(dt)).Value, dt.Value);
-    EXPECT_DOUBLE_EQ(StrToDate("3/5/2024").Value, EncodeDate(2024, 3, 5).Value);
-    EXPECT_DOUBLE_EQ(StrToTime("14:07").Value, EncodeTime(14, 7, 0, 0).Value);
-    EXPECT_DOUBLE_EQ(StrToTime("2:30 PM").Value, EncodeTime(14, 30, 0, 0).Value);
-    EXPECT_DOUBLE_EQ(StrToTime("12:05 AM").Value, EncodeTime(0, 5, 0, 0).Value);
-    EXPECT_DOUBLE_EQ(StrToTime("1:02:03.5").Value, EncodeTime(1, 2, 3, 5).Value);
-    EXPECT_DOUBLE_EQ(StrToDateTime("14:07").Value, EncodeTime(14, 7, 0, 0).Value);
+    TDateTime dt = At(2024, 3, 5, 14, 7, 9);
+    EXPECT_EQ(V({DateTimeToStr(dt), DateToStr(dt), TimeToStr(dt)}),
+              V({"3/5/2024 14:07:09", "3/5/2024", "14:07:09"}));
     // Without a year, the current one.
-    uint16_t cy, cm, cd;
-    DecodeDate(Date(), cy, cm, cd);
-    EXPECT_DOUBLE_EQ(StrToDate("3/5").Value, EncodeDate(cy, 3, 5).Value);
-    // Two-digit years fall in the window around the current year.
     uint16_t y, m, d;
+    DecodeDate(Date(), y, m, d);
+    ExpectNear({StrToDateTime(DateTimeToStr(dt)).Value, StrToDate("3/5/2024").Value,
+                StrToTime("14:07").Value, StrToTime("2:30 PM").Value, StrToTime("12:05 AM").Value,
+                StrToTime("1:02:03.5").Value, StrToDateTime("14:07").Value, StrToDate("3/5").Value},
+               {dt.Value, At(2024, 3, 5), At(1899, 12, 30, 14, 7), At(1899, 12, 30, 14, 30),
+                At(1899, 12, 30, 0, 5), At(1899, 12, 30, 1, 2, 3, 5), At(1899, 12, 30, 14, 7),
+                At(y, 3, 5)});
+    // Two-digit years fall in the window around the current year.
     DecodeDate(StrToDate("1/2/05"), y, m, d);
     EXPECT_EQ(y, 2005);
 }
@@ -428,7 +335,7 @@ TEST(DateTime, HonourChangedFormats) {
     DateSeparator = '.';
     LongTimeFormat = "hh.nn.ss";
     TimeSeparator = '.';
-    TDateTime dt = EncodeDate(2024, 3, 5).Value + EncodeTime(9, 8, 7, 0).Value;
+    TDateTime dt = At(2024, 3, 5, 9, 8, 7);
     EXPECT_EQ(DateTimeToStr(dt), "05.03.2024 09.08.07");
     EXPECT_DOUBLE_EQ(StrToDate("05.03.2024").Value, EncodeDate(2024, 3, 5).Value);
     EXPECT_DOUBLE_EQ(StrToDateTime("05.03.2024 09.08.07").Value, dt.Value);
@@ -452,12 +359,10 @@ TEST(DateTime, BadTextRaises) {
 // Text
 
 TEST(Text, TrimRemovesControlBytesAndBlanks) {
-    EXPECT_EQ(Trim("\t a b \x01\r\n"), "a b");
-    EXPECT_EQ(TrimLeft("  x "), "x ");
-    EXPECT_EQ(TrimRight("  x \x1f"), "  x");
-    EXPECT_EQ(Trim("   "), "");
     // Bytes above 0x7F are text, not blanks.
-    EXPECT_EQ(Trim("\xA0x\xA0"), "\xA0x\xA0");
+    EXPECT_EQ(V({Trim("\t a b \x01\r\n"), TrimLeft("  x "), TrimRight("  x \x1f"), Trim("   "),
+                 Trim("\xA0x\xA0")}),
+              V({"a b", "x ", "  x", "", "\xA0x\xA0"}));
 }
 
 TEST(Text, AsciiCaseLeavesCyrillicAlone) {
@@ -466,49 +371,49 @@ TEST(Text, AsciiCaseLeavesCyrillicAlone) {
     EXPECT_EQ(UpperCase(W("ёж")), W("ёж"));
     EXPECT_TRUE(SameText("Hello", "hELLO"));
     EXPECT_FALSE(SameText(W("Ёж"), W("ёж")));
-    EXPECT_LT(CompareText("abc", "ABD"), 0);
-    EXPECT_EQ(CompareText("abc", "ABC"), 0);
-    EXPECT_GT(CompareText("abcd", "ABC"), 0);
-    EXPECT_LT(CompareStr("ABC", "abc"), 0);
-    EXPECT_GT(CompareStr("b", "a"), 0);
-    EXPECT_LT(CompareStr("ab", "abc"), 0);
+    EXPECT_EQ(
+        Signs({CompareText("abc", "ABD"), CompareText("abc", "ABC"), CompareText("abcd", "ABC"),
+               CompareStr("ABC", "abc"), CompareStr("b", "a"), CompareStr("ab", "abc")}),
+        std::vector<int>({-1, 0, 1, -1, 1, -1}));
 }
 
 TEST(Text, AnsiCaseFoldsCyrillicPairs) {
-    EXPECT_EQ(AnsiUpperCase(W("абвгдеёжзийклмнопрстуфхцчшщъыьэюя")),
-              W("АБВГДЕЁЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯ"));
-    EXPECT_EQ(AnsiUpperCase(W("ўєїіґђѓљњќћџјѕ")), W("ЎЄЇІҐЂЃЉЊЌЋЏЈЅ"));
-    EXPECT_EQ(AnsiLowerCase(W("ЎЄЇІҐЂЃЉЊЌЋЏЈЅЁ")), W("ўєїіґђѓљњќћџјѕё"));
-    EXPECT_EQ(AnsiUpperCase(W("mixed Ёлка №5")), W("MIXED ЁЛКА №5"));
     // Symbols of the code page have no case.
-    EXPECT_EQ(AnsiUpperCase(W("«»µ§")), W("«»µ§"));
+    EXPECT_EQ(V({AnsiUpperCase(W("абвгдеёжзийклмнопрстуфхцчшщъыьэюя")),
+                 AnsiUpperCase(W("ўєїіґђѓљњќћџјѕ")), AnsiLowerCase(W("ЎЄЇІҐЂЃЉЊЌЋЏЈЅЁ")),
+                 AnsiUpperCase(W("mixed Ёлка №5")), AnsiUpperCase(W("«»µ§"))}),
+              V({W("АБВГДЕЁЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯ"), W("ЎЄЇІҐЂЃЉЊЌЋЏЈЅ"), W("ўєїіґђѓљњќћџјѕё"),
+                 W("MIXED ЁЛКА №5"), W("«»µ§")}));
     // Every byte maps to a byte whose lower-case form leads back, for the letters.
     for (int c = 0; c < 256; ++c) {
         char ch = static_cast<char>(c);
         char up = AnsiUpperChar(ch);
-        if (up != ch) {
-            EXPECT_EQ(AnsiLowerChar(up), ch) << c;
-        }
+        if (up != ch) EXPECT_EQ(AnsiLowerChar(up), ch) << c;
     }
 }
 
 TEST(Text, AnsiCollationOrdersCyrillicAfterLatin) {
     EXPECT_EQ(AnsiCompareText(W("ёлка"), W("ЁЛКА")), 0);
     EXPECT_TRUE(AnsiSameText(W("Їжак"), W("їЖАК")));
-    EXPECT_LT(AnsiCompareText("zebra", W("арбуз")), 0);
-    EXPECT_LT(AnsiCompareText(W("ель"), W("ёж")), 0); // Е < Ё
-    EXPECT_LT(AnsiCompareText(W("ёж"), W("жук")), 0); // Ё < Ж
-    EXPECT_LT(AnsiCompareText(W("ГАЗ"), W("ґанок")), 0);
-    EXPECT_LT(AnsiCompareText(W("ґанок"), W("дом")), 0);
-    EXPECT_LT(AnsiCompareText(W("из"), W("ізюм")), 0);
-    EXPECT_LT(AnsiCompareText(W("ізюм"), W("їжак")), 0);
-    EXPECT_LT(AnsiCompareText(W("їжак"), W("йод")), 0);
-    EXPECT_LT(AnsiCompareText(W("уж"), W("ўсё")), 0);
-    EXPECT_LT(AnsiCompareText(W("ўсё"), W("фон")), 0);
-    EXPECT_LT(AnsiCompareText("123", "abc"), 0);
-    EXPECT_LT(AnsiCompareText("abc", "abcd"), 0);
-    EXPECT_LT(AnsiCompareText("a", "B"), 0);
-    EXPECT_GT(AnsiCompareText("b", "A"), 0);
+    // Each pair in order: Е < Ё < Ж, Г < Ґ < Д, И < І < Ї < Й, У < Ў < Ф, digits and Latin first.
+    const std::pair<std::string, std::string> ordered[] = {{"zebra", W("арбуз")},
+                                                           {W("ель"), W("ёж")},
+                                                           {W("ёж"), W("жук")},
+                                                           {W("ГАЗ"), W("ґанок")},
+                                                           {W("ґанок"), W("дом")},
+                                                           {W("из"), W("ізюм")},
+                                                           {W("ізюм"), W("їжак")},
+                                                           {W("їжак"), W("йод")},
+                                                           {W("уж"), W("ўсё")},
+                                                           {W("ўсё"), W("фон")},
+                                                           {"123", "abc"},
+                                                           {"abc", "abcd"},
+                                                           {"a", "B"},
+                                                           {"A", "b"}};
+    for (const auto& [a, b] : ordered) {
+        EXPECT_LT(AnsiCompareText(a, b), 0) << a << " " << b;
+        EXPECT_GT(AnsiCompareText(b, a), 0) << b << " " << a;
+    }
 }
 
 TEST(Text, AnsiSortKeysOrderAsAnsiCompareText) {
@@ -534,10 +439,10 @@ TEST(Text, AnsiSortKeysOrderAsAnsiCompareText) {
             std::string a(1, static_cast<char>(x)), b(1, static_cast<char>(y));
             ASSERT_EQ(keyOrder(a, b), collation(a, b)) << x << " " << y;
         }
-    const std::vector<std::string> words = {
-        "",        "a",       "A",      "ab",    "aB",       "abc",   "b",
-        W("ёлка"), W("ЁЛКА"), W("ель"), W("ёж"), W("ґанок"), "zebra", std::string("a\0b", 3),
-        "a\x01",   "\x7F",    "_x",     "x_",    "123",      W("№5"), W("«a»")};
+    const V words(
+        {"",        "a",       "A",      "ab",    "aB",       "abc",   "b",
+         W("ёлка"), W("ЁЛКА"), W("ель"), W("ёж"), W("ґанок"), "zebra", std::string("a\0b", 3),
+         "a\x01",   "\x7F",    "_x",     "x_",    "123",      W("№5"), W("«a»")});
     for (const auto& a : words)
         for (const auto& b : words)
             EXPECT_EQ(keyOrder(a, b), collation(a, b)) << a << " | " << b;
@@ -549,77 +454,58 @@ TEST(Text, AnsiSortKeysOrderAsAnsiCompareText) {
 }
 
 TEST(Text, AnsiCompareStrBreaksTiesByCase) {
-    EXPECT_LT(AnsiCompareStr("a", "A"), 0);
-    EXPECT_LT(AnsiCompareStr("A", "b"), 0);
-    EXPECT_LT(AnsiCompareStr(W("ё"), W("Ё")), 0);
-    EXPECT_LT(AnsiCompareStr(W("Ё"), W("ж")), 0);
-    EXPECT_EQ(AnsiCompareStr("abc", "abc"), 0);
+    EXPECT_EQ(
+        Signs({AnsiCompareStr("a", "A"), AnsiCompareStr("A", "b"), AnsiCompareStr(W("ё"), W("Ё")),
+               AnsiCompareStr(W("Ё"), W("ж")), AnsiCompareStr("abc", "abc")}),
+        std::vector<int>({-1, -1, -1, -1, 0}));
     EXPECT_FALSE(AnsiSameStr("abc", "ABC"));
     EXPECT_TRUE(AnsiSameStr("abc", "abc"));
 }
 
-TEST(Text, Quoting) {
-    EXPECT_EQ(QuotedStr("it's"), "'it''s'");
-    EXPECT_EQ(QuotedStr(""), "''");
-    EXPECT_EQ(AnsiQuotedStr("say \"hi\"", '"'), "\"say \"\"hi\"\"\"");
-    EXPECT_EQ(AnsiDequotedStr("'it''s' rest", '\''), "it's");
-    EXPECT_EQ(AnsiDequotedStr("plain", '\''), "plain");
-    EXPECT_EQ(AnsiDequotedStr("'open", '\''), "open");
-    EXPECT_EQ(AnsiDequotedStr("''", '\''), "''");
-    EXPECT_EQ(AnsiDequotedStr(AnsiQuotedStr("a\"b", '"'), '"'), "a\"b");
-}
-
-TEST(Text, IsValidIdent) {
-    EXPECT_TRUE(IsValidIdent("Form1"));
-    EXPECT_TRUE(IsValidIdent("_x"));
-    EXPECT_FALSE(IsValidIdent(""));
-    EXPECT_FALSE(IsValidIdent("1x"));
-    EXPECT_FALSE(IsValidIdent("a.b"));
-    EXPECT_FALSE(IsValidIdent("a b"));
-    EXPECT_FALSE(IsValidIdent(W("ёж")));
+TEST(Text, QuotingAndIdentifiers) {
+    EXPECT_EQ(V({QuotedStr("it's"), QuotedStr(""), AnsiQuotedStr("say \"hi\"", '"'),
+                 AnsiDequotedStr("'it''s' rest", '\''), AnsiDequotedStr("plain", '\''),
+                 AnsiDequotedStr("'open", '\''), AnsiDequotedStr("''", '\''),
+                 AnsiDequotedStr(AnsiQuotedStr("a\"b", '"'), '"')}),
+              V({"'it''s'", "''", "\"say \"\"hi\"\"\"", "it's", "plain", "open", "''", "a\"b"}));
+    for (const char* good : {"Form1", "_x"})
+        EXPECT_TRUE(IsValidIdent(good)) << good;
+    for (const std::string& bad :
+         {std::string(), std::string("1x"), std::string("a.b"), std::string("a b"), W("ёж")})
+        EXPECT_FALSE(IsValidIdent(bad)) << bad;
 }
 
 TEST(Text, OneBasedHelpersClamp) {
-    EXPECT_EQ(Pos("lo", "hello"), 4);
-    EXPECT_EQ(Pos("x", "hello"), 0);
-    EXPECT_EQ(Pos("", "hello"), 0);
-    EXPECT_EQ(AnsiPos("h", "hello"), 1);
-    EXPECT_EQ(Copy("hello", 2, 3), "ell");
-    EXPECT_EQ(Copy("hello", 0, 2), "he");
-    EXPECT_EQ(Copy("hello", -5, 2), "he");
-    EXPECT_EQ(Copy("hello", 4, 100), "lo");
-    EXPECT_EQ(Copy("hello", 6, 1), "");
-    EXPECT_EQ(Copy("hello", 2, -1), "");
-    EXPECT_EQ(Copy("hello", INT64_MAX, INT64_MAX), "");
-    EXPECT_EQ(Copy("hello", 1, INT64_MAX), "hello");
+    EXPECT_EQ(std::vector<int64_t>(
+                  {Pos("lo", "hello"), Pos("x", "hello"), Pos("", "hello"), AnsiPos("h", "hello")}),
+              std::vector<int64_t>({4, 0, 0, 1}));
+    EXPECT_EQ(
+        V({Copy("hello", 2, 3), Copy("hello", 0, 2), Copy("hello", -5, 2), Copy("hello", 4, 100),
+           Copy("hello", 6, 1), Copy("hello", 2, -1), Copy("hello", INT64_MAX, INT64_MAX),
+           Copy("hello", 1, INT64_MAX), StringOfChar('*', 3), StringOfChar('*', -3)}),
+        V({"ell", "he", "he", "lo", "", "", "", "hello", "***", ""}));
+    // Each edit of the string in turn, and what it leaves.
     std::string s = "hello";
-    Delete(s, 2, 2);
-    EXPECT_EQ(s, "hlo");
-    Delete(s, 0, 5);
-    EXPECT_EQ(s, "hlo");
-    Delete(s, 3, 100);
-    EXPECT_EQ(s, "hl");
-    Delete(s, 9, 1);
-    EXPECT_EQ(s, "hl");
-    Insert("XY", s, 2);
-    EXPECT_EQ(s, "hXYl");
-    Insert("<", s, -3);
-    EXPECT_EQ(s, "<hXYl");
-    Insert(">", s, 100);
-    EXPECT_EQ(s, "<hXYl>");
-    EXPECT_EQ(StringOfChar('*', 3), "***");
-    EXPECT_EQ(StringOfChar('*', -3), "");
+    V steps;
+    for (auto edit : std::initializer_list<std::function<void()>>{
+             [&] { Delete(s, 2, 2); }, [&] { Delete(s, 0, 5); }, [&] { Delete(s, 3, 100); },
+             [&] { Delete(s, 9, 1); }, [&] { Insert("XY", s, 2); }, [&] { Insert("<", s, -3); },
+             [&] { Insert(">", s, 100); }}) {
+        edit();
+        steps.push_back(s);
+    }
+    EXPECT_EQ(steps, V({"hlo", "hlo", "hl", "hl", "hXYl", "<hXYl", "<hXYl>"}));
 }
 
 TEST(Text, StringReplace) {
-    EXPECT_EQ(StringReplace("a-b-c", "-", "+", {}), "a+b-c");
-    EXPECT_EQ(StringReplace("a-b-c", "-", "+", {rfReplaceAll}), "a+b+c");
-    EXPECT_EQ(StringReplace("Cat cat CAT", "cat", "dog", {rfReplaceAll}), "Cat dog CAT");
-    EXPECT_EQ(StringReplace("Cat cat CAT", "cat", "dog", {rfReplaceAll, rfIgnoreCase}),
-              "dog dog dog");
-    EXPECT_EQ(StringReplace(W("Ёж ёж"), W("ёж"), "x", {rfReplaceAll, rfIgnoreCase}), "x x");
-    EXPECT_EQ(StringReplace("aaa", "a", "aa", {rfReplaceAll}), "aaaaaa");
-    EXPECT_EQ(StringReplace("abc", "", "x", {rfReplaceAll}), "abc");
+    EXPECT_EQ(
+        V({StringReplace("a-b-c", "-", "+", {}), StringReplace("a-b-c", "-", "+", {rfReplaceAll}),
+           StringReplace("Cat cat CAT", "cat", "dog", {rfReplaceAll}),
+           StringReplace("Cat cat CAT", "cat", "dog", {rfReplaceAll, rfIgnoreCase}),
+           StringReplace(W("Ёж ёж"), W("ёж"), "x", {rfReplaceAll, rfIgnoreCase}),
+           StringReplace("aaa", "a", "aa", {rfReplaceAll}),
+           StringReplace("abc", "", "x", {rfReplaceAll})}),
+        V({"a+b-c", "a+b+c", "Cat dog CAT", "dog dog dog", "x x", "aaaaaa", "abc"}));
 }
 
 TEST(Text, LineBreaksAndDelimiters) {
@@ -627,56 +513,43 @@ TEST(Text, LineBreaksAndDelimiters) {
     EXPECT_EQ(AdjustLineBreaks("\n\n"), "\r\n\r\n");
     EXPECT_EQ(LastDelimiter("/.", "/a/b.txt"), 5);
     EXPECT_EQ(LastDelimiter(";", "abc"), 0);
-    EXPECT_TRUE(IsDelimiter(",;", "a,b", 2));
-    EXPECT_FALSE(IsDelimiter(",;", "a,b", 1));
-    EXPECT_FALSE(IsDelimiter(",;", "a,b", 0));
-    EXPECT_FALSE(IsDelimiter(",;", "a,b", 4));
+    EXPECT_EQ(std::vector<bool>({IsDelimiter(",;", "a,b", 2), IsDelimiter(",;", "a,b", 1),
+                                 IsDelimiter(",;", "a,b", 0), IsDelimiter(",;", "a,b", 4)}),
+              std::vector<bool>({true, false, false, false}));
 }
 
 TEST(Text, WrapText) {
-    EXPECT_EQ(WrapText("the quick brown fox", "\n", " ", 10), "the quick\nbrown fox");
-    EXPECT_EQ(WrapText("short", "\n", " ", 10), "short");
-    // Quoted text is not broken.
-    EXPECT_EQ(WrapText("say 'a b c d e' now", "\n", " ", 6), "say\n'a b c d e'\nnow");
-    // A word longer than the line stays whole.
-    EXPECT_EQ(WrapText("abcdefghijkl x", "\n", " ", 5), "abcdefghijkl\nx");
+    // Quoted text is not broken; a word longer than the line stays whole.
+    EXPECT_EQ(V({WrapText("the quick brown fox", "\n", " ", 10), WrapText("short", "\n", " ", 10),
+                 WrapText("say 'a b c d e' now", "\n", " ", 6),
+                 WrapText("abcdefghijkl x", "\n", " ", 5)}),
+              V({"the quick\nbrown fox", "short", "say\n'a b c d e'\nnow", "abcdefghijkl\nx"}));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Paths and files
 
-TEST(Paths, ExtractParts) {
-    EXPECT_EQ(ExtractFilePath("/a/b/c.txt"), "/a/b/");
-    EXPECT_EQ(ExtractFilePath("c.txt"), "");
-    EXPECT_EQ(ExtractFileDir("/a/b/c.txt"), "/a/b");
-    EXPECT_EQ(ExtractFileDir("/c.txt"), "/");
-    EXPECT_EQ(ExtractFileName("/a/b/c.txt"), "c.txt");
-    EXPECT_EQ(ExtractFileName("/a/b/"), "");
-    EXPECT_EQ(ExtractFileExt("/a/b/c.tar.gz"), ".gz");
-    EXPECT_EQ(ExtractFileExt("/a.b/c"), "");
-    EXPECT_EQ(ChangeFileExt("/a/b.c.txt", ".ini"), "/a/b.c.ini");
-    EXPECT_EQ(ChangeFileExt("/a.d/b", ".ini"), "/a.d/b.ini");
-    EXPECT_EQ(ChangeFileExt("x.txt", ""), "x");
-    EXPECT_EQ(IncludeTrailingPathDelimiter("/a"), "/a/");
-    EXPECT_EQ(IncludeTrailingPathDelimiter("/a/"), "/a/");
-    EXPECT_EQ(ExcludeTrailingPathDelimiter("/a/"), "/a");
-    EXPECT_EQ(ExcludeTrailingPathDelimiter("/a"), "/a");
+TEST(Paths, ExtractPartsAndExpand) {
+    EXPECT_EQ(
+        V({ExtractFilePath("/a/b/c.txt"), ExtractFilePath("c.txt"), ExtractFileDir("/a/b/c.txt"),
+           ExtractFileDir("/c.txt"), ExtractFileName("/a/b/c.txt"), ExtractFileName("/a/b/"),
+           ExtractFileExt("/a/b/c.tar.gz"), ExtractFileExt("/a.b/c"),
+           ChangeFileExt("/a/b.c.txt", ".ini"), ChangeFileExt("/a.d/b", ".ini"),
+           ChangeFileExt("x.txt", ""), IncludeTrailingPathDelimiter("/a"),
+           IncludeTrailingPathDelimiter("/a/"), ExcludeTrailingPathDelimiter("/a/"),
+           ExcludeTrailingPathDelimiter("/a"), ExpandFileName("/a/./b/../c"),
+           ExpandFileName("/../x"), ExpandFileName("/a//b/"), ExpandFileName("rel/f.txt")}),
+        V({"/a/b/", "", "/a/b", "/", "c.txt", "", ".gz", "", "/a/b.c.ini", "/a.d/b.ini", "x", "/a/",
+           "/a/", "/a", "/a", "/a/c", "/x", "/a/b/",
+           IncludeTrailingPathDelimiter(GetCurrentDir()) + "rel/f.txt"}));
     EXPECT_TRUE(IsPathDelimiter("/a/", 3));
     EXPECT_FALSE(IsPathDelimiter("/a/", 9));
     EXPECT_EQ(PathDelim, '/');
 }
 
-TEST(Paths, ExpandFileName) {
-    EXPECT_EQ(ExpandFileName("/a/./b/../c"), "/a/c");
-    EXPECT_EQ(ExpandFileName("/../x"), "/x");
-    EXPECT_EQ(ExpandFileName("/a//b/"), "/a/b/");
-    EXPECT_EQ(ExpandFileName("rel/f.txt"),
-              IncludeTrailingPathDelimiter(GetCurrentDir()) + "rel/f.txt");
-}
+class Files : public TempDirTest {};
 
-TEST(Files, CreateRenameDelete) {
-    std::string dir = TempDir();
-    ASSERT_FALSE(dir.empty());
+TEST_F(Files, CreateRenameDelete) {
     std::string deep = dir + "/x/y/z";
     EXPECT_TRUE(ForceDirectories(deep));
     EXPECT_TRUE(DirectoryExists(deep));
@@ -686,7 +559,7 @@ TEST(Files, CreateRenameDelete) {
     std::string f = deep + "/f.txt";
     EXPECT_FALSE(FileExists(f));
     EXPECT_EQ(FileAge(f), -1);
-    std::ofstream(f) << "data";
+    WriteFile(f, "data");
     EXPECT_TRUE(FileExists(f));
     EXPECT_NE(FileAge(f), -1);
     TDateTime age;
@@ -694,8 +567,7 @@ TEST(Files, CreateRenameDelete) {
     EXPECT_LT(std::fabs(age.Value - Now().Value), 1.0 / 24);
     // The packed date survives the conversion to and from TDateTime.
     EXPECT_EQ(DateTimeToFileDate(FileDateToDateTime(FileAge(f))), FileAge(f));
-    int32_t stamp =
-        DateTimeToFileDate(EncodeDate(2001, 6, 15).Value + EncodeTime(10, 20, 30, 0).Value);
+    int32_t stamp = DateTimeToFileDate(At(2001, 6, 15, 10, 20, 30));
     EXPECT_EQ(FileSetDate(f, stamp), 0);
     EXPECT_EQ(FileAge(f), stamp);
 
@@ -713,27 +585,22 @@ TEST(Files, CreateRenameDelete) {
     EXPECT_EQ(ExpandFileName("../q"), dir + "/x/y/q");
     EXPECT_FALSE(SetCurrentDir(dir + "/missing"));
     EXPECT_TRUE(SetCurrentDir(cwd));
-
-    EXPECT_TRUE(RemoveDir(deep));
-    EXPECT_TRUE(RemoveDir(dir + "/x/y"));
-    EXPECT_TRUE(RemoveDir(dir + "/x"));
-    EXPECT_TRUE(RemoveDir(dir));
+    for (const char* d : {"/x/y/z", "/x/y", "/x", ""})
+        EXPECT_TRUE(RemoveDir(dir + d)) << d;
 }
 
-TEST(Files, OSErrors) {
+TEST(OSError, CarriesTheCodeAndTheSystemsMessage) {
     EXPECT_FALSE(SysErrorMessage(ENOENT).empty());
-    try {
-        RaiseLastOSError(ENOENT);
-        FAIL();
-    } catch (const EOSError& e) {
-        EXPECT_EQ(e.ErrorCode, ENOENT);
-        EXPECT_EQ(e.Message(), "System Error.  Code: 2.\r\n" + SysErrorMessage(ENOENT));
-    }
+    auto raised = [](const std::function<void()>& f) {
+        try {
+            f();
+        } catch (const EOSError& e) {
+            return std::pair(e.ErrorCode, e.Message());
+        }
+        return std::pair(0, std::string("no EOSError"));
+    };
+    EXPECT_EQ(raised([] { RaiseLastOSError(ENOENT); }),
+              std::pair(ENOENT, "System Error.  Code: 2.\r\n" + SysErrorMessage(ENOENT)));
     errno = EACCES;
-    try {
-        RaiseLastOSError();
-        FAIL();
-    } catch (const EOSError& e) {
-        EXPECT_EQ(e.ErrorCode, EACCES);
-    }
+    EXPECT_EQ(raised([] { RaiseLastOSError(); }).first, EACCES);
 }
