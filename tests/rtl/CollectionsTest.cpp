@@ -3,12 +3,12 @@
 #include "rtl/Classes.h"
 #include "rtl/SysUtils.h"
 
-#include <gtest/gtest.h>
+#include "TestSupport.h"
 
 #include <utility>
-#include <vector>
 
 using namespace rtl;
+using namespace rtltest;
 
 namespace colls {
 
@@ -73,12 +73,12 @@ private:
 };
 
 RTL_BEGIN_CLASS(TBookItem)
-    Property("Title", &TBookItem::Title);
+Property("Title", &TBookItem::Title);
 RTL_END_CLASS
 RTL_IMPLEMENT_CLASS(TMapItem)
 RTL_IMPLEMENT_CLASS(TBooks)
 RTL_BEGIN_CLASS(TShelf)
-    Property("Books", &TShelf::Books, nullptr);
+Property("Books", &TShelf::Books, nullptr);
 RTL_END_CLASS
 
 } // namespace colls
@@ -87,78 +87,73 @@ using namespace colls;
 
 namespace {
 
-std::vector<std::string> Titles(const TBooks& books) {
-    std::vector<std::string> t;
-    for (int i = 0; i < books.Count(); ++i)
-        t.push_back(books.Book(i)->Title);
-    return t;
-}
+using Notices = std::vector<std::pair<TCollectionItem*, TCollectionNotification>>;
 
-std::vector<int32_t> Ids(const TCollection& c) {
-    std::vector<int32_t> ids;
-    for (int i = 0; i < c.Count(); ++i)
-        ids.push_back(c[i]->ID());
-    return ids;
-}
+// A collection of books that each test fills as it needs.
+class Collections : public ::testing::Test {
+protected:
+    void Fill(std::initializer_list<const char*> titles) {
+        for (const char* t : titles)
+            books.AddBook(t);
+    }
+    V Titles() const { return Titles(books); }
+    static V Titles(const TBooks& books) {
+        V t;
+        for (int i = 0; i < books.Count(); ++i)
+            t.push_back(books.Book(i)->Title);
+        return t;
+    }
+    static std::vector<int32_t> Ids(const TCollection& c) {
+        std::vector<int32_t> ids;
+        for (int i = 0; i < c.Count(); ++i)
+            ids.push_back(c[i]->ID());
+        return ids;
+    }
+    TBooks books{nullptr};
+};
 
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
 // Adding and removing
 
-TEST(Collections, AddCreatesItemsOfTheItemClass) {
-    TBooks books(nullptr);
+TEST_F(Collections, AddCreatesItemsOfTheItemClassAndItemsCreatedWithTheirCollectionJoinIt) {
     TCollectionItem* item = books.Add();
     ASSERT_NE(item, nullptr);
     EXPECT_EQ(item->ClassType(), TBookItem::StaticClass());
-    EXPECT_EQ(item->Collection(), &books);
-    EXPECT_EQ(item->Index(), 0);
-    EXPECT_EQ(books.Count(), 1);
     EXPECT_EQ(books.ItemClass(), TBookItem::StaticClass());
-}
-
-TEST(Collections, ItemsCreatedWithTheirCollectionJoinIt) {
-    TBooks books(nullptr);
     auto* direct = new TBookItem(&books);
-    EXPECT_EQ(direct->Collection(), &books);
-    EXPECT_EQ(books.Count(), 1);
     TObject* created = CreateInstance(TBookItem::StaticClass(), &books);
     EXPECT_EQ(created->ClassType(), TBookItem::StaticClass());
-    EXPECT_EQ(books.Count(), 2);
-    EXPECT_EQ(books[1], created);
+    EXPECT_EQ(std::vector<TObject*>({books[0], books[1], books[2]}),
+              std::vector<TObject*>({item, direct, created}));
+    for (int i = 0; i < books.Count(); ++i) {
+        EXPECT_EQ(books[i]->Index(), i);
+        EXPECT_EQ(books[i]->Collection(), &books);
+    }
 }
 
-TEST(Collections, InsertDeleteAndClear) {
-    TBooks books(nullptr);
-    books.AddBook("b");
-    books.AddBook("d");
+TEST_F(Collections, InsertDeleteAndClear) {
+    Fill({"b", "d"});
     static_cast<TBookItem*>(books.Insert(0))->Title = "a";
     static_cast<TBookItem*>(books.Insert(2))->Title = "c";
-    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "b", "c", "d"}));
+    EXPECT_EQ(Titles(), (V{"a", "b", "c", "d"}));
     books.Delete(1);
-    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "c", "d"}));
+    EXPECT_EQ(Titles(), (V{"a", "c", "d"}));
     for (int i = 0; i < books.Count(); ++i)
         EXPECT_EQ(books[i]->Index(), i);
     EXPECT_THROW(books.Delete(3), EListError);
     EXPECT_THROW(books.Delete(-1), EListError);
     EXPECT_THROW(books.GetItem(3), EListError);
+    // Freeing an item takes it out.
+    delete books.Book(1);
+    EXPECT_EQ(Titles(), (V{"a", "d"}));
     int before = TBookItem::destroyed;
     books.Clear();
     EXPECT_EQ(books.Count(), 0);
-    EXPECT_EQ(TBookItem::destroyed - before, 3);
-}
-
-TEST(Collections, FreeingAnItemTakesItOut) {
-    TBooks books(nullptr);
-    books.AddBook("a");
-    auto* b = books.AddBook("b");
-    books.AddBook("c");
-    delete b;
-    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "c"}));
-}
-
-TEST(Collections, TheCollectionFreesItsItems) {
-    int before = TBookItem::destroyed;
+    EXPECT_EQ(TBookItem::destroyed - before, 2);
+    // The collection frees its items.
+    before = TBookItem::destroyed;
     {
         TShelf shelf;
         shelf.Books()->AddBook("x");
@@ -170,11 +165,8 @@ TEST(Collections, TheCollectionFreesItsItems) {
 // ---------------------------------------------------------------------------------------------
 // IDs
 
-TEST(Collections, ItemIdsNeverRepeat) {
-    TBooks books(nullptr);
-    books.AddBook("a");
-    books.AddBook("b");
-    books.AddBook("c");
+TEST_F(Collections, ItemIdsNeverRepeat) {
+    Fill({"a", "b", "c"});
     EXPECT_EQ(Ids(books), (std::vector<int32_t>{0, 1, 2}));
     EXPECT_EQ(books.NextID(), 3);
     books.Delete(2);
@@ -185,11 +177,9 @@ TEST(Collections, ItemIdsNeverRepeat) {
     EXPECT_EQ(books.NextID(), 5);
 }
 
-TEST(Collections, FindItemIdFollowsTheItem) {
-    TBooks books(nullptr);
-    books.AddBook("a");
-    auto* b = books.AddBook("b");
-    books.AddBook("c");
+TEST_F(Collections, FindItemIdFollowsTheItem) {
+    Fill({"a", "b", "c"});
+    auto* b = books.Book(1);
     EXPECT_EQ(books.FindItemID(1), b);
     b->SetIndex(0);
     EXPECT_EQ(books.FindItemID(1), b);
@@ -202,39 +192,34 @@ TEST(Collections, FindItemIdFollowsTheItem) {
 // ---------------------------------------------------------------------------------------------
 // Moving
 
-TEST(Collections, SettingIndexMovesTheItem) {
-    TBooks books(nullptr);
-    for (const char* t : {"a", "b", "c", "d"})
-        books.AddBook(t);
+TEST_F(Collections, SettingIndexMovesTheItem) {
+    Fill({"a", "b", "c", "d"});
     books.Book(3)->SetIndex(1);
-    EXPECT_EQ(Titles(books), (std::vector<std::string>{"a", "d", "b", "c"}));
+    EXPECT_EQ(Titles(), (V{"a", "d", "b", "c"}));
     books.Book(0)->SetIndex(3);
-    EXPECT_EQ(Titles(books), (std::vector<std::string>{"d", "b", "c", "a"}));
+    EXPECT_EQ(Titles(), (V{"d", "b", "c", "a"}));
     EXPECT_THROW(books.Book(0)->SetIndex(4), EListError);
     EXPECT_THROW(books.Book(0)->SetIndex(-1), EListError);
-    EXPECT_EQ(Titles(books), (std::vector<std::string>{"d", "b", "c", "a"}));
+    EXPECT_EQ(Titles(), (V{"d", "b", "c", "a"}));
 }
 
-TEST(Collections, AnItemMovesToAnotherCollectionWithANewId) {
+TEST_F(Collections, AnItemMovesToAnotherCollectionWithANewId) {
     TBooks first(nullptr), second(nullptr);
     first.AddBook("a");
     auto* b = first.AddBook("b");
     second.AddBook("x");
     b->SetCollection(&second);
-    EXPECT_EQ(first.Count(), 1);
-    EXPECT_EQ(second.Count(), 2);
+    EXPECT_EQ(std::vector<int>({first.Count(), second.Count(), b->ID(), b->Index()}),
+              std::vector<int>({1, 2, 1, 1}));
     EXPECT_EQ(b->Collection(), &second);
-    EXPECT_EQ(b->ID(), 1);
-    EXPECT_EQ(b->Index(), 1);
     b->SetCollection(nullptr);
     EXPECT_EQ(b->Index(), -1);
     EXPECT_EQ(second.Count(), 1);
     delete b;
 }
 
-TEST(Collections, ItemsOfAWrongClassAreRefused) {
-    TBooks books(nullptr);
-    books.AddBook("a");
+TEST_F(Collections, ItemsOfAWrongClassAreRefused) {
+    Fill({"a"});
     auto* map = new TMapItem(nullptr);
     EXPECT_THROW(map->SetCollection(&books), Exception);
     EXPECT_EQ(map->Collection(), nullptr);
@@ -256,34 +241,30 @@ TEST(Collections, ItemsOfAWrongClassAreRefused) {
 // ---------------------------------------------------------------------------------------------
 // Name paths
 
-TEST(Collections, NamePathsGoThroughTheOwnersProperty) {
+TEST_F(Collections, NamePathsGoThroughTheOwnersProperty) {
     TShelf shelf;
     shelf.SetName("Shelf1");
     TBooks* books = shelf.Books();
     for (const char* t : {"a", "b", "c"})
         books->AddBook(t);
     EXPECT_EQ(books->PropName(), "Books");
-    EXPECT_EQ(books->GetNamePath(), "Shelf1.Books");
-    EXPECT_EQ(books->Book(2)->GetNamePath(), "Shelf1.Books[2]");
-    EXPECT_EQ(books->Book(0)->GetNamePath(), "Shelf1.Books[0]");
+    const V before = {books->GetNamePath(), books->Book(2)->GetNamePath(),
+                      books->Book(0)->GetNamePath()};
     // The index in the path follows moves.
     books->Book(2)->SetIndex(0);
-    EXPECT_EQ(books->Book(0)->GetNamePath(), "Shelf1.Books[0]");
     EXPECT_EQ(books->Book(0)->Title, "c");
-}
-
-TEST(Collections, NamePathsWithoutANamedOwner) {
+    // Without a named owner, the class names stand in.
     TShelf unnamed;
     unnamed.Books()->AddBook("a");
-    EXPECT_EQ(unnamed.Books()->GetNamePath(), "TBooks");
-    EXPECT_EQ(unnamed.Books()->Book(0)->GetNamePath(), "TBooks[0]");
     TCollection loose(TBookItem::StaticClass());
     loose.Add();
-    EXPECT_EQ(loose.GetNamePath(), "TCollection");
-    EXPECT_EQ(loose[0]->GetNamePath(), "TCollection[0]");
     TBookItem alone;
-    EXPECT_EQ(alone.GetNamePath(), "TBookItem");
-    EXPECT_EQ(alone.DisplayName(), "TBookItem");
+    EXPECT_EQ(V({books->Book(0)->GetNamePath(), unnamed.Books()->GetNamePath(),
+                 unnamed.Books()->Book(0)->GetNamePath(), loose.GetNamePath(),
+                 loose[0]->GetNamePath(), alone.GetNamePath(), alone.DisplayName()}),
+              V({"Shelf1.Books[0]", "TBooks", "TBooks[0]", "TCollection", "TCollection[0]",
+                 "TBookItem", "TBookItem"}));
+    EXPECT_EQ(before, V({"Shelf1.Books", "Shelf1.Books[2]", "Shelf1.Books[0]"}));
     alone.Title = "Dune";
     EXPECT_EQ(alone.DisplayName(), "Dune");
 }
@@ -291,15 +272,15 @@ TEST(Collections, NamePathsWithoutANamedOwner) {
 // ---------------------------------------------------------------------------------------------
 // Assign
 
-TEST(Collections, AssignCopiesTheItems) {
+TEST_F(Collections, AssignCopiesTheItems) {
     TBooks source(nullptr), dest(nullptr);
     for (const char* t : {"a", "b", "c"})
         source.AddBook(t);
     dest.AddBook("old");
     dest.updates.clear();
     dest.Assign(&source);
-    EXPECT_EQ(Titles(dest), (std::vector<std::string>{"a", "b", "c"}));
-    EXPECT_EQ(Titles(source), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(Titles(dest), (V{"a", "b", "c"}));
+    EXPECT_EQ(Titles(source), (V{"a", "b", "c"}));
     // The copies are the destination's own items, with its IDs.
     EXPECT_NE(dest[0], source[0]);
     EXPECT_EQ(Ids(dest), (std::vector<int32_t>{1, 2, 3}));
@@ -308,15 +289,10 @@ TEST(Collections, AssignCopiesTheItems) {
     EXPECT_EQ(dest.updates[0], nullptr);
 }
 
-TEST(Collections, AssignFromAnotherKindOfObjectRaises) {
-    TBooks books(nullptr);
+TEST_F(Collections, AssignFromAnotherKindOfObjectRaises) {
     TComponent c;
-    try {
-        books.Assign(&c);
-        FAIL() << "no exception";
-    } catch (const EConvertError& e) {
-        EXPECT_EQ(e.Message(), "Cannot assign a TComponent to a TBooks");
-    }
+    EXPECT_EQ(MessageOf<EConvertError>([&] { books.Assign(&c); }),
+              "Cannot assign a TComponent to a TBooks");
     // Items without an Assign of their own can't be copied.
     TCollection plainSource(TCollectionItem::StaticClass());
     TCollection plainDest(TCollectionItem::StaticClass());
@@ -328,8 +304,7 @@ TEST(Collections, AssignFromAnotherKindOfObjectRaises) {
 // ---------------------------------------------------------------------------------------------
 // Updates and notifications
 
-TEST(Collections, EachChangeUpdatesOnce) {
-    TBooks books(nullptr);
+TEST_F(Collections, EachChangeUpdatesOnce) {
     books.AddBook("a");
     EXPECT_EQ(books.updates, std::vector<TCollectionItem*>{nullptr});
     books.updates.clear();
@@ -342,8 +317,7 @@ TEST(Collections, EachChangeUpdatesOnce) {
     EXPECT_EQ(books.updates, std::vector<TCollectionItem*>{books.Book(0)});
 }
 
-TEST(Collections, UpdateOnceAfterBeginUpdateEndUpdate) {
-    TBooks books(nullptr);
+TEST_F(Collections, UpdateOnceAfterBeginUpdateEndUpdate) {
     books.BeginUpdate();
     books.BeginUpdate();
     books.AddBook("a");
@@ -362,19 +336,15 @@ TEST(Collections, UpdateOnceAfterBeginUpdateEndUpdate) {
     EXPECT_EQ(books.updates.size(), 1u);
 }
 
-TEST(Collections, NotifyTellsAddedDeletingAndExtracting) {
-    TBooks books(nullptr);
+TEST_F(Collections, NotifyTellsAddedDeletingAndExtracting) {
     auto* a = books.AddBook("a");
     auto* b = books.AddBook("b");
-    EXPECT_EQ(books.notices, (std::vector<std::pair<TCollectionItem*, TCollectionNotification>>{
-                                 {a, cnAdded}, {b, cnAdded}}));
+    EXPECT_EQ(books.notices, (Notices{{a, cnAdded}, {b, cnAdded}}));
     books.notices.clear();
     books.Delete(0);
-    EXPECT_EQ(books.notices, (std::vector<std::pair<TCollectionItem*, TCollectionNotification>>{
-                                 {a, cnDeleting}, {a, cnExtracting}}));
+    EXPECT_EQ(books.notices, (Notices{{a, cnDeleting}, {a, cnExtracting}}));
     books.notices.clear();
     b->SetCollection(nullptr);
-    EXPECT_EQ(books.notices, (std::vector<std::pair<TCollectionItem*, TCollectionNotification>>{
-                                 {b, cnExtracting}}));
+    EXPECT_EQ(books.notices, (Notices{{b, cnExtracting}}));
     delete b;
 }

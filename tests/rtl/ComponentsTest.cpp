@@ -5,13 +5,10 @@
 
 #include "TestSupport.h"
 
-#include <gtest/gtest.h>
-
 #include <utility>
-#include <vector>
 
 using namespace rtl;
-using rtltest::MessageOf;
+using namespace rtltest;
 
 namespace comps {
 
@@ -100,8 +97,8 @@ RTL_IMPLEMENT_CLASS(TCounted)
 RTL_IMPLEMENT_CLASS(TButton)
 RTL_IMPLEMENT_CLASS(TLabel)
 RTL_BEGIN_CLASS(TForm)
-    Field("Button1", &TForm::Button1);
-    Field("Caption", &TForm::Caption);
+Field("Button1", &TForm::Button1);
+Field("Caption", &TForm::Caption);
 RTL_END_CLASS
 RTL_IMPLEMENT_CLASS(TWatcher)
 RTL_IMPLEMENT_CLASS(TLink)
@@ -117,6 +114,22 @@ TCounted* Named(TComponent* owner, const std::string& name, DestroyLog* log = nu
     c->SetName(name);
     return c;
 }
+
+// The names of the owner's components, in their order.
+V Names(const TComponent& owner) {
+    V r;
+    for (int i = 0; i < owner.ComponentCount(); ++i)
+        r.push_back(owner.Components(i)->Name());
+    return r;
+}
+
+// A link in one form with a target in another.
+class FreeNotification : public ::testing::Test {
+protected:
+    TComponent formA, formB;
+    TComponent* target = new TComponent(&formA);
+    TLink* link = new TLink(&formB);
+};
 
 } // namespace
 
@@ -136,7 +149,7 @@ TEST(Components, OwnedComponentsDieWithTheirOwnerLastFirst) {
     delete root;
     // The owner's own destructor body runs first; then its components go, the last first, each
     // with its own components.
-    EXPECT_EQ(log.names, (std::vector<std::string>{"Root", "C", "B", "B2", "B1", "A"}));
+    EXPECT_EQ(log.names, V({"Root", "C", "B", "B2", "B1", "A"}));
     // The owned ones know that they are being destroyed.
     for (size_t i = 1; i < log.destroyingFlag.size(); ++i)
         EXPECT_TRUE(log.destroyingFlag[i]) << log.names[i];
@@ -149,11 +162,9 @@ TEST(Components, AFreedComponentLeavesItsOwner) {
     auto* second = Named(&owner, "Second", &log);
     Named(&owner, "Third", &log);
     delete second;
-    EXPECT_EQ(owner.ComponentCount(), 2);
+    EXPECT_EQ(Names(owner), V({"First", "Third"}));
     EXPECT_EQ(owner.FindComponent("Second"), nullptr);
-    EXPECT_EQ(owner.Components(0)->Name(), "First");
-    EXPECT_EQ(owner.Components(1)->Name(), "Third");
-    EXPECT_EQ(log.names, std::vector<std::string>{"Second"});
+    EXPECT_EQ(log.names, V{"Second"});
 }
 
 TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
@@ -183,7 +194,7 @@ TEST(Components, DestroyComponentsFreesTheOwnedOnly) {
     Named(&owner, "B", &log);
     owner.DestroyComponents();
     EXPECT_EQ(owner.ComponentCount(), 0);
-    EXPECT_EQ(log.names, (std::vector<std::string>{"B", "A"}));
+    EXPECT_EQ(log.names, V({"B", "A"}));
     EXPECT_EQ(owner.Name(), "Owner");
     Named(&owner, "A"); // the names are free again
 }
@@ -191,21 +202,20 @@ TEST(Components, DestroyComponentsFreesTheOwnedOnly) {
 TEST(Components, ComponentsByIndex) {
     TComponent owner;
     auto* a = Named(&owner, "A");
-    auto* b = Named(&owner, "B");
+    Named(&owner, "B");
     auto* c = Named(&owner, "C");
     EXPECT_EQ(a->ComponentIndex(), 0);
     EXPECT_EQ(c->ComponentIndex(), 2);
     EXPECT_THROW(owner.Components(3), EListError);
     EXPECT_THROW(owner.Components(-1), EListError);
-    c->SetComponentIndex(0);
-    EXPECT_EQ(owner.Components(0), c);
-    EXPECT_EQ(owner.Components(1), a);
-    EXPECT_EQ(owner.Components(2), b);
     // Out-of-range indexes are clamped.
-    c->SetComponentIndex(99);
-    EXPECT_EQ(owner.Components(2), c);
-    c->SetComponentIndex(-5);
-    EXPECT_EQ(owner.Components(0), c);
+    V orders;
+    for (int index : {0, 99, -5}) {
+        c->SetComponentIndex(index);
+        for (const auto& name : Names(owner))
+            orders.push_back(name);
+    }
+    EXPECT_EQ(orders, V({"C", "A", "B", "A", "B", "C", "C", "A", "B"}));
     TComponent loose;
     EXPECT_EQ(loose.ComponentIndex(), -1);
 }
@@ -255,17 +265,18 @@ TEST(Components, NamesAreUniqueAmongSiblingsIgnoringCase) {
 }
 
 TEST(Components, NameAndTagArePublished) {
-    std::vector<std::string> names;
+    V names;
     for (PPropInfo p : GetPropInfos(TComponent::StaticClass()))
         names.push_back(p->Name);
-    EXPECT_EQ(names, (std::vector<std::string>{"Name", "Tag"}));
+    EXPECT_EQ(names, V({"Name", "Tag"}));
     TComponent owner;
     auto* c = new TComponent(&owner);
     // Name is written by the filer apart from the properties: not stored.
     EXPECT_FALSE(IsStoredProp(c, "Name"));
     EXPECT_EQ(GetPropInfo(c->ClassType(), "Tag")->Default, 0);
     SetStrProp(c, "Name", "Timer1");
-    EXPECT_EQ(c->Name(), "Timer1");
+    EXPECT_EQ(c->GetNamePath(), "Timer1"); // the name path is the name
+    EXPECT_EQ(c->GetOwner(), &owner);
     EXPECT_EQ(owner.FindComponent("timer1"), c);
     // Renaming through the property is validated too.
     EXPECT_THROW(SetStrProp(c, "Name", "not valid"), EComponentError);
@@ -274,13 +285,6 @@ TEST(Components, NameAndTagArePublished) {
     EXPECT_EQ(GetStrProp(c, "Name"), "Timer1");
     SetOrdProp(c, "Tag", -7);
     EXPECT_EQ(c->Tag, -7);
-}
-
-TEST(Components, NamePathIsTheName) {
-    TComponent owner;
-    auto* c = Named(&owner, "Edit1");
-    EXPECT_EQ(c->GetNamePath(), "Edit1");
-    EXPECT_EQ(c->GetOwner(), &owner);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -325,42 +329,29 @@ TEST(Components, AFormFreesItsLinkedComponents) {
     Named(form, "Extra", &log);
     ASSERT_NE(form->Button1, nullptr);
     delete form;
-    EXPECT_EQ(log.names, std::vector<std::string>{"Extra"});
+    EXPECT_EQ(log.names, V{"Extra"});
 }
 
 // ---------------------------------------------------------------------------------------------
 // Notifications
 
-TEST(Components, InsertAndRemoveReachOwnedComponents) {
+TEST(Components, InsertAndRemoveReachOwnedComponentsAndThoseOwnedDeeper) {
     TComponent root;
     auto* watcher = new TWatcher(&root);
+    auto* deeper = new TWatcher(new TComponent(&root));
+    watcher->seen.clear();
+    deeper->seen.clear();
     auto* c = new TComponent(&root);
-    ASSERT_FALSE(watcher->seen.empty());
-    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opInsert));
     root.RemoveComponent(c);
-    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opRemove));
     root.InsertComponent(c);
-    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opInsert));
-    size_t before = watcher->seen.size();
     delete c;
-    ASSERT_EQ(watcher->seen.size(), before + 1);
-    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opRemove));
+    const std::vector<std::pair<TComponent*, TOperation>> expected = {
+        {c, opInsert}, {c, opRemove}, {c, opInsert}, {c, opRemove}};
+    EXPECT_EQ(watcher->seen, expected);
+    EXPECT_EQ(deeper->seen, expected);
 }
 
-TEST(Components, NotificationsReachComponentsOwnedDeeper) {
-    TComponent root;
-    auto* panel = new TComponent(&root);
-    auto* watcher = new TWatcher(panel);
-    auto* c = new TComponent(&root);
-    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opInsert));
-    delete c;
-    EXPECT_EQ(watcher->seen.back(), std::make_pair(c, opRemove));
-}
-
-TEST(Components, FreeNotificationTellsAComponentOfAnotherOwner) {
-    TComponent formA, formB;
-    auto* target = new TComponent(&formA);
-    auto* link = new TLink(&formB);
+TEST_F(FreeNotification, TellsAComponentOfAnotherOwner) {
     link->SetTarget(target);
     EXPECT_TRUE(target->ComponentState().Contains(csFreeNotification));
     EXPECT_TRUE(link->ComponentState().Contains(csFreeNotification));
@@ -371,29 +362,21 @@ TEST(Components, FreeNotificationTellsAComponentOfAnotherOwner) {
     EXPECT_FALSE(link->ComponentState().Contains(csFreeNotification));
 }
 
-TEST(Components, FreeNotificationWorksBothWays) {
+TEST_F(FreeNotification, WorksBothWays) {
     // The link dies first: the target must not tell it anything afterwards (the sanitizer
     // catches a notification sent to the freed link).
-    TComponent formA, formB;
-    auto* target = new TComponent(&formA);
-    auto* watcher = new TWatcher(nullptr);
-    auto* link = new TLink(&formB);
+    TWatcher watcher(nullptr);
     link->SetTarget(target);
-    target->FreeNotification(watcher);
+    target->FreeNotification(&watcher);
     delete link;
     EXPECT_TRUE(target->ComponentState().Contains(csFreeNotification));
     // The target still notifies the watcher that remains.
-    watcher->seen.clear();
+    watcher.seen.clear();
     delete target;
-    ASSERT_EQ(watcher->seen.size(), 1u);
-    EXPECT_EQ(watcher->seen[0], std::make_pair(target, opRemove));
-    delete watcher;
+    EXPECT_EQ(watcher.seen, (std::vector{std::pair<TComponent*, TOperation>(target, opRemove)}));
 }
 
-TEST(Components, RemoveFreeNotificationStopsTheNotice) {
-    TComponent formA, formB;
-    auto* target = new TComponent(&formA);
-    auto* link = new TLink(&formB);
+TEST_F(FreeNotification, RemoveFreeNotificationStopsTheNotice) {
     link->SetTarget(target);
     link->SetTarget(nullptr);
     EXPECT_FALSE(target->ComponentState().Contains(csFreeNotification));
@@ -443,15 +426,12 @@ TEST(Components, FindNestedComponentFollowsDottedPaths) {
     auto* panel = Named(&root, "Panel1");
     auto* button = Named(panel, "Button1");
     auto* deep = Named(button, "Glyph");
-    EXPECT_EQ(FindNestedComponent(&root, "Panel1"), panel);
-    EXPECT_EQ(FindNestedComponent(&root, "Panel1.Button1"), button);
-    EXPECT_EQ(FindNestedComponent(&root, "panel1.BUTTON1.glyph"), deep);
-    EXPECT_EQ(FindNestedComponent(&root, "Panel1->Button1"), button);
-    EXPECT_EQ(FindNestedComponent(&root, "Panel1.Missing"), nullptr);
-    EXPECT_EQ(FindNestedComponent(&root, "Missing.Button1"), nullptr);
-    EXPECT_EQ(FindNestedComponent(&root, "Button1"), nullptr); // not owned by the root
-    EXPECT_EQ(FindNestedComponent(&root, ""), nullptr);
+    // Button1 alone is not owned by the root; "Owner" names the component reached so far.
+    std::vector<TComponent*> found;
+    for (const char* path : {"Panel1", "Panel1.Button1", "panel1.BUTTON1.glyph", "Panel1->Button1",
+                             "Panel1.Missing", "Missing.Button1", "Button1", "", "Owner.Panel1"})
+        found.push_back(FindNestedComponent(&root, path));
+    EXPECT_EQ(found, (std::vector<TComponent*>{panel, button, deep, button, nullptr, nullptr,
+                                               nullptr, nullptr, panel}));
     EXPECT_EQ(FindNestedComponent(nullptr, "Panel1"), nullptr);
-    // "Owner" names the component reached so far.
-    EXPECT_EQ(FindNestedComponent(&root, "Owner.Panel1"), panel);
 }

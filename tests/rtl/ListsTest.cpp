@@ -1,34 +1,31 @@
 // TList and TStringList: bounds and their errors, sorted lists with each duplicates mode,
 // Find on duplicates, names and values, the text and delimited forms, events, owned objects.
-#include "rtl/Lists.h"
-#include "rtl/CodePage.h"
-#include "rtl/Streams.h"
+#include "rtl/SysUtils.h"
 
 #include "TestSupport.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <unistd.h>
-
 using namespace rtl;
-using rtltest::MessageOf;
+using namespace rtltest;
 
 namespace {
 
-std::string W(const char* utf8) {
-    return Utf8ToCp1251(utf8);
-}
+// A string list of the given lines, sorted or not, with the given duplicates mode.
+struct TFilled : TStringList {
+    explicit TFilled(const V& lines, bool sorted = false, TDuplicates dup = dupIgnore) {
+        Duplicates = dup;
+        SetSorted(sorted);
+        for (const auto& l : lines)
+            Add(l);
+    }
+};
 
-std::vector<std::string> Lines(const TStrings& s) {
-    std::vector<std::string> r;
+// The objects of a list, line by line.
+std::vector<TObject*> Objects(const TStrings& s) {
+    std::vector<TObject*> r;
     for (int i = 0; i < s.Count(); ++i)
-        r.push_back(s[i]);
+        r.push_back(s.Objects(i));
     return r;
 }
-
-using V = std::vector<std::string>;
 
 int g_alive = 0;
 class TCounted : public TObject {
@@ -70,30 +67,29 @@ RTL_IMPLEMENT_CLASS(TListener)
 TEST(List, AddInsertDeleteKeepOrder) {
     int a, b, c, d;
     TList l;
+    auto items = [&l] {
+        std::vector<void*> r;
+        for (int i = 0; i < l.Count(); ++i)
+            r.push_back(l[i]);
+        return r;
+    };
     EXPECT_EQ(l.Add(&a), 0);
     EXPECT_EQ(l.Add(&c), 1);
     l.Insert(1, &b);
     l.Insert(3, &d);
-    ASSERT_EQ(l.Count(), 4);
-    EXPECT_EQ(l[0], &a);
-    EXPECT_EQ(l.Items(1), &b);
-    EXPECT_EQ(l.First(), &a);
-    EXPECT_EQ(l.Last(), &d);
-    EXPECT_EQ(l.IndexOf(&c), 2);
-    EXPECT_EQ(l.IndexOf(nullptr), -1);
-    EXPECT_EQ(l.Remove(&b), 1);
-    EXPECT_EQ(l.Remove(&b), -1);
+    EXPECT_EQ(items(), std::vector<void*>({&a, &b, &c, &d}));
+    EXPECT_EQ(std::vector<void*>({l.Items(1), l.First(), l.Last()}),
+              std::vector<void*>({&b, &a, &d}));
+    EXPECT_EQ(std::vector<int>({l.IndexOf(&c), l.IndexOf(nullptr), l.Remove(&b), l.Remove(&b)}),
+              std::vector<int>({2, -1, 1, -1}));
     l.Exchange(0, 2);
-    EXPECT_EQ(l[0], &d);
-    EXPECT_EQ(l[2], &a);
+    EXPECT_EQ(items(), std::vector<void*>({&d, &c, &a}));
     l.Move(0, 2);
-    EXPECT_EQ(l[0], &c);
-    EXPECT_EQ(l[2], &d);
+    EXPECT_EQ(items(), std::vector<void*>({&c, &a, &d}));
     EXPECT_EQ(l.Extract(&c), &c);
     EXPECT_EQ(l.Extract(&c), nullptr);
     l.Delete(0);
-    ASSERT_EQ(l.Count(), 1);
-    EXPECT_EQ(l[0], &d);
+    EXPECT_EQ(items(), std::vector<void*>({&d}));
     l.SetItems(0, &b);
     EXPECT_EQ(l[0], &b);
 }
@@ -103,9 +99,11 @@ TEST(List, BadIndexesRaiseWithTheIndex) {
     TList l;
     EXPECT_EQ(MessageOf<EListError>([&] { l.First(); }), "List index out of bounds (0)");
     l.Add(&a);
-    EXPECT_EQ(MessageOf<EListError>([&] { l.Get(1); }), "List index out of bounds (1)");
-    EXPECT_EQ(MessageOf<EListError>([&] { l.Delete(-1); }), "List index out of bounds (-1)");
-    EXPECT_EQ(MessageOf<EListError>([&] { l.Insert(2, &a); }), "List index out of bounds (2)");
+    EXPECT_EQ(
+        V({MessageOf<EListError>([&] { l.Get(1); }), MessageOf<EListError>([&] { l.Delete(-1); }),
+           MessageOf<EListError>([&] { l.Insert(2, &a); })}),
+        V({"List index out of bounds (1)", "List index out of bounds (-1)",
+           "List index out of bounds (2)"}));
     EXPECT_THROW(l.Exchange(0, 5), EListError);
     EXPECT_THROW(l.Move(0, 1), EListError);
     EXPECT_THROW(l.Put(3, nullptr), EListError);
@@ -137,6 +135,7 @@ TEST(List, CapacityAndCount) {
 }
 
 TEST(List, SortAndPack) {
+    // Equal items keep their order.
     int v[5] = {3, 1, 4, 1, 5};
     TList l;
     for (int& x : v)
@@ -145,13 +144,10 @@ TEST(List, SortAndPack) {
     l.Pack();
     EXPECT_EQ(l.Count(), 5);
     l.Sort([](void* a, void* b) { return *static_cast<int*>(a) - *static_cast<int*>(b); });
-    std::vector<int> got;
+    std::vector<int*> got;
     for (int i = 0; i < l.Count(); ++i)
-        got.push_back(*static_cast<int*>(l[i]));
-    EXPECT_EQ(got, (std::vector<int>{1, 1, 3, 4, 5}));
-    // Equal items keep their order.
-    EXPECT_EQ(l[0], &v[1]);
-    EXPECT_EQ(l[1], &v[3]);
+        got.push_back(static_cast<int*>(l[i]));
+    EXPECT_EQ(got, std::vector<int*>({&v[1], &v[3], &v[0], &v[2], &v[4]}));
     // A compare that is no order at all leaves the items a permutation of themselves.
     l.Sort([](void*, void*) { return std::rand() % 3 - 1; });
     EXPECT_EQ(l.Count(), 5);
@@ -187,13 +183,12 @@ TEST(StringList, AddInsertDeleteWithObjects) {
     l.InsertObject(0, "zero", &o2);
     l.Insert(3, "three");
     EXPECT_EQ(Lines(l), (V{"zero", "one", "two", "three"}));
-    EXPECT_EQ(l.Objects(0), &o2);
-    EXPECT_EQ(l.Objects(2), &o1);
+    EXPECT_EQ(Objects(l), std::vector<TObject*>({&o2, nullptr, &o1, nullptr}));
     EXPECT_EQ(l.IndexOfObject(&o1), 2);
     EXPECT_EQ(l.IndexOfObject(nullptr), 1);
     l.SetStrings(1, "uno");
-    EXPECT_EQ(l.Strings(1), "uno");
     l.SetObjects(1, &o1);
+    EXPECT_EQ(l.Strings(1), "uno");
     EXPECT_EQ(l.Objects(1), &o1);
     l.Delete(0);
     EXPECT_EQ(Lines(l), (V{"uno", "two", "three"}));
@@ -202,12 +197,12 @@ TEST(StringList, AddInsertDeleteWithObjects) {
 }
 
 TEST(StringList, BadIndexesRaiseStringListError) {
-    TStringList l;
-    l.Add("a");
-    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Strings(1); }), "List index out of bounds (1)");
-    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Delete(-2); }), "List index out of bounds (-2)");
-    EXPECT_EQ(MessageOf<EStringListError>([&] { l.Insert(5, "x"); }),
-              "List index out of bounds (5)");
+    TFilled l({"a"});
+    EXPECT_EQ(V({MessageOf<EStringListError>([&] { l.Strings(1); }),
+                 MessageOf<EStringListError>([&] { l.Delete(-2); }),
+                 MessageOf<EStringListError>([&] { l.Insert(5, "x"); })}),
+              V({"List index out of bounds (1)", "List index out of bounds (-2)",
+                 "List index out of bounds (5)"}));
     EXPECT_THROW(l.Objects(3), EStringListError);
     EXPECT_THROW(l.SetObjects(1, nullptr), EStringListError);
     EXPECT_THROW(l.Exchange(0, 1), EStringListError);
@@ -220,12 +215,8 @@ TEST(StringList, BadIndexesRaiseStringListError) {
 // Sorted lists
 
 TEST(StringListSorted, AddKeepsOrderAndIgnoresDuplicatesByDefault) {
-    TStringList l;
-    l.SetSorted(true);
+    TFilled l({"pear", "apple", "Banana"}, true);
     EXPECT_EQ(l.Duplicates, dupIgnore);
-    l.Add("pear");
-    l.Add("apple");
-    l.Add("Banana");
     EXPECT_EQ(l.Add("APPLE"), 0); // an equal string: the existing one's index
     TObject o;
     EXPECT_EQ(l.AddObject("banana", &o), 1);
@@ -234,57 +225,41 @@ TEST(StringListSorted, AddKeepsOrderAndIgnoresDuplicatesByDefault) {
 }
 
 TEST(StringListSorted, DupAcceptKeepsAllAndFindAnswersTheFirst) {
-    TStringList l;
-    l.Duplicates = dupAccept;
-    l.SetSorted(true);
-    for (const char* s : {"b", "a", "B", "c", "b", "A"})
-        l.Add(s);
+    TFilled l({"b", "a", "B", "c", "b", "A"}, true, dupAccept);
     EXPECT_EQ(l.Count(), 6);
     // A new duplicate goes before the equal strings already there.
     TObject marker;
     EXPECT_EQ(l.AddObject("B", &marker), 2);
     EXPECT_EQ(l.Objects(2), &marker);
     l.Delete(2);
-    int index = -1;
-    EXPECT_TRUE(l.Find("b", index));
-    EXPECT_EQ(index, 2);
     for (int i = 2; i < 5; ++i)
         EXPECT_TRUE(SameText(l[i], "b"));
-    EXPECT_TRUE(l.Find("A", index));
-    EXPECT_EQ(index, 0);
     EXPECT_EQ(l.IndexOf("c"), 5);
-    EXPECT_FALSE(l.Find("bb", index));
-    EXPECT_EQ(index, 5);
-    EXPECT_FALSE(l.Find("0", index));
-    EXPECT_EQ(index, 0);
-    EXPECT_FALSE(l.Find("z", index));
-    EXPECT_EQ(index, 6);
+    // Each search as found or not, and the index it answers.
+    V found;
+    for (const char* s : {"b", "A", "bb", "0", "z"}) {
+        int index = -1;
+        const bool isThere = l.Find(s, index);
+        found.push_back((isThere ? "+" : "-") + std::to_string(index));
+    }
+    EXPECT_EQ(found, V({"+2", "+0", "-5", "-0", "-6"}));
     // A long run of equal strings still gives the first.
-    TStringList many;
-    many.Duplicates = dupAccept;
-    many.SetSorted(true);
-    many.Add("a");
+    TFilled many({"a"}, true, dupAccept);
     for (int i = 0; i < 100; ++i)
         many.Add("m");
     many.Add("z");
+    int index = -1;
     EXPECT_TRUE(many.Find("M", index));
     EXPECT_EQ(index, 1);
 }
 
 TEST(StringListSorted, DupErrorRaisesAndLeavesTheList) {
-    TStringList l;
-    l.Duplicates = dupError;
-    l.SetSorted(true);
-    l.Add("x");
-    l.Add("y");
+    TFilled l({"x", "y"}, true, dupError);
     EXPECT_EQ(MessageOf<EStringListError>([&] { l.Add("X"); }),
               "String list does not allow duplicates");
     EXPECT_EQ(Lines(l), (V{"x", "y"}));
     // An unsorted list accepts duplicates whatever the mode.
-    TStringList u;
-    u.Duplicates = dupError;
-    u.Add("x");
-    u.Add("x");
+    TFilled u({"x", "x"}, false, dupError);
     EXPECT_EQ(u.Count(), 2);
 }
 
@@ -305,18 +280,13 @@ TEST(StringListSorted, CaseSensitiveOrdersLowerBeforeUpper) {
 }
 
 TEST(StringListSorted, CyrillicSortsAfterLatinInAlphabeticalOrder) {
-    TStringList l;
-    l.SetSorted(true);
-    for (const char* s : {"жук", "ёж", "ель", "zebra", "Яблоко", "арбуз"})
-        l.Add(W(s));
+    TFilled l({W("жук"), W("ёж"), W("ель"), "zebra", W("Яблоко"), W("арбуз")}, true);
     EXPECT_EQ(Lines(l), (V{"zebra", W("арбуз"), W("ель"), W("ёж"), W("жук"), W("Яблоко")}));
     EXPECT_EQ(l.IndexOf(W("ЁЖ")), 3);
 }
 
 TEST(StringListSorted, RejectsPositionalEdits) {
-    TStringList l;
-    l.Add("b");
-    l.Add("a");
+    TFilled l({"b", "a"});
     l.SetSorted(true);
     EXPECT_EQ(Lines(l), (V{"a", "b"}));
     EXPECT_EQ(MessageOf<EStringListError>([&] { l.Insert(0, "c"); }),
@@ -330,9 +300,7 @@ TEST(StringListSorted, RejectsPositionalEdits) {
 }
 
 TEST(StringList, SortAndCustomSort) {
-    TStringList l;
-    for (const char* s : {"ccc", "a", "BB", "dddd", "b"})
-        l.Add(s);
+    TFilled l({"ccc", "a", "BB", "dddd", "b"});
     l.Sort();
     EXPECT_EQ(Lines(l), (V{"a", "b", "BB", "ccc", "dddd"}));
     EXPECT_FALSE(l.Sorted());
@@ -343,9 +311,6 @@ TEST(StringList, SortAndCustomSort) {
     EXPECT_EQ(Lines(l), (V{"dddd", "ccc", "BB", "a", "b"}));
 }
 
-// ---------------------------------------------------------------------------------------------
-// Positional operations
-
 TEST(StringList, ExchangeAndMoveCarryObjects) {
     TObject o1, o2;
     TStringList l;
@@ -354,8 +319,7 @@ TEST(StringList, ExchangeAndMoveCarryObjects) {
     l.Add("c");
     l.Exchange(0, 1);
     EXPECT_EQ(Lines(l), (V{"b", "a", "c"}));
-    EXPECT_EQ(l.Objects(0), &o2);
-    EXPECT_EQ(l.Objects(1), &o1);
+    EXPECT_EQ(Objects(l), std::vector<TObject*>({&o2, &o1, nullptr}));
     l.Move(0, 2);
     EXPECT_EQ(Lines(l), (V{"a", "c", "b"}));
     EXPECT_EQ(l.Objects(2), &o2);
@@ -367,19 +331,15 @@ TEST(StringList, ExchangeAndMoveCarryObjects) {
 // Names and values
 
 TEST(StringList, NamesAndValues) {
+    // Values of a name are the first line's of that name, case-insensitive.
     TStringList l;
     l.SetText("Width=100\r\nCaption=Hello=World\r\nplain\r\nwidth=7\r\n=empty name");
-    EXPECT_EQ(l.Names(0), "Width");
-    EXPECT_EQ(l.Names(2), "");
-    EXPECT_EQ(l.Values("WIDTH"), "100"); // the first line of that name, case-insensitive
-    EXPECT_EQ(l.Values("Caption"), "Hello=World");
-    EXPECT_EQ(l.Values("missing"), "");
-    EXPECT_EQ(l.ValueFromIndex(1), "Hello=World");
-    EXPECT_EQ(l.ValueFromIndex(2), "");
-    EXPECT_EQ(l.IndexOfName("caption"), 1);
-    EXPECT_EQ(l.IndexOfName("plain"), -1);
-    EXPECT_EQ(l.IndexOfName(""), 4);
-
+    EXPECT_EQ(V({l.Names(0), l.Names(2), l.Values("WIDTH"), l.Values("Caption"),
+                 l.Values("missing"), l.ValueFromIndex(1), l.ValueFromIndex(2)}),
+              V({"Width", "", "100", "Hello=World", "", "Hello=World", ""}));
+    EXPECT_EQ(
+        std::vector<int>({l.IndexOfName("caption"), l.IndexOfName("plain"), l.IndexOfName("")}),
+        std::vector<int>({1, -1, 4}));
     l.SetValue("Caption", "Bye");
     EXPECT_EQ(l[1], "Caption=Bye");
     l.SetValue("Height", "20");
@@ -393,7 +353,6 @@ TEST(StringList, NamesAndValues) {
     EXPECT_EQ(l[0], "Caption=Hi");
     l.SetValueFromIndex(0, "");
     EXPECT_EQ(l.IndexOfName("Caption"), -1);
-
     l.NameValueSeparator = ':';
     l.Clear();
     l.Add("key:value");
@@ -404,63 +363,50 @@ TEST(StringList, NamesAndValues) {
 // Text forms
 
 TEST(StringListText, WritesCrLfAndReadsEveryBreak) {
+    EXPECT_EQ(TFilled({"a", "", "b"}).Text(), "a\r\n\r\nb\r\n");
     TStringList l;
-    l.Add("a");
-    l.Add("");
-    l.Add("b");
-    EXPECT_EQ(l.Text(), "a\r\n\r\nb\r\n");
-    l.SetText("one\ntwo\rthree\r\nfour");
-    EXPECT_EQ(Lines(l), (V{"one", "two", "three", "four"}));
-    l.SetText("x\r\n");
-    EXPECT_EQ(Lines(l), (V{"x"}));
-    l.SetText("x\r\n\r\n");
-    EXPECT_EQ(Lines(l), (V{"x", ""}));
-    l.SetText("\n");
-    EXPECT_EQ(Lines(l), (V{""}));
-    l.SetText("");
-    EXPECT_EQ(l.Count(), 0);
+    std::vector<V> read;
+    for (const char* text : {"one\ntwo\rthree\r\nfour", "x\r\n", "x\r\n\r\n", "\n", ""}) {
+        l.SetText(text);
+        read.push_back(Lines(l));
+    }
+    EXPECT_EQ(read, std::vector<V>({{"one", "two", "three", "four"}, {"x"}, {"x", ""}, {""}, {}}));
     EXPECT_EQ(l.GetText(), "");
 }
 
 TEST(StringListText, RoundTrips) {
-    TStringList a, b;
-    for (const char* s : {"first", "", "  indented", "tab\tinside", "", "last"})
-        a.Add(s);
+    TFilled a({"first", "", "  indented", "tab\tinside", "", "last"});
+    TStringList b;
     b.SetText(a.GetText());
     EXPECT_TRUE(a.Equals(&b));
     b.SetCommaText(a.GetCommaText());
     EXPECT_TRUE(a.Equals(&b));
-    a.Delimiter = ';';
-    a.QuoteChar = '\'';
-    b.Delimiter = ';';
-    b.QuoteChar = '\'';
+    a.Delimiter = b.Delimiter = ';';
+    a.QuoteChar = b.QuoteChar = '\'';
     b.SetDelimitedText(a.GetDelimitedText());
     EXPECT_TRUE(a.Equals(&b));
 }
 
 TEST(StringListText, CommaText) {
+    EXPECT_EQ(TFilled({"a", "b c", "d\"e", "", "f,g"}).GetCommaText(),
+              "a,\"b c\",\"d\"\"e\",,\"f,g\"");
+    EXPECT_EQ(TFilled({""}).GetCommaText(), "\"\"");
+    // Blanks outside quotes separate items, as on the platform; a NUL ends the text.
+    std::vector<V> read;
     TStringList l;
-    for (const char* s : {"a", "b c", "d\"e", "", "f,g"})
-        l.Add(s);
-    EXPECT_EQ(l.GetCommaText(), "a,\"b c\",\"d\"\"e\",,\"f,g\"");
-    l.Clear();
-    l.Add("");
-    EXPECT_EQ(l.GetCommaText(), "\"\"");
-    l.SetCommaText("\"\"");
-    EXPECT_EQ(Lines(l), (V{""}));
-    // Blanks outside quotes separate items, as on the platform.
-    l.SetCommaText("  a b,c  , \"x, y\" ,z");
-    EXPECT_EQ(Lines(l), (V{"a", "b", "c", "x, y", "z"}));
-    l.SetCommaText("a,");
-    EXPECT_EQ(Lines(l), (V{"a", ""}));
-    l.SetCommaText("a,,b");
-    EXPECT_EQ(Lines(l), (V{"a", "", "b"}));
-    l.SetCommaText("\"open");
-    EXPECT_EQ(Lines(l), (V{"open"}));
-    l.SetCommaText("");
-    EXPECT_EQ(l.Count(), 0);
-    l.SetCommaText(std::string("a,b\0,c", 7));
-    EXPECT_EQ(Lines(l), (V{"a", "b"}));
+    for (const std::string& text :
+         {std::string("\"\""), std::string("  a b,c  , \"x, y\" ,z"), std::string("a,"),
+          std::string("a,,b"), std::string("\"open"), std::string(), std::string("a,b\0,c", 7)}) {
+        l.SetCommaText(text);
+        read.push_back(Lines(l));
+    }
+    EXPECT_EQ(read, std::vector<V>({{""},
+                                    {"a", "b", "c", "x, y", "z"},
+                                    {"a", ""},
+                                    {"a", "", "b"},
+                                    {"open"},
+                                    {},
+                                    {"a", "b"}}));
 }
 
 TEST(StringListText, DelimitedTextUsesDelimiterAndQuoteChar) {
@@ -492,9 +438,7 @@ TEST(StringList, AssignAddStringsEquals) {
     b.AddStrings(&a);
     EXPECT_EQ(Lines(b), (V{"x", "y", "x", "y"}));
     EXPECT_FALSE(a.Equals(&b));
-    TStringList c;
-    c.Add("X");
-    c.Add("Y");
+    TFilled c({"X", "Y"});
     EXPECT_FALSE(a.Equals(&c)); // case-sensitive
     TPersistent other;
     EXPECT_THROW(b.Assign(&other), EConvertError);
@@ -505,9 +449,9 @@ TEST(StringList, ChangeEventsFireAroundChangesAndUpdateBlocks) {
     TStringList l;
     l.OnChanging = TNotifyEvent::Of<&TListener::Changing>(&listener);
     l.OnChange = TNotifyEvent::Of<&TListener::Changed>(&listener);
+    auto counts = [&listener] { return std::pair(listener.changing, listener.changed); };
     l.Add("a");
-    EXPECT_EQ(listener.changing, 1);
-    EXPECT_EQ(listener.changed, 1);
+    EXPECT_EQ(counts(), std::pair(1, 1));
     EXPECT_EQ(listener.lastSender, &l);
     l.BeginUpdate();
     l.Add("b");
@@ -517,8 +461,7 @@ TEST(StringList, ChangeEventsFireAroundChangesAndUpdateBlocks) {
     l.EndUpdate();
     EXPECT_EQ(listener.changed, 1);
     l.EndUpdate();
-    EXPECT_EQ(listener.changing, 2);
-    EXPECT_EQ(listener.changed, 2);
+    EXPECT_EQ(counts(), std::pair(2, 2));
     l.SetText("x\r\ny\r\nz");
     EXPECT_EQ(listener.changed, 3); // one notification for the whole text
     l.EndUpdate();                  // unbalanced: no effect
@@ -531,9 +474,8 @@ TEST(StringList, ChangeEventsFireAroundChangesAndUpdateBlocks) {
 TEST(StringList, OwnsObjectsFreesWhatItDeletes) {
     {
         TStringList l(true);
-        l.AddObject("a", new TCounted);
-        l.AddObject("b", new TCounted);
-        l.AddObject("c", new TCounted);
+        for (const char* s : {"a", "b", "c"})
+            l.AddObject(s, new TCounted);
         EXPECT_EQ(g_alive, 3);
         l.Delete(1);
         EXPECT_EQ(g_alive, 2);
@@ -549,30 +491,23 @@ TEST(StringList, OwnsObjectsFreesWhatItDeletes) {
     EXPECT_EQ(g_alive, 1);
 }
 
-TEST(StringList, StreamsAndFiles) {
-    TStringList l;
-    l.Add("alpha");
-    l.Add(W("бета"));
+class StringListFiles : public TempDirTest {};
+
+TEST_F(StringListFiles, StreamsAndFiles) {
+    TFilled l({"alpha", W("бета")});
     TStringStream out;
     l.SaveToStream(&out);
     EXPECT_EQ(out.DataString(), "alpha\r\n" + W("бета") + "\r\n");
-
     // Loading reads from the stream's position to its end.
     TStringStream in("skip|one\ntwo");
     in.SetPosition(5);
     TStringList r;
     r.LoadFromStream(&in);
     EXPECT_EQ(Lines(r), (V{"one", "two"}));
-
-    char tmpl[] = "/tmp/rtl_lists_XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    std::string file = std::string(tmpl) + "/l.txt";
-    l.SaveToFile(file);
+    l.SaveToFile(Path("l.txt"));
     TStringList f;
-    f.LoadFromFile(file);
+    f.LoadFromFile(Path("l.txt"));
     EXPECT_TRUE(f.Equals(&l));
-    EXPECT_THROW(f.LoadFromFile(std::string(tmpl) + "/missing.txt"), EFOpenError);
-    EXPECT_THROW(l.SaveToFile(std::string(tmpl) + "/no/dir.txt"), EFCreateError);
-    std::remove(file.c_str());
-    rmdir(tmpl);
+    EXPECT_THROW(f.LoadFromFile(Path("missing.txt")), EFOpenError);
+    EXPECT_THROW(l.SaveToFile(Path("no/dir.txt")), EFCreateError);
 }
