@@ -1,18 +1,14 @@
 // Graphics values: colour names and colour text, fonts with their defaults and stored
 // specifiers, pictures and their stored "Data".
 #include "rtl/Graphics.h"
-#include "rtl/Streams.h"
 
 #include "TestSupport.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <fstream>
+#include <memory>
 #include <set>
 
 using namespace rtl;
-using rtltest::MessageOf;
+using namespace rtltest;
 
 namespace {
 
@@ -89,23 +85,25 @@ std::string MakeJpeg(uint16_t width, uint16_t height) {
     return s;
 }
 
-// Writes the picture data of a picture that holds a G made of bytes.
-template <class G> void WritePictureOf(const std::string& bytes, TStream* m) {
-    G graphic;
-    graphic.SetBytes(bytes);
-    TPicture pic;
-    pic.SetGraphic(&graphic);
-    pic.WriteData(m);
+std::string LE32(uint32_t v) {
+    std::string s(4, '\0');
+    PutLE(s, 0, v, 4);
+    return s;
 }
 
-// Reads picture data from the start of m into back.
-void ReadPictureFromStart(TMemoryStream& m, TPicture& back) {
-    m.SetPosition(0);
-    back.ReadData(&m);
-}
+// A memory stream holding bytes, at its start.
+struct TBytesStream : TMemoryStream {
+    explicit TBytesStream(const std::string& bytes) {
+        WriteBuffer(bytes.data(), static_cast<int64_t>(bytes.size()));
+        SetPosition(0);
+    }
+    std::string Bytes() {
+        return std::string(static_cast<const char*>(Memory()), static_cast<size_t>(GetSize()));
+    }
+};
 
-std::string StreamBytes(TMemoryStream& m) {
-    return std::string(static_cast<const char*>(m.Memory()), static_cast<size_t>(m.GetSize()));
+std::pair<int32_t, int32_t> SizeOf(const TGraphic& g) {
+    return {g.Width(), g.Height()};
 }
 
 } // namespace
@@ -113,26 +111,34 @@ std::string StreamBytes(TMemoryStream& m) {
 // ---------------------------------------------------------------------------------------------
 // Colours
 
-TEST(Colors, NamesBothWays) {
-    std::string ident;
-    ASSERT_TRUE(ColorToIdent(clRed, ident));
-    EXPECT_EQ(ident, "clRed");
-    ASSERT_TRUE(ColorToIdent(clBtnFace, ident));
-    EXPECT_EQ(ident, "clBtnFace");
-    ident = "unchanged";
+TEST(Colors, NamesBothWaysAlsoThroughTheTypesConversions) {
+    std::string ident = "unchanged";
     EXPECT_FALSE(ColorToIdent(0x123456, ident));
     EXPECT_EQ(ident, "unchanged");
-
+    PTypeInfo t = TypeInfo<TColor>();
+    EXPECT_EQ(t->Kind, tkInteger);
+    EXPECT_EQ(t->Name, "TColor");
+    TIdentToInt toInt = FindIdentToInt(t);
+    TIntToIdent toIdent = FindIntToIdent(t);
+    ASSERT_NE(toInt, nullptr);
+    ASSERT_NE(toIdent, nullptr);
+    EXPECT_EQ(FindIdentToInt(TypeInfo<int32_t>()), nullptr);
+    for (auto [value, name] :
+         {std::pair{clRed, "clRed"}, {clBtnFace, "clBtnFace"}, {clNavy, "clNavy"}}) {
+        EXPECT_TRUE(ColorToIdent(value, ident) && ident == name) << name;
+        EXPECT_TRUE(toIdent(value, ident) && ident == name) << name;
+    }
+    for (auto [name, value] : {std::pair{"clWindowText", int32_t(clWindowText)},
+                               {"CLRED", 0x0000FF},
+                               {"clnone", 0x1FFFFFFF},
+                               {"clYellow", int32_t(clYellow)}}) {
+        int32_t color = 0, viaType = 0;
+        EXPECT_TRUE(IdentToColor(name, color) && color == value) << name;
+        EXPECT_TRUE(toInt(name, viaType) && viaType == value) << name;
+    }
     int32_t color = 0;
-    ASSERT_TRUE(IdentToColor("clWindowText", color));
-    EXPECT_EQ(color, clWindowText);
-    ASSERT_TRUE(IdentToColor("CLRED", color));
-    EXPECT_EQ(color, 0x0000FF);
-    ASSERT_TRUE(IdentToColor("clnone", color));
-    EXPECT_EQ(color, 0x1FFFFFFF);
-    EXPECT_FALSE(IdentToColor("clPink", color));
-    EXPECT_FALSE(IdentToColor("Red", color));
-    EXPECT_FALSE(IdentToColor("", color));
+    for (const char* bad : {"clPink", "Red", ""})
+        EXPECT_FALSE(IdentToColor(bad, color)) << bad;
 }
 
 TEST(Colors, TheTableStartsWithTheSixteenBasicColoursAndRoundTrips) {
@@ -155,25 +161,18 @@ TEST(Colors, TheTableStartsWithTheSixteenBasicColoursAndRoundTrips) {
     }
 }
 
-TEST(Colors, ColorToStringGivesTheNameOrEightHexDigits) {
-    EXPECT_EQ(ColorToString(clRed), "clRed");
-    EXPECT_EQ(ColorToString(clDefault), "clDefault");
-    EXPECT_EQ(ColorToString(TColor(0x123456)), "$00123456");
-    EXPECT_EQ(ColorToString(TColor(0x00ABCDEF)), "$00ABCDEF");
-    EXPECT_EQ(ColorToString(TColor(static_cast<int32_t>(0x80000019u))), "$80000019");
-    EXPECT_EQ(ColorToString(TColor(-2)), "$FFFFFFFE");
-}
-
-TEST(Colors, StringToColorTakesNamesAndNumbers) {
-    EXPECT_EQ(StringToColor("clBlue"), clBlue);
-    EXPECT_EQ(StringToColor("clbtnface"), clBtnFace);
-    EXPECT_EQ(StringToColor("$00FF00"), clLime);
-    EXPECT_EQ(StringToColor("$00123456"), TColor(0x123456));
-    EXPECT_EQ(StringToColor("255"), clRed);
-    EXPECT_EQ(StringToColor("-1"), TColor(-1));
-    EXPECT_EQ(StringToColor("$80000008"), clWindowText);
-    EXPECT_EQ(StringToColor("-$10"), TColor(-16));
-    EXPECT_EQ(StringToColor(" 255"), clRed);
+TEST(Colors, ColorTextIsTheNameOrEightHexDigitsAndReadsBack) {
+    EXPECT_EQ(
+        V({ColorToString(clRed), ColorToString(clDefault), ColorToString(TColor(0x123456)),
+           ColorToString(TColor(0x00ABCDEF)),
+           ColorToString(TColor(static_cast<int32_t>(0x80000019u))), ColorToString(TColor(-2))}),
+        V({"clRed", "clDefault", "$00123456", "$00ABCDEF", "$80000019", "$FFFFFFFE"}));
+    EXPECT_EQ(std::vector<TColor>(
+                  {StringToColor("clBlue"), StringToColor("clbtnface"), StringToColor("$00FF00"),
+                   StringToColor("$00123456"), StringToColor("255"), StringToColor("-1"),
+                   StringToColor("$80000008"), StringToColor("-$10"), StringToColor(" 255")}),
+              std::vector<TColor>({clBlue, clBtnFace, clLime, TColor(0x123456), clRed, TColor(-1),
+                                   clWindowText, TColor(-16), clRed}));
     // ColorToString and StringToColor are inverse.
     for (int32_t v : {0x000000, 0x123456, 0x7FFFFFFF, int32_t(0x80000005u), int32_t(0x80000030u)})
         EXPECT_EQ(StringToColor(ColorToString(TColor(v))), TColor(v)) << v;
@@ -188,64 +187,37 @@ TEST(Colors, StringToColorRefusesOtherText) {
 }
 
 TEST(Colors, RgbOfSystemColours) {
-    EXPECT_EQ(ColorToRGB(clRed), 0x0000FF);
-    EXPECT_EQ(ColorToRGB(TColor(0x123456)), 0x123456);
-    EXPECT_EQ(ColorToRGB(clWindow), 0xFFFFFF);
-    EXPECT_EQ(ColorToRGB(clWindowText), 0x000000);
     // A system colour index beyond the table gives black rather than reading past it.
-    EXPECT_EQ(ColorToRGB(TColor(static_cast<int32_t>(0x800000FFu))), 0);
-}
-
-TEST(Colors, TColorTypeCarriesItsIdentifierConversions) {
-    PTypeInfo t = TypeInfo<TColor>();
-    EXPECT_EQ(t->Kind, tkInteger);
-    EXPECT_EQ(t->Name, "TColor");
-    TIdentToInt toInt = FindIdentToInt(t);
-    TIntToIdent toIdent = FindIntToIdent(t);
-    ASSERT_NE(toInt, nullptr);
-    ASSERT_NE(toIdent, nullptr);
-    int32_t v = 0;
-    EXPECT_TRUE(toInt("clYellow", v));
-    EXPECT_EQ(v, clYellow);
-    std::string ident;
-    EXPECT_TRUE(toIdent(clNavy, ident));
-    EXPECT_EQ(ident, "clNavy");
-    EXPECT_EQ(FindIdentToInt(TypeInfo<int32_t>()), nullptr);
+    EXPECT_EQ(std::vector<int32_t>({ColorToRGB(clRed), ColorToRGB(TColor(0x123456)),
+                                    ColorToRGB(clWindow), ColorToRGB(clWindowText),
+                                    ColorToRGB(TColor(static_cast<int32_t>(0x800000FFu)))}),
+              std::vector<int32_t>({0x0000FF, 0x123456, 0xFFFFFF, 0x000000, 0}));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Fonts
 
-TEST(Fonts, Defaults) {
+TEST(Fonts, DefaultsAndPublishedPropertiesInThePlatformsOrder) {
     TFont f;
-    EXPECT_EQ(f.Charset, DEFAULT_CHARSET);
-    EXPECT_EQ(f.Color, clWindowText);
-    EXPECT_EQ(f.Height, -11);
     EXPECT_EQ(f.Name, "MS Sans Serif");
-    EXPECT_EQ(f.Pitch, fpDefault);
-    EXPECT_EQ(f.Size(), 8);
     EXPECT_TRUE(f.Style.Empty());
+    EXPECT_EQ(std::vector<int64_t>({f.Charset, f.Color, f.Height, f.Pitch, f.Size()}),
+              std::vector<int64_t>({DEFAULT_CHARSET, clWindowText, -11, fpDefault, 8}));
     // The same through the published properties.
-    EXPECT_EQ(GetOrdProp(&f, "Charset"), 1);
-    EXPECT_EQ(GetOrdProp(&f, "Color"), clWindowText);
-    EXPECT_EQ(GetOrdProp(&f, "Height"), -11);
     EXPECT_EQ(GetStrProp(&f, "Name"), "MS Sans Serif");
-    EXPECT_EQ(GetOrdProp(&f, "Pitch"), fpDefault);
-    EXPECT_EQ(GetOrdProp(&f, "Size"), 8);
-    EXPECT_EQ(GetOrdProp(&f, "Style"), 0);
-}
-
-TEST(Fonts, PublishedPropertiesInThePlatformsOrder) {
-    std::vector<std::string> names;
-    for (PPropInfo p : GetPropInfos(TFont::StaticClass()))
+    V names;
+    std::vector<int64_t> values;
+    for (PPropInfo p : GetPropInfos(TFont::StaticClass())) {
         names.push_back(p->Name);
-    EXPECT_EQ(names, (std::vector<std::string>{"Charset", "Color", "Height", "Name", "Pitch",
-                                               "Size", "Style"}));
-    EXPECT_EQ(GetPropInfo(TFont::StaticClass(), "Charset")->PropType->Name, "TFontCharset");
-    EXPECT_EQ(GetPropInfo(TFont::StaticClass(), "Color")->PropType->Name, "TColor");
-    EXPECT_EQ(GetPropInfo(TFont::StaticClass(), "Name")->PropType->Name, "TFontName");
-    EXPECT_EQ(GetPropInfo(TFont::StaticClass(), "Style")->PropType->Kind, tkSet);
-    EXPECT_EQ(GetPropInfo(TFont::StaticClass(), "Pitch")->PropType->Kind, tkEnumeration);
+        if (p->Name != "Name") values.push_back(GetOrdProp(&f, p));
+    }
+    EXPECT_EQ(names, V({"Charset", "Color", "Height", "Name", "Pitch", "Size", "Style"}));
+    EXPECT_EQ(values, std::vector<int64_t>({1, clWindowText, -11, fpDefault, 8, 0}));
+    auto type = [](const char* name) { return GetPropInfo(TFont::StaticClass(), name)->PropType; };
+    EXPECT_EQ(V({type("Charset")->Name, type("Color")->Name, type("Name")->Name}),
+              V({"TFontCharset", "TColor", "TFontName"}));
+    EXPECT_EQ(type("Style")->Kind, tkSet);
+    EXPECT_EQ(type("Pitch")->Kind, tkEnumeration);
 }
 
 TEST(Fonts, SizeAndHeightConvertAtNinetySixPixelsPerInch) {
@@ -254,13 +226,11 @@ TEST(Fonts, SizeAndHeightConvertAtNinetySixPixelsPerInch) {
     EXPECT_EQ(f.Height, -13);
     f.SetSize(12);
     EXPECT_EQ(f.Height, -16);
-    f.Height = -15;
-    EXPECT_EQ(f.Size(), 11);
-    f.Height = -14; // 10.5 points rounds away from zero
-    EXPECT_EQ(f.Size(), 11);
-    // A positive height is a cell height: the size comes out negative.
-    f.Height = 12;
-    EXPECT_EQ(f.Size(), -9);
+    // 10.5 points rounds away from zero; a positive height is a cell height, the size negative.
+    for (auto [height, size] : {std::pair{-15, 11}, {-14, 11}, {12, -9}}) {
+        f.Height = height;
+        EXPECT_EQ(f.Size(), size) << height;
+    }
     for (int points = 6; points <= 72; ++points) {
         f.SetSize(points);
         EXPECT_EQ(f.Size(), points) << points;
@@ -295,15 +265,13 @@ TEST(Fonts, CharsetsHaveNames) {
     TIdentToInt toInt = FindIdentToInt(t);
     ASSERT_NE(toIdent, nullptr);
     ASSERT_NE(toInt, nullptr);
-    std::string ident;
-    EXPECT_TRUE(toIdent(DEFAULT_CHARSET, ident));
-    EXPECT_EQ(ident, "DEFAULT_CHARSET");
-    EXPECT_TRUE(toIdent(204, ident));
-    EXPECT_EQ(ident, "RUSSIAN_CHARSET");
+    std::string a, b;
+    EXPECT_TRUE(toIdent(DEFAULT_CHARSET, a) && toIdent(204, b));
+    EXPECT_EQ(V({a, b}), V({"DEFAULT_CHARSET", "RUSSIAN_CHARSET"}));
     int32_t v = -1;
     EXPECT_TRUE(toInt("ansi_charset", v));
     EXPECT_EQ(v, 0);
-    EXPECT_FALSE(toIdent(3, ident));
+    EXPECT_FALSE(toIdent(3, a));
 }
 
 TEST(Fonts, AssignCopiesEveryPropertyAndRefusesOthers) {
@@ -328,26 +296,17 @@ TEST(Fonts, AssignCopiesEveryPropertyAndRefusesOthers) {
 // Image sizes from headers
 
 TEST(Graphics, ImageSizeComesFromTheHeader) {
+    // A top-down bitmap has a negative height; an icon writes 256 as 0.
+    const std::pair<std::string, std::pair<int32_t, int32_t>> cases[] = {
+        {MakeBmp(3, 2), {3, 2}},           {MakeBmp(5, -7), {5, 7}},
+        {MakeIco(32, 16), {32, 16}},       {MakeIco(256, 256), {256, 256}},
+        {MakePng(640, 480), {640, 480}},   {MakeGif(300, 20), {300, 20}},
+        {MakeJpeg(1024, 768), {1024, 768}}};
     TGraphic g;
-    g.SetBytes(MakeBmp(3, 2));
-    EXPECT_EQ(g.Width(), 3);
-    EXPECT_EQ(g.Height(), 2);
-    g.SetBytes(MakeBmp(5, -7));
-    EXPECT_EQ(g.Height(), 7) << "top-down bitmap";
-    g.SetBytes(MakeIco(32, 16));
-    EXPECT_EQ(g.Width(), 32);
-    EXPECT_EQ(g.Height(), 16);
-    g.SetBytes(MakeIco(256, 256));
-    EXPECT_EQ(g.Width(), 256);
-    g.SetBytes(MakePng(640, 480));
-    EXPECT_EQ(g.Width(), 640);
-    EXPECT_EQ(g.Height(), 480);
-    g.SetBytes(MakeGif(300, 20));
-    EXPECT_EQ(g.Width(), 300);
-    EXPECT_EQ(g.Height(), 20);
-    g.SetBytes(MakeJpeg(1024, 768));
-    EXPECT_EQ(g.Width(), 1024);
-    EXPECT_EQ(g.Height(), 768);
+    for (const auto& [bytes, size] : cases) {
+        g.SetBytes(bytes);
+        EXPECT_EQ(SizeOf(g), size) << bytes.substr(0, 4);
+    }
 }
 
 TEST(Graphics, UnknownOrTruncatedImagesHaveNoSize) {
@@ -364,72 +323,53 @@ TEST(Graphics, UnknownOrTruncatedImagesHaveNoSize) {
         }
     }
     g.SetBytes("not an image at all");
-    EXPECT_EQ(g.Width(), 0);
-    EXPECT_EQ(g.Height(), 0);
+    EXPECT_EQ(SizeOf(g), std::pair(0, 0));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Picture data
 
-TEST(Pictures, BitmapDataRoundTrip) {
-    const std::string bmp = MakeBmp(3, 2);
-    TBitmap bitmap;
-    bitmap.SetBytes(bmp);
-    TPicture pic;
-    pic.SetGraphic(&bitmap);
-    EXPECT_EQ(pic.Width(), 3);
-    TMemoryStream m;
-    pic.WriteData(&m);
-    // The class name as a short string, the length, then the file's bytes.
-    std::string expected = std::string("\x07TBitmap");
-    std::string len(4, '\0');
-    PutLE(len, 0, static_cast<uint32_t>(bmp.size()), 4);
-    expected += len + bmp;
-    EXPECT_EQ(StreamBytes(m), expected);
-
-    TPicture back;
-    ReadPictureFromStart(m, back);
-    ASSERT_NE(back.Graphic(), nullptr);
-    EXPECT_EQ(back.Graphic()->ClassName(), "TBitmap");
-    EXPECT_EQ(back.Graphic()->Bytes(), bmp);
-    EXPECT_EQ(back.Width(), 3);
-    EXPECT_EQ(back.Height(), 2);
-    EXPECT_EQ(m.GetPosition(), m.GetSize()) << "all of the data is consumed";
-}
-
-TEST(Pictures, IconDataRoundTrip) {
-    const std::string ico = MakeIco(48, 32);
-    TMemoryStream m;
-    WritePictureOf<TIcon>(ico, &m);
-    // Icons store their bytes as they stand, with no length.
-    EXPECT_EQ(StreamBytes(m), std::string("\x05TIcon") + ico);
-    TPicture back;
-    ReadPictureFromStart(m, back);
-    ASSERT_NE(back.Graphic(), nullptr);
-    EXPECT_EQ(back.Graphic()->ClassType(), TIcon::StaticClass());
-    EXPECT_EQ(back.Graphic()->Bytes(), ico);
-    EXPECT_EQ(back.Width(), 48);
-    EXPECT_EQ(back.Height(), 32);
-}
-
-TEST(Pictures, JpegDataCarriesALengthToo) {
-    const std::string jpg = MakeJpeg(20, 10);
-    TMemoryStream m;
-    WritePictureOf<TJPEGImage>(jpg, &m);
-    m.WriteValue<uint32_t>(0xDEADBEEF); // whatever follows in the stream stays unread
-    TPicture back;
-    ReadPictureFromStart(m, back);
-    EXPECT_EQ(back.Graphic()->ClassName(), "TJPEGImage");
-    EXPECT_EQ(back.Graphic()->Bytes(), jpg);
-    EXPECT_EQ(back.Width(), 20);
-    EXPECT_EQ(m.ReadValue<uint32_t>(), 0xDEADBEEFu);
+TEST(Pictures, DataIsTheClassNameAndTheFileWithItsLengthExceptForIcons) {
+    // What follows the data of a graphic with a length stays unread.
+    struct Case {
+        TClass cls;
+        std::string bytes, data;
+        std::pair<int32_t, int32_t> size;
+    };
+    const std::string bmp = MakeBmp(3, 2), ico = MakeIco(48, 32), jpg = MakeJpeg(20, 10);
+    const Case cases[] = {
+        {TBitmap::StaticClass(), bmp, "\x07TBitmap" + LE32(bmp.size()) + bmp, {3, 2}},
+        {TIcon::StaticClass(), ico, "\x05TIcon" + ico, {48, 32}},
+        {TJPEGImage::StaticClass(), jpg, "\x0ATJPEGImage" + LE32(jpg.size()) + jpg, {20, 10}}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.cls->Name);
+        std::unique_ptr<TObject> graphic(CreateInstance(c.cls));
+        static_cast<TGraphic*>(graphic.get())->SetBytes(c.bytes);
+        TPicture pic;
+        pic.SetGraphic(static_cast<TGraphic*>(graphic.get()));
+        EXPECT_EQ(SizeOf(*pic.Graphic()), c.size);
+        TBytesStream m("");
+        pic.WriteData(&m);
+        EXPECT_EQ(m.Bytes(), c.data);
+        const bool sized = c.cls != TIcon::StaticClass(); // an icon's data runs to the end
+        if (sized) m.WriteValue<uint32_t>(0xDEADBEEF);
+        m.SetPosition(0);
+        TPicture back;
+        back.ReadData(&m);
+        ASSERT_NE(back.Graphic(), nullptr);
+        EXPECT_EQ(back.Graphic()->ClassType(), c.cls);
+        EXPECT_EQ(back.Graphic()->Bytes(), c.bytes);
+        EXPECT_EQ(std::pair(back.Width(), back.Height()), c.size);
+        if (sized) EXPECT_EQ(m.ReadValue<uint32_t>(), 0xDEADBEEFu);
+        EXPECT_EQ(m.GetPosition(), m.GetSize()) << "all of the data is consumed";
+    }
 }
 
 TEST(Pictures, EmptyPictureDataRoundTrip) {
     TPicture empty;
-    TMemoryStream m;
+    TBytesStream m("");
     empty.WriteData(&m);
-    EXPECT_EQ(StreamBytes(m), std::string(1, '\0'));
+    EXPECT_EQ(m.Bytes(), std::string(1, '\0'));
     TPicture back;
     TBitmap old;
     old.SetBytes(MakeBmp(1, 1));
@@ -441,32 +381,14 @@ TEST(Pictures, EmptyPictureDataRoundTrip) {
 }
 
 TEST(Pictures, BadDataRaises) {
+    // An unknown class, a stored length longer than the data, a class name cut short, nothing.
     TPicture pic;
-    {
-        TMemoryStream m;
-        std::string bytes = "\x08TUnknown" + std::string(8, 'x');
-        m.WriteBuffer(bytes.data(), static_cast<int64_t>(bytes.size()));
-        m.SetPosition(0);
-        EXPECT_THROW(pic.ReadData(&m), EInvalidGraphic);
-    }
-    {
-        // A stored length longer than the data.
-        TMemoryStream m;
-        std::string bytes = std::string("\x07TBitmap") + std::string("\xFF\x00\x00\x00", 4) + "BM";
-        m.WriteBuffer(bytes.data(), static_cast<int64_t>(bytes.size()));
-        m.SetPosition(0);
-        EXPECT_THROW(pic.ReadData(&m), EInvalidGraphic);
-    }
-    {
-        // A class name cut short.
-        TMemoryStream m;
-        std::string bytes = "\x07TBit";
-        m.WriteBuffer(bytes.data(), static_cast<int64_t>(bytes.size()));
-        m.SetPosition(0);
-        EXPECT_THROW(pic.ReadData(&m), EReadError);
-    }
-    {
-        TMemoryStream m;
+    TBytesStream unknown("\x08TUnknown" + std::string(8, 'x'));
+    EXPECT_THROW(pic.ReadData(&unknown), EInvalidGraphic);
+    TBytesStream longer(std::string("\x07TBitmap") + LE32(255) + "BM");
+    EXPECT_THROW(pic.ReadData(&longer), EInvalidGraphic);
+    for (const char* cut : {"\x07TBit", ""}) {
+        TBytesStream m(cut);
         EXPECT_THROW(pic.ReadData(&m), EReadError);
     }
     EXPECT_EQ(pic.Graphic(), nullptr);
@@ -492,22 +414,16 @@ TEST(Pictures, SetGraphicTakesACopy) {
     EXPECT_THROW(other.Assign(&font), EConvertError);
 }
 
-TEST(Pictures, LoadFromFileChoosesTheClassByExtension) {
-    const std::string dir = ::testing::TempDir();
-    const std::string path = dir + "zelvane_picture_test.BMP";
-    {
-        std::ofstream out(path, std::ios::binary);
-        std::string bmp = MakeBmp(6, 5);
-        out.write(bmp.data(), static_cast<std::streamsize>(bmp.size()));
-    }
+class PictureFiles : public TempDirTest {};
+
+TEST_F(PictureFiles, LoadFromFileChoosesTheClassByExtension) {
+    WriteFile(Path("picture.BMP"), MakeBmp(6, 5));
     TPicture pic;
-    pic.LoadFromFile(path);
+    pic.LoadFromFile(Path("picture.BMP"));
     ASSERT_NE(pic.Graphic(), nullptr);
     EXPECT_EQ(pic.Graphic()->ClassType(), TBitmap::StaticClass());
-    EXPECT_EQ(pic.Width(), 6);
-    EXPECT_EQ(pic.Height(), 5);
-    std::remove(path.c_str());
-    EXPECT_THROW(pic.LoadFromFile(dir + "picture.xyz"), EInvalidGraphic);
-    EXPECT_THROW(pic.LoadFromFile(dir + "no_extension"), EInvalidGraphic);
+    EXPECT_EQ(SizeOf(*pic.Graphic()), std::pair(6, 5));
+    EXPECT_THROW(pic.LoadFromFile(Path("picture.xyz")), EInvalidGraphic);
+    EXPECT_THROW(pic.LoadFromFile(Path("no_extension")), EInvalidGraphic);
     EXPECT_EQ(pic.Width(), 6) << "a failed load keeps the picture";
 }

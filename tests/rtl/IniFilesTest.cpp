@@ -3,60 +3,38 @@
 #include "rtl/IniFiles.h"
 #include "rtl/Lists.h"
 
-#include <gtest/gtest.h>
+#include "rtl/SysUtils.h"
 
+#include "TestSupport.h"
+
+#include <algorithm>
 #include <csignal>
-#include <dirent.h>
-#include <fstream>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace rtl;
+using namespace rtltest;
 
 namespace {
 
-using V = std::vector<std::string>;
-
-V Lines(const TStrings& s) {
-    V r;
-    for (int i = 0; i < s.Count(); ++i)
-        r.push_back(s[i]);
-    return r;
-}
-
-class IniTest : public ::testing::Test {
+// A scratch directory with the ini file's name in it.
+class IniTest : public TempDirTest {
 protected:
     void SetUp() override {
-        char tmpl[] = "/tmp/rtl_ini_XXXXXX";
-        ASSERT_NE(mkdtemp(tmpl), nullptr);
-        dir = tmpl;
-        file = dir + "/settings.ini";
+        TempDirTest::SetUp();
+        file = Path("settings.ini");
     }
-    void TearDown() override {
-        chmod(dir.c_str(), 0700);
-        std::system(("rm -rf '" + dir + "'").c_str());
-    }
-    void Put(const std::string& text) { std::ofstream(file, std::ios::binary) << text; }
-    std::string Get() const {
-        std::ifstream f(file, std::ios::binary);
-        std::stringstream ss;
-        ss << f.rdbuf();
-        return ss.str();
-    }
+    void Put(const std::string& text) { WriteFile(file, text); }
+    std::string Get() const { return ReadFile(file); }
     V DirEntries() const {
         V r;
-        if (DIR* d = opendir(dir.c_str())) {
-            while (dirent* e = readdir(d))
-                if (std::string(e->d_name) != "." && std::string(e->d_name) != "..")
-                    r.push_back(e->d_name);
-            closedir(d);
-        }
+        for (const auto& e : std::filesystem::directory_iterator(dir))
+            r.push_back(e.path().filename());
         std::sort(r.begin(), r.end());
         return r;
     }
-    std::string dir, file;
+    std::string file;
 };
 
 const char* kSample = "; settings of the tool\r\n"
@@ -76,29 +54,24 @@ const char* kSample = "; settings of the tool\r\n"
 // ---------------------------------------------------------------------------------------------
 // Reading
 
-TEST_F(IniTest, ReadsValuesWithCaseInsensitiveNames) {
+TEST_F(IniTest, ReadsValuesWithCaseInsensitiveNamesTypedOrNot) {
     Put(kSample);
     TIniFile ini(file);
     EXPECT_EQ(ini.FileName(), file);
-    EXPECT_EQ(ini.ReadString("Main", "Name", "?"), "Zelvane");
-    EXPECT_EQ(ini.ReadString("MAIN", "name", "?"), "Zelvane");
-    EXPECT_EQ(ini.ReadString("Main", "Missing", "def"), "def");
-    EXPECT_EQ(ini.ReadString("Nowhere", "Name", "def"), "def");
-    EXPECT_EQ(ini.ReadString("Main", "not a key line", "def"), "def");
-    EXPECT_EQ(ini.ReadString("Main", "; keep me", "def"), "def");
-}
-
-TEST_F(IniTest, TypedReads) {
-    Put(kSample);
-    TIniFile ini(file);
-    EXPECT_EQ(ini.ReadInteger("Main", "Count", -1), 31);
-    EXPECT_EQ(ini.ReadInteger("Other", "Hex", -1), 16);
-    EXPECT_EQ(ini.ReadInteger("Main", "Name", -1), -1);
-    EXPECT_EQ(ini.ReadInteger("Main", "Missing", 7), 7);
-    EXPECT_TRUE(ini.ReadBool("Main", "Flag", false));
-    EXPECT_TRUE(ini.ReadBool("Main", "Count", false));
-    EXPECT_FALSE(ini.ReadBool("Main", "Missing", false));
-    EXPECT_TRUE(ini.ReadBool("Main", "Name", true)); // not an integer: the default
+    EXPECT_EQ(V({ini.ReadString("Main", "Name", "?"), ini.ReadString("MAIN", "name", "?"),
+                 ini.ReadString("Main", "Missing", "def"), ini.ReadString("Nowhere", "Name", "def"),
+                 ini.ReadString("Main", "not a key line", "def"),
+                 ini.ReadString("Main", "; keep me", "def")}),
+              V({"Zelvane", "Zelvane", "def", "def", "def", "def"}));
+    // Typed: a value that is not an integer reads as the default.
+    EXPECT_EQ(std::vector<int>(
+                  {ini.ReadInteger("Main", "Count", -1), ini.ReadInteger("Other", "Hex", -1),
+                   ini.ReadInteger("Main", "Name", -1), ini.ReadInteger("Main", "Missing", 7)}),
+              std::vector<int>({31, 16, -1, 7}));
+    EXPECT_EQ(std::vector<bool>(
+                  {ini.ReadBool("Main", "Flag", false), ini.ReadBool("Main", "Count", false),
+                   ini.ReadBool("Main", "Missing", false), ini.ReadBool("Main", "Name", true)}),
+              std::vector<bool>({true, true, false, true}));
     EXPECT_DOUBLE_EQ(ini.ReadFloat("Other", "Ratio", 0), 2.5);
     EXPECT_DOUBLE_EQ(ini.ReadFloat("Main", "Name", 1.25), 1.25);
 }
@@ -201,10 +174,13 @@ TEST_F(IniTest, TypedWritesReadBack) {
     ini.WriteDateTime("D", "When", dt);
     ini.WriteDate("D", "Day", dt);
     ini.WriteTime("D", "At", dt);
-    EXPECT_DOUBLE_EQ(ini.ReadDateTime("D", "When", 0).Value, dt.Value);
-    EXPECT_DOUBLE_EQ(ini.ReadDate("D", "Day", 0).Value, EncodeDate(2024, 3, 5).Value);
-    EXPECT_DOUBLE_EQ(ini.ReadTime("D", "At", 0).Value, EncodeTime(14, 7, 9, 0).Value);
-    EXPECT_DOUBLE_EQ(ini.ReadDate("D", "At", 3).Value, 3);
+    const std::pair<double, double> dates[] = {
+        {ini.ReadDateTime("D", "When", 0).Value, dt.Value},
+        {ini.ReadDate("D", "Day", 0).Value, EncodeDate(2024, 3, 5).Value},
+        {ini.ReadTime("D", "At", 0).Value, EncodeTime(14, 7, 9, 0).Value},
+        {ini.ReadDate("D", "At", 3).Value, 3}};
+    for (auto [got, want] : dates)
+        EXPECT_DOUBLE_EQ(got, want);
 }
 
 TEST_F(IniTest, FloatsFollowTheDecimalSeparator) {
@@ -221,12 +197,13 @@ TEST_F(IniTest, FloatsFollowTheDecimalSeparator) {
 TEST_F(IniTest, WritesThatCannotBeLinesRaise) {
     Put(kSample);
     TIniFile ini(file);
-    EXPECT_THROW(ini.WriteString("Main", "a=b", "x"), EIniFileException);
-    EXPECT_THROW(ini.WriteString("Main", "", "x"), EIniFileException);
-    EXPECT_THROW(ini.WriteString("Main", "[x", "x"), EIniFileException);
-    EXPECT_THROW(ini.WriteString("Main", "k", "two\nlines"), EIniFileException);
-    EXPECT_THROW(ini.WriteString("Ma]in", "k", "x"), EIniFileException);
-    EXPECT_THROW(ini.WriteString("Main\r\n[Evil]", "k", "x"), EIniFileException);
+    for (auto [section, key, value] : {std::tuple{"Main", "a=b", "x"},
+                                       {"Main", "", "x"},
+                                       {"Main", "[x", "x"},
+                                       {"Main", "k", "two\nlines"},
+                                       {"Ma]in", "k", "x"},
+                                       {"Main\r\n[Evil]", "k", "x"}})
+        EXPECT_THROW(ini.WriteString(section, key, value), EIniFileException) << section << key;
     EXPECT_EQ(Get(), kSample);
 }
 
@@ -289,7 +266,7 @@ TEST_F(IniTest, ReadOnlyDirectoryMakesTheWriteFail) {
 }
 
 TEST_F(IniTest, MissingDirectoryMakesTheWriteFail) {
-    TIniFile ini(dir + "/no/such/dir/x.ini");
+    TIniFile ini(Path("no/such/dir/x.ini"));
     EXPECT_THROW(ini.WriteString("S", "K", "V"), EIniFileException);
     TMemIniFile mem("");
     mem.WriteString("S", "K", "V");
@@ -299,7 +276,7 @@ TEST_F(IniTest, MissingDirectoryMakesTheWriteFail) {
 TEST_F(IniTest, ReplacingKeepsPermissionsAndSymbolicLinks) {
     Put(kSample);
     ASSERT_EQ(chmod(file.c_str(), 0600), 0);
-    std::string link = dir + "/link.ini";
+    std::string link = Path("link.ini");
     ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
     TIniFile ini(link);
     ini.WriteString("Main", "Name", "viaLink");
@@ -351,8 +328,8 @@ TEST_F(IniTest, MemIniFileStrings) {
     ini.Rename(file, true);
     EXPECT_EQ(ini.FileName(), file);
     EXPECT_EQ(ini.ReadString("Main", "Name", ""), "Zelvane");
-    ini.Rename(dir + "/copy.ini", false);
+    ini.Rename(Path("copy.ini"), false);
     ini.UpdateFile();
-    TIniFile copy(dir + "/copy.ini");
+    TIniFile copy(Path("copy.ini"));
     EXPECT_EQ(copy.ReadString("Other", "Ratio", ""), "2.5");
 }
