@@ -155,9 +155,10 @@ TEST(Components, OwnedComponentsDieWithTheirOwnerLastFirst) {
         EXPECT_TRUE(log.destroyingFlag[i]) << log.names[i];
 }
 
-TEST(Components, AFreedComponentLeavesItsOwner) {
+TEST(Components, AFreedComponentLeavesItsOwnerAndDestroyComponentsFreesTheOwnedOnly) {
     DestroyLog log;
     TComponent owner;
+    owner.SetName("Owner");
     Named(&owner, "First", &log);
     auto* second = Named(&owner, "Second", &log);
     Named(&owner, "Third", &log);
@@ -165,6 +166,11 @@ TEST(Components, AFreedComponentLeavesItsOwner) {
     EXPECT_EQ(Names(owner), V({"First", "Third"}));
     EXPECT_EQ(owner.FindComponent("Second"), nullptr);
     EXPECT_EQ(log.names, V{"Second"});
+    owner.DestroyComponents();
+    EXPECT_EQ(owner.ComponentCount(), 0);
+    EXPECT_EQ(log.names, V({"Second", "Third", "First"}));
+    EXPECT_EQ(owner.Name(), "Owner");
+    Named(&owner, "First"); // the names are free again
 }
 
 TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
@@ -173,10 +179,9 @@ TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
     auto* child = Named(owner, "Child", &log);
     EXPECT_EQ(owner->FindComponent("child"), child);
     owner->RemoveComponent(child);
-    EXPECT_EQ(child->Owner(), nullptr);
-    EXPECT_EQ(owner->FindComponent("Child"), nullptr);
-    EXPECT_EQ(owner->ComponentCount(), 0);
-    EXPECT_EQ(child->ComponentIndex(), -1);
+    EXPECT_EQ(std::vector<TComponent*>({child->Owner(), owner->FindComponent("Child")}),
+              std::vector<TComponent*>(2, nullptr));
+    EXPECT_EQ(std::pair(owner->ComponentCount(), child->ComponentIndex()), std::pair(0, -1));
     delete owner;
     EXPECT_TRUE(log.names.empty());
     // Another owner can take it.
@@ -184,19 +189,6 @@ TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
     other.InsertComponent(child);
     EXPECT_EQ(child->Owner(), &other);
     EXPECT_EQ(other.FindComponent("CHILD"), child);
-}
-
-TEST(Components, DestroyComponentsFreesTheOwnedOnly) {
-    DestroyLog log;
-    TComponent owner;
-    owner.SetName("Owner");
-    Named(&owner, "A", &log);
-    Named(&owner, "B", &log);
-    owner.DestroyComponents();
-    EXPECT_EQ(owner.ComponentCount(), 0);
-    EXPECT_EQ(log.names, V({"B", "A"}));
-    EXPECT_EQ(owner.Name(), "Owner");
-    Named(&owner, "A"); // the names are free again
 }
 
 TEST(Components, ComponentsByIndex) {

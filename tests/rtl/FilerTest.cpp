@@ -170,6 +170,17 @@ using namespace ftest;
 
 namespace {
 
+// The stream of bytes a reader below reads, made first.
+struct TBytes {
+    explicit TBytes(const std::string& bytes) : source(bytes) {}
+    TStringStream source;
+};
+
+// A reader over bytes of its own.
+struct TBytesReader : TBytes, TReader {
+    explicit TBytesReader(const std::string& bytes) : TBytes(bytes), TReader(&source) {}
+};
+
 struct RegisterWidget {
     RegisterWidget() { RegisterClass(TWidget::StaticClass()); }
 } registerWidget;
@@ -213,8 +224,7 @@ TEST(FilerValues, IntegersTakeTheSmallestForm) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.value);
         EXPECT_EQ(Written([&](TWriter& w) { w.WriteInteger(c.value); }), c.bytes);
-        TStringStream in(c.bytes);
-        TReader r(&in);
+        TBytesReader r(c.bytes);
         EXPECT_EQ(r.ReadInt64(), c.value);
     }
 }
@@ -313,8 +323,7 @@ void WriteEveryForm(TWriter& w) {
 }
 
 TEST(FilerValues, EveryValueReadsBackOrIsSkipped) {
-    TStringStream in(Written(WriteEveryForm));
-    TReader r(&in);
+    TBytesReader r(Written(WriteEveryForm));
     r.ReadListBegin();
     EXPECT_EQ(r.ReadInteger(), -5);
     EXPECT_EQ(r.ReadInt64(), int64_t(1) << 40);
@@ -336,8 +345,7 @@ TEST(FilerValues, EveryValueReadsBackOrIsSkipped) {
     r.ReadListEnd();
     EXPECT_EQ(r.ReadString(), "sentinel");
     // SkipValue passes over the whole list at once.
-    TStringStream again(Written(WriteEveryForm));
-    TReader skipping(&again);
+    TBytesReader skipping(Written(WriteEveryForm));
     skipping.SkipValue();
     EXPECT_EQ(skipping.ReadString(), "sentinel");
 }
@@ -350,8 +358,7 @@ TEST(FilerValues, ReadersConvertBetweenRelatedForms) {
         w.WriteUTF8String("\xD0\x96"); // read as a single-byte string
         w.WriteIdent("nil");
     });
-    TStringStream in(data);
-    TReader r(&in);
+    TBytesReader r(data);
     EXPECT_EQ(r.ReadFloat(), 42.0L);
     EXPECT_EQ(r.ReadString(), "\xC6x");
     EXPECT_EQ(r.ReadWideString(), u"\u0416");
@@ -377,8 +384,7 @@ TEST(FilerValues, VariantsKeepTheirType) {
         for (const auto& v : values)
             w.WriteVariant(v);
     });
-    TStringStream in(data);
-    TReader r(&in);
+    TBytesReader r(data);
     for (const auto& v : values) {
         Variant back = r.ReadVariant();
         EXPECT_EQ(back.VarType(), v.VarType());
@@ -394,8 +400,7 @@ TEST(FilerValues, SetsByElementName) {
     });
     EXPECT_EQ(data, Bytes({vaSet, 7,   't', 'n', 'G', 'r', 'e', 'e', 'n',   7,
                            't',   'n', 'W', 'h', 'i', 't', 'e', 0,   vaSet, 0}));
-    TStringStream in(data);
-    TReader r(&in);
+    TBytesReader r(data);
     EXPECT_EQ(r.ReadSet(setType), (TTones{tnGreen, tnWhite}.Bits()));
     EXPECT_EQ(r.ReadSet(setType), 0u);
 }
@@ -410,8 +415,7 @@ TEST(FilerValues, PrefixCarriesFlagsAndChildPosition) {
     });
     EXPECT_EQ(data.substr(0, 8), Bytes({0xF3, vaInt16, 0x2C, 0x01, 1, 'A', 1, 'X'}));
     EXPECT_EQ(data.substr(8, 2), Bytes({0xF0, 240}));
-    TStringStream in(data);
-    TReader r(&in);
+    TBytesReader r(data);
     TFilerFlags flags = 0;
     int32_t pos = 0;
     const std::pair<TFilerFlags, std::string> expected[] = {
@@ -467,21 +471,13 @@ TEST(FilerBuffering, WriterHoldsDataUntilFlushed) {
 TEST(FilerDamage, TruncatedStreamsRaiseReadErrors) {
     std::string full = Written(WriteEveryForm);
     for (size_t n = 0; n + 10 < full.size(); ++n) { // the list, not the sentinel after it
-        TStringStream in(full.substr(0, n));
-        TReader r(&in);
-        EXPECT_THROW(r.SkipValue(), EReadError) << n;
+        EXPECT_THROW(TBytesReader(full.substr(0, n)).SkipValue(), EReadError) << n;
     }
 }
 
 TEST(FilerDamage, WrongTagsAreInvalidPropertyValues) {
-    TStringStream in(Written([](TWriter& w) { w.WriteString("text"); }));
-    TReader r(&in);
-    try {
-        r.ReadInteger();
-        FAIL();
-    } catch (const EReadError& e) {
-        EXPECT_EQ(e.Message(), "Invalid property value");
-    }
+    TBytesReader r(Written([](TWriter& w) { w.WriteString("text"); }));
+    EXPECT_EQ(MessageOf<EReadError>([&] { r.ReadInteger(); }), "Invalid property value");
     // Nothing was taken: the value still reads as what it is.
     EXPECT_EQ(r.ReadString(), "text");
     EXPECT_THROW(r.ReadBoolean(), EReadError);
@@ -489,28 +485,19 @@ TEST(FilerDamage, WrongTagsAreInvalidPropertyValues) {
 
 TEST(FilerDamage, OversizedLengthsFailWithoutTakingTheMemory) {
     // A long string of nearly 4 GiB in a stream of a few bytes.
-    TStringStream in(Bytes({vaLString, 0xF0, 0xFF, 0xFF, 0xFF, 'a', 'b'}));
-    TReader r(&in);
-    EXPECT_THROW(r.ReadString(), EReadError);
-    TStringStream wide(Bytes({vaWString, 0xFF, 0xFF, 0xFF, 0x7F, 'a', 0}));
-    TReader rw(&wide);
-    EXPECT_THROW(rw.ReadWideString(), EReadError);
-    TStringStream bin(Bytes({vaBinary, 0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3}));
-    TReader rb(&bin);
-    EXPECT_THROW(rb.SkipValue(), EReadError);
+    EXPECT_THROW(TBytesReader(Bytes({vaLString, 0xF0, 0xFF, 0xFF, 0xFF, 'a', 'b'})).ReadString(),
+                 EReadError);
+    EXPECT_THROW(TBytesReader(Bytes({vaWString, 0xFF, 0xFF, 0xFF, 0x7F, 'a', 0})).ReadWideString(),
+                 EReadError);
+    EXPECT_THROW(TBytesReader(Bytes({vaBinary, 0xFF, 0xFF, 0xFF, 0xFF, 1, 2, 3})).SkipValue(),
+                 EReadError);
 }
 
 TEST(FilerDamage, UnknownTagsBadSignaturesAndDeepNesting) {
-    TStringStream unknown(Bytes({21, 0, 0}));
-    TReader ru(&unknown);
-    EXPECT_THROW(ru.SkipValue(), EReadError);
-    TStringStream sig("TPF1");
-    TReader rs(&sig);
-    EXPECT_THROW(rs.ReadSignature(), EReadError);
+    EXPECT_THROW(TBytesReader(Bytes({21, 0, 0})).SkipValue(), EReadError);
+    EXPECT_THROW(TBytesReader("TPF1").ReadSignature(), EReadError);
     // A million nested lists end in an error, not in a stack overflow.
-    TStringStream deep(std::string(1000000, char(vaList)));
-    TReader rd(&deep);
-    EXPECT_THROW(rd.SkipValue(), EReadError);
+    EXPECT_THROW(TBytesReader(std::string(1000000, char(vaList))).SkipValue(), EReadError);
 }
 
 TEST(FilerResourceHeader, WrapsAStreamAndReadsBack) {
@@ -557,8 +544,7 @@ std::string ObjectText(TPersistent* obj, TPersistent* ancestor = nullptr) {
 
 // Reads property records written by PropertiesOf into obj.
 void ReadProperties(const std::string& data, TPersistent* obj) {
-    TStringStream in(data + std::string(1, '\0'));
-    TReader r(&in);
+    TBytesReader r(data + std::string(1, '\0'));
     r.ReadProperties(obj);
 }
 
@@ -633,9 +619,8 @@ TEST(FilerProperties, StringListsAreStoredAsTheirStringsProperty) {
     w.GetItems()->Add("first");
     w.GetItems()->Add("it's");
     std::string data = PropertiesOf(&w);
-    EXPECT_NE(data.find(Bytes({13,  'I', 't',      'e', 'm',    's',      '.',  'S', 't', 'r',
-                               'i', 'n', 'g',      's', vaList, vaString, 5,    'f', 'i', 'r',
-                               's', 't', vaString, 4,   'i',    't',      '\'', 's', 0})),
+    EXPECT_NE(data.find("\x0DItems.Strings" + Bytes({vaList, vaString, 5}) + "first" +
+                        Bytes({vaString, 4}) + "it's" + Bytes({0})),
               std::string::npos);
     TWidget back;
     back.GetItems()->Add("replaced");
@@ -670,8 +655,7 @@ std::string Record(const std::string& name, const std::function<void(TWriter&)>&
 
 // Reads records into w with errors going to log; the answer, when none, is that EReadError.
 std::string ReadLogged(const std::string& data, TWidget& w, ErrorLog& log) {
-    TStringStream in(data + std::string(1, '\0'));
-    TReader r(&in);
+    TBytesReader r(data + std::string(1, '\0'));
     r.OnError = log.Handler();
     try {
         r.ReadProperties(&w);
@@ -901,8 +885,7 @@ TEST(FilerComponents, AnUnknownChildClassGoesToErrorAndIsSkipped) {
     TReader r(&s);
     r.OnError = log.Handler();
     r.ReadRootComponent(&target);
-    ASSERT_EQ(log.messages.size(), 1u);
-    EXPECT_EQ(log.messages[0], "Class TUnregistered not found");
+    EXPECT_EQ(log.messages, V{"Class TUnregistered not found"});
     EXPECT_EQ(target.ComponentCount(), 1);
     EXPECT_NE(target.FindComponent("After"), nullptr);
     // Refused, the read fails with the class error.

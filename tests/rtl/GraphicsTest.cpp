@@ -12,83 +12,54 @@ using namespace rtltest;
 
 namespace {
 
-void PutLE(std::string& s, size_t at, uint32_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i)
-        s[at + i] = static_cast<char>((v >> (8 * i)) & 0xFF);
+// The n bytes of v, little-endian or big-endian.
+std::string LE(uint32_t v, int n) {
+    std::string s;
+    for (int i = 0; i < n; ++i)
+        s += static_cast<char>((v >> (8 * i)) & 0xFF);
+    return s;
 }
-void PutBE(std::string& s, size_t at, uint32_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i)
-        s[at + i] = static_cast<char>((v >> (8 * (bytes - 1 - i))) & 0xFF);
+std::string BE(uint32_t v, int n) {
+    std::string s = LE(v, n);
+    return std::string(s.rbegin(), s.rend());
+}
+
+// Bytes from..to-1 of a file, each its own offset times k plus a.
+std::string Fill(size_t from, size_t to, int k, int a) {
+    std::string s;
+    for (size_t i = from; i < to; ++i)
+        s += static_cast<char>(i * k + a);
+    return s;
 }
 
 // A 24-bit Windows bitmap file; a negative height makes it top-down.
 std::string MakeBmp(int32_t width, int32_t height) {
-    int32_t rows = height < 0 ? -height : height;
-    uint32_t stride = (static_cast<uint32_t>(width) * 3 + 3) & ~3u;
-    std::string s(54 + stride * rows, '\0');
-    s[0] = 'B';
-    s[1] = 'M';
-    PutLE(s, 2, static_cast<uint32_t>(s.size()), 4);
-    PutLE(s, 10, 54, 4);
-    PutLE(s, 14, 40, 4);
-    PutLE(s, 18, static_cast<uint32_t>(width), 4);
-    PutLE(s, 22, static_cast<uint32_t>(height), 4);
-    PutLE(s, 26, 1, 2);
-    PutLE(s, 28, 24, 2);
-    for (size_t i = 54; i < s.size(); ++i)
-        s[i] = static_cast<char>(i * 7);
-    return s;
+    uint32_t size = 54 + ((static_cast<uint32_t>(width) * 3 + 3) & ~3u) * std::abs(height);
+    return "BM" + LE(size, 4) + LE(0, 4) + LE(54, 4) + LE(40, 4) + LE(width, 4) + LE(height, 4) +
+           LE(1, 2) + LE(24, 2) + std::string(24, '\0') + Fill(54, size, 7, 0);
 }
 
 // An icon file with one image entry; 256 is written as 0.
 std::string MakeIco(int width, int height) {
-    std::string s(22 + 40, '\0');
-    PutLE(s, 2, 1, 2);
-    PutLE(s, 4, 1, 2);
-    s[6] = static_cast<char>(width & 0xFF);
-    s[7] = static_cast<char>(height & 0xFF);
-    PutLE(s, 14, 40, 4);
-    PutLE(s, 18, 22, 4);
-    for (size_t i = 22; i < s.size(); ++i)
-        s[i] = static_cast<char>(0x80 + i);
-    return s;
+    return LE(0, 2) + LE(1, 2) + LE(1, 2) + LE(width, 1) + LE(height, 1) + std::string(6, '\0') +
+           LE(40, 4) + LE(22, 4) + Fill(22, 62, 1, 0x80);
 }
 
 std::string MakePng(uint32_t width, uint32_t height) {
-    std::string s("\x89PNG\r\n\x1a\n", 8);
-    s += std::string("\0\0\0\x0dIHDR", 8);
-    s += std::string(13 + 4, '\0');
-    PutBE(s, 16, width, 4);
-    PutBE(s, 20, height, 4);
-    return s;
+    return std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16) + BE(width, 4) + BE(height, 4) +
+           std::string(9, '\0');
 }
 
 std::string MakeGif(uint16_t width, uint16_t height) {
-    std::string s = "GIF89a";
-    s += std::string(7, '\0');
-    PutLE(s, 6, width, 2);
-    PutLE(s, 8, height, 2);
-    return s;
+    return "GIF89a" + LE(width, 2) + LE(height, 2) + std::string(3, '\0');
 }
 
 // SOI, a JFIF APP0 segment, then a baseline SOF0 frame header.
 std::string MakeJpeg(uint16_t width, uint16_t height) {
-    std::string s("\xFF\xD8", 2);
-    std::string app0("\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 18);
-    s += app0;
-    std::string sof("\xFF\xC0\x00\x11\x08\x00\x00\x00\x00\x03", 10);
-    PutBE(sof, 5, height, 2);
-    PutBE(sof, 7, width, 2);
-    s += sof;
-    s += std::string(9, '\x01');
-    s += std::string("\xFF\xD9", 2);
-    return s;
-}
-
-std::string LE32(uint32_t v) {
-    std::string s(4, '\0');
-    PutLE(s, 0, v, 4);
-    return s;
+    return std::string("\xFF\xD8\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00"
+                       "\xFF\xC0\x00\x11\x08",
+                       25) +
+           BE(height, 2) + BE(width, 2) + "\x03" + std::string(9, '\x01') + "\xFF\xD9";
 }
 
 // A memory stream holding bytes, at its start.
@@ -338,9 +309,9 @@ TEST(Pictures, DataIsTheClassNameAndTheFileWithItsLengthExceptForIcons) {
     };
     const std::string bmp = MakeBmp(3, 2), ico = MakeIco(48, 32), jpg = MakeJpeg(20, 10);
     const Case cases[] = {
-        {TBitmap::StaticClass(), bmp, "\x07TBitmap" + LE32(bmp.size()) + bmp, {3, 2}},
+        {TBitmap::StaticClass(), bmp, "\x07TBitmap" + LE(bmp.size(), 4) + bmp, {3, 2}},
         {TIcon::StaticClass(), ico, "\x05TIcon" + ico, {48, 32}},
-        {TJPEGImage::StaticClass(), jpg, "\x0ATJPEGImage" + LE32(jpg.size()) + jpg, {20, 10}}};
+        {TJPEGImage::StaticClass(), jpg, "\x0ATJPEGImage" + LE(jpg.size(), 4) + jpg, {20, 10}}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.cls->Name);
         std::unique_ptr<TObject> graphic(CreateInstance(c.cls));
@@ -385,7 +356,7 @@ TEST(Pictures, BadDataRaises) {
     TPicture pic;
     TBytesStream unknown("\x08TUnknown" + std::string(8, 'x'));
     EXPECT_THROW(pic.ReadData(&unknown), EInvalidGraphic);
-    TBytesStream longer(std::string("\x07TBitmap") + LE32(255) + "BM");
+    TBytesStream longer(std::string("\x07TBitmap") + LE(255, 4) + "BM");
     EXPECT_THROW(pic.ReadData(&longer), EInvalidGraphic);
     for (const char* cut : {"\x07TBit", ""}) {
         TBytesStream m(cut);

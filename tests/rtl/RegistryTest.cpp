@@ -3,36 +3,30 @@
 // store.
 #include "rtl/Registry.h"
 
-#include <gtest/gtest.h>
+#include "TestSupport.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <optional>
-#include <unistd.h>
 
 using namespace rtl;
+using namespace rtltest;
 
 namespace {
 
-class RegistryTest : public ::testing::Test {
+// The store under a scratch directory taken for the configuration home.
+class RegistryTest : public TempDirTest {
 protected:
     void SetUp() override {
-        dir_ = std::filesystem::temp_directory_path() /
-               ("zelvane-registry-" + std::to_string(getpid()));
-        std::filesystem::remove_all(dir_);
+        TempDirTest::SetUp();
         if (const char* old = std::getenv("XDG_CONFIG_HOME")) old_ = old;
-        setenv("XDG_CONFIG_HOME", dir_.c_str(), 1);
+        setenv("XDG_CONFIG_HOME", dir.c_str(), 1);
     }
     void TearDown() override {
         if (old_)
             setenv("XDG_CONFIG_HOME", old_->c_str(), 1);
         else
             unsetenv("XDG_CONFIG_HOME");
-        std::filesystem::remove_all(dir_);
+        TempDirTest::TearDown();
     }
-
-    std::filesystem::path dir_;
     std::optional<std::string> old_;
 };
 
@@ -43,12 +37,12 @@ TEST_F(RegistryTest, ValuesOutliveTheObjectThatWroteThem) {
         reg.WriteString("ExpVersion", "1.0");
         reg.WriteString("ExpCurrentLocale", "");
     }
-    EXPECT_EQ(TRegistry::StoreFileName(), (dir_ / "zelvane" / "registry.ini").string());
+    EXPECT_EQ(TRegistry::StoreFileName(), Path("zelvane/registry.ini"));
     TRegistry reg;
     ASSERT_TRUE(reg.OpenKey("\\SOFTWARE\\zelvane", false));
     EXPECT_EQ(reg.ReadString("expversion"), "1.0");
-    EXPECT_TRUE(reg.ValueExists("ExpCurrentLocale"));
-    EXPECT_FALSE(reg.ValueExists("ExpLocaleDir"));
+    EXPECT_EQ(std::pair(reg.ValueExists("ExpCurrentLocale"), reg.ValueExists("ExpLocaleDir")),
+              std::pair(true, false));
     EXPECT_EQ(reg.ReadString("ExpLocaleDir"), "");
     EXPECT_TRUE(reg.DeleteValue("ExpVersion"));
     TRegistry after;
@@ -72,8 +66,8 @@ TEST_F(RegistryTest, AMissingKeyOpensOnlyWhenItMayBeMade) {
 }
 
 TEST_F(RegistryTest, AStoreThatIsNotOneReadsEmptyAndIsWrittenAnew) {
-    std::filesystem::create_directories(dir_ / "zelvane");
-    std::ofstream(dir_ / "zelvane" / "registry.ini", std::ios::binary) << std::string("\0\xFF[[=", 5);
+    std::filesystem::create_directories(Path("zelvane"));
+    WriteFile(Path("zelvane/registry.ini"), std::string("\0\xFF[[=", 5));
     TRegistry reg;
     ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
     EXPECT_EQ(reg.ReadString("ExpVersion"), "");

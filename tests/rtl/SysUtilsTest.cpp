@@ -156,14 +156,12 @@ TEST(IntConversions, BadTextRaisesOrDefaults) {
                             "$100000000", "1.5", "--1"})
         EXPECT_THROW(StrToInt(bad), EConvertError) << bad;
     EXPECT_THROW(StrToInt64("9223372036854775808"), EConvertError);
-    EXPECT_EQ(StrToIntDef("x", 7), 7);
-    EXPECT_EQ(StrToIntDef("8", 7), 8);
-    EXPECT_EQ(StrToInt64Def("", -1), -1);
-    int32_t v = 5;
-    EXPECT_FALSE(TryStrToInt("9x", v));
-    EXPECT_EQ(v, 5);
-    EXPECT_TRUE(TryStrToInt("-9", v));
-    EXPECT_EQ(v, -9);
+    EXPECT_EQ(
+        std::vector<int64_t>({StrToIntDef("x", 7), StrToIntDef("8", 7), StrToInt64Def("", -1)}),
+        std::vector<int64_t>({7, 8, -1}));
+    int32_t v = 5, w = 5;
+    EXPECT_EQ((std::vector<int64_t>{TryStrToInt("9x", v), v, TryStrToInt("-9", w), w}),
+              std::vector<int64_t>({false, 5, true, -9}));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -366,9 +364,8 @@ TEST(Text, TrimRemovesControlBytesAndBlanks) {
 }
 
 TEST(Text, AsciiCaseLeavesCyrillicAlone) {
-    EXPECT_EQ(UpperCase("abcXyz09"), "ABCXYZ09");
-    EXPECT_EQ(LowerCase("ABCxYZ"), "abcxyz");
-    EXPECT_EQ(UpperCase(W("ёж")), W("ёж"));
+    EXPECT_EQ(V({UpperCase("abcXyz09"), LowerCase("ABCxYZ"), UpperCase(W("ёж"))}),
+              V({"ABCXYZ09", "abcxyz", W("ёж")}));
     EXPECT_TRUE(SameText("Hello", "hELLO"));
     EXPECT_FALSE(SameText(W("Ёж"), W("ёж")));
     EXPECT_EQ(
@@ -509,10 +506,10 @@ TEST(Text, StringReplace) {
 }
 
 TEST(Text, LineBreaksAndDelimiters) {
-    EXPECT_EQ(AdjustLineBreaks("a\nb\rc\r\nd"), "a\r\nb\r\nc\r\nd");
-    EXPECT_EQ(AdjustLineBreaks("\n\n"), "\r\n\r\n");
-    EXPECT_EQ(LastDelimiter("/.", "/a/b.txt"), 5);
-    EXPECT_EQ(LastDelimiter(";", "abc"), 0);
+    EXPECT_EQ(V({AdjustLineBreaks("a\nb\rc\r\nd"), AdjustLineBreaks("\n\n")}),
+              V({"a\r\nb\r\nc\r\nd", "\r\n\r\n"}));
+    EXPECT_EQ(std::pair(LastDelimiter("/.", "/a/b.txt"), LastDelimiter(";", "abc")),
+              std::pair(5, 0));
     EXPECT_EQ(std::vector<bool>({IsDelimiter(",;", "a,b", 2), IsDelimiter(",;", "a,b", 1),
                                  IsDelimiter(",;", "a,b", 0), IsDelimiter(",;", "a,b", 4)}),
               std::vector<bool>({true, false, false, false}));
@@ -542,22 +539,20 @@ TEST(Paths, ExtractPartsAndExpand) {
         V({"/a/b/", "", "/a/b", "/", "c.txt", "", ".gz", "", "/a/b.c.ini", "/a.d/b.ini", "x", "/a/",
            "/a/", "/a", "/a", "/a/c", "/x", "/a/b/",
            IncludeTrailingPathDelimiter(GetCurrentDir()) + "rel/f.txt"}));
-    EXPECT_TRUE(IsPathDelimiter("/a/", 3));
-    EXPECT_FALSE(IsPathDelimiter("/a/", 9));
+    EXPECT_EQ(std::pair(IsPathDelimiter("/a/", 3), IsPathDelimiter("/a/", 9)),
+              std::pair(true, false));
     EXPECT_EQ(PathDelim, '/');
 }
 
 class Files : public TempDirTest {};
 
 TEST_F(Files, CreateRenameDelete) {
-    std::string deep = dir + "/x/y/z";
-    EXPECT_TRUE(ForceDirectories(deep));
-    EXPECT_TRUE(DirectoryExists(deep));
-    EXPECT_FALSE(FileExists(deep)); // a directory is not a file
+    // Each step's answer in turn: a directory is not a file, DeleteFile is not for directories.
+    using B = std::vector<bool>;
+    std::string deep = dir + "/x/y/z", f = deep + "/f.txt", g = deep + "/g.txt";
+    EXPECT_EQ(B({ForceDirectories(deep), DirectoryExists(deep), FileExists(deep), FileExists(f)}),
+              B({true, true, false, false}));
     EXPECT_THROW(ForceDirectories(""), EInOutError);
-
-    std::string f = deep + "/f.txt";
-    EXPECT_FALSE(FileExists(f));
     EXPECT_EQ(FileAge(f), -1);
     WriteFile(f, "data");
     EXPECT_TRUE(FileExists(f));
@@ -570,23 +565,15 @@ TEST_F(Files, CreateRenameDelete) {
     int32_t stamp = DateTimeToFileDate(At(2001, 6, 15, 10, 20, 30));
     EXPECT_EQ(FileSetDate(f, stamp), 0);
     EXPECT_EQ(FileAge(f), stamp);
-
-    std::string g = deep + "/g.txt";
-    EXPECT_TRUE(RenameFile(f, g));
-    EXPECT_FALSE(FileExists(f));
-    EXPECT_TRUE(FileExists(g));
-    EXPECT_FALSE(RenameFile(f, g));
-    EXPECT_FALSE(DeleteFile(deep)); // not for directories
-    EXPECT_TRUE(DeleteFile(g));
-    EXPECT_FALSE(DeleteFile(g));
-
+    EXPECT_EQ(B({RenameFile(f, g), FileExists(f), FileExists(g), RenameFile(f, g), DeleteFile(deep),
+                 DeleteFile(g), DeleteFile(g)}),
+              B({true, false, true, false, false, true, false}));
     std::string cwd = GetCurrentDir();
     EXPECT_TRUE(SetCurrentDir(deep));
     EXPECT_EQ(ExpandFileName("../q"), dir + "/x/y/q");
-    EXPECT_FALSE(SetCurrentDir(dir + "/missing"));
-    EXPECT_TRUE(SetCurrentDir(cwd));
-    for (const char* d : {"/x/y/z", "/x/y", "/x", ""})
-        EXPECT_TRUE(RemoveDir(dir + d)) << d;
+    EXPECT_EQ(B({SetCurrentDir(dir + "/missing"), SetCurrentDir(cwd), RemoveDir(deep),
+                 RemoveDir(dir + "/x/y"), RemoveDir(dir + "/x"), RemoveDir(dir)}),
+              B({false, true, true, true, true, true}));
 }
 
 TEST(OSError, CarriesTheCodeAndTheSystemsMessage) {

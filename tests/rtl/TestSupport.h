@@ -34,13 +34,6 @@ template <class E, class F> std::string MessageOf(F&& f) {
     return {};
 }
 
-// A table of computed strings and the strings they should be; a failure names the case.
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-inline void ExpectPairs(const Pairs& cases) {
-    for (size_t i = 0; i < cases.size(); ++i)
-        EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
-}
-
 // A string of the given byte values.
 inline std::string Bytes(std::initializer_list<int> b) {
     std::string s;

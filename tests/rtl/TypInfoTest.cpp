@@ -337,11 +337,9 @@ TEST(TypInfo, PropListSortsByName) {
 TEST(TypInfo, RepublishedPropertyKeepsItsSlot) {
     auto props = GetPropInfos(TRepublisher::StaticClass());
     ASSERT_EQ(props.size(), 14u);
-    EXPECT_EQ(props[1]->Name, "Caption");
-    EXPECT_EQ(props[1]->NameIndex, 1);
-    EXPECT_EQ(props[13]->Name, "Extra");
+    EXPECT_EQ(V({props[1]->Name, props[13]->Name}), V({"Caption", "Extra"}));
     // It is the descendant's record: its own default and no writer.
-    EXPECT_EQ(props[1]->Default, 3);
+    EXPECT_EQ(std::pair(int(props[1]->NameIndex), int(props[1]->Default)), std::pair(1, 3));
     EXPECT_EQ(props[1]->SetProc, nullptr);
     EXPECT_EQ(GetPropInfo(TRepublisher::StaticClass(), "caption"), props[1]);
     // The ancestor keeps its own record.
@@ -372,17 +370,15 @@ TEST(TypInfo, StoredSpecifiersConstantAndMethod) {
     PPropInfo shape = GetPropInfo(leaf.ClassType(), "Shape");
     PPropInfo hidden = GetPropInfo(leaf.ClassType(), "Hidden");
     PPropInfo width = GetPropInfo(leaf.ClassType(), "Width");
-    // A method specifier has a StoredProc and is evaluated on the instance.
+    // A method specifier has a StoredProc and is evaluated on the instance; constants have none.
     EXPECT_NE(shape->StoredProc, nullptr);
-    EXPECT_FALSE(IsStoredProp(&leaf, shape));
-    leaf.Shape = stTriangle;
-    EXPECT_TRUE(IsStoredProp(&leaf, shape));
-    EXPECT_TRUE(IsStoredProp(&leaf, "SHAPE"));
-    // Constants have none.
     EXPECT_EQ(hidden->StoredProc, nullptr);
-    EXPECT_FALSE(IsStoredProp(&leaf, hidden));
     EXPECT_EQ(width->StoredProc, nullptr);
-    EXPECT_TRUE(IsStoredProp(&leaf, width));
+    const bool before = IsStoredProp(&leaf, shape);
+    leaf.Shape = stTriangle;
+    EXPECT_EQ(std::vector<bool>({before, IsStoredProp(&leaf, shape), IsStoredProp(&leaf, "SHAPE"),
+                                 IsStoredProp(&leaf, hidden), IsStoredProp(&leaf, width)}),
+              std::vector<bool>({false, true, true, false, true}));
     EXPECT_THROW(IsStoredProp(&leaf, "Missing"), EPropertyError);
 }
 
@@ -572,19 +568,14 @@ TEST(TypInfo, EventStoredInAPropertyIsCalled) {
 TEST(TypInfo, AccessorsOfEveryForm) {
     TAccessors a;
     PPropInfo key = GetPropInfo(a.ClassType(), "Key");
-    EXPECT_EQ(key->PropType->Name, "TShortCut");
-    EXPECT_EQ(key->PropType->Kind, tkInteger);
-    SetOrdProp(&a, key, 0x4044);
-    EXPECT_EQ(a.Key, 0x4044);
-    EXPECT_EQ(GetOrdProp(&a, key), 0x4044);
-
     PPropInfo twice = GetPropInfo(a.ClassType(), "Double");
-    EXPECT_EQ(twice->PropType->Name, "Integer");
+    EXPECT_EQ(V({key->PropType->Name, twice->PropType->Name}), V({"TShortCut", "Integer"}));
+    EXPECT_EQ(key->PropType->Kind, tkInteger);
     EXPECT_EQ(GetOrdProp(&a, twice), 10);
+    SetOrdProp(&a, key, 0x4044);
     SetOrdProp(&a, twice, 42);
-    EXPECT_EQ(a.Half, 21);
-
     SetStrProp(&a, "Text", "x");
-    EXPECT_EQ(a.Text, "<x>");
-    EXPECT_EQ(GetStrProp(&a, "Text"), "<x>");
+    EXPECT_EQ(std::vector<int64_t>({a.Key, GetOrdProp(&a, key), a.Half}),
+              std::vector<int64_t>({0x4044, 0x4044, 21}));
+    EXPECT_EQ(V({a.Text, GetStrProp(&a, "Text")}), V({"<x>", "<x>"}));
 }
