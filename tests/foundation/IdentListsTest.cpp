@@ -1,6 +1,7 @@
 // Identifier lists: sorted by identifier, unique without regard to case, found by binary
 // search, and counted references for the interface list.
 #include "foundation/Classes.h"
+#include "tests/rtl/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -42,12 +43,7 @@ template <class TList> std::vector<std::string> Idents(TList& l) {
 }
 
 template <class F> std::string ListError(F f) {
-    try {
-        f();
-    } catch (const EIdentListError& e) {
-        return e.Message();
-    }
-    return "no EIdentListError";
+    return rtltest::MessageOf<EIdentListError>(f);
 }
 
 } // namespace

@@ -1,26 +1,16 @@
 // The search table, named strings in normal and quick-search mode, and name=value parameters.
 #include "foundation/AppUtils.h"
 #include "foundation/Classes.h"
+#include "tests/foundation/TestText.h"
 
 #include <gtest/gtest.h>
 
 using namespace zelvane;
+using namespace foundationtest;
 
 namespace {
 
-using Strings = std::vector<std::string>;
-
-Strings Lines(rtl::TStrings* l) {
-    Strings r;
-    for (int i = 0; i < l->Count(); ++i)
-        r.push_back(l->Strings(i));
-    return r;
-}
-
-void Add(rtl::TStrings& l, const Strings& lines) {
-    for (const auto& s : lines)
-        l.Add(s);
-}
+using Ints = std::vector<int>;
 
 // The line FindByName gives for a name, -1 when it finds none.
 int LineOf(TNamedStrings& n, const std::string& name) {
@@ -29,9 +19,9 @@ int LineOf(TNamedStrings& n, const std::string& name) {
 }
 
 // Named strings of the lines, in quick-search mode.
-std::unique_ptr<TNamedStrings> Quick(const Strings& lines) {
+std::unique_ptr<TNamedStrings> Quick(const std::string& lines) {
     auto n = std::make_unique<TNamedStrings>();
-    Add(*n, lines);
+    Fill(n.get(), lines);
     n->EnterQuickSearchMode();
     return n;
 }
@@ -57,7 +47,7 @@ TEST(SearchTable, AsciiComparingIgnoresCaseOfLatinLetters) {
     t.SetAnsiComparing(false);
     t.Duplicates = rtl::dupAccept;
     t.SetSorted(true);
-    Add(t, {"Beta", "alpha", "BETA"});
+    Fill(&t, "Beta|alpha|BETA");
     int index = -1;
     EXPECT_TRUE(t.Find("beta", index));
     EXPECT_EQ(index, 1); // with accepted duplicates: the first equal line
@@ -68,23 +58,23 @@ TEST(SearchTable, AsciiComparingOrdersByCodeNotByLocale) {
     // "_" (95) lies between upper and lower case in ASCII and before all letters in the
     // locale's order; CompareText folds to upper case, so "_" follows the letters there.
     TSearchTable t;
-    Add(t, {"_x", "a"});
+    Fill(&t, "_x|a");
     t.SetSorted(true);
-    EXPECT_EQ(Lines(&t), (Strings{"_x", "a"}));
+    EXPECT_EQ(Joined(&t), "_x|a");
     t.SetAnsiComparing(false); // sorts again
-    EXPECT_EQ(Lines(&t), (Strings{"a", "_x"}));
+    EXPECT_EQ(Joined(&t), "a|_x");
     int index = -1;
     EXPECT_TRUE(t.Find("_X", index));
     EXPECT_EQ(index, 1);
     EXPECT_FALSE(t.Find("b", index));
     EXPECT_EQ(index, 1);
     t.SetAnsiComparing(true);
-    EXPECT_EQ(Lines(&t), (Strings{"_x", "a"}));
+    EXPECT_EQ(Joined(&t), "_x|a");
     // Unsorted, a change of mode doesn't sort.
     TSearchTable u;
-    Add(u, {"b", "a"});
+    Fill(&u, "b|a");
     u.SetAnsiComparing(false);
-    EXPECT_EQ(Lines(&u), (Strings{"b", "a"}));
+    EXPECT_EQ(Joined(&u), "b|a");
 }
 
 TEST(SearchTable, AsciiComparingDoesNotFoldCyrillic) {
@@ -102,47 +92,44 @@ TEST(SearchTable, AsciiComparingDoesNotFoldCyrillic) {
 
 TEST(NamedStrings, NormalModeUsesThePlatformValues) {
     TNamedStrings n;
-    Add(n, {"Width=100", "Height=20"});
+    Fill(&n, "Width=100|Height=20");
     EXPECT_FALSE(n.GetQuickSearch());
     EXPECT_EQ(n.GetNamedValue("height"), "20");
     n.SetNamedValue("Color", "red");
     EXPECT_EQ(n.Strings(2), "Color=red");
     n.SetNamedValue("Width", "");
-    EXPECT_EQ(Lines(&n), (Strings{"Height=20", "Color=red"}));
+    EXPECT_EQ(Joined(&n), "Height=20|Color=red");
     EXPECT_EQ(n.SearchTable()->Count(), 0);
 }
 
 TEST(NamedStrings, QuickSearchFindsByTheTable) {
-    auto n = Quick({"Width=100", "plain line", "=x", "Caption=a=b"});
+    auto n = Quick("Width=100|plain line|=x|Caption=a=b");
     EXPECT_TRUE(n->GetQuickSearch());
     EXPECT_EQ(n->SearchTable()->Count(), 2); // lines without a name stay out
-    EXPECT_EQ(LineOf(*n, "caption"), 3);
     // "=x" has no name: quick search can't find it.
-    EXPECT_EQ(LineOf(*n, ""), -1);
-    EXPECT_EQ(LineOf(*n, "=x"), -1);
-    Strings values;
+    EXPECT_EQ((Ints{LineOf(*n, "caption"), LineOf(*n, ""), LineOf(*n, "=x")}), (Ints{3, -1, -1}));
+    std::vector<std::string> values;
     for (const char* name : {"Caption", "WIDTH", "Missing", "", "=x"})
         values.push_back(n->GetNamedValue(name));
-    EXPECT_EQ(values, (Strings{"a=b", "100", "", "", ""}));
+    EXPECT_EQ(values, (std::vector<std::string>{"a=b", "100", "", "", ""}));
     n->LeaveQuickSearchMode();
     EXPECT_FALSE(n->GetQuickSearch());
     EXPECT_EQ(n->SearchTable()->Count(), 0);
 }
 
 TEST(NamedStrings, AddAndInsertFollowTheTable) {
-    auto n = Quick({"a=1"});
+    auto n = Quick("a=1");
     n->Add("b=2");
     EXPECT_EQ(n->GetNamedValue("b"), "2");
     n->Insert(0, "c=3");
-    EXPECT_EQ(LineOf(*n, "c"), 0);
     // The numbers of later lines are not shifted: "a" still points at line 0.
-    EXPECT_EQ(LineOf(*n, "a"), 0);
+    EXPECT_EQ((Ints{LineOf(*n, "c"), LineOf(*n, "a")}), (Ints{0, 0}));
     // Line 0 is "c=3" now; the value is read behind the length of "a=" in it.
     EXPECT_EQ(n->GetNamedValue("a"), "3");
 }
 
 TEST(NamedStrings, AddingAKnownNameFailsAfterTheLineWentIn) {
-    auto n = Quick({"a=1"});
+    auto n = Quick("a=1");
     EXPECT_THROW(n->Add("A=2"), rtl::EStringListError);
     EXPECT_EQ(n->Count(), 2);
     // Outside quick-search mode names may repeat.
@@ -151,15 +138,15 @@ TEST(NamedStrings, AddingAKnownNameFailsAfterTheLineWentIn) {
 }
 
 TEST(NamedStrings, NamesThatOccurTwiceBothEnterThePreparedTable) {
-    auto n = Quick({"a=1", "a=2"});
+    auto n = Quick("a=1|a=2");
     EXPECT_EQ(n->SearchTable()->Count(), 2);
     EXPECT_EQ(n->GetSearchText().substr(0, 2), "\r\n");
 }
 
 TEST(NamedStrings, NewNameSetInQuickModeIsFoundOnlyAfterRebuilding) {
-    auto n = Quick({"a=1"});
+    auto n = Quick("a=1");
     n->SetNamedValue("b", "2");
-    EXPECT_EQ(Lines(n.get()), (Strings{"a=1", "b=2"}));
+    EXPECT_EQ(Joined(n.get()), "a=1|b=2");
     EXPECT_EQ(n->GetNamedValue("b"), "");
     n->LeaveQuickSearchMode();
     n->EnterQuickSearchMode();
@@ -171,42 +158,41 @@ TEST(NamedStrings, NewNameSetInQuickModeIsFoundOnlyAfterRebuilding) {
 }
 
 TEST(NamedStrings, EmptyValueDeletesTheLineButLeavesAStaleEntry) {
-    auto n = Quick({"a=1", "b=2"});
+    auto n = Quick("a=1|b=2");
     n->SetNamedValue("a", "");
-    EXPECT_EQ(Lines(n.get()), (Strings{"b=2"}));
+    EXPECT_EQ(Joined(n.get()), "b=2");
     // Delete searched the table with the whole line "a=1": no hit, so "a" still points at 0.
     EXPECT_EQ(LineOf(*n, "a"), 0);
     n->SetNamedValue("zzz", ""); // unknown name, empty value: nothing
     EXPECT_EQ(n->Count(), 1);
     // A line whose whole text is a name in the table takes that entry with it.
-    auto k = Quick({"key=1", "key"});
+    auto k = Quick("key=1|key");
     k->Delete(1);
     EXPECT_EQ(LineOf(*k, "key"), -1);
     EXPECT_EQ(k->Count(), 1);
 }
 
 TEST(NamedStrings, ExchangeAndMoveRenumberOnlyWholeLineHits) {
-    auto n = Quick({"a=1", "b", "b=2"});
-    n->Exchange(1, 2);             // "b" moves to 2, "b=2" to 1
-    EXPECT_EQ(LineOf(*n, "b"), 2); // renumbered by the line "b"
-    EXPECT_EQ(LineOf(*n, "a"), 0);
-    n->Move(2, 0); // "b" to the top
-    EXPECT_EQ(Lines(n.get()), (Strings{"b", "a=1", "b=2"}));
-    EXPECT_EQ(LineOf(*n, "b"), 0);
-    EXPECT_EQ(LineOf(*n, "a"), 0); // a named line isn't renumbered: stale
+    auto n = Quick("a=1|b|b=2");
+    n->Exchange(1, 2);                                                 // "b" moves to 2, "b=2" to 1
+    EXPECT_EQ((Ints{LineOf(*n, "b"), LineOf(*n, "a")}), (Ints{2, 0})); // "b" by the line "b"
+    n->Move(2, 0);                                                     // "b" to the top
+    EXPECT_EQ(Joined(n.get()), "b|a=1|b=2");
+    // A named line isn't renumbered: "a" is stale.
+    EXPECT_EQ((Ints{LineOf(*n, "b"), LineOf(*n, "a")}), (Ints{0, 0}));
     // Moving a named line doesn't fail.
-    auto m = Quick({"a=1", "b=2"});
+    auto m = Quick("a=1|b=2");
     EXPECT_NO_THROW(m->Move(0, 1));
-    EXPECT_EQ(Lines(m.get()), (Strings{"b=2", "a=1"}));
+    EXPECT_EQ(Joined(m.get()), "b=2|a=1");
     EXPECT_EQ(m->SearchTable()->Count(), 2);
 }
 
 TEST(NamedStrings, ClearEmptiesTheTableAndAssignRebuildsIt) {
-    auto n = Quick({"a=1"});
+    auto n = Quick("a=1");
     n->Clear();
     EXPECT_EQ(n->SearchTable()->Count(), 0);
     rtl::TStringList src;
-    Add(src, {"x=1", "y=2"});
+    Fill(&src, "x=1|y=2");
     n->Assign(&src);
     EXPECT_TRUE(n->GetQuickSearch());
     EXPECT_EQ(n->GetNamedValue("y"), "2");
@@ -222,7 +208,7 @@ TEST(NamedStrings, SearchTextDump) {
     EXPECT_EQ(n.GetSearchText(), "");
     n.EnterQuickSearchMode();
     EXPECT_EQ(n.GetSearchText(), "");
-    Add(n, {"b=1", "a=2"});
+    Fill(&n, "b=1|a=2");
     EXPECT_EQ(n.GetSearchText(), "\r\na[1]\r\nb[0]");
 }
 
@@ -242,28 +228,28 @@ TEST(NamedStrings, NamesAnsiComparingSwitchesTheTable) {
 
 TEST(TransformParams, NamedPairsUntilBareLinesCutTheArray) {
     struct Case {
-        Strings In;
+        const char* In;
         std::vector<TParamPair> Out;
     };
     const Case cases[] = {
-        {{"a=1", "b=x=y", "c="}, {{"a", "1"}, {"b", "x=y"}, {"c", ""}}},
-        {{"a=1", "b"}, {{"a", "1"}}},
-        {{"b", "a=1"}, {{"", ""}}}, // the named pair at the end is lost
-        {{"=lead"}, {}},
+        {"a=1|b=x=y|c=", {{"a", "1"}, {"b", "x=y"}, {"c", ""}}},
+        {"a=1|b", {{"a", "1"}}},
+        {"b|a=1", {{"", ""}}}, // the named pair at the end is lost
+        {"=lead", {}},
     };
     std::vector<TParamPair> p = {{"stale", "pair"}};
     for (const Case& c : cases) {
         rtl::TStringList l;
-        Add(l, c.In);
+        Fill(&l, c.In);
         TransformParams(&l, p);
-        EXPECT_EQ(p, c.Out) << c.In[0];
+        EXPECT_EQ(p, c.Out) << c.In;
     }
 }
 
 TEST(TransformParams, ExCallsTheProcedureForNamedLines) {
     rtl::TStringList l;
-    Add(l, {"b", "a=1", "=x", "c=2=3"});
-    Strings seen;
+    Fill(&l, "b|a=1|=x|c=2=3");
+    std::vector<std::string> seen;
     int data = 0;
     TransformParamsEx(
         &l,
@@ -272,6 +258,6 @@ TEST(TransformParams, ExCallsTheProcedureForNamedLines) {
             seen.push_back(name + "|" + value);
         },
         &data);
-    EXPECT_EQ(seen, (Strings{"a|1", "c|2=3"}));
+    EXPECT_EQ(seen, (std::vector<std::string>{"a|1", "c|2=3"}));
     EXPECT_NO_THROW(TransformParamsEx(&l, nullptr, nullptr));
 }

@@ -9,45 +9,46 @@
 
 using namespace zelvane;
 
+using Strs = std::vector<std::string>;
+
 // --- cases of the searches that answer through an out-position --------------------------------
 
 // A search over s for a needle from start: whether it found, and the 1-based position it leaves
 // (0 when not found).
 template <class Needle> struct FindCase {
-    const char* name;
-    bool (*find)(std::string_view, Needle, int&, int);
-    std::string_view s;
-    Needle needle;
-    int start;
-    bool found;
-    int pos;
+    bool (*Find)(std::string_view, Needle, int&, int);
+    std::string_view S;
+    Needle Sub;
+    int Start;
+    bool Found;
+    int Pos;
 };
 
 // A copy up to a needle: when found, result is the text it names; otherwise the result is left
 // as it was ("untouched").
 template <class Needle> struct CopyCase {
-    const char* name;
-    bool (*copy)(std::string_view, Needle, std::string&, bool, int&, int);
-    std::string_view s;
-    Needle needle;
-    bool ignoreCase;
-    int start;
-    bool found;
-    const char* result;
-    int pos;
+    bool (*Copy)(std::string_view, Needle, std::string&, bool, int&, int);
+    std::string_view S;
+    Needle Sub;
+    bool IgnoreCase;
+    int Start;
+    bool Found;
+    const char* Result;
+    int Pos;
 };
 
+// The call of a case, for a failure's message.
 template <class Case> std::string Describe(const Case& c) {
     std::ostringstream out;
-    out << c.name << "(\"" << c.s << "\", \"" << c.needle << "\", start " << c.start << ")";
+    out << "\"" << c.S << "\", \"" << c.Sub << "\", start " << c.Start;
     return out.str();
 }
 
 template <class Needle, std::size_t N> void ExpectFinds(const FindCase<Needle> (&cases)[N]) {
     for (const auto& c : cases) {
         int pos = -5; // every call must set it
-        EXPECT_EQ(c.find(c.s, c.needle, pos, c.start), c.found) << Describe(c);
-        EXPECT_EQ(pos, c.pos) << Describe(c);
+        EXPECT_EQ(c.Find(c.S, c.Sub, pos, c.Start), c.Found) << Describe(c);
+        EXPECT_EQ(pos, c.Pos) << Describe(c);
     }
 }
 
@@ -55,9 +56,9 @@ template <class Needle, std::size_t N> void ExpectCopies(const CopyCase<Needle> 
     for (const auto& c : cases) {
         std::string r = "untouched";
         int pos = -5;
-        EXPECT_EQ(c.copy(c.s, c.needle, r, c.ignoreCase, pos, c.start), c.found) << Describe(c);
-        EXPECT_EQ(r, c.result) << Describe(c);
-        EXPECT_EQ(pos, c.pos) << Describe(c);
+        EXPECT_EQ(c.Copy(c.S, c.Sub, r, c.IgnoreCase, pos, c.Start), c.Found) << Describe(c);
+        EXPECT_EQ(r + " " + std::to_string(pos), c.Result + (" " + std::to_string(c.Pos)))
+            << Describe(c);
     }
 }
 
@@ -88,8 +89,7 @@ template <class Needle> struct PosCase {
 
 template <class Needle, std::size_t N> void ExpectPositions(const PosCase<Needle> (&cases)[N]) {
     for (const auto& c : cases)
-        EXPECT_EQ(c.Fn(c.S, c.Sub, c.Start), c.Pos)
-            << "\"" << c.S << "\", \"" << c.Sub << "\", start " << c.Start;
+        EXPECT_EQ(c.Fn(c.S, c.Sub, c.Start), c.Pos) << Describe(c);
 }
 
 TEST(CharPos, ForwardReverseAndCaseInsensitiveWithinBounds) {
@@ -118,31 +118,23 @@ TEST(CharPos, ForwardReverseAndCaseInsensitiveWithinBounds) {
 
 TEST(FindCharPos, ReturnsWhetherFoundAndThePosition) {
     const FindCase<char> cases[] = {
-        {"FindCharPos", FindCharPos, "a=b", '=', 1, true, 2},
-        {"FindCharPos", FindCharPos, "ab", '=', 1, false, 0},
-        {"FindCharPosI", FindCharPosI, "aXb", 'x', 1, true, 2},
-        {"FindCharPosR", FindCharPosR, "a=b=c", '=', -1, true, 4},
-        {"FindCharPosRI", FindCharPosRI, "aXbx", 'X', 3, true, 2},
+        {FindCharPos, "a=b", '=', 1, true, 2},    {FindCharPos, "ab", '=', 1, false, 0},
+        {FindCharPosI, "aXb", 'x', 1, true, 2},   {FindCharPosR, "a=b=c", '=', -1, true, 4},
+        {FindCharPosRI, "aXbx", 'X', 3, true, 2},
     };
     ExpectFinds(cases);
 }
 
-TEST(CopyToChar, TextFromStartUpToTheByte) {
+TEST(CopyToChar, TextFromStartUpToTheByteOrReverseAfterItUpToStart) {
     const CopyCase<char> cases[] = {
-        {"CopyToChar", CopyToChar, "key=value", '=', false, 1, true, "key", 4},
-        {"CopyToChar", CopyToChar, "a,b,c", ',', false, 3, true, "b", 4},
-        {"CopyToChar", CopyToChar, "abXcd", 'x', true, 1, true, "ab", 3},
-        {"CopyToChar", CopyToChar, "abXcd", 'x', false, 1, false, "untouched", 0},
-    };
-    ExpectCopies(cases);
-}
-
-TEST(CopyToChar, ReverseGivesTextAfterTheByteUpToStart) {
-    const CopyCase<char> cases[] = {
-        {"CopyToCharR", CopyToCharR, "C:\\dir\\file.pas", '\\', false, -1, true, "file.pas", 7},
-        {"CopyToCharR", CopyToCharR, "a.b.c", '.', false, 3, true, "b", 2},
-        {"CopyToCharR", CopyToCharR, "abc", '.', false, -1, false, "untouched", 0},
-        {"CopyToCharR", CopyToCharR, "aXb", 'x', true, -1, true, "b", 2},
+        {CopyToChar, "key=value", '=', false, 1, true, "key", 4},
+        {CopyToChar, "a,b,c", ',', false, 3, true, "b", 4},
+        {CopyToChar, "abXcd", 'x', true, 1, true, "ab", 3},
+        {CopyToChar, "abXcd", 'x', false, 1, false, "untouched", 0},
+        {CopyToCharR, "C:\\dir\\file.pas", '\\', false, -1, true, "file.pas", 7},
+        {CopyToCharR, "a.b.c", '.', false, 3, true, "b", 2},
+        {CopyToCharR, "abc", '.', false, -1, false, "untouched", 0},
+        {CopyToCharR, "aXb", 'x', true, -1, true, "b", 2},
     };
     ExpectCopies(cases);
 }
@@ -162,19 +154,19 @@ TEST(CharsPos, AnyByteOfTheSet) {
 TEST(CharsPos, FindAndCopy) {
     TCharScores delims = CharScores(" \t");
     int pos = 0;
-    std::string r;
-    EXPECT_TRUE(FindCharsPos("a\tb c", delims, pos));
-    EXPECT_EQ(pos, 2);
-    EXPECT_TRUE(FindCharsPosR("a\tb c", delims, pos));
-    EXPECT_EQ(pos, 4);
-    EXPECT_TRUE(CopyToChars("word\trest", delims, r, pos));
-    EXPECT_EQ(r, "word");
-    EXPECT_TRUE(CopyToCharsR("first last", delims, r, pos));
-    EXPECT_EQ(r, "last");
-    r = "kept";
-    EXPECT_FALSE(CopyToChars("none", delims, r, pos));
-    EXPECT_FALSE(CopyToCharsR("none", delims, r, pos));
-    EXPECT_EQ(r, "kept");
+    std::string r = "kept";
+    // Each answer with the position and the text it leaves; a copy that finds nothing leaves the
+    // text alone.
+    auto after = [&](bool found) {
+        return std::to_string(found) + " " + std::to_string(pos) + " " + r;
+    };
+    EXPECT_EQ((Strs{after(FindCharsPos("a\tb c", delims, pos)),
+                    after(FindCharsPosR("a\tb c", delims, pos)),
+                    after(CopyToChars("none", delims, r, pos)),
+                    after(CopyToCharsR("none", delims, r, pos)),
+                    after(CopyToChars("word\trest", delims, r, pos)),
+                    after(CopyToCharsR("first last", delims, r, pos))}),
+              (Strs{"1 2 kept", "1 4 kept", "0 0 kept", "0 0 kept", "1 5 word", "1 6 last"}));
 }
 
 // --- comparison ------------------------------------------------------------------------------
@@ -229,23 +221,23 @@ TEST(StringPos, ForwardReverseAndBounds) {
 
 TEST(FindStrPos, AllFour) {
     const FindCase<std::string_view> cases[] = {
-        {"FindStrPos", FindStrPos, "begin end", "end", 1, true, 7},
-        {"FindStrPos", FindStrPos, "begin end", "END", 1, false, 0},
-        {"FindStrPosI", FindStrPosI, "begin end", "END", 1, true, 7},
-        {"FindStrPosR", FindStrPosR, "(* a *) (* b *)", "(*", -1, true, 9},
-        {"FindStrPosRI", FindStrPosRI, "AbAB", "ab", 2, true, 1},
+        {FindStrPos, "begin end", "end", 1, true, 7},
+        {FindStrPos, "begin end", "END", 1, false, 0},
+        {FindStrPosI, "begin end", "END", 1, true, 7},
+        {FindStrPosR, "(* a *) (* b *)", "(*", -1, true, 9},
+        {FindStrPosRI, "AbAB", "ab", 2, true, 1},
     };
     ExpectFinds(cases);
 }
 
 TEST(CopyToStr, ForwardAndReverse) {
     const CopyCase<std::string_view> cases[] = {
-        {"CopyToStr", CopyToStr, "a := b", ":=", false, 1, true, "a ", 3},
-        {"CopyToStr", CopyToStr, "x AND y", "and", true, 1, true, "x ", 3},
-        {"CopyToStrR", CopyToStrR, "one<>two<>three", "<>", false, -1, true, "three", 9},
-        {"CopyToStrR", CopyToStrR, "one<>two<>three", "<>", false, 8, true, "two", 4},
-        {"CopyToStrR", CopyToStrR, "abc", "xy", false, -1, false, "untouched", 0},
-        {"CopyToStr", CopyToStr, "abc", "xy", false, 1, false, "untouched", 0},
+        {CopyToStr, "a := b", ":=", false, 1, true, "a ", 3},
+        {CopyToStr, "x AND y", "and", true, 1, true, "x ", 3},
+        {CopyToStrR, "one<>two<>three", "<>", false, -1, true, "three", 9},
+        {CopyToStrR, "one<>two<>three", "<>", false, 8, true, "two", 4},
+        {CopyToStrR, "abc", "xy", false, -1, false, "untouched", 0},
+        {CopyToStr, "abc", "xy", false, 1, false, "untouched", 0},
     };
     ExpectCopies(cases);
 }
@@ -253,15 +245,11 @@ TEST(CopyToStr, ForwardAndReverse) {
 TEST(FindStrPosEx, PlainPosOverTheWholeString) {
     int pos = 0;
     std::string r = "kept";
-    EXPECT_TRUE(FindStrPosEx("name=value", "=", pos));
-    EXPECT_EQ(pos, 5);
-    EXPECT_FALSE(FindStrPosEx("name", "=", pos));
-    EXPECT_FALSE(FindStrPosEx("name", "", pos));
-    EXPECT_TRUE(CopyToStrEx("name=value", "=v", r, pos));
-    EXPECT_EQ(r, "name");
-    r = "kept";
-    EXPECT_FALSE(CopyToStrEx("name", "x", r, pos));
-    EXPECT_EQ(r, "kept");
+    EXPECT_EQ((std::vector<bool>{FindStrPosEx("name=value", "=", pos), pos == 5,
+                                 FindStrPosEx("name", "=", pos), FindStrPosEx("name", "", pos),
+                                 CopyToStrEx("name", "x", r, pos), r == "kept",
+                                 CopyToStrEx("name=value", "=v", r, pos), r == "name"}),
+              (std::vector<bool>{true, true, false, false, false, true, true, true}));
 }
 
 // --- replacement -----------------------------------------------------------------------------
@@ -303,74 +291,64 @@ TEST(StrReplace, FirstLastOrAllGoingOnAfterTheInsertedText) {
 
 TEST(Cut, RemovesAndReturns) {
     std::string s = "  procedure Foo;";
-    EXPECT_EQ(Cut(s, 1, 12), "  procedure ");
-    EXPECT_EQ(s, "Foo;");
-    EXPECT_EQ(Cut(s, 4, 10), ";");
-    EXPECT_EQ(s, "Foo");
-    EXPECT_EQ(Cut(s, 1, 0), "");
-    EXPECT_EQ(s, "Foo");
-    EXPECT_EQ(Cut(s, 9, 1), "");
-    EXPECT_EQ(s, "Foo");
+    // Each cut, then what is left.
+    EXPECT_EQ((Strs{Cut(s, 1, 12), s, Cut(s, 4, 10), s, Cut(s, 1, 0), s, Cut(s, 9, 1), s}),
+              (Strs{"  procedure ", "Foo;", ";", "Foo", "", "Foo", "", "Foo"}));
 }
 
 TEST(SkipBlanks, EveryByteUpTo32IsBlank) {
-    int pos = 0;
-    EXPECT_TRUE(SkipBlanks(" \t\r\n\x01x", pos));
-    EXPECT_EQ(pos, 6);
-    EXPECT_TRUE(SkipBlanks("\xC0", pos)); // above 127 is text
-    EXPECT_EQ(pos, 1);
-    EXPECT_TRUE(SkipBlanks("ab c", pos, 3));
-    EXPECT_EQ(pos, 4);
-    EXPECT_FALSE(SkipBlanks("ab  ", pos, 3));
-    EXPECT_EQ(pos, 5);
-    EXPECT_FALSE(SkipBlanks("ab", pos, 7));
-    EXPECT_EQ(pos, 7);
-    EXPECT_FALSE(SkipBlanks("", pos));
-    EXPECT_EQ(pos, 1);
+    // Above 127 is text; with none, pos is past the end, or start when that lies beyond it.
+    struct Case {
+        const char* S;
+        int Start;
+        bool Found;
+        int Pos;
+    };
+    const Case cases[] = {
+        {" \t\r\n\x01x", 1, true, 6}, {"\xC0", 1, true, 1}, {"ab c", 3, true, 4},
+        {"ab  ", 3, false, 5},        {"ab", 7, false, 7},  {"", 1, false, 1},
+    };
+    for (const Case& c : cases) {
+        int pos = -5;
+        EXPECT_EQ(SkipBlanks(c.S, pos, c.Start), c.Found) << c.S;
+        EXPECT_EQ(pos, c.Pos) << c.S;
+    }
 }
 
-TEST(ReadWord, TheFirstWordOfTheLine) {
-    int next = -1;
-    EXPECT_EQ(ReadWord("procedure Foo;", next), "procedure");
-    EXPECT_EQ(next, 10);
-    EXPECT_EQ(ReadWord("  function Bar: Integer;", next), "function");
-    EXPECT_EQ(next, 11);
-    // The scan begins at the first non-blank whatever the start says.
-    EXPECT_EQ(ReadWord("one two", next, 5), "one");
-    EXPECT_EQ(next, 4);
-}
-
-TEST(ReadWord, OnlyASpaceEndsAWord) {
-    int next = 0;
-    EXPECT_EQ(ReadWord("procedure\tFoo", next), "procedure\tFoo");
-    EXPECT_EQ(next, 14);
-}
-
-TEST(ReadWord, LastWordRunsFromStart) {
-    int next = 0;
-    EXPECT_EQ(ReadWord("   alone", next, 1), "   alone"); // the blanks stay in the word
-    EXPECT_EQ(next, 9);
-    EXPECT_EQ(ReadWord("   alone", next, 4), "alone");
-    EXPECT_EQ(ReadWord("alone", next, 3), "one");
-}
-
-TEST(ReadWord, BlankLineLeavesNextAlone) {
-    int next = 42;
-    EXPECT_EQ(ReadWord("   \t ", next), "");
-    EXPECT_EQ(next, 42);
-    EXPECT_EQ(ReadWord("", next), "");
-    EXPECT_EQ(next, 42);
+TEST(ReadWord, TheFirstWordOfTheLineOnlyASpaceEnds) {
+    // The scan begins at the first non-blank whatever the start says; a last word runs from
+    // start, blanks included; a blank line leaves next alone.
+    struct Case {
+        const char* S;
+        int Start;
+        const char* Word;
+        int Next;
+    };
+    const Case cases[] = {
+        {"procedure Foo;", 1, "procedure", 10},
+        {"  function Bar: Integer;", 1, "function", 11},
+        {"one two", 5, "one", 4},
+        {"procedure\tFoo", 1, "procedure\tFoo", 14},
+        {"   alone", 1, "   alone", 9},
+        {"   alone", 4, "alone", 9},
+        {"alone", 3, "one", 6},
+        {"   \t ", 1, "", 42},
+        {"", 1, "", 42},
+    };
+    for (const Case& c : cases) {
+        int next = 42;
+        EXPECT_EQ(ReadWord(c.S, next, c.Start), c.Word) << c.S;
+        EXPECT_EQ(next, c.Next) << c.S;
+    }
 }
 
 TEST(GetWord, TrueForAWord) {
     std::string w;
     int next = 0;
-    EXPECT_TRUE(GetWord("property X", w, next));
-    EXPECT_EQ(w, "property");
-    EXPECT_FALSE(GetWord("    ", w, next));
-    EXPECT_EQ(w, "");
-    EXPECT_EQ(NextWord("constructor Create;"), "constructor");
-    EXPECT_EQ(NextWord(""), "");
+    EXPECT_EQ((Strs{std::to_string(GetWord("property X", w, next)) + w,
+                    std::to_string(GetWord("    ", w, next)) + w, NextWord("constructor Create;"),
+                    NextWord("")}),
+              (Strs{"1property", "0", "constructor", ""}));
 }
 
 TEST(FindWordInLine, LooksOnlyAtTheFirstWord) {

@@ -1,6 +1,7 @@
 // Line lists and the declaration sort: blank lines, terminators searched from the end of a
 // line, and the sort of declaration blocks by declared name with their layout restored.
 #include "foundation/StrsUtils.h"
+#include "tests/foundation/TestText.h"
 
 #include <gtest/gtest.h>
 
@@ -8,34 +9,18 @@
 #include <filesystem>
 
 using namespace zelvane;
+using namespace foundationtest;
 
 namespace {
 
-std::vector<std::string> ToVector(rtl::TStrings* l) {
-    std::vector<std::string> r;
-    for (int i = 0; i < l->Count(); ++i)
-        r.push_back(l->Strings(i));
-    return r;
-}
-
-void Fill(rtl::TStrings* l, const std::vector<std::string>& lines) {
-    l->Clear();
-    for (const auto& s : lines)
-        l->Add(s);
-}
-
-// Sorts the lines; the result and the lines afterwards.
-struct SortResult {
-    bool Ok;
-    int ErrorLine;
-    std::vector<std::string> Lines;
-};
-SortResult Sort(const std::vector<std::string>& lines) {
+// Sorts the lines given joined by "|": "ok" or "fails", the line where it stopped, and the
+// lines afterwards.
+std::string Sorted(const std::string& joined) {
     rtl::TStringList l;
-    Fill(&l, lines);
-    int errorLine = -1;
-    bool ok = SortDeclarations(&l, errorLine);
-    return {ok, errorLine, ToVector(&l)};
+    Fill(&l, joined);
+    int stop = -1;
+    bool ok = SortDeclarations(&l, stop);
+    return (ok ? "ok " : "fails ") + std::to_string(stop) + ": " + Joined(&l);
 }
 
 std::filesystem::path DataDir() {
@@ -45,10 +30,11 @@ std::filesystem::path DataDir() {
     return std::filesystem::path(__FILE__).parent_path() / "data";
 }
 
-std::vector<std::string> LoadData(const std::string& name) {
+// A data file's lines joined by "|", and their count.
+std::pair<std::string, int> LoadData(const std::string& name) {
     rtl::TStringList l;
     l.LoadFromFile((DataDir() / name).string());
-    return ToVector(&l);
+    return {Joined(&l), l.Count()};
 }
 
 } // namespace
@@ -63,66 +49,42 @@ TEST(InitialWords, TheFiveKeywordsWithoutRegardToCase) {
         EXPECT_FALSE(IsInitialWord(w)) << w;
 }
 
-TEST(LineLists, SkipBlankLinesMovesTheIndexOnly) {
+TEST(LineLists, BlankLinesAndSearchesFromTheIndex) {
+    // Each routine over the lines from an index: its answer, the index it leaves and the lines
+    // afterwards. Skipping moves the index only; deleting removes the blank lines at it; FindLine
+    // searches each line from its end, deleting blank lines on the way; FindWordInLines moves
+    // the index only on a match.
     rtl::TStringList l;
-    Fill(&l, {"", " \t", "x", ""});
-    int index = 0;
-    EXPECT_TRUE(SkipBlankLines(&l, index));
-    EXPECT_EQ(index, 2);
-    EXPECT_EQ(l.Count(), 4);
-    index = 3;
-    EXPECT_FALSE(SkipBlankLines(&l, index));
-    EXPECT_EQ(index, 4);
-}
-
-TEST(LineLists, DeleteBlankLinesDeletesThem) {
-    rtl::TStringList l;
-    Fill(&l, {"a", "", "  ", "b", " "});
-    int index = 1;
-    EXPECT_TRUE(DeleteBlankLines(&l, index));
-    EXPECT_EQ(index, 1);
-    EXPECT_EQ(ToVector(&l), (std::vector<std::string>{"a", "b", " "}));
-    index = 2;
-    EXPECT_FALSE(DeleteBlankLines(&l, index));
-    EXPECT_EQ(ToVector(&l), (std::vector<std::string>{"a", "b"}));
-}
-
-TEST(LineLists, FindLineSearchesEachLineFromItsEnd) {
-    rtl::TStringList l;
-    Fill(&l, {"a(b", "", "c);d;", "e;"});
-    int index = 0, pos = 0;
-    EXPECT_TRUE(FindLine(&l, ';', index, pos));
-    EXPECT_EQ(index, 1); // the blank line was deleted on the way
-    EXPECT_EQ(pos, 5);   // the last ";" of the line
-    EXPECT_EQ(l.Count(), 3);
-    index = 0;
-    EXPECT_FALSE(FindLine(&l, '#', index, pos));
-    EXPECT_EQ(index, 3);
-}
-
-TEST(LineLists, FindLineExWithASubstring) {
-    rtl::TStringList l;
-    Fill(&l, {"(* a", "  b *) c *)", "d"});
-    int index = 0, pos = 0;
-    EXPECT_TRUE(FindLineEx(&l, "*)", index, pos));
-    EXPECT_EQ(index, 1);
+    int pos = 0;
+    auto run = [&](const std::string& lines, int index, auto&& call) {
+        Fill(&l, lines);
+        bool found = call(index);
+        return std::to_string(found) + " " + std::to_string(index) + " " + Joined(&l);
+    };
+    auto skip = [&](int& i) { return SkipBlankLines(&l, i); };
+    auto del = [&](int& i) { return DeleteBlankLines(&l, i); };
+    auto findWord = [&](const char* word) {
+        return [&, word](int& i) { return FindWordInLines(word, &l, i); };
+    };
+    const std::string tabbed = "| \t|x|", words = "begin||  END;|end";
+    EXPECT_EQ(run(tabbed, 0, skip), "1 2 | \t|x|");
+    EXPECT_EQ(run(tabbed, 3, skip), "0 4 | \t|x|");
+    EXPECT_EQ(run("a||  |b| ", 1, del), "1 1 a|b| ");
+    EXPECT_EQ(run("a|b| ", 2, del), "0 2 a|b");
+    EXPECT_EQ(run("a(b||c);d;|e;", 0, [&](int& i) { return FindLine(&l, ';', i, pos); }),
+              "1 1 a(b|c);d;|e;");
+    EXPECT_EQ(pos, 5); // the last ";" of the line
+    EXPECT_EQ(run("a(b|c);d;|e;", 0, [&](int& i) { return FindLine(&l, '#', i, pos); }),
+              "0 3 a(b|c);d;|e;");
+    EXPECT_EQ(run("(* a|  b *) c *)|d", 0, [&](int& i) { return FindLineEx(&l, "*)", i, pos); }),
+              "1 1 (* a|  b *) c *)|d");
     EXPECT_EQ(pos, 10);
-    index = 2;
-    EXPECT_FALSE(FindLineEx(&l, "*)", index, pos));
-}
-
-TEST(LineLists, FindWordInLinesMovesTheIndexOnlyOnAMatch) {
-    rtl::TStringList l;
-    Fill(&l, {"begin", "", "  END;", "end"});
-    int index = 1;
-    EXPECT_TRUE(FindWordInLines("end", &l, index));
-    EXPECT_EQ(index, 3);
-    index = 1;
-    EXPECT_FALSE(FindWordInLines("until", &l, index));
-    EXPECT_EQ(index, 1);
-    index = 0;
-    EXPECT_TRUE(FindWordInLines("BEGIN", &l, index));
-    EXPECT_EQ(index, 0);
+    EXPECT_TRUE(run("(* a|  b *) c *)|d", 2, [&](int& i) {
+                    return FindLineEx(&l, "*)", i, pos);
+                }).starts_with("0 "));
+    EXPECT_EQ(run(words, 1, findWord("end")), "1 3 " + words);
+    EXPECT_EQ(run(words, 1, findWord("until")), "0 1 " + words);
+    EXPECT_EQ(run(words, 0, findWord("BEGIN")), "1 0 " + words);
 }
 
 // --- layout strings --------------------------------------------------------------------------
@@ -171,125 +133,88 @@ TEST(Layout, ReadingStopsWithoutAFullPair) {
 
 // --- the declaration sort --------------------------------------------------------------------
 
-TEST(SortDeclarations, SortsByTheNameWithTheLayoutKept) {
-    // Each item's lines and where it stops counts the lines after the sort.
+TEST(SortDeclarations, SortsByTheNameWithTheLayoutKeptOrFailsWithTheListUnchanged) {
+    // Each case's lines joined by "|", and what Sorted makes of them: where it stops counts the
+    // lines after the blank ones before it went.
     struct Case {
-        const char* Name;
-        std::vector<std::string> In, Out;
+        const char *Name, *In, *Out;
     };
-    const std::vector<Case> cases = {
-        {"the name, not the keyword",
-         {"  procedure Zed;", "  function Alpha: Integer;"},
-         {"  function Alpha: Integer;", "  procedure Zed;"}},
+    const Case cases[] = {
+        {"the name, not the keyword", "  procedure Zed;|  function Alpha: Integer;",
+         "ok 2:   function Alpha: Integer;|  procedure Zed;"},
         {"case is ignored: a case-sensitive sort puts alpha last",
-         {"procedure ZED;", "procedure Gamma;", "procedure alpha;", "procedure Beta;"},
-         {"procedure alpha;", "procedure Beta;", "procedure Gamma;", "procedure ZED;"}},
-        {"the same name told apart by the keyword at the end",
-         {"  procedure Foo;", "  function Foo;"},
-         {"  function Foo;", "  procedure Foo;"}},
+         "procedure ZED;|procedure Gamma;|procedure alpha;|procedure Beta;",
+         "ok 4: procedure alpha;|procedure Beta;|procedure Gamma;|procedure ZED;"},
+        {"the same name told apart by the keyword at the end", "  procedure Foo;|  function Foo;",
+         "ok 2:   function Foo;|  procedure Foo;"},
         {"a line without parenthesis ends at the first semicolon",
-         {"  property Name: string", "    read FName;", "  property Count: Integer;"},
-         {"  property Count: Integer;", "  property Name: string", "    read FName;"}},
+         "  property Name: string|    read FName;|  property Count: Integer;",
+         "ok 3:   property Count: Integer;|  property Name: string|    read FName;"},
         {"a heading over several lines moves as one",
-         {"  procedure Zed;", "  function Make(A: Integer;", "      B: string;",
-          "      C: Char): Boolean;", "  procedure Beta;"},
-         {"  procedure Beta;", "  function Make(A: Integer;", "      B: string;",
-          "      C: Char): Boolean;", "  procedure Zed;"}},
-        {"blank lines vanish",
-         {"", "  procedure B;", "   ", "", "  procedure A;", "\t"},
-         {"  procedure A;", "  procedure B;"}},
-        {"an empty list", {}, {}},
-        {"a blank list", {"", "  "}, {}},
+         "  procedure Zed;|  function Make(A: Integer;|      B: string;|      C: Char): Boolean;|"
+         "  procedure Beta;",
+         "ok 5:   procedure Beta;|  function Make(A: Integer;|      B: string;|"
+         "      C: Char): Boolean;|  procedure Zed;"},
+        {"blank lines vanish", "|  procedure B;|   ||  procedure A;|\t",
+         "ok 2:   procedure A;|  procedure B;"},
+        {"an empty list", "", "ok 0: "},
+        {"a blank list", "|  ", "ok 0: "},
         // The empty key sorts the item first, with the following lines up to ";" taken in.
         {"a keyword alone without indentation has an empty key",
-         {"procedure Beta;", "procedure", "  Alpha;"},
-         {"procedure", "  Alpha;", "procedure Beta;"}},
+         "procedure Beta;|procedure|  Alpha;", "ok 3: procedure|  Alpha;|procedure Beta;"},
         // "  procedure" is taken whole with its blanks, so it isn't a keyword.
-        {"a keyword alone with indentation is the key",
-         {"  procedure", "    Alpha;", "  function Query;"},
-         {"  procedure", "    Alpha;", "  function Query;"}},
+        {"a keyword alone with indentation is the key", "  procedure|    Alpha;|  function Query;",
+         "ok 3:   procedure|    Alpha;|  function Query;"},
         {"a keyword alone on a continuation line goes in front",
-         {"  function Make(A: Integer;", "    procedure", "    ): Integer;"},
-         {"  function     procedureMake(A: Integer;", "    ): Integer;"}},
+         "  function Make(A: Integer;|    procedure|    ): Integer;",
+         "ok 2:   function     procedureMake(A: Integer;|    ): Integer;"},
         {"a block comment takes the rest of its last line",
-         {"  procedure Zed;", "  { note", "    more } procedure Alpha;", "  procedure Beta;"},
-         {"  { note", "    more } procedure Alpha;", "  procedure Beta;", "  procedure Zed;"}},
-        {"a line comment is an item of its own",
-         {"  procedure B;", "  // about A", "  procedure A;"},
-         {"  // about A", "  procedure A;", "  procedure B;"}},
+         "  procedure Zed;|  { note|    more } procedure Alpha;|  procedure Beta;",
+         "ok 4:   { note|    more } procedure Alpha;|  procedure Beta;|  procedure Zed;"},
+        {"a line comment is an item of its own", "  procedure B;|  // about A|  procedure A;",
+         "ok 3:   // about A|  procedure A;|  procedure B;"},
         // Windows-1251: "\xC1\xE5\xF2\xE0" is Beta in Cyrillic, "\xE0\xEB\xFC\xF4\xE0" alpha.
         {"Cyrillic names fold and follow Latin",
-         {"procedure \xC1\xE5\xF2\xE0;", "procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;"},
-         {"procedure Zed;", "procedure \xE0\xEB\xFC\xF4\xE0;", "procedure \xC1\xE5\xF2\xE0;"}},
+         "procedure \xC1\xE5\xF2\xE0;|procedure Zed;|procedure \xE0\xEB\xFC\xF4\xE0;",
+         "ok 3: procedure Zed;|procedure \xE0\xEB\xFC\xF4\xE0;|procedure \xC1\xE5\xF2\xE0;"},
         // Declarations whose joined texts compare equal stay in the order they had, whatever
         // case or letters of the code page tell them apart; the comment sorts by its text too.
         {"equal texts keep their order",
-         {"procedure FOO;", "procedure foo;", "procedure Foo;", "procedure Bar;"},
-         {"procedure Bar;", "procedure FOO;", "procedure foo;", "procedure Foo;"}},
-        {"equal texts keep their order, none other",
-         {"procedure foo;", "procedure Foo;", "procedure FOO;"},
-         {"procedure foo;", "procedure Foo;", "procedure FOO;"}},
+         "procedure FOO;|procedure foo;|procedure Foo;|procedure Bar;",
+         "ok 4: procedure Bar;|procedure FOO;|procedure foo;|procedure Foo;"},
+        {"equal texts keep their order, none other", "procedure foo;|procedure Foo;|procedure FOO;",
+         "ok 3: procedure foo;|procedure Foo;|procedure FOO;"},
         {"equal texts keep their order, comments and code page letters",
-         {"  // b", "procedure \xC0\xE1;", "procedure \xE0\xC1;", "procedure Z;", "  // B"},
-         {"  // b", "  // B", "procedure Z;", "procedure \xC0\xE1;", "procedure \xE0\xC1;"}},
+         "  // b|procedure \xC0\xE1;|procedure \xE0\xC1;|procedure Z;|  // B",
+         "ok 5:   // b|  // B|procedure Z;|procedure \xC0\xE1;|procedure \xE0\xC1;"},
         // The indentation and keyword come last in the text: a blank sorts before a letter.
         {"equal names, the indentation last",
-         {"function A2: Integer;", "function a1;", "function A1;", "  function a2: Integer;"},
-         {"function a1;", "function A1;", "  function a2: Integer;", "function A2: Integer;"}},
-    };
-    for (const auto& c : cases) {
-        auto r = Sort(c.In);
-        EXPECT_TRUE(r.Ok) << c.Name;
-        EXPECT_EQ(r.Lines, c.Out) << c.Name;
-        EXPECT_EQ(r.ErrorLine, static_cast<int>(c.Out.size())) << c.Name;
-    }
-}
-
-TEST(SortDeclarations, AnUnendedItemFailsWithTheListUnchanged) {
-    // Where it stops is counted after the blank lines before it went.
-    struct Case {
-        const char* Name;
-        std::vector<std::string> In;
-        int ErrorLine;
-    };
-    const std::vector<Case> cases = {
-        {"a closing parenthesis without semicolon", LoadData("broken_heading.pas"), 1},
+         "function A2: Integer;|function a1;|function A1;|  function a2: Integer;",
+         "ok 4: function a1;|function A1;|  function a2: Integer;|function A2: Integer;"},
         {"no terminator until the end",
-         {"  procedure A;", "", "", "  property Y: Integer read FY", "  // trailing"},
-         1},
-        {"no terminator in a single line", {"procedure X"}, 0},
-        {"an unclosed brace comment", {"procedure A;", "{ open", "procedure B;"}, 1},
-        {"an unclosed parenthesis comment", {"(* open", "procedure B;"}, 0},
+         "  procedure A;|||  property Y: Integer read FY|  // trailing",
+         "fails 1:   procedure A;|||  property Y: Integer read FY|  // trailing"},
+        {"no terminator in a single line", "procedure X", "fails 0: procedure X"},
+        {"an unclosed brace comment", "procedure A;|{ open|procedure B;",
+         "fails 1: procedure A;|{ open|procedure B;"},
+        {"an unclosed parenthesis comment", "(* open|procedure B;",
+         "fails 0: (* open|procedure B;"},
     };
-    for (const auto& c : cases) {
-        auto r = Sort(c.In);
-        EXPECT_FALSE(r.Ok) << c.Name;
-        EXPECT_EQ(r.ErrorLine, c.ErrorLine) << c.Name;
-        EXPECT_EQ(r.Lines, c.In) << c.Name;
+    for (const Case& c : cases)
+        EXPECT_EQ(Sorted(c.In), c.Out) << c.Name;
+}
+
+TEST(SortDeclarations, RealBlocksSortAsTheirSortedFilesSayAndOnceIsEnough) {
+    // A closing parenthesis without semicolon fails at the heading, the list unchanged.
+    const std::string broken = LoadData("broken_heading.pas").first;
+    EXPECT_EQ(Sorted(broken), "fails 1: " + broken);
+    for (auto [input, expected] : {std::pair{"class_section.pas", "class_section.sorted.pas"},
+                                   {"unit_interface.pas", "unit_interface.sorted.pas"},
+                                   {"form_header.h", "form_header.sorted.h"}}) {
+        auto [lines, count] = LoadData(expected);
+        ASSERT_GT(count, 0) << expected;
+        const std::string sorted = "ok " + std::to_string(count) + ": " + lines;
+        EXPECT_EQ(Sorted(LoadData(input).first), sorted) << input;
+        EXPECT_EQ(Sorted(lines), sorted) << expected; // sorting twice changes nothing
     }
 }
-
-TEST(SortDeclarations, SortingTwiceChangesNothing) {
-    std::vector<std::string> once = Sort(LoadData("class_section.pas")).Lines;
-    EXPECT_EQ(Sort(once).Lines, once);
-}
-
-// Real declaration blocks, each with the expected result beside it.
-class SortDeclarationFiles : public ::testing::TestWithParam<std::pair<const char*, const char*>> {
-};
-
-TEST_P(SortDeclarationFiles, SortsAsExpected) {
-    auto [input, expected] = GetParam();
-    std::vector<std::string> lines = LoadData(input);
-    ASSERT_FALSE(lines.empty());
-    auto r = Sort(lines);
-    ASSERT_TRUE(r.Ok) << "stopped at line " << r.ErrorLine;
-    EXPECT_EQ(r.Lines, LoadData(expected));
-    EXPECT_EQ(r.ErrorLine, static_cast<int>(r.Lines.size()));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Blocks, SortDeclarationFiles,
-    ::testing::Values(std::make_pair("class_section.pas", "class_section.sorted.pas"),
-                      std::make_pair("unit_interface.pas", "unit_interface.sorted.pas"),
-                      std::make_pair("form_header.h", "form_header.sorted.h")));

@@ -236,17 +236,15 @@ TEST_F(OTAUtilsTest, OpenFormsAreFilteredByTheActiveProject) {
 
 TEST_F(OTAUtilsTest, ProjectOnlyWithoutAProjectGivesNothing) {
     Open("Main.pas");
-    std::vector<_di_IOTAEditor> editors;
+    std::vector<_di_IOTAEditor> editors, all;
     GetOpenedEditors(editors, mtForm, true);
-    EXPECT_TRUE(editors.empty());
-    GetOpenedEditors(editors, mtForm, false);
-    EXPECT_EQ(editors.size(), 1u);
+    GetOpenedEditors(all, mtForm, false);
     std::vector<TDesignComponent*> roots;
     GetProjectForms(roots, AllProjectFormTypes, true);
-    EXPECT_TRUE(roots.empty());
     std::vector<IOTASourceEditor*> sources;
     GetOpenedSourceEditors(sources, true);
-    EXPECT_TRUE(sources.empty());
+    EXPECT_EQ((std::vector<size_t>{editors.size(), all.size(), roots.size(), sources.size()}),
+              (std::vector<size_t>{0, 1, 0, 0}));
 }
 
 TEST_F(OTAUtilsTest, OpenedEditorsOfUnitsAreTheSourceEditors) {
@@ -272,12 +270,11 @@ TEST_F(OTAUtilsTest, OpenedEditorsOfUnitsAreTheSourceEditors) {
 }
 
 TEST_F(OTAUtilsTest, TheProjectsModulesAndTheirNames) {
-    std::vector<_di_IOTAModuleInfo> modules;
-    GetProjectModules(modules);
-    EXPECT_TRUE(modules.empty());
+    std::vector<_di_IOTAModuleInfo> none, modules;
+    GetProjectModules(none);
     OpenExample();
     GetProjectModules(modules);
-    EXPECT_EQ(modules.size(), 6u);
+    EXPECT_EQ((std::vector<size_t>{none.size(), modules.size()}), (std::vector<size_t>{0, 6}));
 
     std::vector<std::string> names = {"kept"};
     GetProjectModuleNames(names, mnkForm);
@@ -291,10 +288,8 @@ TEST_F(OTAUtilsTest, TheProjectsModulesAndTheirNames) {
 
     TModuleNames all = GetProjectModuleNames();
     ASSERT_EQ(all.size(), 6u);
-    EXPECT_EQ(all[2][mnkFile], File("DataMod.pas"));
-    EXPECT_EQ(all[2][mnkUnit], "DataMod");
-    EXPECT_EQ(all[2][mnkForm], "DataModuleMain");
-    EXPECT_EQ(all[2][mnkDesignClass], "TDataModule");
+    EXPECT_EQ(all[2],
+              (TModuleNameRec{File("DataMod.pas"), "DataMod", "DataModuleMain", "TDataModule"}));
     EXPECT_EQ(all[4][mnkForm], "");
 }
 

@@ -49,39 +49,36 @@ TEST(InterfaceIds, ParsedAtCompileTimeAsTheRuntimeParsesThem) {
     EXPECT_EQ(g.D4[7], 0xB3);
 }
 
-TEST(InterfaceIds, TheIDEsPublishedIdsAreKept) {
-    EXPECT_EQ(IOTAModuleServices::IID.ToString(), "{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}");
-    EXPECT_EQ(IOTAEditorServices::IID.ToString(), "{C2812BA7-C48D-11D2-9AE8-00A02457621F}");
-    EXPECT_EQ(IOTAKeyboardServices::IID.ToString(), "{F8CAF8D5-D263-11D2-ABD8-00C04FB16FB3}");
-    EXPECT_EQ(IOTAServices::IID.ToString(), "{577ECE00-59EE-4F21-8190-9FD8A45FE550}");
-    EXPECT_EQ(IOTAActionServices::IID.ToString(), "{F17A7BC9-E07D-11D1-AB0B-00C04FB16FB3}");
-    EXPECT_EQ(INTAServices::IID.ToString(), "{C17B3DF1-DFE5-11D2-A8C7-00C04FA32F53}");
-    EXPECT_EQ(IOTAProjectGroup::IID.ToString(), "{F17A7BCB-E07D-11D1-AB0B-00C04FB16FB3}");
-    EXPECT_EQ(IOTAProject::IID.ToString(), "{06C88136-F367-4D47-B8B4-CCACB3D7439A}");
-    EXPECT_EQ(IOTAProjectResource::IID.ToString(), "{26EB0E52-F97B-11D1-AB27-00C04FB16FB3}");
-    EXPECT_EQ(IOTASourceEditor::IID.ToString(), "{F17A7BD1-E07D-11D1-AB0B-00C04FB16FB3}");
-    EXPECT_EQ(IOTAFormEditor::IID.ToString(), "{F17A7BD2-E07D-11D1-AB0B-00C04FB16FB3}");
-    EXPECT_EQ(INTAFormEditor::IID.ToString(), "{56931EB9-329A-D411-87C6-9B2730412200}");
-}
-
-TEST(InterfaceIds, EveryInterfaceHasItsOwnId) {
+TEST(InterfaceIds, EveryInterfaceHasItsOwnIdAndTheIDEsPublishedOnesAreKept) {
     std::vector<TGUID> ids = {IBorlandIDEServices::IID, IOTANotifier::IID,
                               IOTAWizard::IID,          IOTAMenuWizard::IID,
                               IOTAIDENotifier::IID,     IOTAFormNotifier::IID,
-                              IOTAEditor::IID,          IOTASourceEditor::IID,
-                              IOTAEditBuffer::IID,      IOTABufferOptions::IID,
-                              IOTAEditView::IID,        IOTAEditBlock::IID,
-                              IOTAEditPosition::IID,    IOTAEditActions::IID,
-                              INTAEditWindow::IID,      IOTAFormEditor::IID,
-                              INTAFormEditor::IID,      IDesigner::IID,
-                              IOTAComponent::IID,       IOTAModule::IID,
-                              IOTAModuleInfo::IID,      IOTAProject::IID,
-                              IOTAProjectGroup::IID,    IOTAProjectResource::IID,
-                              IOTAModuleServices::IID,  IOTAEditorServices::IID,
-                              IOTAServices::IID,        IOTAActionServices::IID,
-                              INTAServices::IID,        IOTAKeyboardServices::IID,
+                              IOTAEditor::IID,          IOTAEditBuffer::IID,
+                              IOTABufferOptions::IID,   IOTAEditView::IID,
+                              IOTAEditBlock::IID,       IOTAEditPosition::IID,
+                              IOTAEditActions::IID,     INTAEditWindow::IID,
+                              IDesigner::IID,           IOTAComponent::IID,
+                              IOTAModule::IID,          IOTAModuleInfo::IID,
                               IOTAKeyboardBinding::IID, IOTAKeyBindingServices::IID,
                               IOTAKeyContext::IID,      IID_IInterface};
+    const std::pair<TGUID, const char*> published[] = {
+        {IOTAModuleServices::IID, "{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}"},
+        {IOTAEditorServices::IID, "{C2812BA7-C48D-11D2-9AE8-00A02457621F}"},
+        {IOTAKeyboardServices::IID, "{F8CAF8D5-D263-11D2-ABD8-00C04FB16FB3}"},
+        {IOTAServices::IID, "{577ECE00-59EE-4F21-8190-9FD8A45FE550}"},
+        {IOTAActionServices::IID, "{F17A7BC9-E07D-11D1-AB0B-00C04FB16FB3}"},
+        {INTAServices::IID, "{C17B3DF1-DFE5-11D2-A8C7-00C04FA32F53}"},
+        {IOTAProjectGroup::IID, "{F17A7BCB-E07D-11D1-AB0B-00C04FB16FB3}"},
+        {IOTAProject::IID, "{06C88136-F367-4D47-B8B4-CCACB3D7439A}"},
+        {IOTAProjectResource::IID, "{26EB0E52-F97B-11D1-AB27-00C04FB16FB3}"},
+        {IOTASourceEditor::IID, "{F17A7BD1-E07D-11D1-AB0B-00C04FB16FB3}"},
+        {IOTAFormEditor::IID, "{F17A7BD2-E07D-11D1-AB0B-00C04FB16FB3}"},
+        {INTAFormEditor::IID, "{56931EB9-329A-D411-87C6-9B2730412200}"},
+    };
+    for (const auto& [id, text] : published) {
+        EXPECT_EQ(id.ToString(), text);
+        ids.push_back(id);
+    }
     for (size_t i = 0; i < ids.size(); ++i)
         for (size_t k = i + 1; k < ids.size(); ++k)
             EXPECT_FALSE(ids[i] == ids[k]) << ids[i].ToString() << " is used twice";
@@ -125,15 +122,14 @@ TEST(Queries, AnObjectAnswersEachOfItsFacetsAndNoOther) {
         ASSERT_TRUE(Supports(actions, window));
         EXPECT_EQ(window->GetForm(), nullptr);
         _di_IOTAEditView view;
-        EXPECT_FALSE(Supports(actions, view));
-        EXPECT_FALSE(view);
+        EXPECT_FALSE(Supports(actions, view) || view);
         // The query's reference is counted and given back.
         auto* obj = dynamic_cast<TTwoFacets*>(actions.get());
         EXPECT_EQ(obj->RefCount(), 2);
         window = nullptr;
         EXPECT_EQ(obj->RefCount(), 1);
-        EXPECT_FALSE(Query<IOTAEditBlock>(actions));
-        EXPECT_FALSE(Supports<IOTAEditBlock>(_di_IOTAEditActions()));
+        EXPECT_FALSE(Query<IOTAEditBlock>(actions) ||
+                     Supports<IOTAEditBlock>(_di_IOTAEditActions()));
     }
     EXPECT_EQ(liveObjects, 0);
 }
@@ -144,8 +140,7 @@ TEST(Queries, AnInterfaceAnswersForItsParentInterfaces) {
         _di_IOTAMenuWizard wizard(MakeInterfaced<TWizard>());
         _di_IOTAWizard plain;
         _di_IOTANotifier notifier;
-        EXPECT_TRUE(Supports(wizard, plain));
-        EXPECT_TRUE(Supports(wizard, notifier));
+        EXPECT_TRUE(Supports(wizard, plain) && Supports(wizard, notifier));
         EXPECT_EQ(plain->GetIDString(), "Test.Wizard");
         notifier->AfterSave(); // the base's notifications do nothing and are there to call
         notifier->Modified();
@@ -158,11 +153,9 @@ TEST(Identity, TwoFacetsOfOneObjectCompareEqualAndOfTwoObjectsNot) {
     _di_IOTAEditActions a(MakeInterfaced<TTwoFacets>());
     _di_INTAEditWindow aWindow = Query<INTAEditWindow>(a);
     _di_IOTAEditActions b(MakeInterfaced<TTwoFacets>());
-    EXPECT_TRUE(a == aWindow);
-    EXPECT_FALSE(b == aWindow);
-    EXPECT_FALSE(a == b);
-    EXPECT_TRUE(_di_IOTAEditActions() == nullptr);
-    EXPECT_FALSE(a == nullptr);
+    EXPECT_EQ((std::vector<bool>{a == aWindow, b == aWindow, a == b,
+                                 _di_IOTAEditActions() == nullptr, a == nullptr}),
+              (std::vector<bool>{true, false, false, true, false}));
 }
 
 TEST(HostGlobals, WizardsGoToTheHostOnlyWhenOneTakesThem) {
