@@ -89,16 +89,13 @@ TEST_F(OTAUtilsTest, TheKeyboardServicesAndTheFormTypeComeFromTheIDE) {
     EXPECT_EQ(GetProjectFormExt(), ".dfm");
 }
 
-TEST_F(OTAUtilsTest, ASingleLooseProjectIsActiveTwoAndNoGroupGiveNone) {
+TEST_F(OTAUtilsTest, ASingleLooseProjectIsActiveTwoGiveNoneAndAGroupSettlesIt) {
     _di_IOTAProject project = OpenExample();
     EXPECT_TRUE(GetActiveProject() == project);
     model->OpenProjectFile(WriteSecondProject());
     EXPECT_EQ(model->GetModuleCount(), 2);
     EXPECT_FALSE(GetActiveProject());
-}
-
-TEST_F(OTAUtilsTest, AGroupSettlesTheActiveProjectWhateverElseIsOpen) {
-    model->OpenProjectFile(WriteSecondProject()); // loose, and before the group
+    // A group settles the active project whatever else is open.
     _di_IOTAProjectGroup group =
         Query<IOTAProjectGroup>(model->OpenProjectFile(File("Example.bpg")));
     ASSERT_TRUE(group);
