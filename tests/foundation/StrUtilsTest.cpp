@@ -263,20 +263,21 @@ TEST(StrReplace, FirstLastOrAllGoingOnAfterTheInsertedText) {
         const char *Result, *ResultR;
     };
     const Case cases[] = {
-        {"a-b-c", "-", "+", 0, 0, "a+b-c", "a-b+c"},
-        {"a-b-c", "-", "+", 1, 0, "a+b+c", "a+b+c"},
-        {"a-B-b", "b", "x", 1, 0, "a-B-x", "a-B-x"},
-        {"a-B-b", "b", "x", 1, 1, "a-x-x", "a-x-x"},
-        {"abc", "z", "y", 1, 0, "abc", "abc"},
-        {"", "z", "y", 0, 0, "", ""},
-        {"aaa", "a", "", 1, 0, "", ""},
-        {"abc", "", "X", 1, 0, "abc", "abc"},
-        {"abc", "", "X", 0, 0, "Xabc", "abXc"},
-        {"aa", "a", "aa", 1, 0, "aaaa", "aaaa"},
-        {"x", "x", "xx", 1, 1, "xx", "xx"},
-        {"aaa", "aa", "b", 1, 0, "ba", "bb"}, // from the right a match may reach into the last one
-        {"-x-", "-", "", 1, 0, "x", "x"},
-        {"Ab-aB", "ab", "c", 0, 1, "c-aB", "Ab-c"},
+        {"a-b-c", "-", "+", false, false, "a+b-c", "a-b+c"},
+        {"a-b-c", "-", "+", true, false, "a+b+c", "a+b+c"},
+        {"a-B-b", "b", "x", true, false, "a-B-x", "a-B-x"},
+        {"a-B-b", "b", "x", true, true, "a-x-x", "a-x-x"},
+        {"abc", "z", "y", true, false, "abc", "abc"},
+        {"", "z", "y", false, false, "", ""},
+        {"aaa", "a", "", true, false, "", ""},
+        {"abc", "", "X", true, false, "abc", "abc"},
+        {"abc", "", "X", false, false, "Xabc", "abXc"},
+        {"aa", "a", "aa", true, false, "aaaa", "aaaa"},
+        {"x", "x", "xx", true, true, "xx", "xx"},
+        // From the right a match may reach into the one replaced before it.
+        {"aaa", "aa", "b", true, false, "ba", "bb"},
+        {"-x-", "-", "", true, false, "x", "x"},
+        {"Ab-aB", "ab", "c", false, true, "c-aB", "Ab-c"},
     };
     for (const Case& c : cases) {
         TReplaceParams params;
