@@ -34,19 +34,6 @@ Property("Rows", &TEdSettings::GetRows, &TEdSettings::SetRows);
 Property("Marks", &TEdSettings::GetMarks, &TEdSettings::SetMarks);
 RTL_END_CLASS
 
-TRowItem* TRows::Add(const std::string& caption, int width) {
-    auto* item = static_cast<TRowItem*>(TSpcCollection::Add());
-    item->Caption = caption;
-    item->Width = width;
-    return item;
-}
-
-TEdSettings::TEdSettings()
-    : geometry_(std::make_unique<TGeometry>()), rows_(std::make_unique<TRows>(this)),
-      marks_(std::make_unique<TMarks>(this)) {}
-
-TEdSettings::~TEdSettings() = default;
-
 RTL_BEGIN_CLASS(TProSettings)
 Property("Depth", &TProSettings::Depth);
 Property("Plain", &TProSettings::Plain);

@@ -38,7 +38,12 @@ class TRows : public TSpcCollection {
 public:
     using TConstructorArg = TPersistent;
     explicit TRows(TPersistent* owner = nullptr) : TSpcCollection(owner, TRowItem::StaticClass()) {}
-    TRowItem* Add(const std::string& caption, int width);
+    TRowItem* Add(const std::string& caption, int width) {
+        auto* item = static_cast<TRowItem*>(TSpcCollection::Add());
+        item->Caption = caption;
+        item->Width = width;
+        return item;
+    }
 };
 
 class TMarkItem : public TSpcItem {
@@ -58,9 +63,6 @@ public:
 class TEdSettings : public TSpcObject {
     RTL_CLASS(TEdSettings, TSpcObject)
 public:
-    TEdSettings();
-    ~TEdSettings() override;
-
     int32_t Count = 5;
     char Letter = 'a';
     double Ratio = 1.5;
@@ -77,9 +79,9 @@ public:
     void SetMarks(TMarks* v) { marks_->Assign(v); }
 
 private:
-    std::unique_ptr<TGeometry> geometry_;
-    std::unique_ptr<TRows> rows_;
-    std::unique_ptr<TMarks> marks_;
+    std::unique_ptr<TGeometry> geometry_ = std::make_unique<TGeometry>();
+    std::unique_ptr<TRows> rows_ = std::make_unique<TRows>(this);
+    std::unique_ptr<TMarks> marks_ = std::make_unique<TMarks>(this);
 };
 
 // The richer scalar types that the extended editor gives rows of their own; the string lists,

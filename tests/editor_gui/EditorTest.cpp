@@ -337,10 +337,9 @@ TEST_F(EditorTest, ControlParametersShapeTheRows) {
                        "[TEdSettings.Count]\r\nWidth=50%\r\n");
     Show();
     // Seven rows in two columns: four left, three right.
-    std::vector<int> areas;
-    for (const auto& info : editor->Controls()) areas.push_back(info->AreaIndex);
-    EXPECT_EQ(std::count(areas.begin(), areas.end(), 0), 4);
-    EXPECT_EQ(std::count(areas.begin(), areas.end(), 1), 3);
+    std::string areas;
+    for (const auto& info : editor->Controls()) areas += std::to_string(info->AreaIndex);
+    EXPECT_EQ(areas, "0000111");
     EXPECT_FALSE(Row("Title")->IsPercent);
     EXPECT_EQ(Row("Title")->Control->width(), 60);
     EXPECT_EQ(Row("Title")->Control->toolTip(), "The title");
