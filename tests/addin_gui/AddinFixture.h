@@ -50,11 +50,19 @@ inline QWidget* TopWindow(const char* name) {
         if (w->objectName() == QLatin1String(name) && w->isVisible()) return w;
     return nullptr;
 }
-// The texts of a list's rows, and a click on one of them.
-inline std::vector<std::string> Texts(QListWidget* list) {
-    std::vector<std::string> r;
+using TNames = std::vector<std::string>;
+
+// The texts of a list's rows or a combo box's items, and a click on a row.
+inline TNames Texts(QListWidget* list) {
+    TNames r;
     for (int i = 0; i < list->count(); ++i)
         r.push_back(list->item(i)->text().toStdString());
+    return r;
+}
+inline QStringList Texts(QComboBox* combo) {
+    QStringList r;
+    for (int i = 0; i < combo->count(); ++i)
+        r << combo->itemText(i);
     return r;
 }
 inline QPoint At(QListWidget* list, int row) {

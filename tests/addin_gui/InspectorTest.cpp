@@ -21,14 +21,8 @@ protected:
     }
 
     QComboBox* Combo() const { return main->Inspector()->findChild<QComboBox*>("InspectorFormCombo"); }
-    QStringList Listed() const {
-        QStringList r;
-        for (int i = 0; i < Combo()->count(); ++i)
-            r << Combo()->itemText(i);
-        return r;
-    }
     bool ListedIs(const QStringList& names) {
-        return WaitFor([&] { return Listed() == names; });
+        return WaitFor([&] { return Texts(Combo()) == names; });
     }
     void Choose(const QString& name) {
         Combo()->setCurrentIndex(Combo()->findText(name));

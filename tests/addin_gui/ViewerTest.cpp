@@ -8,8 +8,6 @@ using namespace addintest;
 
 namespace {
 
-using TNames = std::vector<std::string>;
-
 class ViewerTest : public AddinFixture {
 protected:
     void SetUp() override {
