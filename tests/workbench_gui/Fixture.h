@@ -10,6 +10,7 @@
 #include "workbench/MainWindow.h"
 #include "workbench/model/Model.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
@@ -72,6 +73,15 @@ inline QTimer* WhenModal(std::function<void(QWidget*)> answer) {
     return timer;
 }
 
+// Answers the next message box with one of its buttons.
+inline QTimer* AnswerBox(QMessageBox::StandardButton button) {
+    return WhenModal([button](QWidget* box) {
+        auto* mb = qobject_cast<QMessageBox*>(box);
+        ASSERT_NE(mb, nullptr);
+        mb->button(button)->click();
+    });
+}
+
 class WorkbenchFixture : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -109,6 +119,8 @@ protected:
     TSourceEdit* Editor() const { return main->EditWindow()->Editor(); }
     TEditView* View() const { return Editor()->View(); }
     std::string Line(int row) const { return View()->Buffer().Buffer().Line(row); }
+    // The name of the file on the edit window's current page.
+    std::string ShownFile() const { return rtl::ExtractFileName(View()->Buffer().GetFileName()); }
     // Opens a unit of the example as the user would, through the model.
     TEditView* Open(const std::string& name) {
         model->OpenModuleFile(File(name), TOpenMode::Show);

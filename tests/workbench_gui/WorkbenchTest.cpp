@@ -20,25 +20,111 @@ using namespace wbtest;
 
 namespace {
 
-using WorkbenchTest = WorkbenchFixture;
+using Strings = std::vector<std::string>;
 
-QStringList MenuCaptions(QMenuBar* bar) {
+QStringList Texts(const QList<QAction*>& actions) {
     QStringList r;
-    for (QAction* a : bar->actions())
+    for (QAction* a : actions)
         r << a->text().remove(QLatin1Char('&'));
     return r;
 }
 
+QStringList ScreenFormNames() {
+    QStringList r;
+    for (int i = 0; i < Screen->GetFormCount(); ++i)
+        r << Screen->GetForm(i)->objectName();
+    return r;
+}
+
+QAction* ViewButton(const char* caption) {
+    for (QAction* a : IDEService<INTAServices>()->GetToolBar("ViewToolBar")->actions())
+        if (a->text() == QLatin1String(caption)) return a;
+    return nullptr;
+}
+
+// Clicks a View tool button, picks choice in the module list it shows, and gives what it listed.
+QStringList PickFromViewList(const char* button, const char* choice) {
+    QAction* action = ViewButton(button);
+    EXPECT_NE(action, nullptr) << button;
+    QStringList listed;
+    WhenModal([&](QWidget* dialog) {
+        EXPECT_EQ(dialog->windowTitle(), QLatin1String(button));
+        auto* list = dialog->findChild<QListWidget*>(QStringLiteral("ModuleList"));
+        ASSERT_NE(list, nullptr);
+        for (int i = 0; i < list->count(); ++i)
+            listed << list->item(i)->text();
+        list->clearSelection();
+        list->findItems(QLatin1String(choice), Qt::MatchExactly).first()->setSelected(true);
+        static_cast<QDialog*>(dialog)->accept();
+    });
+    Application->UpdateActions();
+    if (action) action->trigger();
+    return listed;
+}
+
+// Answers the next input dialog with a text or a number.
+void AnswerInput(const QVariant& value) {
+    WhenModal([value](QWidget* dialog) {
+        auto* input = qobject_cast<QInputDialog*>(dialog);
+        ASSERT_NE(input, nullptr);
+        if (value.typeId() == QMetaType::Int)
+            input->setIntValue(value.toInt());
+        else
+            input->setTextValue(value.toString());
+        input->accept();
+    });
+}
+
+class WorkbenchTest : public WorkbenchFixture {
+protected:
+    // Drags the mouse over the editor from one text position to another.
+    void Drag(TTextPos from, TTextPos to, Qt::KeyboardModifiers mods) {
+        QWidget* port = Editor()->viewport();
+        QPoint a = Editor()->PointOf(from) + QPoint(1, 2), b = Editor()->PointOf(to) + QPoint(1, 2);
+        QTest::mousePress(port, Qt::LeftButton, mods, a);
+        QMouseEvent move(QEvent::MouseMove, b, port->mapToGlobal(b), Qt::NoButton,
+                         Qt::LeftButton, mods);
+        QApplication::sendEvent(port, &move);
+        QTest::mouseRelease(port, Qt::LeftButton, mods, b);
+    }
+    std::string Block() const {
+        TSourceEditor& b = View()->Buffer();
+        if (!b.BlockValid()) return "none";
+        auto at = [](TTextPos p) { return std::to_string(p.Row) + "," + std::to_string(p.Col); };
+        return std::string(b.Block().Style == btColumn ? "column " : "stream ") +
+               at(b.BlockStart()) + "-" + at(b.BlockEnd());
+    }
+};
+
 // ---------------------------------------------------------------------------------------------
 // Main form
 
-TEST_F(WorkbenchTest, MainMenuHasTheIDEsTopItemsInOrder) {
+TEST_F(WorkbenchTest, TheMainFormGivesTheIDEsMenuActionsToolBarAndImages) {
     _di_INTAServices services = IDEService<INTAServices>();
     ASSERT_TRUE(services);
     ASSERT_EQ(services->GetMainMenu(), main->menuBar());
-    EXPECT_EQ(MenuCaptions(main->menuBar()),
+    EXPECT_EQ(Texts(main->menuBar()->actions()),
               QStringList({"File", "Edit", "Search", "View", "Project", "Run", "Component", "Tools",
                            "Help"}));
+    QStringList names;
+    for (QAction* a : services->GetActionList()->actions())
+        names << a->objectName();
+    for (const char* n :
+         {"FileCloseAllCommand", "FileSaveCommand", "FileOpenCommand", "EditUndoCommand",
+          "SearchFindCommand", "ViewUnitsCommand", "ViewFormsCommand"})
+        EXPECT_TRUE(names.contains(QString::fromLatin1(n))) << n;
+    QToolBar* bar = services->GetToolBar("ViewToolBar");
+    ASSERT_NE(bar, nullptr);
+    EXPECT_EQ(bar->objectName(), QStringLiteral("ViewToolBar"));
+    EXPECT_TRUE(Texts(bar->actions()).contains(QStringLiteral("View Unit")));
+    EXPECT_TRUE(Texts(bar->actions()).contains(QStringLiteral("View Form")));
+    EXPECT_EQ(services->GetToolBar("NoSuchBar"), nullptr);
+    // The main menu's image list, by index: settings and information are the add-in's pictures.
+    ASSERT_GE(services->GetImageCount(), 64);
+    EXPECT_FALSE(services->GetImage(36).isNull());
+    EXPECT_TRUE(services->GetImage(-1).isNull());
+    EXPECT_TRUE(services->GetImage(services->GetImageCount()).isNull());
+    EXPECT_EQ(main->Action("HelpAboutCommand")->icon().cacheKey(), services->GetImage(50).cacheKey());
 }
 
 TEST_F(WorkbenchTest, TheMainFormIsTheApplicationsAndTheEditorHasTheFocus) {
@@ -46,76 +132,85 @@ TEST_F(WorkbenchTest, TheMainFormIsTheApplicationsAndTheEditorHasTheFocus) {
     EXPECT_EQ(Application->GetHandle(), static_cast<HWND>(static_cast<QWidget*>(main)));
     ASSERT_TRUE(WaitFor([&] { return Screen->GetActiveForm() == EditWindow(); }));
     EXPECT_EQ(Screen->GetActiveControl(), Editor());
-    bool listed = false;
-    for (int i = 0; i < Screen->GetFormCount(); ++i)
-        if (Screen->GetForm(i) == EditWindow()) listed = true;
-    EXPECT_TRUE(listed);
-}
-
-TEST_F(WorkbenchTest, TheActionListHoldsTheNamedCommands) {
-    QWidget* list = IDEService<INTAServices>()->GetActionList();
-    ASSERT_NE(list, nullptr);
-    QStringList names;
-    for (QAction* a : list->actions())
-        names << a->objectName();
-    for (const char* n :
-         {"FileCloseAllCommand", "FileSaveCommand", "FileOpenCommand", "EditUndoCommand",
-          "SearchFindCommand", "ViewUnitsCommand", "ViewFormsCommand"})
-        EXPECT_TRUE(names.contains(QString::fromLatin1(n))) << n;
+    EXPECT_TRUE(ScreenFormNames().contains(EditWindow()->objectName()));
 }
 
 TEST_F(WorkbenchTest, APackagesActionTakesAShortcutFromTheIDEsOwnWhileItIsInTheList) {
+    const QKeySequence ctrlA(QStringLiteral("Ctrl+A"));
     QAction* selectAll = main->Action("EditSelectAllCommand");
-    ASSERT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    ASSERT_EQ(selectAll->shortcut(), ctrlA);
     TEditView* v = Open("Utils.pas");
     int runs = 0;
     auto* expert = new QAction(QStringLiteral("Expert"), main);
     QObject::connect(expert, &QAction::triggered, [&] { ++runs; });
     // Its shortcut comes after it joined the list, as a package sets up its actions.
     IDEService<INTAServices>()->GetActionList()->addAction(expert);
-    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+A")));
+    expert->setShortcut(ctrlA);
     EXPECT_TRUE(selectAll->shortcut().isEmpty());
     Editor()->setFocus();
     QTest::keyClick(Editor(), Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(runs, 1);
     EXPECT_FALSE(v->Buffer().BlockValid()) << "the IDE's Select All must not run as well";
-    // Another key for the expert, and the IDE's command has its own again.
+    // Another key for the expert, or a disabled expert, and the IDE's command has its own again.
     expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+Q")));
-    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
-    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+A")));
+    EXPECT_EQ(selectAll->shortcut(), ctrlA);
+    expert->setShortcut(ctrlA);
     EXPECT_TRUE(selectAll->shortcut().isEmpty());
-    // A disabled expert holds no key.
     expert->setEnabled(false);
-    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    EXPECT_EQ(selectAll->shortcut(), ctrlA);
     expert->setEnabled(true);
     EXPECT_TRUE(selectAll->shortcut().isEmpty());
     // Gone from the list, the expert leaves the key to the IDE.
     delete expert;
-    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+A")));
+    EXPECT_EQ(selectAll->shortcut(), ctrlA);
     QTest::keyClick(Editor(), Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(runs, 1);
 }
 
 TEST_F(WorkbenchTest, AKeyGivenToAnIDECommandStaysThoughPackagesActionsChange) {
+    const QKeySequence given(QStringLiteral("Ctrl+Shift+A"));
     QAction* selectAll = main->Action("EditSelectAllCommand");
     auto* expert = new QAction(QStringLiteral("Expert"), main);
     expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+D")));
     IDEService<INTAServices>()->GetActionList()->addAction(expert);
-    selectAll->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    selectAll->setShortcut(given);
     expert->setEnabled(false);
     expert->setText(QStringLiteral("Expert 2"));
-    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    EXPECT_EQ(selectAll->shortcut(), given);
     // The expert takes the new key too, and gives it back as it was.
     expert->setEnabled(true);
-    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    expert->setShortcut(given);
     EXPECT_TRUE(selectAll->shortcut().isEmpty());
     delete expert;
-    EXPECT_EQ(selectAll->shortcut(), QKeySequence(QStringLiteral("Ctrl+Shift+A")));
+    EXPECT_EQ(selectAll->shortcut(), given);
+}
+
+TEST_F(WorkbenchTest, AToolWindowsOwnActionWinsItsKeyOverTheIDEsWhileItHasTheFocus) {
+    QWidget tool(nullptr, Qt::Window);
+    auto* own = new QAction(&tool);
+    own->setShortcut(QKeySequence(QStringLiteral("Ctrl+S")));
+    tool.addAction(own);
+    auto* edit = new QLineEdit(&tool);
+    int ownRuns = 0, ideRuns = 0;
+    QObject::connect(own, &QAction::triggered, [&] { ++ownRuns; });
+    QObject::connect(main->Action("FileSaveCommand"), &QAction::triggered, [&] { ++ideRuns; });
+    tool.show();
+    QApplication::setActiveWindow(&tool);
+    edit->setFocus();
+    QTest::keyClick(edit, Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(std::make_pair(ownRuns, ideRuns), std::make_pair(1, 0));
+    EXPECT_EQ(edit->text(), QString());
+    // Back in the editor the key is the IDE's again.
+    QApplication::setActiveWindow(EditWindow());
+    Editor()->setFocus();
+    QTest::keyClicks(Editor(), "x");
+    Application->UpdateActions();
+    QTest::keyClick(Editor(), Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(std::make_pair(ownRuns, ideRuns), std::make_pair(1, 1));
 }
 
 TEST_F(WorkbenchTest, CloseAllIsEnabledByTheUpdateWhileModulesAreOpen) {
     QAction* closeAll = main->Action("FileCloseAllCommand");
-    ASSERT_NE(closeAll, nullptr);
     Application->UpdateActions();
     EXPECT_TRUE(closeAll->isEnabled());
     closeAll->trigger();
@@ -126,24 +221,6 @@ TEST_F(WorkbenchTest, CloseAllIsEnabledByTheUpdateWhileModulesAreOpen) {
     ASSERT_TRUE(WaitFor([&] { return !closeAll->isEnabled(); }));
 }
 
-TEST_F(WorkbenchTest, ViewToolBarHasTheViewUnitAndViewFormButtons) {
-    QToolBar* bar = IDEService<INTAServices>()->GetToolBar("ViewToolBar");
-    ASSERT_NE(bar, nullptr);
-    EXPECT_EQ(bar->objectName(), QStringLiteral("ViewToolBar"));
-    QStringList captions;
-    for (QAction* a : bar->actions())
-        captions << a->text();
-    EXPECT_TRUE(captions.contains(QStringLiteral("View Unit")));
-    EXPECT_TRUE(captions.contains(QStringLiteral("View Form")));
-    EXPECT_EQ(IDEService<INTAServices>()->GetToolBar("NoSuchBar"), nullptr);
-}
-
-QAction* ToolButton(QToolBar* bar, const QString& caption) {
-    for (QAction* a : bar->actions())
-        if (a->text() == caption) return a;
-    return nullptr;
-}
-
 // What a package does to take over a button and to see the IDE come up.
 struct TProbe : rtl::TObject {
     int Clicks = 0, Shows = 0;
@@ -152,8 +229,7 @@ struct TProbe : rtl::TObject {
 };
 
 TEST_F(WorkbenchTest, AButtonsHandlerCanBeReplacedAndRestoredAndTheMainFormsShowIsAnnounced) {
-    QAction* viewUnit = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
-                                   QStringLiteral("View Unit"));
+    QAction* viewUnit = ViewButton("View Unit");
     TProbe probe;
     TNotifyEvent own = Application->GetActionExecute(viewUnit);
     ASSERT_TRUE(own);
@@ -179,18 +255,15 @@ TEST_F(WorkbenchTest, AButtonsHandlerCanBeReplacedAndRestoredAndTheMainFormsShow
 
 TEST_F(WorkbenchTest, ScreenListsFormsInCreationOrderAndKnowsTheDesignerWindows) {
     std::vector<std::unique_ptr<QWidget>> made;
+    QStringList expected;
     for (int i = 0; i < 12; ++i) {
         made.push_back(std::make_unique<QWidget>());
-        made.back()->setObjectName(QStringLiteral("Made%1").arg(i));
+        expected << QStringLiteral("Made%1").arg(i);
+        made.back()->setObjectName(expected.back());
     }
     QApplication::processEvents();
-    QStringList names;
-    for (int i = 0; i < Screen->GetFormCount(); ++i)
-        names << Screen->GetForm(i)->objectName();
-    QStringList mine = names.filter(QStringLiteral("Made"));
-    ASSERT_EQ(mine.size(), 12);
-    for (int i = 0; i < 12; ++i)
-        EXPECT_EQ(mine[i], QStringLiteral("Made%1").arg(i));
+    QStringList names = ScreenFormNames();
+    EXPECT_EQ(names.filter(QStringLiteral("Made")), expected);
     EXPECT_LT(names.indexOf(QStringLiteral("AppBuilder")), names.indexOf(QStringLiteral("Made0")));
 
     ASSERT_FALSE(main->Designers()->Windows().empty());
@@ -246,57 +319,24 @@ TEST_F(WorkbenchTest, DesignerWindowAndEditorLentByWindowOperationsComeBackToThe
 }
 
 TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
-    QAction* viewUnit = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
-                                   QStringLiteral("View Unit"));
-    ASSERT_NE(viewUnit, nullptr);
-    QStringList listed;
-    WhenModal([&](QWidget* dialog) {
-        EXPECT_EQ(dialog->windowTitle(), QStringLiteral("View Unit"));
-        auto* list = dialog->findChild<QListWidget*>(QStringLiteral("ModuleList"));
-        ASSERT_NE(list, nullptr);
-        for (int i = 0; i < list->count(); ++i)
-            listed << list->item(i)->text();
-        list->clearSelection();
-        list->findItems(QStringLiteral("Utils"), Qt::MatchExactly).first()->setSelected(true);
-        static_cast<QDialog*>(dialog)->accept();
-    });
-    Application->UpdateActions();
-    viewUnit->trigger();
-    EXPECT_EQ(listed, QStringList({"Main", "Settings", "DataMod", "Frame1", "Utils", "Example"}));
-    ASSERT_NE(View(), nullptr);
-    EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Utils.pas");
+    EXPECT_EQ(PickFromViewList("View Unit", "Utils"),
+              QStringList({"Main", "Settings", "DataMod", "Frame1", "Utils", "Example"}));
+    EXPECT_EQ(ShownFile(), "Utils.pas");
     EXPECT_EQ(Tabs()->GetTabText(Tabs()->GetTabIndex()), "Utils");
+    // Cancelled, the list opens nothing.
+    WhenModal([](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); });
+    main->ViewUnits();
+    EXPECT_EQ(TabTexts(), Strings({"Main", "Utils"}));
 }
 
 TEST_F(WorkbenchTest, ViewFormListsFormsAndShowsTheChosenFormInItsDesigner) {
-    QAction* viewForm = ToolButton(IDEService<INTAServices>()->GetToolBar("ViewToolBar"),
-                                   QStringLiteral("View Form"));
-    QStringList listed;
-    WhenModal([&](QWidget* dialog) {
-        auto* list = dialog->findChild<QListWidget*>(QStringLiteral("ModuleList"));
-        for (int i = 0; i < list->count(); ++i)
-            listed << list->item(i)->text();
-        list->clearSelection();
-        list->findItems(QStringLiteral("SettingsForm"), Qt::MatchExactly)
-            .first()
-            ->setSelected(true);
-        static_cast<QDialog*>(dialog)->accept();
-    });
-    Application->UpdateActions();
-    viewForm->trigger();
-    EXPECT_EQ(listed, QStringList({"MainForm", "SettingsForm", "DataModuleMain", "InfoFrame"}));
+    EXPECT_EQ(PickFromViewList("View Form", "SettingsForm"),
+              QStringList({"MainForm", "SettingsForm", "DataModuleMain", "InfoFrame"}));
     designer::TDesignerWindow* shown = nullptr;
     for (designer::TDesignerWindow* w : main->Designers()->Windows())
         if (w->isVisible() && w->Root()->Name == "SettingsForm") shown = w;
     ASSERT_NE(shown, nullptr);
     EXPECT_EQ(main->Inspector()->FormEditor(), shown->Editor());
-}
-
-TEST_F(WorkbenchTest, CancellingTheUnitListOpensNothing) {
-    int tabs = Tabs()->count();
-    WhenModal([](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); });
-    main->ViewUnits();
-    EXPECT_EQ(Tabs()->count(), tabs);
 }
 
 TEST_F(WorkbenchTest, ProjectManagerShowsTheProjectAndOpensAUnitOnActivation) {
@@ -327,24 +367,22 @@ TEST_F(WorkbenchTest, EditWindowIsFoundByNameWithItsTabControlAndEditor) {
     EXPECT_EQ(static_cast<QWidget*>(editor)->window(), form) << "the editor is on the same form";
 }
 
-TEST_F(WorkbenchTest, EachOpenFileHasATabWhoseObjectIsItsView) {
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main"}));
+TEST_F(WorkbenchTest, EachOpenFileHasATabWhoseObjectIsItsViewAndPickingATabShowsIt) {
+    EXPECT_EQ(TabTexts(), Strings({"Main"}));
     TEditView* utils = Open("Utils.pas");
     TEditView* settings = Open("Settings.pas");
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main", "Utils", "Settings"}));
+    EXPECT_EQ(TabTexts(), Strings({"Main", "Utils", "Settings"}));
     EXPECT_EQ(Tabs()->GetTabObject(1), utils);
     EXPECT_EQ(Tabs()->GetTabObject(2), settings);
     EXPECT_EQ(Tabs()->GetTabIndex(), 2) << "the opened file is the current page";
     EXPECT_EQ(View(), settings);
-}
-
-TEST_F(WorkbenchTest, PickingATabShowsItsPageAndBringsItsViewToTheTop) {
-    Open("Utils.pas");
-    Open("Settings.pas");
+    EXPECT_THROW(Tabs()->GetTabText(5), rtl::EListError);
+    EXPECT_THROW(Tabs()->GetTabObject(-1), rtl::EListError);
+    // A click on a tab shows its page and brings its view to the top.
     QTest::mouseClick(Tabs(), Qt::LeftButton, {}, Tabs()->tabRect(0).center());
     EXPECT_EQ(Tabs()->GetTabIndex(), 0);
     ASSERT_NE(View(), nullptr);
-    EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Main.pas");
+    EXPECT_EQ(ShownFile(), "Main.pas");
     _di_IOTAEditView top = IDEService<IOTAEditorServices>()->GetTopView();
     EXPECT_EQ(Identity(top.get()), Identity(static_cast<IOTAEditView*>(View())));
     EXPECT_EQ(rtl::ExtractFileName(model->CurrentModule()->GetFileName()), "Main.pas");
@@ -361,11 +399,10 @@ TEST_F(WorkbenchTest, SettingTheTabIndexFiresNoChangeUntilChangeIsCalled) {
     });
     Tabs()->SetTabIndex(0);
     EXPECT_EQ(changes, 0);
-    EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Utils.pas")
-        << "the page stays until OnChange runs";
+    EXPECT_EQ(ShownFile(), "Utils.pas") << "the page stays until OnChange runs";
     Tabs()->Change();
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Main.pas");
+    EXPECT_EQ(ShownFile(), "Main.pas");
     Tabs()->SetTabIndex(7);
     EXPECT_EQ(Tabs()->GetTabIndex(), 0) << "an index out of range changes nothing";
 }
@@ -379,33 +416,47 @@ TEST_F(WorkbenchTest, AReorderedRowIsKeptWhenFilesOpenAndClose) {
     Tabs()->SetTabs(tabs);
     Tabs()->SetTabIndex(0);
     Tabs()->Change();
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Settings", "Utils", "Main"}));
-    EXPECT_EQ(rtl::ExtractFileName(View()->Buffer().GetFileName()), "Settings.pas");
+    EXPECT_EQ(TabTexts(), Strings({"Settings", "Utils", "Main"}));
+    EXPECT_EQ(ShownFile(), "Settings.pas");
     Open("DataMod.pas");
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Settings", "Utils", "Main", "DataMod"}));
+    EXPECT_EQ(TabTexts(), Strings({"Settings", "Utils", "Main", "DataMod"}));
     model->CloseModule(model->FindOpenModule(File("Utils.pas")), false);
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Settings", "Main", "DataMod"}));
-}
-
-TEST_F(WorkbenchTest, OutOfRangeTabIndexesRaiseListErrors) {
-    EXPECT_THROW(Tabs()->GetTabText(5), rtl::EListError);
-    EXPECT_THROW(Tabs()->GetTabObject(-1), rtl::EListError);
+    EXPECT_EQ(TabTexts(), Strings({"Settings", "Main", "DataMod"}));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Editing
 
-TEST_F(WorkbenchTest, TypingGoesIntoTheBufferAtTheCursor) {
-    TEditView* v = Open("Utils.pas");
-    ASSERT_NE(v, nullptr);
-    std::string before = Line(1);
+TEST_F(WorkbenchTest, KeysTypeDeleteUndoAndOverwriteAtTheCursor) {
+    // Keys pressed one after another on the first line of Utils.pas, what the line then is (a
+    // prefix and the loaded line from a column on), and whether typing inserts. The buffer is
+    // modified while the line differs from the loaded one.
+    struct Step {
+        const char* keys;
+        std::string prefix;
+        size_t from;
+        bool inserting;
+    } steps[] = {
+        {"Backspace", "x", 0, true}, {"Ctrl+Z", "xy", 0, true}, {"Ctrl+Z", "x", 0, true},
+        {"Ctrl+Z", "", 0, true},     {"Ins", "", 0, false},     {"U", "U", 1, false},
+        {"Ins", "U", 1, true},       {"x", "Ux", 1, true},
+    };
+    Open("Utils.pas");
+    const std::string loaded = Line(1);
     Editor()->setFocus();
     QTest::keyClicks(Editor(), "xy");
-    EXPECT_EQ(Line(1), "xy" + before);
-    EXPECT_EQ(v->Cursor(), (TTextPos{1, 3}));
-    EXPECT_TRUE(v->Buffer().GetModified());
-    QTest::keyClick(Editor(), Qt::Key_Backspace);
-    EXPECT_EQ(Line(1), "x" + before);
+    EXPECT_EQ(Line(1), "xy" + loaded);
+    EXPECT_EQ(View()->Cursor(), (TTextPos{1, 3}));
+    for (const Step& s : steps) {
+        SCOPED_TRACE(s.keys);
+        if (std::string(s.keys).size() == 1)
+            QTest::keyClicks(Editor(), s.keys);
+        else
+            QTest::keySequence(Editor(), QKeySequence(QString::fromLatin1(s.keys)));
+        EXPECT_EQ(Line(1), s.prefix + loaded.substr(s.from));
+        EXPECT_EQ(View()->Buffer().GetModified(), !s.prefix.empty());
+        EXPECT_EQ(View()->Buffer().GetBufferOptions()->GetInsertMode(), s.inserting);
+    }
 }
 
 TEST_F(WorkbenchTest, EnterKeepsTheIndentationOfTheLine) {
@@ -421,84 +472,48 @@ TEST_F(WorkbenchTest, ShiftArrowsMarkAStreamBlockThatTypingReplaces) {
     std::string line = Line(1);
     QTest::keyClick(Editor(), Qt::Key_Right, Qt::ShiftModifier);
     QTest::keyClick(Editor(), Qt::Key_Right, Qt::ShiftModifier);
-    TSourceEditor& b = v->Buffer();
-    ASSERT_TRUE(b.BlockValid());
-    EXPECT_EQ(b.Block().Style, btNonInclusive);
-    EXPECT_EQ(b.BlockText(), line.substr(0, 2));
+    EXPECT_EQ(Block(), "stream 1,1-1,3");
+    EXPECT_EQ(v->Buffer().BlockText(), line.substr(0, 2));
     QTest::keyClicks(Editor(), "Q");
     EXPECT_EQ(Line(1), "Q" + line.substr(2));
-    EXPECT_FALSE(b.BlockValid());
+    EXPECT_EQ(Block(), "none");
     // A plain move unmarks.
     QTest::keyClick(Editor(), Qt::Key_Right, Qt::ShiftModifier);
     QTest::keyClick(Editor(), Qt::Key_Right);
-    EXPECT_FALSE(b.BlockValid());
+    EXPECT_EQ(Block(), "none");
 }
 
-TEST_F(WorkbenchTest, AltShiftMarksAColumnBlockAndUndoRestoresWhatTypingReplaced) {
+TEST_F(WorkbenchTest, AltShiftMarksAColumnBlockAndUndoRestoresWhatDeleteTookOut) {
     TEditView* v = Open("Utils.pas");
-    TSourceEditor& b = v->Buffer();
     std::string l1 = Line(1), l2 = Line(2), l3 = Line(3);
-    ASSERT_GE(l1.size(), 4u);
-    ASSERT_GE(l3.size(), 4u);
+    ASSERT_GE(std::min(l1.size(), l3.size()), 4u);
     const auto colMark = Qt::ShiftModifier | Qt::AltModifier;
     QTest::keyClick(Editor(), Qt::Key_Right);
-    QTest::keyClick(Editor(), Qt::Key_Right, colMark);
-    QTest::keyClick(Editor(), Qt::Key_Right, colMark);
-    QTest::keyClick(Editor(), Qt::Key_Down, colMark);
-    QTest::keyClick(Editor(), Qt::Key_Down, colMark);
-    ASSERT_TRUE(b.BlockValid());
-    EXPECT_EQ(b.Block().Style, btColumn);
-    EXPECT_EQ(b.BlockStart(), (TTextPos{1, 2}));
-    EXPECT_EQ(b.BlockEnd(), (TTextPos{3, 4}));
-    _di_IOTAEditBlock block = v->GetBlock();
-    EXPECT_EQ(block->GetText(), l1.substr(1, 2) + "\r\n" + (l2.size() > 1 ? l2.substr(1, 2) : "") +
-                                    "\r\n" + l3.substr(1, 2));
+    for (Qt::Key key : {Qt::Key_Right, Qt::Key_Right, Qt::Key_Down, Qt::Key_Down})
+        QTest::keyClick(Editor(), key, colMark);
+    EXPECT_EQ(Block(), "column 1,2-3,4");
+    EXPECT_EQ(v->GetBlock()->GetText(), l1.substr(1, 2) + "\r\n" +
+                                            (l2.size() > 1 ? l2.substr(1, 2) : "") + "\r\n" +
+                                            l3.substr(1, 2));
     // Delete takes the columns out of every marked line.
     QTest::keyClick(Editor(), Qt::Key_Delete);
     EXPECT_EQ(Line(1), l1.substr(0, 1) + l1.substr(3));
     EXPECT_EQ(Line(3), l3.substr(0, 1) + l3.substr(3));
     // Undo through the IDE's command brings the lines back.
     Command("EditUndoCommand");
-    EXPECT_EQ(Line(1), l1);
-    EXPECT_EQ(Line(2), l2);
-    EXPECT_EQ(Line(3), l3);
+    EXPECT_EQ((Strings{Line(1), Line(2), Line(3)}), (Strings{l1, l2, l3}));
 }
 
-TEST_F(WorkbenchTest, CtrlZUndoesTypingOneStepAtATime) {
-    TEditView* v = Open("Utils.pas");
-    std::string l1 = Line(1);
-    QTest::keyClicks(Editor(), "ab");
-    EXPECT_EQ(Line(1), "ab" + l1);
-    QTest::keyClick(Editor(), Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(Line(1), "a" + l1);
-    QTest::keyClick(Editor(), Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(Line(1), l1);
-    EXPECT_FALSE(v->Buffer().GetModified());
-}
-
-TEST_F(WorkbenchTest, MouseDragMarksAStreamAndAltDragAColumn) {
-    TEditView* v = Open("Utils.pas");
-    TSourceEditor& b = v->Buffer();
-    QPoint from = Editor()->PointOf({2, 1}) + QPoint(1, 2);
-    QPoint to = Editor()->PointOf({3, 4}) + QPoint(1, 2);
-    QTest::mousePress(Editor()->viewport(), Qt::LeftButton, {}, from);
-    QMouseEvent move(QEvent::MouseMove, to, Editor()->viewport()->mapToGlobal(to), Qt::NoButton,
-                     Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(Editor()->viewport(), &move);
-    QTest::mouseRelease(Editor()->viewport(), Qt::LeftButton, {}, to);
-    ASSERT_TRUE(b.BlockValid());
-    EXPECT_EQ(b.Block().Style, btNonInclusive);
-    EXPECT_EQ(b.BlockStart(), (TTextPos{2, 1}));
-    EXPECT_EQ(b.BlockEnd(), (TTextPos{3, 4}));
-
-    QTest::mousePress(Editor()->viewport(), Qt::LeftButton, Qt::AltModifier, from);
-    QMouseEvent altMove(QEvent::MouseMove, to, Editor()->viewport()->mapToGlobal(to), Qt::NoButton,
-                        Qt::LeftButton, Qt::AltModifier);
-    QApplication::sendEvent(Editor()->viewport(), &altMove);
-    QTest::mouseRelease(Editor()->viewport(), Qt::LeftButton, Qt::AltModifier, to);
-    EXPECT_EQ(b.Block().Style, btColumn);
-    EXPECT_EQ(b.BlockStart(), (TTextPos{2, 1}));
-    EXPECT_EQ(b.BlockEnd(), (TTextPos{3, 4}));
+TEST_F(WorkbenchTest, MouseDragMarksAStreamAltDragAColumnAndDoubleClickAWord) {
+    Open("Utils.pas"); // "unit Utils;"
+    Drag({2, 1}, {3, 4}, Qt::NoModifier);
+    EXPECT_EQ(Block(), "stream 2,1-3,4");
+    Drag({2, 1}, {3, 4}, Qt::AltModifier);
+    EXPECT_EQ(Block(), "column 2,1-3,4");
+    QTest::mouseDClick(Editor()->viewport(), Qt::LeftButton, {},
+                       Editor()->PointOf({1, 7}) + QPoint(2, 2));
+    ASSERT_TRUE(View()->Buffer().BlockValid());
+    EXPECT_EQ(View()->Buffer().BlockText(), "Utils");
 }
 
 TEST_F(WorkbenchTest, TheMarkedBlockIsPaintedInTheSelectionColour) {
@@ -508,10 +523,8 @@ TEST_F(WorkbenchTest, TheMarkedBlockIsPaintedInTheSelectionColour) {
     v->GetBlock()->Extend(2, 5);
     Editor()->Refresh();
     QImage image = Editor()->viewport()->grab().toImage();
-    QPoint inside = Editor()->PointOf({2, 3}) + QPoint(1, 1);
-    QPoint outside = Editor()->PointOf({2, 6}) + QPoint(1, 1);
-    EXPECT_EQ(image.pixelColor(inside), QColor(0, 0, 128));
-    EXPECT_NE(image.pixelColor(outside), QColor(0, 0, 128));
+    EXPECT_EQ(image.pixelColor(Editor()->PointOf({2, 3}) + QPoint(1, 1)), QColor(0, 0, 128));
+    EXPECT_NE(image.pixelColor(Editor()->PointOf({2, 6}) + QPoint(1, 1)), QColor(0, 0, 128));
 }
 
 TEST_F(WorkbenchTest, AReadOnlyBufferRefusesTypingAndSaysSo) {
@@ -523,42 +536,16 @@ TEST_F(WorkbenchTest, AReadOnlyBufferRefusesTypingAndSaysSo) {
     QTest::keyClick(Editor(), Qt::Key_Delete);
     EXPECT_EQ(Line(1), l1);
     EXPECT_FALSE(v->Buffer().GetModified());
-    QList<QLabel*> mode = EditWindow()->findChildren<QLabel*>();
-    bool saysReadOnly = false;
-    for (QLabel* l : mode)
-        if (l->text() == QStringLiteral("Read only")) saysReadOnly = true;
-    EXPECT_TRUE(saysReadOnly);
+    QStringList labels;
+    for (QLabel* l : EditWindow()->findChildren<QLabel*>())
+        labels << l->text();
+    EXPECT_TRUE(labels.contains(QStringLiteral("Read only")));
     EXPECT_TRUE(errors.empty()) << "a refused key is a beep, not an error";
-}
-
-TEST_F(WorkbenchTest, InOverwriteModeTypingReplacesTheCharacterUnderTheCursor) {
-    Open("Utils.pas");
-    std::string l1 = Line(1);
-    QTest::keyClick(Editor(), Qt::Key_Insert);
-    EXPECT_FALSE(View()->Buffer().GetBufferOptions()->GetInsertMode());
-    QTest::keyClicks(Editor(), "U");
-    EXPECT_EQ(Line(1), "U" + l1.substr(1));
-    QTest::keyClick(Editor(), Qt::Key_Insert);
-    QTest::keyClicks(Editor(), "x");
-    EXPECT_EQ(Line(1), "Ux" + l1.substr(1));
-}
-
-TEST_F(WorkbenchTest, DoubleClickMarksTheWordUnderThePointer) {
-    TEditView* v = Open("Utils.pas"); // "unit Utils;"
-    QPoint at = Editor()->PointOf({1, 7}) + QPoint(2, 2);
-    QTest::mouseDClick(Editor()->viewport(), Qt::LeftButton, {}, at);
-    ASSERT_TRUE(v->Buffer().BlockValid());
-    EXPECT_EQ(v->Buffer().BlockText(), "Utils");
 }
 
 TEST_F(WorkbenchTest, FindMarksTheNextMatchIgnoringCaseAndSearchAgainGoesOn) {
     TEditView* v = Open("Main.pas");
-    WhenModal([](QWidget* dialog) {
-        auto* input = qobject_cast<QInputDialog*>(dialog);
-        ASSERT_NE(input, nullptr);
-        input->setTextValue(QStringLiteral("tmainform"));
-        input->accept();
-    });
+    AnswerInput(QStringLiteral("tmainform"));
     Command("SearchFindCommand");
     ASSERT_TRUE(v->Buffer().BlockValid());
     EXPECT_EQ(v->Buffer().BlockText(), "TMainForm");
@@ -571,12 +558,7 @@ TEST_F(WorkbenchTest, FindMarksTheNextMatchIgnoringCaseAndSearchAgainGoesOn) {
 TEST_F(WorkbenchTest, GoToLineMovesTheCursorAndScrollsItIntoView) {
     TEditView* v = Open("Main.pas");
     int last = v->Buffer().GetLinesInBuffer();
-    WhenModal([last](QWidget* dialog) {
-        auto* input = qobject_cast<QInputDialog*>(dialog);
-        ASSERT_NE(input, nullptr);
-        input->setIntValue(last);
-        input->accept();
-    });
+    AnswerInput(last);
     Command("SearchGoToCommand");
     EXPECT_EQ(v->Cursor(), (TTextPos{last, 1}));
     EXPECT_LE(v->GetTopRow(), last);
@@ -595,29 +577,30 @@ TEST_F(WorkbenchTest, ClosingAModifiedUnitAsksConfirmAndNoDropsTheChanges) {
     WhenModal([&](QWidget* box) {
         caption = box->windowTitle();
         seenByCrtlUtils = zelvane::GetActiveForm("confirm") == box;
-        auto* mb = qobject_cast<QMessageBox*>(box);
-        ASSERT_NE(mb, nullptr);
-        mb->button(QMessageBox::No)->click();
+        qobject_cast<QMessageBox*>(box)->button(QMessageBox::No)->click();
     });
     Command("FileCloseCommand");
     EXPECT_EQ(caption, QStringLiteral("Confirm"));
     EXPECT_TRUE(seenByCrtlUtils) << "the unit list waits for this form";
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main"}));
+    EXPECT_EQ(TabTexts(), Strings({"Main"}));
     EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")), onDisk);
 }
 
 TEST_F(WorkbenchTest, CancelInConfirmKeepsTheUnitOpenAndYesSavesIt) {
     Open("Utils.pas");
     QTest::keyClicks(Editor(), "kept");
-    WhenModal([](QWidget* box) {
-        qobject_cast<QMessageBox*>(box)->button(QMessageBox::Cancel)->click();
-    });
+    AnswerBox(QMessageBox::Cancel);
     View()->ClosePage();
     ASSERT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main", "Utils"}));
-    WhenModal(
-        [](QWidget* box) { qobject_cast<QMessageBox*>(box)->button(QMessageBox::Yes)->click(); });
+    EXPECT_EQ(TabTexts(), Strings({"Main", "Utils"}));
+    // Exit asks as well, and Cancel keeps the IDE open.
+    AnswerBox(QMessageBox::Cancel);
+    Command("FileExitCommand");
+    EXPECT_TRUE(main->isVisible());
+    EXPECT_TRUE(EditWindow()->isVisible());
+    ASSERT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
+    AnswerBox(QMessageBox::Yes);
     Command("FileCloseCommand");
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")).substr(0, 4), "kept");
@@ -634,7 +617,7 @@ TEST_F(WorkbenchTest, AnUnmodifiedUnitClosesWithoutAQuestion) {
     QTest::qWait(50);
     delete watch;
     EXPECT_FALSE(asked);
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Main"}));
+    EXPECT_EQ(TabTexts(), Strings({"Main"}));
 }
 
 TEST_F(WorkbenchTest, TheEditWindowGoesWithItsLastPageAndComesBackWithTheNext) {
@@ -645,60 +628,10 @@ TEST_F(WorkbenchTest, TheEditWindowGoesWithItsLastPageAndComesBackWithTheNext) {
     EXPECT_TRUE(EditWindow()->isVisible());
     // The project's source closes its page only.
     Open("Example.dpr");
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Utils", "Example"}));
+    EXPECT_EQ(TabTexts(), Strings({"Utils", "Example"}));
     View()->ClosePage();
-    EXPECT_EQ(TabTexts(), std::vector<std::string>({"Utils"}));
+    EXPECT_EQ(TabTexts(), Strings({"Utils"}));
     EXPECT_NE(model->FindOpenModule(File("Example.dpr")), nullptr);
 }
 
-TEST_F(WorkbenchTest, ExitAsksForModifiedUnitsAndCancelKeepsTheIDEOpen) {
-    Open("Utils.pas");
-    QTest::keyClicks(Editor(), "dirty");
-    WhenModal([](QWidget* box) {
-        qobject_cast<QMessageBox*>(box)->button(QMessageBox::Cancel)->click();
-    });
-    Command("FileExitCommand");
-    EXPECT_TRUE(main->isVisible());
-    EXPECT_TRUE(EditWindow()->isVisible());
-    EXPECT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
-}
-
 } // namespace
-
-TEST_F(WorkbenchTest, AToolWindowsOwnActionWinsItsKeyOverTheIDEsWhileItHasTheFocus) {
-    QWidget tool(nullptr, Qt::Window);
-    auto* own = new QAction(&tool);
-    own->setShortcut(QKeySequence(QStringLiteral("Ctrl+S")));
-    tool.addAction(own);
-    auto* edit = new QLineEdit(&tool);
-    int ownRuns = 0, ideRuns = 0;
-    QObject::connect(own, &QAction::triggered, [&] { ++ownRuns; });
-    QObject::connect(main->Action("FileSaveCommand"), &QAction::triggered, [&] { ++ideRuns; });
-    tool.show();
-    QApplication::setActiveWindow(&tool);
-    edit->setFocus();
-    QTest::keyClick(edit, Qt::Key_S, Qt::ControlModifier);
-    EXPECT_EQ(ownRuns, 1);
-    EXPECT_EQ(ideRuns, 0);
-    EXPECT_EQ(edit->text(), QString());
-    // Back in the editor the key is the IDE's again.
-    QApplication::setActiveWindow(EditWindow());
-    Editor()->setFocus();
-    QTest::keyClicks(Editor(), "x");
-    Application->UpdateActions();
-    QTest::keyClick(Editor(), Qt::Key_S, Qt::ControlModifier);
-    EXPECT_EQ(ownRuns, 1);
-    EXPECT_EQ(ideRuns, 1);
-}
-
-TEST_F(WorkbenchTest, TheMainMenusImageListReachesPackagesByIndex) {
-    _di_INTAServices services = IDEService<INTAServices>();
-    ASSERT_GE(services->GetImageCount(), 64);
-    // The pictures the add-in's items name: settings and information.
-    EXPECT_FALSE(services->GetImage(36).isNull());
-    EXPECT_FALSE(services->GetImage(50).isNull());
-    EXPECT_TRUE(services->GetImage(-1).isNull());
-    EXPECT_TRUE(services->GetImage(services->GetImageCount()).isNull());
-    // The list is the main menu's: the IDE's own commands show its pictures.
-    EXPECT_EQ(main->Action("HelpAboutCommand")->icon().cacheKey(), services->GetImage(50).cacheKey());
-}
