@@ -42,18 +42,23 @@ TEST(FormFiles, TheTextFormOfMainLoadsWithItsComponentsInFileOrder) {
 
 TEST(FormFiles, ValuesKeepTheirKinds) {
     TFormFile f = LoadFormFile(Example("Main.dfm"));
-    TDesignComponent* memo = f.Root->FindComponent("NotesMemo");
-    const ToolsAPI::TDesignProperty* lines = memo->FindProperty("Lines.Strings");
-    ASSERT_NE(lines, nullptr);
-    EXPECT_EQ(lines->Kind, TDesignValueKind::List);
-    EXPECT_EQ(Utf8(lines->Text), "('Первая строка' 'Second line')");
-    EXPECT_EQ(f.Root->FindComponent("OkButton")->FindProperty("Default")->Kind,
-              TDesignValueKind::Boolean);
+    struct Case {
+        const char *component, *property;
+        TDesignValueKind kind;
+        const char* text;
+    } cases[] = {
+        {"NotesMemo", "Lines.Strings", TDesignValueKind::List, "('Первая строка' 'Second line')"},
+        {"OkButton", "Default", TDesignValueKind::Boolean, "True"},
+        {"StatusBar", "Panels", TDesignValueKind::Collection, "<>"},
+        {"", "OnCreate", TDesignValueKind::Ident, "FormCreate"}};
+    for (const Case& c : cases) {
+        TDesignComponent* owner = *c.component ? f.Root->FindComponent(c.component) : f.Root.get();
+        const auto* p = owner->FindProperty(c.property);
+        ASSERT_NE(p, nullptr) << c.property;
+        EXPECT_EQ(p->Kind, c.kind) << c.property;
+        EXPECT_EQ(Utf8(p->Text), c.text);
+    }
     EXPECT_EQ(f.Root->FindComponent("OkButton")->IntProp("Default"), 1);
-    EXPECT_EQ(f.Root->FindComponent("StatusBar")->FindProperty("Panels")->Text, "<>");
-    EXPECT_EQ(f.Root->FindComponent("StatusBar")->FindProperty("Panels")->Kind,
-              TDesignValueKind::Collection);
-    EXPECT_EQ(f.Root->FindProperty("OnCreate")->Kind, TDesignValueKind::Ident);
     EXPECT_EQ(f.Root->StrProp("OnCreate"), "FormCreate");
 }
 
@@ -239,100 +244,77 @@ TEST(FormStrings, AUtf8TextFormReadsItsStringsAsWideStrings) {
     EXPECT_EQ(f.Root->StrProp("Hint"), "#1");
 }
 
+// ---------------------------------------------------------------------------------------------
+// Damaged files
+
+namespace {
+// What reading bytes as a form file raises: its message, or "<read>" when they read.
+std::string ErrorOf(const std::string& bytes, const std::string& name = "Bad.dfm") {
+    try {
+        ReadFormFile(bytes, name);
+    } catch (const EFormFileError& e) {
+        return e.Message();
+    }
+    return "<read>";
+}
+} // namespace
+
 TEST(DamagedFormFiles, EveryCutOfABinaryFormRaisesAClearError) {
     std::string bytes = testfiles::ReadFile(Example("Settings.dfm"));
-    for (size_t cut = 0; cut < bytes.size(); cut += 7) {
-        try {
-            ReadFormFile(bytes.substr(0, cut), "Settings.dfm");
-            ADD_FAILURE() << "a form cut at " << cut << " bytes was read";
-        } catch (const EFormFileError& e) {
-            EXPECT_NE(e.Message().find("Settings.dfm"), std::string::npos) << e.Message();
-        }
-    }
+    for (size_t cut = 0; cut < bytes.size(); cut += 7)
+        EXPECT_NE(ErrorOf(bytes.substr(0, cut), "Settings.dfm").find("Settings.dfm"),
+                  std::string::npos)
+            << "cut at " << cut;
+}
+
+TEST(DamagedFormFiles, BadValuesTextsNestingAndForeignFilesRaiseNamingTheFile) {
+    const std::string form1 = "TPF0\x06TForm1\x05"
+                              "Form1";
+    std::string deep = "TPF0", deepList = "TPF0\x02TA\x01"
+                                          "a\x01L" +
+                                          std::string(100000, '\x01');
+    for (int i = 0; i < 100000; ++i)
+        deep += "\x02TA\x01"
+                "a\x00";
+    // An unknown value tag, binary data longer than the file, text errors, foreign files, and
+    // nesting beyond the limit (refused without exhausting the stack).
+    for (const std::string& bytes :
+         {form1 + "\x04Left\x7F",
+          form1 + "\x04"
+                  "Data"
+                  "\x0A\xFF\xFF\xFF\x7F"
+                  "abc",
+          std::string("object Form1: TForm1\r\n  Left = \r\nend"),
+          std::string("object Form1: TForm1\r\n  Left = 1\r\n"), std::string("unit Main;"),
+          std::string(), std::string("TPF0\0\0", 6), deep, deepList})
+        EXPECT_NE(ErrorOf(bytes).find("Bad.dfm"), std::string::npos) << ErrorOf(bytes);
+    EXPECT_THROW(LoadFormFile(Example("NoSuch.dfm")), rtl::EFOpenError);
 }
 
 TEST(DamagedFormFiles, NamesWithoutATextFormAreRefused) {
-    // Such a form could be read but never saved as text, nor its text read back.
-    auto error = [](const std::string& body) {
-        try {
-            ReadFormFile("TPF0" + body, "Bad.dfm");
-        } catch (const EFormFileError& e) {
-            return e.Message();
-        }
-        return std::string("<read>");
-    };
+    // Such a form could be read but never saved as text, nor its text read back. Dots join the
+    // parts of a property path, and an empty component name is allowed.
     const std::string end(2, '\0'); // the ends of the property and component lists
-    EXPECT_NE(error("\x06TForm1\x06"
-                    "Form 1" +
-                    end)
-                  .find("\"Form 1\""),
-              std::string::npos);
-    EXPECT_NE(error("\x06TForm1\x05"
-                    "Form1"
-                    "\x04Le\x01t\x02\x05" +
-                    end)
-                  .find("not an identifier"),
-              std::string::npos);
-    EXPECT_NE(error("\x06TForm1\x05"
-                    "Form1"
-                    "\x05"
-                    "Color\x07\x03"
-                    "c-l" +
-                    end)
-                  .find("not an identifier"),
-              std::string::npos);
-    // Dots join the parts of a property path, and an empty component name is allowed.
-    EXPECT_EQ(error("\x06TForm1" + std::string(1, '\0') +
-                    "\x09"
-                    "Font.Size\x02\x05" +
-                    end),
-              "<read>");
-}
-
-TEST(DamagedFormFiles, AnUnknownValueTagIsNamed) {
-    std::string bytes = "TPF0";
-    bytes += "\x06TForm1\x05"
-             "Form1";
-    bytes += "\x04Left\x7F"; // 0x7F is no value tag
-    try {
-        ReadFormFile(bytes, "Bad.dfm");
-        FAIL();
-    } catch (const EFormFileError& e) {
-        EXPECT_NE(e.Message().find("Bad.dfm"), std::string::npos);
-    }
-}
-
-TEST(DamagedFormFiles, ABinaryValueLongerThanTheFileIsRefused) {
-    std::string bytes = "TPF0";
-    bytes += "\x06TForm1\x05"
-             "Form1";
-    bytes += "\x04"
-             "Data"
-             "\x0A\xFF\xFF\xFF\x7F"
-             "abc";
-    EXPECT_THROW(ReadFormFile(bytes, "Huge.dfm"), EFormFileError);
-}
-
-TEST(DamagedFormFiles, TextErrorsAndForeignFilesRaise) {
-    EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = \r\nend", "a.dfm"), EFormFileError);
-    EXPECT_THROW(ReadFormFile("object Form1: TForm1\r\n  Left = 1\r\n", "b.dfm"), EFormFileError);
-    EXPECT_THROW(ReadFormFile("unit Main;", "c.dfm"), EFormFileError);
-    EXPECT_THROW(ReadFormFile("", "d.dfm"), EFormFileError);
-    EXPECT_THROW(ReadFormFile(std::string("TPF0\0\0", 6), "e.dfm"), EFormFileError);
-}
-
-TEST(DamagedFormFiles, NestingBeyondTheLimitIsRefusedWithoutExhaustingTheStack) {
-    std::string bytes = "TPF0";
-    for (int i = 0; i < 100000; ++i)
-        bytes += "\x02TA\x01"
-                 "a\x00";
-    EXPECT_THROW(ReadFormFile(bytes, "deep.dfm"), EFormFileError);
-    std::string list = "TPF0\x02TA\x01"
-                       "a\x01L";
-    list += std::string(100000, '\x01');
-    EXPECT_THROW(ReadFormFile(list, "deeplist.dfm"), EFormFileError);
-}
-
-TEST(DamagedFormFiles, AMissingFileRaises) {
-    EXPECT_THROW(LoadFormFile(Example("NoSuch.dfm")), rtl::EFOpenError);
+    struct Case {
+        std::string body;
+        const char* error;
+    } cases[] = {{"\x06TForm1\x06"
+                  "Form 1",
+                  "\"Form 1\""},
+                 {"\x06TForm1\x05"
+                  "Form1"
+                  "\x04Le\x01t\x02\x05",
+                  "not an identifier"},
+                 {"\x06TForm1\x05"
+                  "Form1"
+                  "\x05"
+                  "Color\x07\x03"
+                  "c-l",
+                  "not an identifier"},
+                 {"\x06TForm1" + std::string(1, '\0') +
+                      "\x09"
+                      "Font.Size\x02\x05",
+                  "<read>"}};
+    for (const Case& c : cases)
+        EXPECT_NE(ErrorOf("TPF0" + c.body + end).find(c.error), std::string::npos) << c.error;
 }

@@ -34,6 +34,28 @@ int IndexOf(std::string_view cls, std::string_view name) {
     return -1;
 }
 
+// A case written "Class.Property=text": its three parts.
+struct TCase {
+    std::string cls, name, text;
+    explicit TCase(std::string_view c)
+        : cls(c.substr(0, c.find('.'))),
+          name(c.substr(c.find('.') + 1, c.find('=') - c.find('.') - 1)),
+          text(c.substr(c.find('=') + 1)) {}
+};
+
+// The cases of a table written "Class.Property=text; ...".
+std::vector<TCase> Cases(std::string_view table) {
+    std::vector<TCase> r;
+    for (size_t at = 0; at < table.size();) {
+        size_t end = std::min(table.find(';', at), table.size());
+        std::string_view c = table.substr(at, end - at);
+        c.remove_prefix(std::min(c.find_first_not_of(' '), c.size()));
+        if (!c.empty()) r.emplace_back(c);
+        at = end + 1;
+    }
+    return r;
+}
+
 } // namespace
 
 TEST(LibraryClasses, AClassHasItsAncestorsPropertiesFirstAndItsOwnAfter) {
@@ -65,46 +87,38 @@ TEST(LibraryClasses, AClassHasItsAncestorsPropertiesFirstAndItsOwnAfter) {
 }
 
 TEST(LibraryClasses, DefaultsAreWrittenAsAFormFileWritesThem) {
-    EXPECT_EQ(DefaultOf("TButton", "Visible"), "True");
-    EXPECT_EQ(DefaultOf("TButton", "Enabled"), "True");
-    EXPECT_EQ(DefaultOf("TButton", "Cursor"), "crDefault");
-    EXPECT_EQ(DefaultOf("TPanel", "Align"), "alNone");
-    EXPECT_EQ(DefaultOf("TButton", "Anchors"), "[akLeft, akTop]");
-    EXPECT_EQ(DefaultOf("TButton", "Caption"), "''");
-    EXPECT_EQ(DefaultOf("TButton", "Tag"), "0");
-    // A button's ModalResult is an integer in the form file (mrNone is 0).
-    EXPECT_EQ(DefaultOf("TButton", "ModalResult"), "0");
-    EXPECT_EQ(DefaultOf("TForm", "Position"), "poDesigned");
-    EXPECT_EQ(DefaultOf("TTimer", "Interval"), "1000");
-    EXPECT_EQ(DefaultOf("TButton", "OnClick"), "");
-    EXPECT_EQ(DefaultOf("TButton", "Font"), "(TFont)");
-    EXPECT_EQ(DefaultOf("TMemo", "Lines"), "(TStrings)");
-    // The same property has the default the class gives it.
-    EXPECT_EQ(DefaultOf("TButton", "TabStop"), "True");
-    EXPECT_EQ(DefaultOf("TEdit", "TabStop"), "True");
-    EXPECT_EQ(DefaultOf("TPanel", "TabStop"), "False");
-    EXPECT_EQ(DefaultOf("TForm", "BorderStyle"), "bsSizeable");
-    EXPECT_EQ(DefaultOf("TPanel", "BorderStyle"), "bsNone");
-    EXPECT_EQ(DefaultOf("TEdit", "BorderStyle"), "bsSingle");
-    EXPECT_EQ(DefaultOf("TEdit", "Color"), "clWindow");
-    EXPECT_EQ(DefaultOf("TPanel", "Color"), "clBtnFace");
-    EXPECT_EQ(DefaultOf("TForm", "Visible"), "False");
-    EXPECT_EQ(DefaultOf("TSplitter", "Align"), "alLeft");
-    EXPECT_EQ(DefaultOf("TSplitter", "Cursor"), "crHSplit");
-    EXPECT_EQ(DefaultOf("TStatusBar", "Align"), "alBottom");
-    EXPECT_EQ(DefaultOf("TMenuItem", "ImageIndex"), "-1");
+    // A button's ModalResult is an integer in the form file (mrNone is 0); the same property
+    // has the default its class gives it (TabStop, BorderStyle, Color, Visible, Align, Cursor).
+    for (const TCase& c :
+         Cases("TButton.Visible=True; TButton.Enabled=True; TButton.Cursor=crDefault;"
+               "TPanel.Align=alNone; TButton.Anchors=[akLeft, akTop]; "
+               "TButton.Caption=''; TButton.Tag=0; TButton.ModalResult=0; "
+               "TForm.Position=poDesigned; TTimer.Interval=1000; TButton.OnClick=;"
+               "TButton.Font=(TFont); TMemo.Lines=(TStrings); TButton.TabStop=True;"
+               "TEdit.TabStop=True; TPanel.TabStop=False; TForm.Visible=False;"
+               "TForm.BorderStyle=bsSizeable; TPanel.BorderStyle=bsNone; "
+               "TEdit.BorderStyle=bsSingle; TEdit.Color=clWindow; "
+               "TPanel.Color=clBtnFace; TSplitter.Align=alLeft; "
+               "TSplitter.Cursor=crHSplit; TStatusBar.Align=alBottom; "
+               "TMenuItem.ImageIndex=-1"))
+        EXPECT_EQ(DefaultOf(c.cls, c.name), c.text) << c.cls << "." << c.name;
     // The kinds and the values an identifier takes.
     const TLibraryProperty* align = Find("TPanel", "Align");
     ASSERT_NE(align, nullptr);
     EXPECT_EQ(align->Kind, TLibraryPropertyKind::Ident);
     EXPECT_NE(std::find(align->Values.begin(), align->Values.end(), "alClient"),
               align->Values.end());
-    EXPECT_EQ(Find("TPanel", "Anchors")->Kind, TLibraryPropertyKind::Set);
-    EXPECT_EQ(Find("TPanel", "Constraints")->Kind, TLibraryPropertyKind::Class);
-    EXPECT_EQ(Find("TPanel", "OnResize")->Kind, TLibraryPropertyKind::Event);
-    EXPECT_EQ(Find("TPanel", "Visible")->Kind, TLibraryPropertyKind::Boolean);
-    EXPECT_EQ(Find("TEdit", "Text")->Kind, TLibraryPropertyKind::String);
-    EXPECT_EQ(Find("TEdit", "MaxLength")->Kind, TLibraryPropertyKind::Integer);
+    struct {
+        const char *cls, *name;
+        TLibraryPropertyKind kind;
+    } kinds[] = {{"TPanel", "Anchors", TLibraryPropertyKind::Set},
+                 {"TPanel", "Constraints", TLibraryPropertyKind::Class},
+                 {"TPanel", "OnResize", TLibraryPropertyKind::Event},
+                 {"TPanel", "Visible", TLibraryPropertyKind::Boolean},
+                 {"TEdit", "Text", TLibraryPropertyKind::String},
+                 {"TEdit", "MaxLength", TLibraryPropertyKind::Integer}};
+    for (const auto& k : kinds)
+        EXPECT_EQ(Find(k.cls, k.name)->Kind, k.kind) << k.cls << "." << k.name;
 }
 
 TEST(LibraryClasses, AUserClassHasItsLibraryAncestorsProperties) {
@@ -133,25 +147,19 @@ TEST(LibraryClasses, AUserClassHasItsLibraryAncestorsProperties) {
 }
 
 TEST(LibraryClasses, AValueFitsWhenItIsOfThePropertysKindAndAmongItsValues) {
-    auto fits = [](const char* cls, const char* name, const std::string& text) {
-        ToolsAPI::TDesignProperty value = ParseDesignProperty(name, text);
-        return FitLibraryValue(*Find(cls, name), value);
+    auto fits = [](const TCase& c) {
+        ToolsAPI::TDesignProperty value = ParseDesignProperty(c.name, c.text);
+        return FitLibraryValue(*Find(c.cls, c.name), value);
     };
-    EXPECT_TRUE(fits("TButton", "Enabled", "False"));
-    EXPECT_FALSE(fits("TButton", "Enabled", "Maybe"));
-    EXPECT_FALSE(fits("TButton", "Enabled", "1"));
-    EXPECT_TRUE(fits("TPanel", "Align", "alClient"));
-    EXPECT_FALSE(fits("TPanel", "Align", "alSideways"));
-    EXPECT_FALSE(fits("TPanel", "Align", "'alClient'"));
-    EXPECT_TRUE(fits("TPanel", "Color", "clRed"));
-    EXPECT_TRUE(fits("TPanel", "Color", "255")); // a colour is an integer too
-    EXPECT_FALSE(fits("TPanel", "Align", "2"));
-    EXPECT_TRUE(fits("TButton", "Caption", "'OK'"));
-    EXPECT_FALSE(fits("TButton", "Caption", "OK"));
-    EXPECT_TRUE(fits("TButton", "Anchors", "[akLeft]"));
-    EXPECT_TRUE(fits("TButton", "OnClick", "OkButtonClick"));
-    EXPECT_TRUE(fits("TForm", "Menu", "AnyMenu")); // a reference takes any component's name
-    EXPECT_FALSE(fits("TButton", "Font", "x"));
+    // A colour is an integer too; a reference takes any component's name.
+    for (const TCase& c : Cases("TButton.Enabled=False; TPanel.Align=alClient; TPanel.Color=clRed;"
+                                "TPanel.Color=255; TButton.Caption='OK'; TButton.Anchors=[akLeft];"
+                                "TButton.OnClick=OkButtonClick; TForm.Menu=AnyMenu"))
+        EXPECT_TRUE(fits(c)) << c.name << " = " << c.text;
+    for (const TCase& c : Cases("TButton.Enabled=Maybe; TButton.Enabled=1; TPanel.Align=2; "
+                                "TPanel.Align=alSideways; TPanel.Align='alClient'; "
+                                "TButton.Caption=OK; TButton.Font=x"))
+        EXPECT_FALSE(fits(c)) << c.name << " = " << c.text;
     // Another letter case is taken, with the library's spelling.
     ToolsAPI::TDesignProperty lower = ParseDesignProperty("ScrollBars", "ssboth");
     ASSERT_TRUE(FitLibraryValue(*Find("TMemo", "ScrollBars"), lower));
@@ -303,19 +311,14 @@ TEST_F(PublishedPropertiesTest, AComponentListsItsStoredThenItsOtherPublishedPro
 }
 
 TEST_F(PublishedPropertiesTest, AnUnstoredPropertyReadsAsItsDefault) {
-    _di_IOTAComponent ok = form->FindComponent("OkButton");
-    EXPECT_EQ(Value(ok, "Enabled"), "True");
-    EXPECT_EQ(Value(ok, "cursor"), "crDefault");
-    EXPECT_EQ(Value(ok, "Cancel"), "False");
-    EXPECT_EQ(Value(ok, "Anchors"), "[akLeft, akTop]");
-    // A stored value is the stored one, not the default.
-    EXPECT_EQ(Value(ok, "Default"), "True");
-    EXPECT_EQ(Value(ok, "Caption"), "'OK'");
-    EXPECT_EQ(Value(ok, "OnClick"), "OkButtonClick");
-    // An event without a handler has none.
-    EXPECT_EQ(Value(ok, "OnEnter"), "");
-    EXPECT_EQ(Value(ok, "Nothing"), "<none>");
-    EXPECT_EQ(Value(ok, "Align"), "<none>"); // a button does not publish it
+    // Unstored ones read as their default, stored ones as stored; an event without a handler
+    // has none, and a button does not publish Align.
+    for (const TCase& c : Cases("OkButton.Enabled=True; OkButton.cursor=crDefault; "
+                                "OkButton.Cancel=False; OkButton.Anchors=[akLeft, akTop]; "
+                                "OkButton.Default=True; OkButton.Caption='OK'; OkButton.OnEnter=;"
+                                "OkButton.OnClick=OkButtonClick; OkButton.Nothing=<none>; "
+                                "OkButton.Align=<none>; TopPanel.ClientWidth=<none>"))
+        EXPECT_EQ(Value(form->FindComponent(c.cls), c.name.c_str()), c.text) << c.name;
     // The form's own class publishes other things than a button.
     EXPECT_EQ(Value(form->GetRootComponent(), "WindowState"), "wsNormal");
     EXPECT_EQ(Value(form->GetRootComponent(), "Position"), "poScreenCenter"); // stored
@@ -330,8 +333,7 @@ TEST_F(PublishedPropertiesTest, AFormsUnstoredSizeFollowsTheSizeItStores) {
     EXPECT_EQ(Value(main, "Width"), "544");
     EXPECT_EQ(Value(main, "ClientWidth"), "536");
     EXPECT_EQ(Value(main, "ClientHeight"), std::to_string(375 - 27 - 19));
-    // A control's client size is no property: a panel publishes none.
-    EXPECT_EQ(Value(form->FindComponent("TopPanel"), "ClientWidth"), "<none>");
+    // A control's client size is no property: a panel publishes none (see above).
     // Settings stores its client size, without a menu; its outer size is that plus the frame.
     DelphiInterface<TModelModule> settings =
         model->OpenModuleFile(copy.File("Settings.pas"), TOpenMode::Background);

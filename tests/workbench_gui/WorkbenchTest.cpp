@@ -82,8 +82,8 @@ protected:
         QWidget* port = Editor()->viewport();
         QPoint a = Editor()->PointOf(from) + QPoint(1, 2), b = Editor()->PointOf(to) + QPoint(1, 2);
         QTest::mousePress(port, Qt::LeftButton, mods, a);
-        QMouseEvent move(QEvent::MouseMove, b, port->mapToGlobal(b), Qt::NoButton,
-                         Qt::LeftButton, mods);
+        QMouseEvent move(QEvent::MouseMove, b, port->mapToGlobal(b), Qt::NoButton, Qt::LeftButton,
+                         mods);
         QApplication::sendEvent(port, &move);
         QTest::mouseRelease(port, Qt::LeftButton, mods, b);
     }
@@ -124,7 +124,8 @@ TEST_F(WorkbenchTest, TheMainFormGivesTheIDEsMenuActionsToolBarAndImages) {
     EXPECT_FALSE(services->GetImage(36).isNull());
     EXPECT_TRUE(services->GetImage(-1).isNull());
     EXPECT_TRUE(services->GetImage(services->GetImageCount()).isNull());
-    EXPECT_EQ(main->Action("HelpAboutCommand")->icon().cacheKey(), services->GetImage(50).cacheKey());
+    EXPECT_EQ(main->Action("HelpAboutCommand")->icon().cacheKey(),
+              services->GetImage(50).cacheKey());
 }
 
 TEST_F(WorkbenchTest, TheMainFormIsTheApplicationsAndTheEditorHasTheFocus) {
