@@ -73,11 +73,12 @@ inline QTimer* WhenModal(std::function<void(QWidget*)> answer) {
     return timer;
 }
 
-// Answers the next message box with one of its buttons.
-inline QTimer* AnswerBox(QMessageBox::StandardButton button) {
+// Answers the next question, which must be a "Confirm" message box, with one of its buttons.
+inline QTimer* AnswerConfirm(QMessageBox::StandardButton button) {
     return WhenModal([button](QWidget* box) {
         auto* mb = qobject_cast<QMessageBox*>(box);
         ASSERT_NE(mb, nullptr);
+        EXPECT_EQ(mb->windowTitle(), QStringLiteral("Confirm"));
         mb->button(button)->click();
     });
 }

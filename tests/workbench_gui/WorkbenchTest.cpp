@@ -573,15 +573,13 @@ TEST_F(WorkbenchTest, ClosingAModifiedUnitAsksConfirmAndNoDropsTheChanges) {
     Open("Utils.pas");
     std::string onDisk = testfiles::ReadFile(File("Utils.pas"));
     QTest::keyClicks(Editor(), "changed");
-    QString caption;
     bool seenByCrtlUtils = false;
     WhenModal([&](QWidget* box) {
-        caption = box->windowTitle();
         seenByCrtlUtils = zelvane::GetActiveForm("confirm") == box;
+        EXPECT_EQ(box->windowTitle(), QStringLiteral("Confirm"));
         qobject_cast<QMessageBox*>(box)->button(QMessageBox::No)->click();
     });
     Command("FileCloseCommand");
-    EXPECT_EQ(caption, QStringLiteral("Confirm"));
     EXPECT_TRUE(seenByCrtlUtils) << "the unit list waits for this form";
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(TabTexts(), Strings({"Main"}));
@@ -591,17 +589,17 @@ TEST_F(WorkbenchTest, ClosingAModifiedUnitAsksConfirmAndNoDropsTheChanges) {
 TEST_F(WorkbenchTest, CancelInConfirmKeepsTheUnitOpenAndYesSavesIt) {
     Open("Utils.pas");
     QTest::keyClicks(Editor(), "kept");
-    AnswerBox(QMessageBox::Cancel);
+    AnswerConfirm(QMessageBox::Cancel);
     View()->ClosePage();
     ASSERT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(TabTexts(), Strings({"Main", "Utils"}));
     // Exit asks as well, and Cancel keeps the IDE open.
-    AnswerBox(QMessageBox::Cancel);
+    AnswerConfirm(QMessageBox::Cancel);
     Command("FileExitCommand");
     EXPECT_TRUE(main->isVisible());
     EXPECT_TRUE(EditWindow()->isVisible());
     ASSERT_NE(model->FindOpenModule(File("Utils.pas")), nullptr);
-    AnswerBox(QMessageBox::Yes);
+    AnswerConfirm(QMessageBox::Yes);
     Command("FileCloseCommand");
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")).substr(0, 4), "kept");
