@@ -99,7 +99,7 @@ TEST_F(DesignerTest, SyncOpensAWindowForEveryFormModuleAndNoneForAPlainUnit) {
     EXPECT_EQ(designers->Windows().size(), 4u);
 }
 
-TEST_F(DesignerTest, TheMainFormShowsItsControlsWithTheirPlaceCaptionAndKind) {
+TEST_F(DesignerTest, TheMainFormShowsItsControlsAndIconsWithTheirPlaceCaptionAndKind) {
     TDesignerWindow* w = Window("Main.pas");
     ASSERT_NE(w, nullptr);
     EXPECT_TRUE(w->isWindow());
@@ -136,25 +136,20 @@ TEST_F(DesignerTest, TheMainFormShowsItsControlsWithTheirPlaceCaptionAndKind) {
     EXPECT_EQ(status->Kind(), TControlKind::StatusBar);
     EXPECT_EQ(status->geometry(), QRect(0, 310, 536, 19));
 
+    // Non-visual components are icons at their place; their items have no widget.
+    auto* menu = Find<TPaintedControl>(w, "MainMenu");
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->Kind(), TControlKind::NonVisual);
+    EXPECT_EQ(menu->geometry(), QRect(472, 56, 28, 28));
+    EXPECT_EQ(menu->toolTip(), "MainMenu: TMainMenu");
+    EXPECT_EQ(Find<TPaintedControl>(w, "ActionList")->geometry(), QRect(472, 96, 28, 28));
+    EXPECT_EQ(w->WidgetOf(w->Root()->FindComponent("OpenAction")), nullptr);
+    EXPECT_EQ(w->WidgetOf(w->Root()->FindComponent("FileOpenItem")), nullptr);
     // The form's font: 11 pixels, from Font.Height -11.
     EXPECT_EQ(edit->font().pixelSize(), 11);
     // Every component has its widget on the seam's side too.
     EXPECT_EQ(w->Root()->Widget, w);
     EXPECT_EQ(w->Root()->FindComponent("NameEdit")->Widget, edit);
-}
-
-TEST_F(DesignerTest, NonVisualComponentsAreIconsAtTheirPlaceAndTheirItemsHaveNone) {
-    TDesignerWindow* w = Window("Main.pas");
-    auto* menu = Find<TPaintedControl>(w, "MainMenu");
-    auto* actions = Find<TPaintedControl>(w, "ActionList");
-    ASSERT_NE(menu, nullptr);
-    ASSERT_NE(actions, nullptr);
-    EXPECT_EQ(menu->Kind(), TControlKind::NonVisual);
-    EXPECT_EQ(menu->geometry(), QRect(472, 56, 28, 28));
-    EXPECT_EQ(actions->geometry(), QRect(472, 96, 28, 28));
-    EXPECT_EQ(menu->toolTip(), "MainMenu: TMainMenu");
-    EXPECT_EQ(w->WidgetOf(w->Root()->FindComponent("OpenAction")), nullptr);
-    EXPECT_EQ(w->WidgetOf(w->Root()->FindComponent("FileOpenItem")), nullptr);
 }
 
 TEST_F(DesignerTest, AnInlineFrameShowsTheFramesComponentsUnderTheFormsChanges) {
@@ -204,12 +199,10 @@ TEST_F(DesignerTest, TheBinarySettingsFormShowsItsPagesAndRadioGroup) {
     auto* group = Find<QGroupBox>(w, "ModeGroup");
     ASSERT_NE(group, nullptr);
     EXPECT_EQ(group->title(), U("Режим"));
-    auto radios = group->findChildren<QRadioButton*>();
-    ASSERT_EQ(radios.size(), 3);
-    EXPECT_EQ(radios[0]->text(), U("Обычный"));
-    EXPECT_TRUE(radios[0]->isChecked());
-    EXPECT_FALSE(radios[1]->isChecked());
-    EXPECT_EQ(radios[2]->text(), "Only text");
+    QStringList radios;
+    for (QRadioButton* r : group->findChildren<QRadioButton*>())
+        radios << r->text() + (r->isChecked() ? " (checked)" : "");
+    EXPECT_EQ(radios, (QStringList{U("Обычный (checked)"), U("Расширенный"), "Only text"}));
     // The form's bold font reaches the controls that keep their parent's font.
     EXPECT_TRUE(Find<QPushButton>(w, "CancelButton")->font().bold());
     EXPECT_EQ(Find<QLineEdit>(w, "RecentEdit")->text(), "8");
@@ -282,12 +275,12 @@ TEST_F(DesignerTest, TheCommonControlsOfTheLibraryAndUnknownClassesAreBuilt) {
         auto* p = Find<TPaintedControl>(w, name);
         return p ? std::string(ControlKindName(p->Kind())) : std::string("no painted control");
     };
-    EXPECT_EQ(kind("Shape1"), "Shape");
-    EXPECT_EQ(kind("Image1"), "Image");
-    EXPECT_EQ(kind("Splitter1"), "Splitter");
-    EXPECT_EQ(kind("Status"), "StatusBar");
     // A class the designer does not know is a labelled box with its name and class.
-    EXPECT_EQ(kind("Gauge"), "Unknown");
+    std::vector<std::string> kinds;
+    for (const char* name : {"Shape1", "Image1", "Splitter1", "Status", "Gauge"})
+        kinds.push_back(kind(name));
+    EXPECT_EQ(kinds,
+              (std::vector<std::string>{"Shape", "Image", "Splitter", "StatusBar", "Unknown"}));
     EXPECT_EQ(Find<TPaintedControl>(w, "Gauge")->Text(), "Gauge: TFancyGauge");
     EXPECT_EQ(Find<TPaintedControl>(w, "Gauge")->geometry(), QRect(8, 140, 100, 50));
     auto* box = Find<QFrame>(w, "Box");
@@ -404,7 +397,7 @@ TEST_F(DesignerTest, BringingTheWindowToTheFrontActivatesTheForm) {
 // ---------------------------------------------------------------------------------------------
 // Borrowing
 
-TEST_F(DesignerTest, ABorrowedWindowIsGivenBackAsItStood) {
+TEST_F(DesignerTest, ABorrowedWindowIsGivenBackAsItStoodShownOrHidden) {
     TDesignerWindow* w = Window("Main.pas");
     w->move(150, 90);
     w->show();
@@ -439,12 +432,8 @@ TEST_F(DesignerTest, ABorrowedWindowIsGivenBackAsItStood) {
     EXPECT_EQ(w->findChildren<QWidget*>(), children);
     EXPECT_EQ(host.findChildren<QWidget*>().size(), 0);
     EXPECT_EQ(w->WidgetOf(w->Root()->FindComponent("NameEdit")), edit);
-}
-
-TEST_F(DesignerTest, AHiddenWindowComesBackHidden) {
-    TDesignerWindow* w = Window("Settings.pas");
-    ASSERT_FALSE(w->isVisible());
-    QWidget host;
+    // A hidden window comes back hidden.
+    w->hide();
     w->Borrow(&host);
     w->GiveBack();
     EXPECT_FALSE(w->isVisible());

@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTabBar>
 #include <QTreeWidget>
 
@@ -33,6 +34,26 @@ struct TModifiedCount : TNotifierObject {
 class InspectorTest : public designertest::InspectorFixture {
 protected:
     InspectorTest() : InspectorFixture(testfiles::ExamplesDir(), "Example.dpr") {}
+    // The inspector's rows of the names given ("Enabled Cursor"), as "Enabled=True; ...".
+    QString Values(const QString& names) {
+        QStringList r;
+        for (const QString& n : names.split(' '))
+            r << n + "=" + inspector.ValueText(n);
+        return r.join("; ");
+    }
+    // Which of the names given the inspector lets the user edit, or lists.
+    QString Editable(const QString& names) {
+        QStringList r;
+        for (const QString& n : names.split(' '))
+            if (inspector.IsEditable(n)) r << n;
+        return r.join(' ');
+    }
+    QString Listed(const QString& names) {
+        QStringList r, listed = inspector.PropertyNames();
+        for (const QString& n : names.split(' '))
+            if (listed.contains(n)) r << n;
+        return r.join(' ');
+    }
 };
 
 } // namespace
@@ -75,34 +96,28 @@ TEST_F(InspectorTest, TheSelectedComponentsPropertiesAreShownSortedWithTheNameFi
     QStringList names = inspector.PropertyNames();
     ASSERT_FALSE(names.isEmpty());
     EXPECT_EQ(names.front(), "Name");
-    for (const char* stored : {"Caption", "Default", "Height", "Left", "TabOrder", "Top", "Width"})
-        EXPECT_TRUE(names.contains(stored)) << stored;
-    for (const char* published : {"Enabled", "Visible", "Hint", "Cancel", "ModalResult", "Tag"})
-        EXPECT_TRUE(names.contains(published)) << published;
+    const QString stored = "Caption Default Height Left TabOrder Top Width",
+                  published = "Enabled Visible Hint Cancel ModalResult Tag";
+    EXPECT_EQ(Listed(stored + " " + published + " OnClick"), stored + " " + published);
     QStringList rest = names.mid(1), sorted = rest;
     std::sort(sorted.begin(), sorted.end(), [](const QString& a, const QString& b) {
         return a.compare(b, Qt::CaseInsensitive) < 0;
     });
     EXPECT_EQ(rest, sorted);
     EXPECT_EQ(QStringList(names).removeDuplicates(), 0);
-    EXPECT_FALSE(names.contains("OnClick"));
-    EXPECT_EQ(inspector.ValueText("Name"), "OkButton");
-    EXPECT_EQ(inspector.ValueText("Caption"), "OK");
-    EXPECT_EQ(inspector.ValueText("Default"), "True");
+    EXPECT_EQ(Values("Name Caption Default"), "Name=OkButton; Caption=OK; Default=True");
     EXPECT_EQ(inspector.ComponentList()->currentText(), "OkButton: TButton");
     // Events have a page of their own.
     inspector.Pages()->setCurrentIndex(1);
     QStringList events = inspector.PropertyNames();
     EXPECT_TRUE(events.contains("OnClick"));
-    for (const QString& e : events)
-        EXPECT_TRUE(e.startsWith("On")) << e.toStdString();
+    EXPECT_EQ(events.filter(QRegularExpression("^On")), events);
     EXPECT_EQ(inspector.ValueText("OnClick"), "OkButtonClick");
     inspector.Pages()->setCurrentIndex(0);
     // Lists and collections are shown but not edited here.
     Select(editor, "NotesMemo");
     EXPECT_EQ(inspector.ValueText("Lines.Strings"), "(TStrings)");
-    EXPECT_FALSE(inspector.IsEditable("Lines.Strings"));
-    EXPECT_TRUE(inspector.IsEditable("ScrollBars"));
+    EXPECT_EQ(Editable("Lines.Strings ScrollBars"), "ScrollBars");
 }
 
 TEST_F(InspectorTest, ChoosingAComponentInTheListSelectsItInTheDesigner) {
@@ -168,29 +183,22 @@ TEST_F(InspectorTest, EditingTheGridItselfEditsTheProperty) {
 TEST_F(InspectorTest, ValuesOfAnotherKindAreRefusedAndChangeNothing) {
     TFormEditor* editor = Open("Main.pas");
     Select(editor, "OkButton");
-    EXPECT_FALSE(inspector.EditValue("Width", "wide"));
-    EXPECT_FALSE(inspector.ErrorText().isEmpty());
-    EXPECT_FALSE(inspector.EditValue("Width", "'75'"));
-    EXPECT_FALSE(inspector.EditValue("Width", "clRed")); // a colour's name for a width
-    EXPECT_FALSE(inspector.EditValue("Default", "Maybe"));
-    EXPECT_FALSE(inspector.EditValue("Left", "1 2"));
-    EXPECT_FALSE(inspector.EditValue("Name", "1Button"));
-    EXPECT_FALSE(inspector.EditValue("Name", "NameEdit")); // taken
-    EXPECT_FALSE(inspector.EditValue("Lines.Strings", "x"));
-    EXPECT_FALSE(inspector.EditValue("NoSuchProperty", "1"));
-    // The same for the published properties the form file does not store: their type decides.
-    EXPECT_FALSE(inspector.EditValue("Enabled", "Maybe"));
-    EXPECT_FALSE(inspector.EditValue("Cursor", "crNowhere"));
-    EXPECT_FALSE(inspector.EditValue("Tag", "many"));
-    EXPECT_FALSE(inspector.EditValue("Font", "Arial"));
-    EXPECT_FALSE(inspector.EditValue("Anchors", "[akLeft]"));
+    // A colour's name for a width, a taken name, and for the published properties the form
+    // file does not store, their type decides.
+    for (const char* c :
+         {"Width=wide", "Width='75'", "Width=clRed", "Default=Maybe", "Left=1 2", "Name=1Button",
+          "Name=NameEdit", "Lines.Strings=x", "NoSuchProperty=1", "Enabled=Maybe",
+          "Cursor=crNowhere", "Tag=many", "Font=Arial", "Anchors=[akLeft]"}) {
+        QStringList nameValue = QString(c).split('=');
+        EXPECT_FALSE(inspector.EditValue(nameValue[0], nameValue[1])) << c;
+        EXPECT_FALSE(inspector.ErrorText().isEmpty()) << c;
+    }
     EXPECT_FALSE(editor->GetModified());
     TDesignComponent* ok = editor->Root()->FindComponent("OkButton");
     EXPECT_EQ(ok->IntProp("Width"), 75);
     EXPECT_EQ(ok->FindProperty("Enabled"), nullptr);
     EXPECT_EQ(ok->FindProperty("Cursor"), nullptr);
-    EXPECT_EQ(inspector.ValueText("Width"), "75");
-    EXPECT_EQ(inspector.ValueText("Enabled"), "True");
+    EXPECT_EQ(Values("Width Enabled"), "Width=75; Enabled=True");
     // A good value clears the report.
     ASSERT_TRUE(inspector.EditValue("Width", "80"));
     EXPECT_TRUE(inspector.ErrorText().isEmpty());
@@ -278,22 +286,13 @@ TEST_F(InspectorTest, AnUnstoredPublishedPropertyShowsItsDefault) {
     Select(editor, "OkButton");
     TDesignComponent* ok = editor->Root()->FindComponent("OkButton");
     ASSERT_EQ(ok->FindProperty("Enabled"), nullptr);
-    EXPECT_EQ(inspector.ValueText("Enabled"), "True");
-    EXPECT_EQ(inspector.ValueText("Visible"), "True");
-    EXPECT_EQ(inspector.ValueText("Cancel"), "False");
-    EXPECT_EQ(inspector.ValueText("Cursor"), "crDefault");
-    EXPECT_EQ(inspector.ValueText("ModalResult"), "0");
-    EXPECT_EQ(inspector.ValueText("TabStop"), "True");
-    EXPECT_EQ(inspector.ValueText("Anchors"), "[akLeft, akTop]");
-    EXPECT_EQ(inspector.ValueText("Hint"), "");
-    EXPECT_EQ(inspector.ValueText("Font"), "(TFont)");
-    EXPECT_EQ(inspector.ValueText("Constraints"), "(TSizeConstraints)");
+    EXPECT_EQ(Values("Enabled Visible Cancel Cursor ModalResult TabStop Anchors Hint Font "
+                     "Constraints"),
+              "Enabled=True; Visible=True; Cancel=False; Cursor=crDefault; ModalResult=0; "
+              "TabStop=True; Anchors=[akLeft, akTop]; Hint=; Font=(TFont); "
+              "Constraints=(TSizeConstraints)");
     // The simple kinds are edited as the stored ones are; sets and objects are not.
-    EXPECT_TRUE(inspector.IsEditable("Enabled"));
-    EXPECT_TRUE(inspector.IsEditable("Cursor"));
-    EXPECT_TRUE(inspector.IsEditable("Hint"));
-    EXPECT_FALSE(inspector.IsEditable("Anchors"));
-    EXPECT_FALSE(inspector.IsEditable("Font"));
+    EXPECT_EQ(Editable("Enabled Cursor Hint Anchors Font"), "Enabled Cursor Hint");
     // An identifier's drop-down offers the values its type has.
     auto choices = [&](const char* name) {
         for (int i = 0; i < inspector.Grid()->topLevelItemCount(); ++i)
@@ -311,18 +310,16 @@ TEST_F(InspectorTest, AnUnstoredPublishedPropertyShowsItsDefault) {
     EXPECT_FALSE(inspector.PropertyNames().contains("TabOrder"));
     EXPECT_EQ(inspector.ValueText("AutoSize"), "True");
     editor->Select(editor->Root(), false);
-    EXPECT_EQ(inspector.ValueText("Visible"), "False");
-    EXPECT_EQ(inspector.ValueText("WindowState"), "wsNormal");
-    EXPECT_EQ(inspector.ValueText("Position"), "poScreenCenter"); // stored
+    EXPECT_EQ(Values("Visible WindowState Position"), // the position is stored
+              "Visible=False; WindowState=wsNormal; Position=poScreenCenter");
     // An object with stored nested properties is one row, named by its class.
     Select(editor, "NotesMemo");
-    EXPECT_EQ(inspector.ValueText("Lines"), "(TStrings)");
-    EXPECT_EQ(inspector.ValueText("Lines.Strings"), "(TStrings)");
+    EXPECT_EQ(Values("Lines Lines.Strings WordWrap"),
+              "Lines=(TStrings); Lines.Strings=(TStrings); WordWrap=True");
     int linesRows = 0;
     for (int i = 0; i < inspector.Grid()->topLevelItemCount(); ++i)
         linesRows += inspector.Grid()->topLevelItem(i)->text(0) == "Lines";
     EXPECT_EQ(linesRows, 1);
-    EXPECT_EQ(inspector.ValueText("WordWrap"), "True");
 }
 
 TEST_F(InspectorTest, EditingAnUnstoredPropertyStoresItAndSavingWritesIt) {
@@ -382,21 +379,15 @@ TEST_F(InspectorTest, TheEventsPageListsTheEventsOfTheClass) {
     Select(editor, "OkButton"); // a button without a handler
     inspector.Pages()->setCurrentIndex(1);
     QStringList events = inspector.PropertyNames();
-    EXPECT_TRUE(events.contains("OnClick"));
-    EXPECT_TRUE(events.contains("OnEnter"));
-    EXPECT_TRUE(events.contains("OnKeyDown"));
-    EXPECT_FALSE(events.contains("Enabled"));
-    EXPECT_FALSE(events.contains("Name"));
+    EXPECT_EQ(Listed("OnClick OnEnter OnKeyDown Enabled Name"), "OnClick OnEnter OnKeyDown");
     EXPECT_EQ(inspector.ValueText("OnClick"), "");
     // A label takes no focus: no OnEnter.
     Select(editor, "RecentLabel");
-    EXPECT_TRUE(inspector.PropertyNames().contains("OnClick"));
-    EXPECT_FALSE(inspector.PropertyNames().contains("OnEnter"));
+    EXPECT_EQ(Listed("OnClick OnEnter"), "OnClick");
     // The form's own events, with the stored handler.
     editor->Select(editor->Root(), false);
-    EXPECT_TRUE(inspector.PropertyNames().contains("OnCreate"));
-    EXPECT_EQ(inspector.ValueText("OnShow"), "FormShow");
-    EXPECT_EQ(inspector.ValueText("OnCreate"), "");
+    EXPECT_EQ(Values("OnShow OnCreate"), "OnShow=FormShow; OnCreate=");
+    EXPECT_EQ(Listed("OnCreate"), "OnCreate");
     // Naming a handler stores it.
     Select(editor, "OkButton");
     ASSERT_TRUE(inspector.EditValue("OnClick", "OkButtonClick"));
