@@ -8,111 +8,71 @@ using namespace workbench;
 
 namespace {
 
-// The kind of the run that covers the byte at offset.
-TTokenKind KindAt(const std::vector<TTokenRun>& runs, int offset) {
-    for (const TTokenRun& r : runs)
-        if (offset >= r.Start && offset < r.Start + r.Length) return r.Kind;
-    ADD_FAILURE() << "no run covers offset " << offset;
-    return TTokenKind::Text;
-}
+using L = TSourceLanguage;
+using S = TLineState;
 
-std::vector<TTokenRun> Line(TSourceLanguage lang, std::string_view text,
-                            TLineState start = TLineState::Normal, TLineState* end = nullptr) {
-    TLineState s = start;
-    auto runs = HighlightLine(lang, text, s);
-    if (end) *end = s;
-    return runs;
+// The kinds of a line's runs, a letter a byte: t text, k keyword, c comment, s string, n number,
+// d directive, y symbol; a byte no run covers, or covered twice, fails the test.
+std::string Kinds(L lang, std::string_view text, S& state) {
+    std::string kinds(text.size(), '?');
+    for (const TTokenRun& r : HighlightLine(lang, text, state))
+        for (int i = r.Start; i < r.Start + r.Length; ++i) {
+            EXPECT_EQ(kinds.at(i), '?') << "byte " << i << " is in two runs";
+            kinds.at(i) = "tkcsndy"[int(r.Kind)];
+        }
+    EXPECT_EQ(kinds.find('?'), std::string::npos) << "a byte is in no run";
+    return kinds;
 }
 
 TEST(Highlighter, LanguageFollowsTheExtension) {
-    EXPECT_EQ(LanguageOfFile("/p/Main.pas"), TSourceLanguage::Pascal);
-    EXPECT_EQ(LanguageOfFile("Example.DPR"), TSourceLanguage::Pascal);
-    EXPECT_EQ(LanguageOfFile("unit1.cpp"), TSourceLanguage::Cpp);
-    EXPECT_EQ(LanguageOfFile("unit1.h"), TSourceLanguage::Cpp);
-    EXPECT_EQ(LanguageOfFile("Main.dfm"), TSourceLanguage::Plain);
-    EXPECT_EQ(LanguageOfFile("dir.pas/README"), TSourceLanguage::Plain);
+    struct {
+        const char* file;
+        L lang;
+    } cases[] = {{"/p/Main.pas", L::Pascal}, {"Example.DPR", L::Pascal},
+                 {"unit1.cpp", L::Cpp},      {"unit1.h", L::Cpp},
+                 {"Main.dfm", L::Plain},     {"dir.pas/README", L::Plain}};
+    for (const auto& c : cases)
+        EXPECT_EQ(LanguageOfFile(c.file), c.lang) << c.file;
 }
 
-TEST(Highlighter, RunsCoverTheLineWithoutGaps) {
-    std::string_view text = "  if A[1] > 'x' then Exit; // done";
-    auto runs = Line(TSourceLanguage::Pascal, text);
-    int at = 0;
-    for (const TTokenRun& r : runs) {
-        EXPECT_EQ(r.Start, at);
-        EXPECT_GT(r.Length, 0);
-        at = r.Start + r.Length;
+// Pascal keywords ignore case but identifiers that start like one are none; a doubled quote
+// and #13 stay in the string; comments carry over line ends, (* *) closed only by *), and a
+// line comment ends with its line. C++ keywords mind case, an escaped quote stays in the
+// string, and inside a comment '#' is no directive. Plain text is one run and resets the state.
+TEST(Highlighter, EachByteHasTheKindOfItsRunAndCommentsCarryTheirState) {
+    struct Case {
+        L lang;
+        const char* text;
+        S from;
+        const char* kinds;
+        S to;
+    } cases[] = {
+        {L::Pascal, "  if A[1] > 'x' then Exit; // done", S::Normal,
+         "ttkkttynytytssstkkkktttttytccccccc", S::Normal},
+        {L::Pascal, "BEGIN Beginning end", S::Normal, "kkkkktttttttttttkkk", S::Normal},
+        {L::Pascal, "S := 'it''s'#13#10; N := $FF + 12; {$R *.res}", S::Normal,
+         "ttyytsssssssssssssytttyytnnntytnnytdddddddddd", S::Normal},
+        {L::Pascal, "x := 1; { a comment", S::Normal, "ttyytnytccccccccccc", S::BraceComment},
+        {L::Pascal, "still } begin", S::BraceComment, "ccccccctkkkkk", S::Normal},
+        {L::Pascal, "(* one }", S::Normal, "cccccccc", S::ParenComment},
+        {L::Pascal, "two *) end", S::ParenComment, "cccccctkkk", S::Normal},
+        {L::Pascal, "// { not open", S::Normal, "ccccccccccccc", S::Normal},
+        {L::Cpp, "return Return \"a\\\"b\" 0x1F;", S::Normal, "kkkkkkttttttttsssssstnnnny",
+         S::Normal},
+        {L::Cpp, "#include <vcl.h> // header", S::Normal, "dddddddddddddddddccccccccc", S::Normal},
+        {L::Cpp, "int a; /* open", S::Normal, "kkkttytccccccc", S::BlockComment},
+        {L::Cpp, "#define X */ int", S::BlockComment, "cccccccccccctkkk", S::Normal},
+        {L::Plain, "object Form1: TForm1", S::BraceComment, "tttttttttttttttttttt", S::Normal},
+        {L::Pascal, "", S::Normal, "", S::Normal}};
+    for (const Case& c : cases) {
+        S state = c.from;
+        EXPECT_EQ(Kinds(c.lang, c.text, state), c.kinds) << c.text;
+        EXPECT_EQ(state, c.to) << c.text;
     }
-    EXPECT_EQ(at, static_cast<int>(text.size()));
-}
-
-TEST(Highlighter, PascalKeywordsIgnoreCaseButNotIdentifiers) {
-    auto runs = Line(TSourceLanguage::Pascal, "BEGIN Beginning end");
-    EXPECT_EQ(KindAt(runs, 0), TTokenKind::Keyword);
-    EXPECT_EQ(KindAt(runs, 6), TTokenKind::Text); // "Beginning" is an identifier
-    EXPECT_EQ(KindAt(runs, 16), TTokenKind::Keyword);
+    S state = S::Normal;
+    EXPECT_EQ(HighlightLine(L::Plain, "object Form1: TForm1", state).size(), 1u);
     EXPECT_TRUE(IsPascalKeyword("Implementation"));
     EXPECT_FALSE(IsPascalKeyword("Caption"));
-}
-
-TEST(Highlighter, PascalStringsNumbersAndDirectives) {
-    std::string_view text = "S := 'it''s'#13#10; N := $FF + 12; {$R *.res}";
-    auto runs = Line(TSourceLanguage::Pascal, text);
-    EXPECT_EQ(KindAt(runs, 5), TTokenKind::String);
-    EXPECT_EQ(KindAt(runs, 9), TTokenKind::String);  // the doubled quote stays inside
-    EXPECT_EQ(KindAt(runs, 13), TTokenKind::String); // #13 belongs to the string
-    EXPECT_EQ(KindAt(runs, 25), TTokenKind::Number); // $FF
-    EXPECT_EQ(KindAt(runs, 31), TTokenKind::Number); // 12
-    EXPECT_EQ(KindAt(runs, static_cast<int>(text.find("{$R"))), TTokenKind::Directive);
-}
-
-TEST(Highlighter, PascalCommentsCarryOverLineEnds) {
-    TLineState state;
-    auto first = Line(TSourceLanguage::Pascal, "x := 1; { a comment", TLineState::Normal, &state);
-    EXPECT_EQ(state, TLineState::BraceComment);
-    EXPECT_EQ(KindAt(first, 10), TTokenKind::Comment);
-    auto second = Line(TSourceLanguage::Pascal, "still } begin", state, &state);
-    EXPECT_EQ(state, TLineState::Normal);
-    EXPECT_EQ(KindAt(second, 0), TTokenKind::Comment);
-    EXPECT_EQ(KindAt(second, 8), TTokenKind::Keyword);
-    // (* *) is closed only by *), not by }.
-    Line(TSourceLanguage::Pascal, "(* one }", TLineState::Normal, &state);
-    EXPECT_EQ(state, TLineState::ParenComment);
-    Line(TSourceLanguage::Pascal, "two *) end", state, &state);
-    EXPECT_EQ(state, TLineState::Normal);
-    // A line comment ends with its line.
-    Line(TSourceLanguage::Pascal, "// { not open", TLineState::Normal, &state);
-    EXPECT_EQ(state, TLineState::Normal);
-}
-
-TEST(Highlighter, CppKeywordsCaseSensitiveStringsAndPreprocessor) {
-    auto runs = Line(TSourceLanguage::Cpp, "return Return \"a\\\"b\" 0x1F;");
-    EXPECT_EQ(KindAt(runs, 0), TTokenKind::Keyword);
-    EXPECT_EQ(KindAt(runs, 7), TTokenKind::Text);
-    EXPECT_EQ(KindAt(runs, 17), TTokenKind::String); // the escaped quote stays inside
-    EXPECT_EQ(KindAt(runs, 21), TTokenKind::Number);
-    auto pre = Line(TSourceLanguage::Cpp, "#include <vcl.h> // header");
-    EXPECT_EQ(KindAt(pre, 3), TTokenKind::Directive);
-    EXPECT_EQ(KindAt(pre, 20), TTokenKind::Comment);
-}
-
-TEST(Highlighter, CppBlockCommentsCarryOverLineEnds) {
-    TLineState state;
-    Line(TSourceLanguage::Cpp, "int a; /* open", TLineState::Normal, &state);
-    EXPECT_EQ(state, TLineState::BlockComment);
-    auto runs = Line(TSourceLanguage::Cpp, "#define X */ int", state, &state);
-    // Inside a comment a '#' is no directive.
-    EXPECT_EQ(KindAt(runs, 0), TTokenKind::Comment);
-    EXPECT_EQ(KindAt(runs, 13), TTokenKind::Keyword);
-    EXPECT_EQ(state, TLineState::Normal);
-}
-
-TEST(Highlighter, PlainTextIsOneRun) {
-    TLineState state = TLineState::BraceComment;
-    auto runs = HighlightLine(TSourceLanguage::Plain, "object Form1: TForm1", state);
-    ASSERT_EQ(runs.size(), 1u);
-    EXPECT_EQ(runs[0].Kind, TTokenKind::Text);
-    EXPECT_EQ(state, TLineState::Normal);
-    EXPECT_TRUE(HighlightLine(TSourceLanguage::Pascal, "", state).empty());
 }
 
 } // namespace
