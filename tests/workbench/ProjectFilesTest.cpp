@@ -8,19 +8,30 @@
 
 using namespace workbench;
 
+namespace {
+// A project's entries as "unit file {form} class", the file relative to dir when it is there.
+std::vector<std::string> Entries(const TProjectDescription& d, const std::string& dir) {
+    std::vector<std::string> r;
+    for (const auto& e : d.Entries) {
+        auto file = std::filesystem::path(e.FileName).lexically_normal();
+        auto in = file.lexically_relative(std::filesystem::path(dir).lexically_normal());
+        r.push_back(e.UnitName + " " + (in.empty() || *in.begin() == ".." ? file : in).string() +
+                    " {" + e.FormName + "} " + e.DesignClass);
+    }
+    return r;
+}
+} // namespace
+
 TEST(DelphiProjects, TheExampleListsItsUnitsWithFormsAndResource) {
     std::string dpr = (testfiles::ExamplesDir() / "Example.dpr").string();
     TProjectDescription d = LoadProject(dpr);
-    ASSERT_EQ(d.Entries.size(), 6u); // five units and the resource file
-    EXPECT_EQ(d.Entries[0].UnitName, "Main");
-    EXPECT_EQ(d.Entries[0].FormName, "MainForm");
-    EXPECT_EQ(d.Entries[0].DesignClass, "");
-    EXPECT_EQ(d.Entries[2].UnitName, "DataMod");
-    EXPECT_EQ(d.Entries[2].DesignClass, "TDataModule");
-    EXPECT_EQ(d.Entries[3].FormName, "InfoFrame");
-    EXPECT_EQ(d.Entries[4].UnitName, "Utils");
-    EXPECT_EQ(d.Entries[4].FormName, "");
-    EXPECT_EQ(ExtractFileName(d.Entries[4].FileName), "Utils.pas");
+    // Five units and the resource file.
+    EXPECT_EQ(Entries(d, testfiles::ExamplesDir().string()),
+              (std::vector<std::string>{"Main Main.pas {MainForm} ",
+                                        "Settings Settings.pas {SettingsForm} ",
+                                        "DataMod DataMod.pas {DataModuleMain} TDataModule",
+                                        "Frame1 Frame1.pas {InfoFrame} TFrame",
+                                        "Utils Utils.pas {} ", "Example Example.res {} "}));
     EXPECT_EQ(ExtractFileName(d.ResFile), "Example.res");
     EXPECT_EQ(d.Entries[5].FileName, d.ResFile);
 }
@@ -38,12 +49,9 @@ TEST(DelphiProjects, CommentsPathsAndUnitsWithoutFilesAreHandled) {
                        "  Application.Run;\r\n"
                        "end.\r\n";
     TProjectDescription d = ParseDelphiProject(dir.File("Tricky.dpr"), text);
-    ASSERT_EQ(d.Entries.size(), 3u);
-    EXPECT_EQ(d.Entries[0].UnitName, "Units.Main");
-    EXPECT_EQ(d.Entries[0].FileName, dir.File("src/Main.pas"));
-    EXPECT_EQ(d.Entries[0].FormName, "MainForm");
-    EXPECT_EQ(d.Entries[1].FileName, dir.File("Sub/Dir/other.PAS"));
-    EXPECT_EQ(ExtractFileName(d.Entries[2].FileName), "It's.pas");
+    EXPECT_EQ(Entries(d, dir.Path().string()),
+              (std::vector<std::string>{"Units.Main src/Main.pas {MainForm} ",
+                                        "Other Sub/Dir/other.PAS {} ", "Quoted It's.pas {} "}));
     EXPECT_TRUE(d.ResFile.empty()); // no {$R *.res}
 }
 
@@ -62,10 +70,10 @@ TEST(DelphiProjects, APackageListsItsRequiredPackagesAndContainedUnits) {
     std::string text = "package Tools;\r\n{$R *.res}\r\nrequires\r\n  rtl,\r\n  vcl;\r\n"
                        "contains\r\n  ToolReg in 'ToolReg.pas';\r\nend.\r\n";
     TProjectDescription d = ParseDelphiProject(dir.File("Tools.dpk"), text);
-    ASSERT_EQ(d.Entries.size(), 3u);
+    EXPECT_EQ(Entries(d, dir.Path().string()),
+              (std::vector<std::string>{"rtl rtl.dcp {} ", "vcl vcl.dcp {} ",
+                                        "ToolReg ToolReg.pas {} "}));
     EXPECT_TRUE(d.Entries[0].PackageImport);
-    EXPECT_EQ(d.Entries[0].FileName, "rtl.dcp");
-    EXPECT_EQ(d.Entries[2].UnitName, "ToolReg");
     EXPECT_TRUE(d.ResFile.empty()); // the directive names a file that isn't there
 }
 
@@ -89,10 +97,9 @@ TEST(BuilderProjects, TheFileListGivesModulesAndTheProjectSource) {
     TProjectDescription d = ParseBuilderProject(dir.File("Demo.bpr"), text);
     EXPECT_EQ(d.SourceFile, dir.File("Demo.cpp"));
     EXPECT_EQ(d.ResFile, dir.File("Demo.res"));
-    ASSERT_EQ(d.Entries.size(), 3u);
-    EXPECT_EQ(d.Entries[1].FormName, "Form1");
-    EXPECT_EQ(d.Entries[2].FileName, dir.File("Data/DM.cpp"));
-    EXPECT_EQ(d.Entries[2].DesignClass, "TDataModule");
+    EXPECT_EQ(Entries(d, dir.Path().string()),
+              (std::vector<std::string>{"Demo.res Demo.res {} ", "Unit1 Unit1.cpp {Form1} ",
+                                        "DM Data/DM.cpp {DM} TDataModule"}));
 }
 
 TEST(ProjectGroups, ProjectsComeInTheOrderOfTheProjectsLine) {

@@ -5,7 +5,7 @@
 
 using namespace workbench;
 
-TEST(TextBufferLines, KeepTheFilesLineBreakAndLastEmptyLine) {
+TEST(TextBufferLines, KeepTheFilesLineBreakAndLastEmptyLineAndRaiseOutside) {
     TTextBuffer b;
     b.SetText("one\r\ntwo\r\n");
     EXPECT_EQ(b.LineCount(), 3);
@@ -16,13 +16,9 @@ TEST(TextBufferLines, KeepTheFilesLineBreakAndLastEmptyLine) {
     b.SetText("unix\nlines");
     EXPECT_EQ(b.LineBreak(), "\n");
     EXPECT_EQ(b.Text(), "unix\nlines");
-}
-
-TEST(TextBufferLines, ARowOutsideTheBufferRaises) {
-    TTextBuffer b;
-    b.SetText("a");
+    // A row outside the buffer raises.
     EXPECT_THROW(b.Line(0), EEditBufferError);
-    EXPECT_THROW(b.Line(2), EEditBufferError);
+    EXPECT_THROW(b.Line(3), EEditBufferError);
 }
 
 TEST(TextBufferRanges, AreReadWithCRLFBetweenLinesAndCutAtLineEnds) {
@@ -36,13 +32,19 @@ TEST(TextBufferRanges, AreReadWithCRLFBetweenLinesAndCutAtLineEnds) {
     EXPECT_EQ(b.GetRange({3, 3}, {1, 4}), "ha\r\nbeta\r\nga"); // ends in either order
 }
 
-TEST(TextBufferEdits, ReplaceAcrossLinesGivesTheEndOfTheInsertion) {
+TEST(TextBufferEdits, ReplaceAcrossLinesGivesTheEndOfTheInsertionAndDeleteLeavesALine) {
     TTextBuffer b;
     b.SetText("alpha\nbeta\ngamma");
     TTextPos end = b.Replace({1, 3}, {3, 2}, "X\r\nYY");
     EXPECT_EQ(b.Text(), "alX\nYYamma");
-    EXPECT_EQ(end.Row, 2);
-    EXPECT_EQ(end.Col, 3);
+    EXPECT_EQ(end, (TTextPos{2, 3}));
+    // Deleting every line leaves one empty line.
+    b.SetText("a\nb\nc");
+    b.DeleteLines(2, 2);
+    EXPECT_EQ(b.Text(), "a\nc");
+    b.DeleteLines(1, 9);
+    EXPECT_EQ(b.LineCount(), 1);
+    EXPECT_EQ(b.Text(), "");
 }
 
 TEST(TextBufferEdits, TextInsertedInVirtualSpaceIsPaddedWithSpaces) {
@@ -56,7 +58,7 @@ TEST(TextBufferEdits, TextInsertedInVirtualSpaceIsPaddedWithSpaces) {
     EXPECT_EQ(b.Text(), "ab\r\nc");
 }
 
-TEST(TextBufferUndo, UndoesAGroupAsOneStepAndRedoesIt) {
+TEST(TextBufferUndo, UndoesAGroupAsOneStepAndRedoesItAndAnEmptyGroupIsNoStep) {
     TTextBuffer b;
     b.SetText("one\ntwo");
     b.BeginGroup(7);
@@ -75,10 +77,7 @@ TEST(TextBufferUndo, UndoesAGroupAsOneStepAndRedoesIt) {
     EXPECT_EQ(b.Redo(), 0);
     EXPECT_EQ(b.Text(), "BAone\n");
     EXPECT_FALSE(b.CanRedo());
-}
-
-TEST(TextBufferUndo, AGroupThatChangesNothingIsNoStep) {
-    TTextBuffer b;
+    // A group that changes nothing is no step.
     b.SetText("x");
     b.BeginGroup(1);
     b.EndGroup();
@@ -102,14 +101,4 @@ TEST(TextBufferUndo, ModifiedFollowsTheUndoListBackToTheSavedText) {
     b.Replace({1, 1}, {1, 1}, "z");
     b.Undo();
     EXPECT_TRUE(b.Modified());
-}
-
-TEST(TextBufferEdits, DeletingAllLinesLeavesOneEmptyLine) {
-    TTextBuffer b;
-    b.SetText("a\nb\nc");
-    b.DeleteLines(2, 2);
-    EXPECT_EQ(b.Text(), "a\nc");
-    b.DeleteLines(1, 9);
-    EXPECT_EQ(b.LineCount(), 1);
-    EXPECT_EQ(b.Text(), "");
 }
