@@ -115,22 +115,6 @@ TEST(FormFiles, TheBinaryFormOfSettingsLoads) {
               "('Обычный' 'Расширенный' 'Only text')");
 }
 
-TEST(FormFiles, ABinaryFormBehindAResourceHeaderLoads) {
-    std::string binary = testfiles::ReadFile(Example("Settings.dfm"));
-    // Byte 255, type 10, the name, flags 4144 and the size, as the resource compiler writes.
-    std::string header;
-    header += '\xFF';
-    header += '\x0A';
-    header += '\0';
-    header += "SETTINGSFORM";
-    header += '\0';
-    header += "\x30\x10";
-    uint32_t size = static_cast<uint32_t>(binary.size());
-    header += std::string(reinterpret_cast<const char*>(&size), 4);
-    TFormFile f = ReadFormFile(header + binary, "resource");
-    EXPECT_EQ(f.Root->Name, "SettingsForm");
-}
-
 TEST(FormFiles, WritingBackGivesTheSameTreeInEitherForm) {
     TFormFile original = LoadFormFile(Example("Main.dfm"));
     for (TFormFileFormat format : {TFormFileFormat::Binary, TFormFileFormat::Text}) {

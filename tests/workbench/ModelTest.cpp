@@ -289,7 +289,7 @@ TEST_F(ModelTest, ViewsScrollWithinTheBufferAndKeepTheCursorInSight) {
     EXPECT_EQ(dynamic_cast<TEditView*>(view.get())->PaintCount(), 1);
 }
 
-TEST_F(ModelTest, TheTopViewIsTheLastShownAndItsBufferTheTopBuffer) {
+TEST_F(ModelTest, TheTopViewIsTheLastShownItsBufferTheTopBufferItsWindowTheHostsForm) {
     EXPECT_FALSE(model->GetTopView());
     EXPECT_FALSE(model->GetTopBuffer());
     _di_IOTAEditView utils = OpenUnit("Utils.pas");
@@ -303,14 +303,11 @@ TEST_F(ModelTest, TheTopViewIsTheLastShownAndItsBufferTheTopBuffer) {
     // A unit opened behind the others does not come to the front.
     model->OpenModuleFile(File("Frame1.pas"), TOpenMode::Background);
     EXPECT_TRUE(model->GetTopView() == utils);
-}
-
-TEST_F(ModelTest, TheEditWindowGivesTheHostsForm) {
-    _di_IOTAEditView view = OpenUnit("Utils.pas");
-    EXPECT_EQ(view->GetEditWindow()->GetForm(), nullptr);
+    // The edit window gives the host's form.
+    EXPECT_EQ(utils->GetEditWindow()->GetForm(), nullptr);
     auto* marker = reinterpret_cast<QWidget*>(&questions); // any address stands for a widget
     model->MainEditWindow()->SetForm(marker);
-    EXPECT_EQ(view->GetEditWindow()->GetForm(), marker);
+    EXPECT_EQ(utils->GetEditWindow()->GetForm(), marker);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -328,7 +325,7 @@ TEST_F(ModelTest, SavingWritesTheBufferInItsCodePageAndLineBreaks) {
     EXPECT_FALSE(view->GetBuffer()->GetModified());
 }
 
-TEST_F(ModelTest, ClosingAModifiedModuleAsksConfirmAndFollowsTheAnswer) {
+TEST_F(ModelTest, ClosingAModifiedModuleAsksConfirmAndFollowsTheAnswerUnlessForced) {
     _di_IOTAEditView view = OpenUnit("Utils.pas");
     _di_IOTAEditBuffer buffer = view->GetBuffer();
     _di_IOTAModule module = buffer->GetModule();
@@ -355,10 +352,9 @@ TEST_F(ModelTest, ClosingAModifiedModuleAsksConfirmAndFollowsTheAnswer) {
     answer = mrYes;
     EXPECT_TRUE(view->GetBuffer()->GetModule()->Close());
     EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")).substr(0, 5), "Yunit");
-}
-
-TEST_F(ModelTest, CloseModuleForcedAsksNothingAndAnUnmodifiedModuleNeverAsks) {
-    _di_IOTAEditView view = OpenUnit("Utils.pas");
+    // A forced close asks nothing, and an unmodified module never asks.
+    questions.clear();
+    view = OpenUnit("Utils.pas");
     view->GetPosition()->InsertText("X");
     EXPECT_TRUE(view->GetBuffer()->GetModule()->CloseModule(true));
     OpenUnit("Main.pas")->GetBuffer()->GetModule()->Close();
@@ -366,7 +362,7 @@ TEST_F(ModelTest, CloseModuleForcedAsksNothingAndAnUnmodifiedModuleNeverAsks) {
     EXPECT_EQ(model->GetModuleCount(), 0);
 }
 
-TEST_F(ModelTest, ClosingAPageOfTwoViewsKeepsTheModule) {
+TEST_F(ModelTest, ClosingAPageKeepsAModuleWithOtherViewsAndTheProjectsSource) {
     _di_IOTAEditView first = OpenUnit("Utils.pas");
     auto* source = model->FindOpenModule(File("Utils.pas"))->SourceEditor();
     TEditView* second = model->OpenView(source, model->NewEditWindow());
@@ -379,12 +375,9 @@ TEST_F(ModelTest, ClosingAPageOfTwoViewsKeepsTheModule) {
     EXPECT_FALSE(model->FindModule(File("Utils.pas")));
     EXPECT_THROW(first->GetPosition()->GetCharacter(), EModelError);
     EXPECT_THROW(first->GetBlock()->GetText(), EModelError);
-}
-
-TEST_F(ModelTest, ClosingTheProjectSourcePageKeepsTheProjectOpen) {
+    // The project source's page closes alone: the project stays open.
     OpenExample();
-    _di_IOTAEditView view = OpenUnit("Example.dpr");
-    Query<IOTAEditActions>(view)->ClosePage();
+    Query<IOTAEditActions>(OpenUnit("Example.dpr"))->ClosePage();
     TModelModule* project = model->FindOpenModule(File("Example.dpr"));
     ASSERT_NE(project, nullptr);
     EXPECT_EQ(project->SourceEditor()->GetEditViewCount(), 0);
@@ -432,17 +425,14 @@ TEST_F(ModelTest, EveryExampleFormLoadsIntoItsDesignerRoot) {
     EXPECT_EQ(frame->ClassParentName(), "TFrame");
     EXPECT_TRUE(frame->InheritsFrom("TWinControl"));
     EXPECT_TRUE(frame->IsControl());
-}
-
-TEST_F(ModelTest, ADataModuleIsOwnedByItsDesignerWindowAndHasNoControls) {
-    auto module = model->OpenModuleFile(File("DataMod.pas"), TOpenMode::Hidden);
-    TDesignComponent* root = module->FormEditor()->Root();
-    ASSERT_NE(root->Owner, nullptr);
-    EXPECT_TRUE(root->Owner->InheritsFrom("TWinControl"));
-    _di_IOTAComponent rc = module->FormEditor()->GetRootComponent();
+    // A data module is owned by its designer window and has no controls: a timer and an image
+    // list are none.
+    auto dataModule = model->OpenModuleFile(File("DataMod.pas"), TOpenMode::Hidden);
+    ASSERT_NE(dataModule->FormEditor()->Root()->Owner, nullptr);
+    EXPECT_TRUE(dataModule->FormEditor()->Root()->Owner->InheritsFrom("TWinControl"));
+    _di_IOTAComponent rc = dataModule->FormEditor()->GetRootComponent();
     EXPECT_FALSE(rc->IsTControl());
-    EXPECT_EQ(rc->GetControlCount(), 0); // a timer and an image list are no controls
-    EXPECT_EQ(rc->GetComponentCount(), 2);
+    EXPECT_EQ(rc->GetControlCount(), 0);
 }
 
 TEST_F(ModelTest, ComponentsGiveControlsParentsPropertiesAndSelection) {
@@ -488,7 +478,7 @@ TEST_F(ModelTest, AChangedFormIsSavedInItsOwnForm) {
     EXPECT_EQ(saved.Root->FindComponent("RecentEdit")->StrProp("Text"), "12");
 }
 
-TEST_F(ModelTest, ADamagedFormFileGivesAClearErrorAndLeavesNothingOpen) {
+TEST_F(ModelTest, ADamagedOrMissingFileGivesAClearErrorAndAFormFileOpensItsUnit) {
     std::string bytes = testfiles::ReadFile(File("Settings.dfm"));
     testfiles::WriteFile(File("Settings.dfm"), bytes.substr(0, bytes.size() / 2));
     try {
@@ -503,13 +493,11 @@ TEST_F(ModelTest, ADamagedFormFileGivesAClearErrorAndLeavesNothingOpen) {
     // The module info still names the module.
     _di_IOTAProject project = OpenExample();
     EXPECT_EQ(project->GetModule(1)->GetFormName(), "SettingsForm");
-}
-
-TEST_F(ModelTest, OpeningAFormFileOpensItsUnit) {
-    ASSERT_TRUE(model->OpenFile(File("Frame1.dfm")));
-    EXPECT_EQ(model->CurrentModule()->GetFileName(), File("Frame1.pas"));
+    // A missing unit opens nothing; a form file opens its unit.
     EXPECT_FALSE(model->OpenFile(File("Missing.pas")));
     EXPECT_THROW(model->OpenModuleFile(File("Missing.pas"), TOpenMode::Show), rtl::EFOpenError);
+    ASSERT_TRUE(model->OpenFile(File("Frame1.dfm")));
+    EXPECT_EQ(model->CurrentModule()->GetFileName(), File("Frame1.pas"));
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -588,7 +576,7 @@ struct TBinding : TNotifierObject, virtual IOTAKeyboardBinding {
 };
 } // namespace
 
-TEST_F(ModelTest, KeyBindingsAreBoundCalledAndRemoved) {
+TEST_F(ModelTest, KeyBindingsAreBoundCalledLatestFirstAndRemoved) {
     auto binding = MakeInterfaced<TBinding>();
     int index = model->AddKeyboardBinding(_di_IOTAKeyboardBinding(binding.get()));
     ASSERT_GE(index, 0);
@@ -607,32 +595,25 @@ TEST_F(ModelTest, KeyBindingsAreBoundCalledAndRemoved) {
     zero->key = 0;
     EXPECT_EQ(model->AddKeyboardBinding(_di_IOTAKeyboardBinding(zero.get())), -1);
     EXPECT_FALSE(zero->bound);
-    model->RemoveKeyboardBinding(index);
-    EXPECT_EQ(model->DispatchKey(0x40BC), krUnhandled);
-    EXPECT_EQ(binding->calls, 1);
-    EXPECT_EQ(model->KeyBindingCount(), 0);
-}
-
-TEST_F(ModelTest, ALaterBindingComesFirstAndMayPassTheKeyOn) {
-    auto first = MakeInterfaced<TBinding>();
+    // A later binding of the same key comes first and may pass the key on.
     auto second = MakeInterfaced<TBinding>();
     second->name = "Test.Second";
     second->result = krNextProc;
-    model->AddKeyboardBinding(_di_IOTAKeyboardBinding(first.get()));
-    model->AddKeyboardBinding(_di_IOTAKeyboardBinding(second.get()));
+    int secondIndex = model->AddKeyboardBinding(_di_IOTAKeyboardBinding(second.get()));
     EXPECT_EQ(model->DispatchKey(0x40BC), krHandled);
-    EXPECT_EQ(second->calls, 1);
-    EXPECT_EQ(first->calls, 1);
+    EXPECT_EQ(std::make_pair(second->calls, binding->calls), std::make_pair(1, 2));
+    model->RemoveKeyboardBinding(secondIndex);
+    model->RemoveKeyboardBinding(index);
+    EXPECT_EQ(model->DispatchKey(0x40BC), krUnhandled);
+    EXPECT_EQ(binding->calls, 2);
+    EXPECT_EQ(model->KeyBindingCount(), 0);
 }
 
 TEST_F(ModelTest, TheServicesAnswerEachServiceInterface) {
     _di_IBorlandIDEServices services(model.get());
-    EXPECT_TRUE(Supports<IOTAModuleServices>(services));
-    EXPECT_TRUE(Supports<IOTAEditorServices>(services));
-    EXPECT_TRUE(Supports<IOTAServices>(services));
-    EXPECT_TRUE(Supports<IOTAActionServices>(services));
-    EXPECT_TRUE(Supports<INTAServices>(services));
-    EXPECT_TRUE(Supports<IOTAKeyboardServices>(services));
+    EXPECT_TRUE((Supports<IOTAModuleServices>(services) && Supports<IOTAEditorServices>(services) &&
+                 Supports<IOTAServices>(services) && Supports<IOTAActionServices>(services) &&
+                 Supports<INTAServices>(services) && Supports<IOTAKeyboardServices>(services)));
     EXPECT_FALSE(Supports<IOTAModule>(services));
     _di_INTAServices nta = Query<INTAServices>(services);
     EXPECT_EQ(nta->GetMainMenu(), nullptr);
