@@ -89,7 +89,9 @@ TEST_F(PackagesTest, APackageThatFailsIsReportedNotKeptAndTheRestStillLoads) {
         EXPECT_NE(loader.Reports()[0].find(c.report), std::string::npos) << loader.Reports()[0];
         ASSERT_EQ(errors.size(), 1u) << c.file;
         EXPECT_NE(errors[0].find(c.report), std::string::npos) << errors[0];
-        if (c.dropped) EXPECT_TRUE(loader.Packages().empty()) << c.file;
+        if (c.dropped) {
+            EXPECT_TRUE(loader.Packages().empty()) << c.file;
+        }
     }
     // The IDE still works: a good package loads after a bad one, and a command runs.
     TPackageLoader loader;

@@ -544,7 +544,7 @@ TEST_F(WorkbenchTest, AReadOnlyBufferRefusesTypingAndSaysSo) {
     EXPECT_TRUE(errors.empty()) << "a refused key is a beep, not an error";
 }
 
-TEST_F(WorkbenchTest, FindMarksTheNextMatchIgnoringCaseAndSearchAgainGoesOn) {
+TEST_F(WorkbenchTest, FindMarksTheNextMatchIgnoringCaseSearchAgainGoesOnAndGoToFindsTheLine) {
     TEditView* v = Open("Main.pas");
     AnswerInput(QStringLiteral("tmainform"));
     Command("SearchFindCommand");
@@ -554,10 +554,7 @@ TEST_F(WorkbenchTest, FindMarksTheNextMatchIgnoringCaseAndSearchAgainGoesOn) {
     Command("SearchAgainCommand");
     EXPECT_GT(v->Cursor().Row, first);
     EXPECT_EQ(v->Buffer().BlockText(), "TMainForm");
-}
-
-TEST_F(WorkbenchTest, GoToLineMovesTheCursorAndScrollsItIntoView) {
-    TEditView* v = Open("Main.pas");
+    // Go to line moves the cursor and scrolls it into view.
     int last = v->Buffer().GetLinesInBuffer();
     AnswerInput(last);
     Command("SearchGoToCommand");
@@ -569,24 +566,7 @@ TEST_F(WorkbenchTest, GoToLineMovesTheCursorAndScrollsItIntoView) {
 // ---------------------------------------------------------------------------------------------
 // Closing through "Confirm"
 
-TEST_F(WorkbenchTest, ClosingAModifiedUnitAsksConfirmAndNoDropsTheChanges) {
-    Open("Utils.pas");
-    std::string onDisk = testfiles::ReadFile(File("Utils.pas"));
-    QTest::keyClicks(Editor(), "changed");
-    bool seenByCrtlUtils = false;
-    WhenModal([&](QWidget* box) {
-        seenByCrtlUtils = zelvane::GetActiveForm("confirm") == box;
-        EXPECT_EQ(box->windowTitle(), QStringLiteral("Confirm"));
-        qobject_cast<QMessageBox*>(box)->button(QMessageBox::No)->click();
-    });
-    Command("FileCloseCommand");
-    EXPECT_TRUE(seenByCrtlUtils) << "the unit list waits for this form";
-    EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
-    EXPECT_EQ(TabTexts(), Strings({"Main"}));
-    EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")), onDisk);
-}
-
-TEST_F(WorkbenchTest, CancelInConfirmKeepsTheUnitOpenAndYesSavesIt) {
+TEST_F(WorkbenchTest, ClosingAModifiedUnitAsksConfirmCancelKeepsItYesSavesNoDropsTheChanges) {
     Open("Utils.pas");
     QTest::keyClicks(Editor(), "kept");
     AnswerConfirm(QMessageBox::Cancel);
@@ -602,7 +582,22 @@ TEST_F(WorkbenchTest, CancelInConfirmKeepsTheUnitOpenAndYesSavesIt) {
     AnswerConfirm(QMessageBox::Yes);
     Command("FileCloseCommand");
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
-    EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")).substr(0, 4), "kept");
+    const std::string onDisk = testfiles::ReadFile(File("Utils.pas"));
+    EXPECT_EQ(onDisk.substr(0, 4), "kept");
+    // No drops the changes; the unit list waits for the box by its caption.
+    Open("Utils.pas");
+    QTest::keyClicks(Editor(), "changed");
+    bool seenByCrtlUtils = false;
+    WhenModal([&](QWidget* box) {
+        seenByCrtlUtils = zelvane::GetActiveForm("confirm") == box;
+        EXPECT_EQ(box->windowTitle(), QStringLiteral("Confirm"));
+        qobject_cast<QMessageBox*>(box)->button(QMessageBox::No)->click();
+    });
+    Command("FileCloseCommand");
+    EXPECT_TRUE(seenByCrtlUtils);
+    EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
+    EXPECT_EQ(TabTexts(), Strings({"Main"}));
+    EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")), onDisk);
 }
 
 TEST_F(WorkbenchTest, AnUnmodifiedUnitClosesWithoutAQuestion) {
