@@ -66,7 +66,7 @@ TEST_F(ExpMngTest, TheClassTableRefusesBadSlotsAndTwiceRegisteredExperts) {
     EXPECT_EQ(table[99].ExpName, "Other");
 }
 
-TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndLabels) {
+TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndTheSharedClassesLabels) {
     TSettings a, b;
     AddStoredData(&a, "AData", "Settings of A", "[TSettings]\r\nX=x");
     AddStoredData(&b, "BData", "", "");
@@ -81,10 +81,7 @@ TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndLabels) {
     RemoveStoredData(&a);
     ASSERT_EQ(data->Count(), 1);
     EXPECT_EQ(data->GetItem(0)->NestedObject, &b);
-}
-
-TEST_F(ExpMngTest, TheEditorsLabelsAreTheSharedClassesSectionsThenTheRegisteredOnes) {
-    TSettings a;
+    // The editor's labels are the shared classes' sections, then the registered ones.
     AddStoredData(&a, "AData", "", "[TSettings]\r\nX=x");
     rtl::TStringList lines;
     lines.SetText(TExpManager::TranslatingTable());

@@ -20,14 +20,11 @@ protected:
 
 TEST_F(LocaleTest, ThePackageHoldsTheTextsAsTheyStand) {
     const std::pair<int, const char*> texts[] = {
-        {SSpecialSettings, "Special settings"},
-        {SLabelItemCaption, "menu item\x92s text"},
+        {SSpecialSettings, "Special settings"}, {SLabelItemCaption, "menu item\x92s text"},
         {SLabelSafeStringMoving, "Drag selected block##with safe mode"},
         {SNegativeFileSize, "New file size should not be less than zero."},
-        {51080, "Processor\x92s registers"},
-        {51206, "Enable enhanced darw##for the list items"},
-        {51264, "Hotkey for modules sort"},
-        {65523, "##"},
+        {51080, "Processor\x92s registers"}, {51206, "Enable enhanced darw##for the list items"},
+        {51264, "Hotkey for modules sort"}, {65523, "##"},
     };
     for (const auto& [id, text] : texts) {
         EXPECT_EQ(LocaleStr(id), text) << id;
@@ -37,7 +34,7 @@ TEST_F(LocaleTest, ThePackageHoldsTheTextsAsTheyStand) {
     EXPECT_EQ(DefaultLocaleStr(1), "Not found");
 }
 
-TEST_F(LocaleTest, AModuleTranslatesWhatItHoldsAndThePackageGivesTheRest) {
+TEST_F(LocaleTest, AModuleTranslatesWhatItHoldsThePackageTheRestAndOneThatFailsNothing) {
     LoadNewLanguage(ZELVANE_TEST_LANGUAGE);
     ASSERT_TRUE(frLocale().Loaded);
     EXPECT_EQ(LocaleStr(SExpertsSettings), "Experteneinstellungen");
@@ -50,9 +47,7 @@ TEST_F(LocaleTest, AModuleTranslatesWhatItHoldsAndThePackageGivesTheRest) {
     EXPECT_FALSE(frLocale().Loaded);
     EXPECT_EQ(LocaleStr(SExpertsSettings), "Experts settings");
     EXPECT_EQ(ResStr(SNegativeFileSize), "New file size should not be less than zero.");
-}
-
-TEST_F(LocaleTest, AModuleThatFailsToLoadCountsAsLoadedAndLeavesEnglish) {
+    // A module that fails to load counts as loaded and leaves English.
     LoadNewLanguage("/nonexistent/zelv_rus.dll");
     EXPECT_TRUE(frLocale().Loaded);
     EXPECT_EQ(LocaleStr(SExpertsSettings), "Experts settings");

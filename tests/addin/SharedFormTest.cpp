@@ -47,7 +47,7 @@ protected:
     TTestManager manager;
 };
 
-TEST_F(SharedForm, AFirstShowingIsCentredAndTheHotKeyStoresThePlace) {
+TEST_F(SharedForm, AFirstShowingIsCentredTheHotKeyOrAskedClosingStoresThePlaceAndItComesBack) {
     manager.GetFormSetting()->SavePlacementShortCut = "Ctrl+Alt+P";
     auto form = MakeForm<TSharedForm>(nullptr, &manager);
     EXPECT_EQ(form->scSavePlacement()->shortcut(), QKeySequence(QStringLiteral("Ctrl+Alt+P")));
@@ -61,12 +61,10 @@ TEST_F(SharedForm, AFirstShowingIsCentredAndTheHotKeyStoresThePlace) {
     EXPECT_EQ(manager.GetFormSetting()->FormPlacement, "") << "closing stores nothing unasked";
     form->scSavePlacement()->trigger();
     EXPECT_EQ(manager.GetFormSetting()->FormPlacement, "0,1,0,0,0,0,10,20,210,120");
-}
-
-TEST_F(SharedForm, TheStoredPlaceComesBackAndClosingStoresItWhenAsked) {
+    // The stored place comes back, and closing stores it when asked.
     manager.GetFormSetting()->FormPlacement = "0,1,0,0,0,0,30,40,330,240";
     manager.GetFormSetting()->AutoSavePlacement = true;
-    auto form = MakeForm<TSharedForm>(nullptr, &manager);
+    form = MakeForm<TSharedForm>(nullptr, &manager);
     form->show();
     EXPECT_EQ(form->geometry(), QRect(30, 40, 300, 200));
     form->move(50, 60);

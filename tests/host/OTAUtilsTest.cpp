@@ -101,12 +101,11 @@ TEST_F(OTAUtilsTest, ASingleLooseProjectIsActiveTwoGiveNoneAndAGroupSettlesIt) {
     ASSERT_TRUE(group);
     EXPECT_TRUE(GetActiveProject() == group->GetActiveProject());
     EXPECT_EQ(GetActiveProject()->GetFileName(), File("Example.dpr"));
-}
-
-TEST_F(OTAUtilsTest, AnEmptyGroupGivesNoProject) {
+    // An empty group gives none: loose projects do not count once a group is open.
+    model->CloseAll();
     testfiles::WriteFile(File("Empty.bpg"),
                          "VERSION = BWS.01\r\nPROJECTS =\r\ndefault: $(PROJECTS)\r\n");
-    OpenExample(); // a loose project does not count once a group is open
+    OpenExample();
     model->OpenProjectFile(File("Empty.bpg"));
     EXPECT_FALSE(GetActiveProject());
 }
@@ -181,12 +180,9 @@ TEST_F(OTAUtilsTest, TheKindFilterTellsFormsDataModulesFramesAndReports) {
         bool Found;
     };
     const Case cases[] = {
-        {"Main.pas", {pfkForm}, true},
-        {"Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}, false},
-        {"DataMod.pas", {pfkDataModule}, true},
-        {"DataMod.pas", {pfkForm}, false},
-        {"Frame1.pas", {pfkFrame}, true},
-        {"Frame1.pas", {pfkForm}, false},
+        {"Main.pas", {pfkForm}, true}, {"Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}, false},
+        {"DataMod.pas", {pfkDataModule}, true}, {"DataMod.pas", {pfkForm}, false},
+        {"Frame1.pas", {pfkFrame}, true}, {"Frame1.pas", {pfkForm}, false},
         {"Report.pas", {pfkQuickRep}, true},
         {"Report.pas", {pfkForm, pfkFrame, pfkDataModule}, false},
         // A grandchild of TQuickRep is no report for the filter, and no form either.
@@ -293,7 +289,7 @@ TEST_F(OTAUtilsTest, TheProjectsModulesAndTheirNames) {
 // ---------------------------------------------------------------------------------------------
 // The IDE's windows
 
-TEST_F(OTAUtilsTest, TheEditorFormIsTheTopViewsWindowForm) {
+TEST_F(OTAUtilsTest, TheEditorFormIsTheTopViewsWindowFormAndFoundOnlyWhenVisible) {
     QWidget form;
     form.setObjectName("EditWindow_0");
     QWidget* editor = new QWidget(&form);
@@ -310,6 +306,16 @@ TEST_F(OTAUtilsTest, TheEditorFormIsTheTopViewsWindowForm) {
     EXPECT_EQ(GetEditorFormComponent("editor"), editor);
     EXPECT_EQ(GetEditorFormComponent("TABCONTROL"), tabs); // found at any depth
     EXPECT_EQ(GetEditorFormComponent("Missing"), nullptr);
+    // Found by its name only when visible.
+    QWidget other, edit;
+    other.setObjectName("AppBuilder");
+    edit.setObjectName("EditWindow_1");
+    other.show();
+    EXPECT_EQ(FindEditorForm(), nullptr);
+    edit.show();
+    EXPECT_EQ(FindEditorForm(), &edit);
+    edit.hide();
+    EXPECT_EQ(FindEditorForm(), nullptr);
 }
 
 TEST_F(OTAUtilsTest, TheSecondEditorFormFollowsTheActiveSourceEditor) {
@@ -328,18 +334,6 @@ TEST_F(OTAUtilsTest, TheSecondEditorFormFollowsTheActiveSourceEditor) {
     EXPECT_EQ(GetEditorForm2(), nullptr);
     model->OpenView(frame->SourceEditor(), window);
     EXPECT_EQ(GetEditorForm2(), &second);
-}
-
-TEST_F(OTAUtilsTest, TheEditorFormIsFoundOnlyWhenVisible) {
-    QWidget other, edit;
-    other.setObjectName("AppBuilder");
-    edit.setObjectName("EditWindow_1");
-    other.show();
-    EXPECT_EQ(FindEditorForm(), nullptr);
-    edit.show();
-    EXPECT_EQ(FindEditorForm(), &edit);
-    edit.hide();
-    EXPECT_EQ(FindEditorForm(), nullptr);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -466,9 +460,8 @@ TEST_F(ShowModuleTest, EachKindShowsOrOpensItsFiles) {
         EXPECT_EQ(log, c.Log) << c.Files[0] << " kind " << static_cast<int>(c.Kind) << " "
                               << c.FormOnly << c.Displacing;
     }
-}
-
-TEST_F(ShowModuleTest, ADesignClassOpensTheModuleAndShowsNothing) {
+    // A design class opens the module and shows nothing.
+    log.clear();
     ShowModule(Module({"U.pas", "U.dfm"}), mnkDesignClass, false, false);
     EXPECT_EQ(info->opened, 1);
     ShowModule(nullptr, mnkUnit, false, false);

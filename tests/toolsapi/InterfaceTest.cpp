@@ -42,25 +42,19 @@ public:
 
 } // namespace
 
-TEST(InterfaceIds, ParsedAtCompileTimeAsTheRuntimeParsesThem) {
+TEST(InterfaceIds, ParsedAtCompileTimeAsTheRuntimeParsesThemAndUnique) {
     constexpr TGUID g = Guid("{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}");
     EXPECT_EQ(g, rtl::TGUID::FromString("{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}"));
     EXPECT_EQ(g.D1, 0xF17A7BCDu);
     EXPECT_EQ(g.D4[7], 0xB3);
-}
-
-TEST(InterfaceIds, EveryInterfaceHasItsOwnIdAndTheIDEsPublishedOnesAreKept) {
-    std::vector<TGUID> ids = {IBorlandIDEServices::IID, IOTANotifier::IID,
-                              IOTAWizard::IID,          IOTAMenuWizard::IID,
-                              IOTAIDENotifier::IID,     IOTAFormNotifier::IID,
-                              IOTAEditor::IID,          IOTAEditBuffer::IID,
-                              IOTABufferOptions::IID,   IOTAEditView::IID,
-                              IOTAEditBlock::IID,       IOTAEditPosition::IID,
-                              IOTAEditActions::IID,     INTAEditWindow::IID,
-                              IDesigner::IID,           IOTAComponent::IID,
-                              IOTAModule::IID,          IOTAModuleInfo::IID,
-                              IOTAKeyboardBinding::IID, IOTAKeyBindingServices::IID,
-                              IOTAKeyContext::IID,      IID_IInterface};
+    // Every interface has its own id, and the IDE's published ones are kept.
+    std::vector<TGUID> ids = {
+        IBorlandIDEServices::IID, IOTANotifier::IID, IOTAWizard::IID, IOTAMenuWizard::IID,
+        IOTAIDENotifier::IID, IOTAFormNotifier::IID, IOTAEditor::IID, IOTAEditBuffer::IID,
+        IOTABufferOptions::IID, IOTAEditView::IID, IOTAEditBlock::IID, IOTAEditPosition::IID,
+        IOTAEditActions::IID, INTAEditWindow::IID, IDesigner::IID, IOTAComponent::IID,
+        IOTAModule::IID, IOTAModuleInfo::IID, IOTAKeyboardBinding::IID,
+        IOTAKeyBindingServices::IID, IOTAKeyContext::IID, IID_IInterface};
     const std::pair<TGUID, const char*> published[] = {
         {IOTAModuleServices::IID, "{F17A7BCD-E07D-11D1-AB0B-00C04FB16FB3}"},
         {IOTAEditorServices::IID, "{C2812BA7-C48D-11D2-9AE8-00A02457621F}"},
@@ -114,7 +108,7 @@ TEST(Counting, TheObjectGoesWithItsLastReference) {
     }
 }
 
-TEST(Queries, AnObjectAnswersEachOfItsFacetsAndNoOther) {
+TEST(Queries, AnObjectAnswersEachOfItsFacetsAndParentsAndNoOtherAndFacetsAreOneIdentity) {
     liveObjects = 0;
     {
         _di_IOTAEditActions actions(MakeInterfaced<TTwoFacets>());
@@ -132,10 +126,7 @@ TEST(Queries, AnObjectAnswersEachOfItsFacetsAndNoOther) {
                      Supports<IOTAEditBlock>(_di_IOTAEditActions()));
     }
     EXPECT_EQ(liveObjects, 0);
-}
-
-TEST(Queries, AnInterfaceAnswersForItsParentInterfaces) {
-    liveObjects = 0;
+    // An interface answers for its parent interfaces.
     {
         _di_IOTAMenuWizard wizard(MakeInterfaced<TWizard>());
         _di_IOTAWizard plain;
@@ -147,9 +138,7 @@ TEST(Queries, AnInterfaceAnswersForItsParentInterfaces) {
         EXPECT_FALSE(Supports<IOTAIDENotifier>(wizard));
     }
     EXPECT_EQ(liveObjects, 0);
-}
-
-TEST(Identity, TwoFacetsOfOneObjectCompareEqualAndOfTwoObjectsNot) {
+    // Two facets of one object compare equal, of two objects not.
     _di_IOTAEditActions a(MakeInterfaced<TTwoFacets>());
     _di_INTAEditWindow aWindow = Query<INTAEditWindow>(a);
     _di_IOTAEditActions b(MakeInterfaced<TTwoFacets>());
@@ -158,7 +147,7 @@ TEST(Identity, TwoFacetsOfOneObjectCompareEqualAndOfTwoObjectsNot) {
               (std::vector<bool>{true, false, false, true, false}));
 }
 
-TEST(HostGlobals, WizardsGoToTheHostOnlyWhenOneTakesThem) {
+TEST(HostGlobals, WizardsGoToTheHostOnlyWhenOneTakesThemAndServicesNeedOne) {
     liveObjects = 0;
     {
         _di_IOTAWizard wizard(MakeInterfaced<TWizard>());
@@ -179,9 +168,7 @@ TEST(HostGlobals, WizardsGoToTheHostOnlyWhenOneTakesThem) {
         SetRegisterWizardProc(nullptr);
     }
     EXPECT_EQ(liveObjects, 0);
-}
-
-TEST(HostGlobals, ServicesAreEmptyWithoutAHost) {
+    // Services are empty without a host.
     BorlandIDEServices = nullptr;
     EXPECT_FALSE(IDEService<IOTAModuleServices>());
     EXPECT_FALSE(IDEService<INTAServices>());

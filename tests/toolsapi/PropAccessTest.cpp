@@ -16,7 +16,7 @@ using namespace ToolsAPI;
 
 namespace {
 
-TEST(PropAccess, PropertiesAreReadAndWrittenByNameInAnyCase) {
+TEST(PropAccess, PropertiesAndComponentsAreFoundByNameInAnyCase) {
     QTimer timer;
     timer.setObjectName(QString::fromUtf8("Timer\u2019s"));
     SetOrdProp(&timer, "Interval", 40);
@@ -43,6 +43,16 @@ TEST(PropAccess, PropertiesAreReadAndWrittenByNameInAnyCase) {
     EXPECT_EQ(GetOrdProp(&o, "wide"), 0x123456789);
     EXPECT_EQ(GetStrProp(&o, "text"), "raw");
     EXPECT_EQ(GetObjectProp(&o, "child"), &timer);
+    // FindComponent looks at every depth in any case.
+    QObject form, splitter, pane, other;
+    splitter.setParent(&form);
+    pane.setParent(&splitter);
+    pane.setObjectName("DumpView");
+    other.setObjectName("StackView"); // not on the form
+    EXPECT_EQ((std::vector<QObject*>{FindComponent(&form, "dumpview"),
+                                     FindComponent(&form, "StackView"), FindComponent(&form, ""),
+                                     FindComponent(nullptr, "DumpView")}),
+              (std::vector<QObject*>{&pane, nullptr, nullptr, nullptr}));
 }
 
 TEST(PropAccess, WhatCannotBeDoneRaisesThePlatformsErrors) {
@@ -64,19 +74,6 @@ TEST(PropAccess, WhatCannotBeDoneRaisesThePlatformsErrors) {
             EXPECT_EQ(e.Message(), message);
         }
     }
-}
-
-TEST(PropAccess, FindComponentLooksAtEveryDepthInAnyCase) {
-    QObject form, splitter, pane, other;
-    splitter.setParent(&form);
-    pane.setParent(&splitter);
-    pane.setObjectName("DumpView");
-    other.setObjectName("StackView"); // not on the form
-    EXPECT_EQ(FindComponent(&form, "DumpView"), &pane);
-    EXPECT_EQ(FindComponent(&form, "dumpview"), &pane);
-    EXPECT_EQ(FindComponent(&form, "StackView"), nullptr);
-    EXPECT_EQ(FindComponent(&form, ""), nullptr);
-    EXPECT_EQ(FindComponent(nullptr, "DumpView"), nullptr);
 }
 
 } // namespace

@@ -10,14 +10,11 @@ using namespace ToolsAPI;
 
 namespace {
 
-TEST(QtText, Cp1251RoundTripsThroughQString) {
+TEST(QtBridge, Cp1251TextAndEveryNamedKeyRoundTrip) {
     const std::string bytes = "Expert\x92s \xCF\xF0\xE8\xE2\xE5\xF2";
     QString text = FromBytes(bytes);
     EXPECT_EQ(text, QString::fromUtf8("Expert\u2019s Привет"));
     EXPECT_EQ(ToBytes(text), bytes);
-}
-
-TEST(ShortCutKeys, EveryNamedKeyTurnsIntoASequenceAndBack) {
     const char* texts[] = {"Ctrl+.",   "Ctrl+,", "Shift+Ctrl+,", "Ctrl+;",    "Ctrl+A",
                            "Alt+F4",   "F11",    "Esc",          "Ctrl+S",    "Shift+Del",
                            "Ctrl+`",   "Ctrl+[", "Ctrl+]",       "Ctrl+\\",   "Ctrl+'",
