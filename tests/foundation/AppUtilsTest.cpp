@@ -244,7 +244,7 @@ TEST(WinPlacement, GoesThroughTheWindowSystem) {
 
 // --- hidden windows and keys -----------------------------------------------------------------
 
-TEST(HiddenWindow, MadeAndDestroyedThroughTheWindowSystem) {
+TEST(WindowSystem, HiddenWindowsAndKeyStatesGoThroughIt) {
     std::vector<std::string> calls;
     TWndProc made;
     int dummy = 0;
@@ -255,7 +255,11 @@ TEST(HiddenWindow, MadeAndDestroyedThroughTheWindowSystem) {
         return static_cast<HWND>(&dummy);
     };
     ws.DestroyWindow = [&](HWND w) { calls.push_back(w == &dummy ? "destroy" : "destroy ?"); };
+    ws.GetKeyState = [](int vk) -> int16_t { return vk == 0x11 ? int16_t(-128) : int16_t(1); };
     WindowSystemGuard guard(ws);
+    // A key is down when its state is negative: 0x10 is toggled, not down.
+    EXPECT_EQ((std::vector<bool>{ServiceKeyPressed(0x11), ServiceKeyPressed(0x10)}),
+              (std::vector<bool>{true, false}));
     HWND wnd = nullptr;
     EXPECT_TRUE(AllocHWnd(wnd, [](HWND, uint32_t msg, uintptr_t, intptr_t) {
         return static_cast<intptr_t>(msg + 1);
@@ -282,15 +286,6 @@ TEST(WindowSystem, WithoutOneNothingIsMadeOrPlacedOrPressed) {
     EXPECT_NO_THROW(DeallocHWnd(nullptr));
 }
 
-TEST(ServiceKeyPressed, DownWhenTheStateIsNegative) {
-    TWindowSystem ws;
-    ws.GetKeyState = [](int vk) -> int16_t { return vk == 0x11 ? int16_t(-128) : int16_t(1); };
-    WindowSystemGuard guard(ws);
-    // 0x10 is toggled, not down.
-    EXPECT_EQ((std::vector<bool>{ServiceKeyPressed(0x11), ServiceKeyPressed(0x10)}),
-              (std::vector<bool>{true, false}));
-}
-
 // --- objects ---------------------------------------------------------------------------------
 
 namespace {
@@ -300,7 +295,7 @@ struct NotAnObject {
 };
 } // namespace
 
-TEST(LooksLikeObject, TellsObjectsFromOtherMemory) {
+TEST(Objects, LooksLikeObjectTellsObjectsFromOtherMemoryAndGetInterfaceNamesTheClass) {
     rtl::TObject obj;
     ETestError err("x");
     NotAnObject other;
@@ -311,10 +306,7 @@ TEST(LooksLikeObject, TellsObjectsFromOtherMemory) {
                   LooksLikeObject(&other), LooksLikeObject(plain), LooksLikeObject(nullptr),
                   LooksLikeObject(reinterpret_cast<void*>(16)), LooksLikeObject(&word)}),
               (std::vector<bool>{true, true, false, false, false, false, false}));
-}
-
-TEST(ObjGetInterface, FailsWithTheClassName) {
-    rtl::TObject obj;
+    // Getting an interface the object lacks fails with the class name.
     try {
         ObjGetInterface(&obj, rtl::TGUID::FromString("{00000000-0000-0000-C000-000000000046}"));
         FAIL();

@@ -114,15 +114,13 @@ TEST(CharPos, ForwardReverseAndCaseInsensitiveWithinBounds) {
     ExpectPositions(cases);
     EXPECT_EQ(CharPos("abcabc", 'b'), 2); // the defaults: forward from 1, reverse from the end
     EXPECT_EQ(CharPosR("abcabc", 'b'), 5);
-}
-
-TEST(FindCharPos, ReturnsWhetherFoundAndThePosition) {
-    const FindCase<char> cases[] = {
+    // The Find ones return whether found and the position.
+    const FindCase<char> finds[] = {
         {FindCharPos, "a=b", '=', 1, true, 2},    {FindCharPos, "ab", '=', 1, false, 0},
         {FindCharPosI, "aXb", 'x', 1, true, 2},   {FindCharPosR, "a=b=c", '=', -1, true, 4},
         {FindCharPosRI, "aXbx", 'X', 3, true, 2},
     };
-    ExpectFinds(cases);
+    ExpectFinds(finds);
 }
 
 TEST(CopyToChar, TextFromStartUpToTheByteOrReverseAfterItUpToStart) {
@@ -205,16 +203,13 @@ TEST(StringPos, ForwardReverseAndBounds) {
     ExpectPositions(cases);
     EXPECT_EQ(StringPos("one two one", "one"), 1);
     EXPECT_EQ(StringPosR("one two one", "one"), 9);
-}
-
-TEST(FindStrPos, AllFour) {
-    const FindCase<std::string_view> cases[] = {
+    const FindCase<std::string_view> finds[] = {
         {FindStrPos, "begin end", "end", 1, true, 7}, {FindStrPos, "begin end", "END", 1, false, 0},
         {FindStrPosI, "begin end", "END", 1, true, 7},
         {FindStrPosR, "(* a *) (* b *)", "(*", -1, true, 9},
         {FindStrPosRI, "AbAB", "ab", 2, true, 1},
     };
-    ExpectFinds(cases);
+    ExpectFinds(finds);
 }
 
 TEST(CopyToStr, ForwardAndReverse) {
@@ -332,8 +327,8 @@ TEST(GetWord, TrueForAWord) {
 
 TEST(FindWordInLine, LooksOnlyAtTheFirstWord) {
     int pos = 0;
-    EXPECT_TRUE(FindWordInLine("  BEGIN x", "begin", pos));
-    EXPECT_EQ(pos, 8);
-    EXPECT_FALSE(FindWordInLine("   ", "begin", pos));
-    EXPECT_FALSE(FindWordInLine("x begin", "begin", pos));
+    EXPECT_EQ((std::vector<int>{FindWordInLine("  BEGIN x", "begin", pos), pos,
+                                FindWordInLine("   ", "begin", pos),
+                                FindWordInLine("x begin", "begin", pos)}),
+              (std::vector<int>{true, 8, false, false}));
 }

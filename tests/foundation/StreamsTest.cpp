@@ -188,7 +188,7 @@ TEST_F(MappedFile, StringReaderOwnsAMappedFileOfItsOwn) {
 
 // --- TMappedFileStream -----------------------------------------------------------------------
 
-TEST_F(MappedFile, ReadsTheFileThroughTheViewAndWritesNeverGrowIt) {
+TEST_F(MappedFile, ReadsTheFileThroughTheViewWritesNeverGrowItAndSavesIt) {
     WriteFile(name, "0123456789");
     TMappedFileStream r(name, true, 0, true);
     EXPECT_TRUE(r.Mapped());
@@ -203,6 +203,14 @@ TEST_F(MappedFile, ReadsTheFileThroughTheViewAndWritesNeverGrowIt) {
         w.FlushView();
     }
     EXPECT_EQ(ReadFile(name), "01234567XY");
+    // It saves to a stream and to a file.
+    const std::string copy = TempName("save.copy");
+    rtl::TStringStream s;
+    TMappedFileStream saved(name, true, 0, true);
+    saved.SaveToStream(&s);
+    saved.SaveToFile(copy);
+    EXPECT_EQ((Strings{s.DataString(), ReadFile(copy)}), (Strings{"01234567XY", "01234567XY"}));
+    fs::remove(copy);
 }
 
 TEST_F(MappedFile, NewSizeGrowsOrCreatesTheFile) {
@@ -228,7 +236,7 @@ TEST_F(MappedFile, SeekHasNoBoundsCheck) {
               (Ints{-5, 0, 0, 2, 9, 1, '9', 110, 0, 0}));
 }
 
-TEST_F(MappedFile, UnmappedStreamReadsAndWritesNothing) {
+TEST_F(MappedFile, UnmappedStreamReadsAndWritesNothingAndSizeErrorsByNumber) {
     WriteFile(name, "data");
     TMappedFileStream m(name, false, 0, false);
     EXPECT_FALSE(m.Mapped());
@@ -241,9 +249,7 @@ TEST_F(MappedFile, UnmappedStreamReadsAndWritesNothing) {
     m.SetPosition(0);
     reads.push_back(Take(m, 4));
     EXPECT_EQ(reads, (Strings{"", "data", ""}));
-}
-
-TEST_F(MappedFile, SizeErrorsByNumber) {
+    // Size errors by number.
     WriteFile(name, "abc");
     Strings errors = {MFError([&] { TMappedFileStream m(name, true, -1, false); }),
                       MFError([&] { TMappedFileStream m(name, true, 1, true); })};
@@ -270,17 +276,6 @@ TEST_F(MappedFile, OverAHandleThatItDoesNotOwn) {
     }
     EXPECT_NE(fcntl(fd, F_GETFD), -1); // still open
     close(fd);
-}
-
-TEST_F(MappedFile, SaveToStreamAndFile) {
-    const std::string copy = TempName("save.copy");
-    WriteFile(name, "saved bytes");
-    TMappedFileStream m(name, true, 0, true);
-    rtl::TStringStream s;
-    m.SaveToStream(&s);
-    m.SaveToFile(copy);
-    EXPECT_EQ((Strings{s.DataString(), ReadFile(copy)}), (Strings{"saved bytes", "saved bytes"}));
-    fs::remove(copy);
 }
 
 TEST(MappedFileStream, NamedRegionIsSharedBetweenStreamsAndMustExistToBeReadOnly) {
