@@ -79,16 +79,6 @@ TEST_F(OTAUtilsTest, WithoutServicesEverythingIsEmpty) {
         std::vector<bool>(11, true));
 }
 
-TEST_F(OTAUtilsTest, TheKeyboardServicesAndTheFormTypeComeFromTheIDE) {
-    EXPECT_TRUE(OTAKeyboardServices() == _di_IOTAKeyboardServices(model.get()));
-    // No designer is up before a form is open.
-    EXPECT_EQ(GetProjectFormType(), "");
-    OpenExample();
-    Open("Settings.pas");
-    EXPECT_EQ(GetProjectFormType(), "dfm");
-    EXPECT_EQ(GetProjectFormExt(), ".dfm");
-}
-
 TEST_F(OTAUtilsTest, ASingleLooseProjectIsActiveTwoGiveNoneAndAGroupSettlesIt) {
     _di_IOTAProject project = OpenExample();
     EXPECT_TRUE(GetActiveProject() == project);
@@ -143,13 +133,18 @@ TEST_F(OTAUtilsTest, FormAndSourceEditorsAreSeparateFacetsAndOnlyTheFormHasARoot
     EXPECT_EQ(GetFormFromEditor(nullptr), nullptr);
 }
 
-TEST_F(OTAUtilsTest, TheActiveModuleAndEditorsAreThoseOfTheCurrentOne) {
+TEST_F(OTAUtilsTest, TheActiveModuleEditorsKeyboardAndFormTypeAreTheIDEsCurrentOnes) {
+    EXPECT_TRUE(OTAKeyboardServices() == _di_IOTAKeyboardServices(model.get()));
+    // No designer is up before a form is open.
+    EXPECT_EQ(GetProjectFormType(), "");
     EXPECT_FALSE(GetActiveModule());
     Open("Utils.pas");
     Open("Main.pas");
     EXPECT_EQ(GetActiveModule()->GetFileName(), File("Main.pas"));
     EXPECT_EQ(GetActiveFormEditor()->GetFileName(), File("Main.dfm"));
     EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Main.pas"));
+    EXPECT_EQ(GetProjectFormType(), "dfm");
+    EXPECT_EQ(GetProjectFormExt(), ".dfm");
     Open("Utils.pas");
     EXPECT_FALSE(GetActiveFormEditor());
     EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Utils.pas"));
