@@ -81,8 +81,8 @@ TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndTheSharedClassesLa
     RemoveStoredData(&a);
     ASSERT_EQ(data->Count(), 1);
     EXPECT_EQ(data->GetItem(0)->NestedObject, &b);
-    // The editor's labels are the shared classes' sections, then the registered ones.
-    AddStoredData(&a, "AData", "", "[TSettings]\r\nX=x");
+    // The editor's labels are the shared classes' sections, then the registered ones, which
+    // stay when their object goes.
     rtl::TStringList lines;
     lines.SetText(TExpManager::TranslatingTable());
     std::vector<std::string> got;
@@ -99,7 +99,6 @@ TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndTheSharedClassesLa
             "AutoSaveSetting=Form properties autosave",
             "SaveSettingShortCut=Hotkey for##form properties save", "Setting=Save form properties",
             "", "[TSettings]", "X=x"}));
-    RemoveStoredData(&a);
 }
 
 TEST_F(ExpMngTest, AMenuItemCopiesOnlyItsKeyAndCaption) {

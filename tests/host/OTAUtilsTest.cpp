@@ -457,6 +457,7 @@ TEST_F(ShowModuleTest, EachKindShowsOrOpensItsFiles) {
     }
     // A design class opens the module and shows nothing.
     log.clear();
+    info->opened = 0;
     ShowModule(Module({"U.pas", "U.dfm"}), mnkDesignClass, false, false);
     EXPECT_EQ(info->opened, 1);
     ShowModule(nullptr, mnkUnit, false, false);
