@@ -94,8 +94,10 @@ TEST_F(IniTest, SectionsAndKeys) {
         std::vector<bool>({true, false, true, false}));
 }
 
-TEST_F(IniTest, MissingFileReadsEmptyAndIsNotCreatedByReading) {
-    TIniFile ini(file);
+TEST_F(IniTest, MissingFileReadsEmptyAndIsNotCreatedByReadingAnUnreadableOneRaises) {
+    TIniFile ini(file), directory(dir);
+    EXPECT_THROW(directory.ReadString("a", "b", ""), EFOpenError);
+    EXPECT_THROW(TMemIniFile{dir}, EFOpenError);
     EXPECT_EQ(ini.ReadString("a", "b", "d"), "d");
     TStringList l;
     ini.ReadSections(&l);
@@ -103,12 +105,6 @@ TEST_F(IniTest, MissingFileReadsEmptyAndIsNotCreatedByReading) {
     ini.EraseSection("a");
     ini.DeleteKey("a", "b");
     EXPECT_FALSE(FileExists(file));
-}
-
-TEST_F(IniTest, UnreadableFileRaises) {
-    TIniFile ini(dir); // a directory
-    EXPECT_THROW(ini.ReadString("a", "b", ""), EFOpenError);
-    EXPECT_THROW(TMemIniFile{dir}, EFOpenError);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -181,12 +177,9 @@ TEST_F(IniTest, TypedWritesReadBack) {
         {ini.ReadDate("D", "At", 3).Value, 3}};
     for (auto [got, want] : dates)
         EXPECT_DOUBLE_EQ(got, want);
-}
-
-TEST_F(IniTest, FloatsFollowTheDecimalSeparator) {
+    // Floats follow the decimal separator.
     char saved = DecimalSeparator;
     DecimalSeparator = ',';
-    TIniFile ini(file);
     ini.WriteFloat("N", "F", 1.5);
     EXPECT_EQ(ini.ReadString("N", "F", ""), "1,5");
     EXPECT_DOUBLE_EQ(ini.ReadFloat("N", "F", 0), 1.5);
@@ -254,7 +247,12 @@ TEST_F(IniTest, ReplaceFileAtomically) {
     EXPECT_THROW(ReplaceFileAtomically("", "x"), EIniFileException);
 }
 
-TEST_F(IniTest, ReadOnlyDirectoryMakesTheWriteFail) {
+TEST_F(IniTest, AMissingOrReadOnlyDirectoryMakesTheWriteFail) {
+    TIniFile missing(Path("no/such/dir/x.ini"));
+    EXPECT_THROW(missing.WriteString("S", "K", "V"), EIniFileException);
+    TMemIniFile mem("");
+    mem.WriteString("S", "K", "V");
+    EXPECT_THROW(mem.UpdateFile(), EIniFileException);
     if (geteuid() == 0) GTEST_SKIP() << "root writes into read-only directories";
     Put(kSample);
     ASSERT_EQ(chmod(dir.c_str(), 0500), 0);
@@ -263,14 +261,6 @@ TEST_F(IniTest, ReadOnlyDirectoryMakesTheWriteFail) {
     chmod(dir.c_str(), 0700);
     EXPECT_EQ(Get(), kSample);
     EXPECT_EQ(DirEntries(), (V{"settings.ini"}));
-}
-
-TEST_F(IniTest, MissingDirectoryMakesTheWriteFail) {
-    TIniFile ini(Path("no/such/dir/x.ini"));
-    EXPECT_THROW(ini.WriteString("S", "K", "V"), EIniFileException);
-    TMemIniFile mem("");
-    mem.WriteString("S", "K", "V");
-    EXPECT_THROW(mem.UpdateFile(), EIniFileException);
 }
 
 TEST_F(IniTest, ReplacingKeepsPermissionsAndSymbolicLinks) {

@@ -374,19 +374,6 @@ TEST(StringListText, WritesCrLfAndReadsEveryBreak) {
     EXPECT_EQ(l.GetText(), "");
 }
 
-TEST(StringListText, RoundTrips) {
-    TFilled a({"first", "", "  indented", "tab\tinside", "", "last"});
-    TStringList b;
-    b.SetText(a.GetText());
-    EXPECT_TRUE(a.Equals(&b));
-    b.SetCommaText(a.GetCommaText());
-    EXPECT_TRUE(a.Equals(&b));
-    a.Delimiter = b.Delimiter = ';';
-    a.QuoteChar = b.QuoteChar = '\'';
-    b.SetDelimitedText(a.GetDelimitedText());
-    EXPECT_TRUE(a.Equals(&b));
-}
-
 TEST(StringListText, CommaText) {
     EXPECT_EQ(TFilled({"a", "b c", "d\"e", "", "f,g"}).GetCommaText(),
               "a,\"b c\",\"d\"\"e\",,\"f,g\"");

@@ -259,11 +259,17 @@ TEST(ObjectModel, CheckedCastRaisesInvalidCast) {
 // ---------------------------------------------------------------------------------------------
 // TPersistent.Assign
 
-TEST(ObjectModel, AssignWithoutSupportNamesBothClasses) {
+TEST(ObjectModel, AssignUsesTheDestinationOrElseTheSourceOrNamesBothClasses) {
     // A TMemo knows how to become a TNote, but not the other way round.
-    TNote note;
+    TNote note, other;
     TRegShape shape;
     TMemo memo;
+    other.Text = "first";
+    note.Assign(&other);
+    EXPECT_EQ(note.Text, "first");
+    memo.Lines = "from memo";
+    note.Assign(&memo); // TNote doesn't know TMemo: the memo's AssignTo does it
+    EXPECT_EQ(note.Text, "from memo");
     EXPECT_EQ(V({MessageOf<EConvertError>([&] { note.Assign(&shape); }),
                  MessageOf<EConvertError>([&] { shape.Assign(&note); }),
                  MessageOf<EConvertError>([&] { note.Assign(nullptr); }),
@@ -273,17 +279,6 @@ TEST(ObjectModel, AssignWithoutSupportNamesBothClasses) {
     // Unowned, a persistent's name path is its class name.
     EXPECT_EQ(note.GetNamePath(), "TNote");
     EXPECT_EQ(note.GetOwner(), nullptr);
-}
-
-TEST(ObjectModel, AssignUsesTheDestinationOrElseTheSource) {
-    TNote a, b;
-    a.Text = "first";
-    b.Assign(&a);
-    EXPECT_EQ(b.Text, "first");
-    TMemo memo;
-    memo.Lines = "from memo";
-    b.Assign(&memo); // TNote doesn't know TMemo: the memo's AssignTo does it
-    EXPECT_EQ(b.Text, "from memo");
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -343,13 +338,6 @@ TEST_F(Registry, UnregisteringRemovesOnlyThatClass) {
     EXPECT_EQ(GetClass("TRegSquare"), objmodel_other::TRegSquare::StaticClass());
 }
 
-TEST_F(Registry, FindClassRaisesClassNotFound) {
-    EXPECT_EQ(MessageOf<EClassNotFound>([] { FindClass("TNoSuchClass"); }),
-              "Class TNoSuchClass not found");
-    // EClassNotFound is a filer error, as the platform has it.
-    EXPECT_THROW(FindClass("TNoSuchClass"), EFilerError);
-}
-
 TEST_F(Registry, CreateInstanceRunsTheVirtualConstructor) {
     RegisterClass(TRegSquare::StaticClass());
     std::unique_ptr<TObject> obj(CreateInstance(FindClass("TRegSquare")));
@@ -399,7 +387,11 @@ TEST_F(Registry, AnArgumentOfTheWrongClassIsRefused) {
     EXPECT_EQ(wrong.Count(), 0);
 }
 
-TEST_F(Registry, ANilOrAbstractClassIsAnErrorNotACrash) {
+TEST_F(Registry, AnUnknownNilOrAbstractClassIsAnErrorNotACrash) {
+    EXPECT_EQ(MessageOf<EClassNotFound>([] { FindClass("TNoSuchClass"); }),
+              "Class TNoSuchClass not found");
+    // EClassNotFound is a filer error, as the platform has it.
+    EXPECT_THROW(FindClass("TNoSuchClass"), EFilerError);
     // As in CreateInstance(GetClass(name)) with a name that isn't registered.
     EXPECT_THROW(CreateInstance(GetClass("TNotRegisteredAnywhere")), Exception);
     EXPECT_THROW(CreateInstance(nullptr, nullptr), Exception);

@@ -101,16 +101,6 @@ TEST(ObjectTextLayout, ScalarValues) {
     EXPECT_EQ(ValueText([](TWriter& w) { w.WriteDate(36526.5); }), Wrap("  P = 36526.5d\r\n"));
 }
 
-TEST(ObjectTextLayout, FloatsKeepAtMostEighteenDigitsAndAlwaysReadAsFloats) {
-    // A double's value needs more than 18 digits in extended precision; it is rounded there.
-    V texts;
-    for (long double v :
-         {0.375L, 100.0L, -2.0L, 0.1L, 1e20L, 1.5e-10L, 1.0L / 3, static_cast<long double>(0.1)})
-        texts.push_back(FormatStreamFloat(v));
-    EXPECT_EQ(texts, V({"0.375", "100.0", "-2.0", "0.1", "1E20", "1.5E-10", "0.333333333333333333",
-                        "0.100000000000000006"}));
-}
-
 // The layout a float's text must have, found by trial with printf and strtold: the fewest
 // significant digits, at most 18, that read back as the value, then %g at the larger of that
 // and the whole digits (at most 18), the exponent without "+" or leading zeros, and ".0" when
@@ -143,7 +133,8 @@ TEST(ObjectTextLayout, FloatTextIsTheShortestThatReadsBack) {
                                      123456789012345678.0L, 1234567890123456789.0L,
                                      99999999999999999.0L, 0.0001220703125L});
     values.insert(values.end(), {0.00006103515625L, 9.5367431640625e-07L, 3.0517578125e-05L, 1e38L,
-                                 2e38L, 1e300L, 0.1L, 1.0L / 3, 65536.5L, -7.75e20L});
+                                 2e38L, 1e300L, 0.1L, 1.0L / 3, 65536.5L, -7.75e20L, 0.375L, 100,
+                                 -2, 1e20L, 1.5e-10L, static_cast<long double>(0.1)});
     // Binary fractions and large whole numbers have short exact decimals; the others come from
     // random bits.
     std::mt19937_64 rng(2024);
@@ -365,24 +356,6 @@ TEST(ObjectTextParser, ClassNamesOfAnyLengthReadBack) {
     }
 }
 
-TEST(ObjectTextParser, NumbersChooseTheirTags) {
-    std::string b = ToBinary("object A: T\r\n  I = 300\r\n  F = 300.0\r\n  S = 1s\r\n"
-                             "  C = 25000c\r\n  D = 2d\r\n  W = 'a'#1046\r\n  N = Null\r\nend\r\n");
-    std::string expected = Bytes({'T', 'P', 'F', '0', 1, 'T', 1, 'A'});
-    auto prop = [&](const char* name, std::string value) {
-        expected += std::string(1, char(std::strlen(name))) + name + value;
-    };
-    prop("I", Bytes({vaInt16, 0x2C, 0x01}));
-    prop("F", Bytes({vaExtended, 0, 0, 0, 0, 0, 0, 0, 0x96, 0x07, 0x40}));
-    prop("S", Bytes({vaSingle, 0, 0, 0x80, 0x3F}));
-    prop("C", Bytes({vaCurrency, 0xA8, 0x61, 0, 0, 0, 0, 0, 0}));
-    prop("D", Bytes({vaDate, 0, 0, 0, 0, 0, 0, 0, 0x40}));
-    prop("W", Bytes({vaWString, 2, 0, 0, 0, 'a', 0, 0x16, 0x04}));
-    prop("N", Bytes({vaNull}));
-    expected += Bytes({0, 0});
-    EXPECT_EQ(b, expected);
-}
-
 TEST(ObjectTextParser, DecimalsReadAsTheNearestExtendedValue) {
     // A float's text becomes the extended value nearest to it, as strtold reads it: decimals of
     // up to 21 digits, up to 30 of them after the point, of either sign, with and without
@@ -588,21 +561,17 @@ TEST(ObjectTextDamage, EveryTruncationAndCorruptedTagsAndLengthsFailCleanly) {
     EXPECT_GT(failures, 0);
 }
 
-TEST(ObjectTextDamage, DeepNestingIsRefusedInBothDirections) {
+TEST(ObjectTextDamage, DeepNestingAndUnknownTagsAreRefused) {
     std::string text = "object A: T\r\n  X = " + std::string(100000, '(') + "\r\nend\r\n";
     EXPECT_THROW(ToBinary(text), EParserError);
     std::string objects;
     for (int i = 0; i < 5000; ++i)
         objects += "object A: T\r\n";
     EXPECT_THROW(ToBinary(objects), EParserError);
-    std::string binary = "TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X'}) + std::string(100000, '\x01');
-    TStringStream in(binary), out;
-    EXPECT_THROW(ObjectBinaryToText(&in, &out), EReadError);
-}
-
-TEST(ObjectTextDamage, UnknownValueTagInBinary) {
-    TStringStream in("TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X', 21, 0, 0})), out;
-    EXPECT_EQ(MessageOf<EReadError>([&] { ObjectBinaryToText(&in, &out); }),
+    const std::string head = "TPF0" + Bytes({1, 'T', 1, 'A', 1, 'X'});
+    TStringStream deep(head + std::string(100000, '\x01')), unknown(head + Bytes({21, 0, 0})), out;
+    EXPECT_THROW(ObjectBinaryToText(&deep, &out), EReadError);
+    EXPECT_EQ(MessageOf<EReadError>([&] { ObjectBinaryToText(&unknown, &out); }),
               "Unknown value type 21 in stream");
 }
 

@@ -138,22 +138,15 @@ TEST(MemoryStream, CopyFrom) {
     EXPECT_EQ(ReadAll(bigDst), big);
 }
 
-TEST(MemoryStream, SaveAndLoad) {
-    TMemoryStream a;
-    a.WriteBuffer("data", 4);
+TEST_F(FileStream, MemoryStreamsSaveAndLoadStreamsAndFiles) {
+    TMemoryStream a, c;
+    a.WriteBuffer("file data", 9);
     TStringStream out;
     a.SaveToStream(&out);
-    EXPECT_EQ(out.DataString(), "data");
-    TMemoryStream b;
+    EXPECT_EQ(out.DataString(), "file data");
     out.SetPosition(3);
-    b.LoadFromStream(&out); // from the start, whatever the position
-    EXPECT_EQ(ReadAll(b), "data");
-    EXPECT_EQ(b.GetPosition(), 4);
-}
-
-TEST_F(FileStream, MemoryStreamFiles) {
-    TMemoryStream a;
-    a.WriteBuffer("file data", 9);
+    c.LoadFromStream(&out); // from the start, whatever the position
+    EXPECT_EQ(ReadAll(c), "file data");
     a.SaveToFile(Path("m.bin"));
     EXPECT_EQ(ReadFile(Path("m.bin")), "file data");
     TMemoryStream b;
@@ -225,12 +218,6 @@ TEST_F(FileStream, CreateWriteAndReadBack) {
     EXPECT_EQ(r.Write("x", 1), 0);
     EXPECT_THROW(r.WriteBuffer("x", 1), EWriteError);
     EXPECT_EQ(r.Seek(-1, soBeginning), -1);
-}
-
-TEST_F(FileStream, CreateEmptiesAnExistingFile) {
-    WriteFile(Path("b.txt"), "old contents");
-    TFileStream f(Path("b.txt"), fmCreate);
-    EXPECT_EQ(f.GetSize(), 0);
 }
 
 TEST_F(FileStream, SetSizeTruncatesAndExtends) {
@@ -305,8 +292,10 @@ TEST_F(FileStream, DenyWriteLetsReadersShare) {
     EXPECT_THROW(TFileStream(Path("r.txt"), fmOpenWrite | fmShareExclusive), EFOpenError);
 }
 
-TEST_F(FileStream, CreateHoldsTheFileExclusively) {
+TEST_F(FileStream, CreateEmptiesAnExistingFileAndHoldsItExclusively) {
+    WriteFile(Path("n.txt"), "old contents");
     TFileStream w(Path("n.txt"), fmCreate);
+    EXPECT_EQ(w.GetSize(), 0);
     EXPECT_THROW(TFileStream(Path("n.txt"), fmOpenRead), EFOpenError);
     EXPECT_THROW(TFileStream(Path("n.txt"), fmCreate), EFCreateError);
 }

@@ -283,15 +283,9 @@ TEST(DateTime, DecodeRoundTrips) {
 }
 
 TEST(DateTime, NowIsConsistentWithDateAndTime) {
-    double before = Date().Value;
-    double now = Now().Value;
-    EXPECT_GE(now, before);
-    EXPECT_LT(now - before, 1.0 + 1e-6);
-    EXPECT_GE(Time().Value, 0.0);
-    EXPECT_LT(Time().Value, 1.0);
-    uint16_t y, m, d;
-    DecodeDate(Now(), y, m, d);
-    EXPECT_GE(y, 2020);
+    double before = Date().Value, now = Now().Value, time = Time().Value;
+    EXPECT_TRUE(now >= before && now - before < 1.0 + 1e-6) << before << " " << now;
+    EXPECT_TRUE(time >= 0 && time < 1) << time;
 }
 
 TEST(DateTime, FormatDateTimePictures) {

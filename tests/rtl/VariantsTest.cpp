@@ -4,7 +4,7 @@
 #include "rtl/CodePage.h"
 #include "rtl/SysUtils.h"
 
-#include <gtest/gtest.h>
+#include "TestSupport.h"
 
 #include <algorithm>
 #include <limits>
@@ -115,11 +115,9 @@ TEST(Variants, TextThatIsNoNumberRaises) {
         EXPECT_THROW(Variant(bad).AsInteger(), EVariantError) << bad;
         EXPECT_THROW(Variant(bad).AsReal(), EVariantError) << bad;
     }
-    try {
-        Variant("abc").AsInteger();
-    } catch (const EVariantError& e) {
-        EXPECT_NE(e.Message().find("Could not convert variant"), std::string::npos);
-    }
+    EXPECT_NE(rtltest::MessageOf<EVariantError>([] { Variant("abc").AsInteger(); })
+                  .find("Could not convert variant"),
+              std::string::npos);
 }
 
 TEST(Variants, EmptyIsZeroAndEmptyTextNullRaisesOnEveryConversion) {
@@ -131,13 +129,11 @@ TEST(Variants, EmptyIsZeroAndEmptyTextNullRaisesOnEveryConversion) {
     EXPECT_EQ(v.AsWideString(), u"");
     EXPECT_FALSE(v.AsBoolean());
     // A variant error is an Exception of the runtime.
-    Variant n = Variant::Null();
-    EXPECT_THROW(n.AsInteger(), EVariantError);
-    EXPECT_THROW(n.AsInt64(), EVariantError);
-    EXPECT_THROW(n.AsReal(), EVariantError);
-    EXPECT_THROW(n.AsString(), EVariantError);
-    EXPECT_THROW(n.AsWideString(), EVariantError);
-    EXPECT_THROW(n.AsBoolean(), EVariantError);
+    const Variant n = Variant::Null();
+    for (const auto& convert : std::initializer_list<std::function<void()>>{
+             [&] { n.AsInteger(); }, [&] { n.AsInt64(); }, [&] { n.AsReal(); },
+             [&] { n.AsString(); }, [&] { n.AsWideString(); }, [&] { n.AsBoolean(); }})
+        EXPECT_THROW(convert(), EVariantError);
     EXPECT_THROW(n.AsString(), Exception);
 }
 
