@@ -8,6 +8,7 @@
 
 #include <QtWidgets>
 
+#include <algorithm>
 #include <memory>
 
 namespace edtest {
@@ -48,12 +49,27 @@ protected:
         TControlInfo* info = Row(prop);
         return info ? qobject_cast<W*>(info->Control.data()) : nullptr;
     }
-    // The node's rows as "Name=value" in their order, each value as its control shows it: a
-    // check box as 0 or 1, a list as its items with "+" after a checked one, a date and time in
-    // ISO form.
+    // The node's rows in the order shown: column by column, top to bottom within a column (each
+    // row's control is made in turn on its column's panel). The control list itself is ordered
+    // by address.
+    std::vector<TControlInfo*> ShownRows() const {
+        std::vector<TControlInfo*> rows;
+        for (const auto& info : editor->Controls()) rows.push_back(info.get());
+        auto place = [](const TControlInfo* info) {
+            QWidget* w = info->Control.data();
+            return std::pair{info->AreaIndex, w->parent()->children().indexOf(w)};
+        };
+        std::stable_sort(rows.begin(), rows.end(),
+                         [&](auto* a, auto* b) { return place(a) < place(b); });
+        return rows;
+    }
+
+    // The shown rows as "Name=value" with a space between, each value as its control shows it:
+    // a check box as 0 or 1, a list as its items with "+" after a checked one, a date and time
+    // in ISO form.
     std::string Rows() const {
         QStringList rows;
-        for (const auto& info : editor->Controls()) {
+        for (const TControlInfo* info : ShownRows()) {
             QWidget* w = info->Control.data();
             QString value;
             if (auto* edit = qobject_cast<QLineEdit*>(w)) value = edit->text();

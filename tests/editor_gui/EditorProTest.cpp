@@ -39,7 +39,7 @@ TEST_F(EditorProTest, EachRicherTypeGetsItsControlWithItsValue) {
     EXPECT_EQ(Tree()->currentItem()->childCount(), 0)
         << "string lists, fonts and pictures are rows, not nodes";
     EXPECT_EQ(Rows(), "Depth=3 Layout=loTree Columns=[Name+ Size Date+] Sort=Descending "
-                      "Notes=one\ntwo Picture= Font=" + View()->GetFont()->Name);
+                      "Notes=one\ntwo Font=" + View()->GetFont()->Name + " Picture=");
     EXPECT_EQ(Control<TFontEdit>("Font")->SelFont().Name, View()->GetFont()->Name);
     EXPECT_FALSE(Control<TSpcImage>("Picture")->HasGraphic());
 }

@@ -338,8 +338,9 @@ TEST_F(EditorTest, ControlParametersShapeTheRows) {
     Show();
     // Seven rows in two columns: four left, three right.
     std::string areas;
-    for (const auto& info : editor->Controls()) areas += std::to_string(info->AreaIndex);
-    EXPECT_EQ(areas, "0000111");
+    for (const TControlInfo* info : ShownRows())
+        areas += std::to_string(info->AreaIndex) + info->PropInfo->Name + " ";
+    EXPECT_EQ(areas, "0Count 0Letter 0Ratio 0Title 1Shade 1Enabled 1Shades ");
     EXPECT_FALSE(Row("Title")->IsPercent);
     EXPECT_EQ(Row("Title")->Control->width(), 60);
     EXPECT_EQ(Row("Title")->Control->toolTip(), "The title");
