@@ -80,8 +80,6 @@ class AllForms : public ::testing::TestWithParam<TObjectStorageFormat> {};
 TEST_P(AllForms, SaveAndLoadRoundTrip) {
     Objects source;
     std::string text = PropsOf(GetParam(), {&source.foo, &source.widget});
-    ASSERT_FALSE(text.empty());
-
     TFoo foo;
     TWidget widget;
     TObject* targets[] = {&foo, &widget};
@@ -89,8 +87,7 @@ TEST_P(AllForms, SaveAndLoadRoundTrip) {
     reader.AutoDetectFormat = true;
     reader.SetObjectProps(targets, text);
     EXPECT_EQ(reader.Format, GetParam());
-    EXPECT_EQ(foo.Width, 5);
-    EXPECT_EQ(foo.Caption, "foo");
+    EXPECT_EQ(PropsOf(osfText, {&foo}), PropsOf(osfText, {&source.foo}));
     EXPECT_EQ(widget.Width, 640);
     EXPECT_EQ(widget.Caption, "Main form");
     EXPECT_EQ(widget.GetLines()->GetText(), "line\r\n");
@@ -118,9 +115,6 @@ TEST(ObjectStorage, ExtendedFormHasItsOwnSignature) {
 TEST(ObjectStorage, ResourceFormWrapsEachObject) {
     Objects source;
     std::string data = PropsOf(osfResBin, {&source.foo, &source.widget});
-    EXPECT_EQ(static_cast<uint8_t>(data[0]), 0xFF);
-    EXPECT_NE(data.find("TWRAPPER"), std::string::npos);
-    EXPECT_NE(data.find("TWIDGET"), std::string::npos);
     // The same bytes as the platform's resource writer gives for each object.
     std::string expected;
     {
@@ -156,12 +150,7 @@ TEST(ObjectStorage, TextOfANonComponentReadsBack) {
 TEST(ObjectStorage, SetFormatRefusesUnknownStreams) {
     TObjectStorage storage;
     TStringStream stream("garbage");
-    try {
-        storage.SetFormat(&stream);
-        FAIL() << "no exception";
-    } catch (const EObjectStorageError& e) {
-        EXPECT_EQ(e.Message(), SInvalidImage);
-    }
+    EXPECT_EQ(ErrorOf<EObjectStorageError>([&] { storage.SetFormat(&stream); }), SInvalidImage);
     EXPECT_EQ(storage.Format, osfBin);
 }
 
@@ -237,9 +226,7 @@ TEST(ObjectStorage, LoadComponentsIntoVariables) {
     storage.LoadComponents(refs, &stream);
     ASSERT_NE(made, nullptr);
     std::unique_ptr<TComponent> owned(made);
-    EXPECT_EQ(made->ClassName(), "TWidget");
-    EXPECT_EQ(made->Name(), "Main");
-    EXPECT_EQ(static_cast<TWidget*>(made)->Width, 640);
+    EXPECT_EQ(PropsOf(osfText, {made}), PropsOf(osfText, {&source.widget}));
 }
 
 TEST(ObjectStorage, LoadComponentsOfPropertyListsLoadsNothing) {
@@ -275,9 +262,7 @@ TEST(TypeListings, PropertiesSortedByName) {
     TStringList list;
     list.Add("stale");
     GetObjectPropsInfo(TypeInfo<TFoo*>(), &list);
-    ASSERT_EQ(list.Count(), 2);
-    EXPECT_EQ(list.Strings(0), "Caption: AnsiString [tkLString]");
-    EXPECT_EQ(list.Strings(1), "Width: Integer [tkInteger]");
+    EXPECT_EQ(list.GetText(), "Caption: AnsiString [tkLString]\r\nWidth: Integer [tkInteger]\r\n");
 }
 
 TEST(TypeListings, MethodParameters) {

@@ -1,6 +1,7 @@
 // Classes with published properties of every kind, shared by the persistence tests.
 #pragma once
 
+#include "ErrorOf.h"
 #include "Scratch.h"
 #include "persistence/DataHndl.h"
 #include "rtl/Classes.h"
@@ -139,6 +140,7 @@ public:
 };
 
 using scratch::DialogRecorder;
+using scratch::ErrorOf;
 using scratch::ReadAll;
 using scratch::TempDir;
 using scratch::WriteAll;
@@ -176,13 +178,7 @@ std::vector<Root> Roots(const std::string& data);
 
 // Runs f and returns the message of the EDataHandlingError it raises.
 template <class F> std::string DataError(F&& f) {
-    try {
-        f();
-    } catch (const zelvane::EDataHandlingError& e) {
-        return e.Message();
-    }
-    ADD_FAILURE() << "no EDataHandlingError was raised";
-    return {};
+    return scratch::ErrorOf<zelvane::EDataHandlingError>(f);
 }
 
 } // namespace model

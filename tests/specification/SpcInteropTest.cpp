@@ -3,6 +3,7 @@
 // back to the same bytes on both sides.
 #include "SpcModel.h"
 
+#include "specification/SpcConst.h"
 #include "specification/SpcMng.h"
 #include "tests/interop/FpcHarness.h"
 
@@ -22,16 +23,21 @@ protected:
         ASSERT_TRUE(fpc_.CompileError.empty()) << fpc_.CompileError;
     }
 
+    // The filled tree's file in the given form, as bytes.
+    std::string Saved(TObjectStorageFormat format) {
+        TProgram p;
+        FillNonDefault(p);
+        std::string file = dir_.File("settings" + SpcFileExt(format));
+        SaveSpc(&p.settings, file, format);
+        return ReadAll(file);
+    }
+
     static inline FpcConverter fpc_;
     TempDir dir_;
 };
 
 TEST_F(SpcInterop, BinaryFileIsReadByFreePascal) {
-    TProgram p;
-    FillNonDefault(p);
-    std::string file = dir_.File("settings.sbn");
-    SaveSpc(&p.settings, file, osfBin);
-    std::string binary = ReadAll(file);
+    std::string binary = Saved(osfBin);
     std::string listing = fpc_.Run("dump", binary);
     EXPECT_EQ(listing, OurDump(binary));
     EXPECT_EQ(listing.rfind("object 0 0 TSettings \n", 0), 0u) << listing.substr(0, 60);
@@ -41,26 +47,15 @@ TEST_F(SpcInterop, BinaryFileIsReadByFreePascal) {
 }
 
 TEST_F(SpcInterop, TextFileConvertsBackToTheBinaryFileOnBothSides) {
-    TProgram p;
-    FillNonDefault(p);
-    std::string binFile = dir_.File("settings.sbn");
-    std::string textFile = dir_.File("settings.stx");
-    SaveSpc(&p.settings, binFile, osfBin);
-    SaveSpc(&p.settings, textFile, osfText);
-    std::string binary = ReadAll(binFile);
-    std::string text = ReadAll(textFile);
+    std::string binary = Saved(osfBin), text = Saved(osfText);
     EXPECT_EQ(fpc_.Run("t2b", text), binary);
     EXPECT_EQ(OurConvert("t2b", text), binary);
 }
 
 TEST_F(SpcInterop, FreePascalsTextLoadsAsASpecification) {
-    TProgram saved;
-    FillNonDefault(saved);
-    std::string binFile = dir_.File("settings.sbn");
-    SaveSpc(&saved.settings, binFile, osfBin);
     // Free Pascal's own text of the file (its strings with characters above 127 come as
     // "#192" codes) is a text specification that loads into the tree.
-    std::string fpcText = fpc_.Run("b2t", ReadAll(binFile));
+    std::string fpcText = fpc_.Run("b2t", Saved(osfBin));
     std::string textFile = dir_.File("fpc.stx");
     WriteAll(textFile, fpcText);
     TProgram loaded;
