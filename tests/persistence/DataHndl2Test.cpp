@@ -150,7 +150,7 @@ TEST(ObjectStorage, TextOfANonComponentReadsBack) {
 TEST(ObjectStorage, SetFormatRefusesUnknownStreams) {
     TObjectStorage storage;
     TStringStream stream("garbage");
-    EXPECT_EQ(ErrorOf<EObjectStorageError>([&] { storage.SetFormat(&stream); }), SInvalidImage);
+    EXPECT_EQ(MessageOf<EObjectStorageError>([&] { storage.SetFormat(&stream); }), SInvalidImage);
     EXPECT_EQ(storage.Format, osfBin);
 }
 

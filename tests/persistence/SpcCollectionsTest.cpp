@@ -153,7 +153,7 @@ TEST(FixedCollection, AddRefusesAKeyTwiceCaseSensitively) {
     keyed.AddItem("Alpha", 1);
     TSpcItem* other = keyed.Add("alpha");
     EXPECT_EQ(As<TKeyedItem>(other)->Key, "alpha");
-    EXPECT_EQ(model::ErrorOf<EFixedCollectionError>([&] { keyed.Add("Alpha"); }),
+    EXPECT_EQ(model::MessageOf<EFixedCollectionError>([&] { keyed.Add("Alpha"); }),
               "Collection\x92s element ''Alpha'' already exists.");
     EXPECT_EQ(keyed.Count(), 2);
 }
@@ -234,7 +234,7 @@ TEST(FreeCollection, AddRefusesAnIdentifierTwiceCaseSensitively) {
     EXPECT_EQ(item->NestedObject, &a);
     EXPECT_EQ(item->AObjectID, "Editor");
     EXPECT_NE(free.Add(&b, "editor"), nullptr);
-    EXPECT_EQ(model::ErrorOf<EFreeCollectionError>([&] { free.Add(&b, "Editor"); }),
+    EXPECT_EQ(model::MessageOf<EFreeCollectionError>([&] { free.Add(&b, "Editor"); }),
               "Object ''Editor'' already exists.");
     EXPECT_EQ(free.Count(), 2);
     EXPECT_EQ(free.FindObjectID("editor")->NestedObject, &b);
@@ -318,7 +318,7 @@ TEST(FreeCollection, EntryWithoutTheIdentifierFirstFailsWith50536) {
     data[at] = 'X';
     THolder program;
     model::DialogRecorder dialogs;
-    std::string error = model::ErrorOf<EReadError>([&] { Load(program, data, false); });
+    std::string error = model::MessageOf<EReadError>([&] { Load(program, data, false); });
     EXPECT_NE(error.find("Property AObjectID not found"), std::string::npos) << error;
     EXPECT_TRUE(dialogs.texts.empty());
 }

@@ -1,7 +1,6 @@
 // Classes with published properties of every kind, shared by the persistence tests.
 #pragma once
 
-#include "ErrorOf.h"
 #include "Scratch.h"
 #include "persistence/DataHndl.h"
 #include "rtl/Classes.h"
@@ -9,6 +8,7 @@
 #include "rtl/Lists.h"
 #include "rtl/Persistent.h"
 #include "rtl/TypInfo.h"
+#include "tests/rtl/TestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -140,7 +140,7 @@ public:
 };
 
 using scratch::DialogRecorder;
-using scratch::ErrorOf;
+using rtltest::MessageOf;
 using scratch::ReadAll;
 using scratch::TempDir;
 using scratch::WriteAll;
@@ -178,7 +178,7 @@ std::vector<Root> Roots(const std::string& data);
 
 // Runs f and returns the message of the EDataHandlingError it raises.
 template <class F> std::string DataError(F&& f) {
-    return scratch::ErrorOf<zelvane::EDataHandlingError>(f);
+    return MessageOf<zelvane::EDataHandlingError>(f);
 }
 
 } // namespace model

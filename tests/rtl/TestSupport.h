@@ -7,15 +7,14 @@
 #include "rtl/Lists.h"
 #include "rtl/ObjectText.h"
 #include "rtl/Streams.h"
+#include "tests/interop/FileBytes.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -77,16 +76,8 @@ inline std::string ToBinary(const std::string& text) {
     return out.DataString();
 }
 
-inline std::string ReadFile(const std::filesystem::path& p) {
-    std::ifstream f(p, std::ios::binary);
-    std::stringstream ss;
-    ss << f.rdbuf();
-    return ss.str();
-}
-
-inline void WriteFile(const std::filesystem::path& p, const std::string& text) {
-    std::ofstream(p, std::ios::binary) << text;
-}
+using interop::ReadFile;
+using interop::WriteFile;
 
 // The directory of object streams both this runtime and Free Pascal's convert.
 inline std::filesystem::path CorpusDir() {

@@ -2,7 +2,7 @@
 // in both forms, how the fixed and free collections keep the program's authority over a file
 // from another set of experts, and how damaged and foreign files fail.
 #include "SpcModel.h"
-#include "tests/persistence/ErrorOf.h"
+#include "tests/rtl/TestSupport.h"
 
 #include "persistence/DataHndl.h"
 #include "rtl/ObjectText.h"
@@ -219,7 +219,7 @@ TEST_F(SpcFiles, MissingFileFailsAndLeavesTheObject) {
     TProgram p;
     p.settings.Title = "kept";
     std::string file = dir_.File("none.sbn");
-    EXPECT_EQ(scratch::ErrorOf<ESpcMngError>([&] { Load(p, file); }),
+    EXPECT_EQ(rtltest::MessageOf<ESpcMngError>([&] { Load(p, file); }),
               "Specification file: " + file + " not found.");
     EXPECT_EQ(p.settings.Title, "kept");
 }

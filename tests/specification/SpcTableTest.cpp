@@ -1,7 +1,7 @@
 // Version lines and their check, reading one branch of a file, and the table of functions the
 // editor works through, with its user data.
 #include "SpcModel.h"
-#include "tests/persistence/ErrorOf.h"
+#include "tests/rtl/TestSupport.h"
 
 #include "persistence/DataHndl.h"
 #include "persistence/PropTypes.h"
@@ -63,7 +63,7 @@ TEST(Versions, ParsedTimesTenThousandWithTheCurrentSeparator) {
 }
 
 TEST(Versions, MalformedLinesFail) {
-    EXPECT_EQ(scratch::ErrorOf<ESpcMngError>([] { ParseVerInfo(osfBin, "1.01"); }),
+    EXPECT_EQ(rtltest::MessageOf<ESpcMngError>([] { ParseVerInfo(osfBin, "1.01"); }),
               "Version information has incorrect format: 1.01.");
     const std::pair<TObjectStorageFormat, const char*> cases[] = {{osfText, "e_ver: 1.01"},
                                                                   {osfText, "d_ver: 1 e_ver: 2"},
@@ -194,7 +194,7 @@ TEST_F(SingleNode, WrongNodesAndFilesFail) {
     // "I.Title" is the whole name of a record: what is left of it names nothing.
     TViewSettings view;
     std::string error =
-        scratch::ErrorOf<EReadError>([&] { LoadSingleNode(&view, "I.Title", file_); });
+        rtltest::MessageOf<EReadError>([&] { LoadSingleNode(&view, "I.Title", file_); });
     EXPECT_NE(error.find("without a name"), std::string::npos) << error;
     std::string plain = dir_.File("plain.sbn");
     SaveSpc(&saved_.settings, plain, osfBin);
