@@ -4,6 +4,7 @@
 #include "tests/workbench/TestFiles.h"
 
 #include "rtl/CodePage.h"
+#include "rtl/Filer.h"
 
 #include <gtest/gtest.h>
 
@@ -273,6 +274,27 @@ TEST(DamagedFormFiles, BadValuesTextsNestingAndForeignFilesRaiseNamingTheFile) {
           std::string(), std::string("TPF0\0\0", 6), deep, deepList})
         EXPECT_NE(ErrorOf(bytes).find("Bad.dfm"), std::string::npos) << ErrorOf(bytes);
     EXPECT_THROW(LoadFormFile(Example("NoSuch.dfm")), rtl::EFOpenError);
+}
+
+// Lists nested around the limit, as a property of the root and as a field of a collection item:
+// what the reader takes, both forms write and read back; the rest is refused.
+TEST(DamagedFormFiles, NestingTheReaderTakesWritesInBothForms) {
+    const std::string root = "TPF0\x06TForm1\x05"
+                             "Form1";
+    for (int n = rtl::MaxNestingDepth - 2; n <= rtl::MaxNestingDepth + 1; ++n) {
+        const std::string lists = std::string(n, '\x01') + std::string(n, '\x00');
+        for (const std::string& bytes :
+             {root + "\x01P" + lists + std::string(2, '\0'),
+              root + "\x01" "C\x0E\x01\x01" "F" + lists + std::string(4, '\0')}) {
+            if (ErrorOf(bytes) != "<read>") continue;
+            TFormFile f = ReadFormFile(bytes, "Deep.dfm");
+            for (TFormFileFormat format : {TFormFileFormat::Binary, TFormFileFormat::Text}) {
+                std::string written;
+                ASSERT_NO_THROW(written = WriteFormFile(*f.Root, format)) << n;
+                EXPECT_EQ(WriteFormFile(*ReadFormFile(written, "Deep.dfm").Root, format), written);
+            }
+        }
+    }
 }
 
 TEST(DamagedFormFiles, NamesWithoutATextFormAreRefused) {

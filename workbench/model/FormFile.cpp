@@ -79,7 +79,10 @@ public:
         return ReadComponent(0);
     }
 
-    // The value at the reader's position into p.
+    // The value at the reader's position into p. Its depth counts as the runtime's converters
+    // count it, so that whatever reads here also converts to the other form: a property of a
+    // component one deeper than the component, a list's item one deeper than the list, an item
+    // field of a collection two deeper than the collection.
     void ReadValue(TDesignProperty& p, int depth) {
         using namespace rtl;
         if (depth > MaxNestingDepth) Damaged("values are nested too deeply");
@@ -188,7 +191,7 @@ public:
                 while (!reader_.EndOfList()) {
                     TDesignProperty field;
                     field.Name = Checked(reader_.ReadStr(), true, false, "the property name");
-                    ReadValue(field, depth + 1);
+                    ReadValue(field, depth + 2);
                     p.Text += " " + field.Name + " = " + field.Text;
                 }
                 reader_.ReadListEnd();
@@ -231,7 +234,7 @@ public:
             p.Name = Checked(reader_.ReadStr(), true, true, "the property name");
             if (p.Name.empty()) Damaged("a property of " + c->Name + " has no name");
             int64_t start = reader_.Position();
-            ReadValue(p, depth);
+            ReadValue(p, depth + 1);
             p.Raw = stream_.DataString().substr(static_cast<size_t>(start),
                                                 static_cast<size_t>(reader_.Position() - start));
             c->Properties.push_back(std::move(p));
