@@ -54,33 +54,6 @@ std::string Broken(const std::string& section, const std::string& line) {
 // ---------------------------------------------------------------------------------------------
 // The snapshot
 
-TEST(Snapshot, TheExampleHoldsCodeWithLabelsRegistersFlagsAndMemory) {
-    TMachineSnapshot s = TMachineSnapshot::Load(SnapshotFile());
-    ASSERT_EQ(s.Code().size(), 21u);
-    const TInstruction* sum = s.InstructionAt(0x408A70);
-    ASSERT_NE(sum, nullptr);
-    EXPECT_EQ(sum->Text, "add edx,eax");
-    EXPECT_EQ(sum->Label, "Hello.Sum:");
-    EXPECT_EQ(sum->Source, "Hello.dpr.6: Result := A + B;");
-    EXPECT_EQ(s.InstructionAt(0x408AAF)->Text, "mov edx,[$0040bdc4]"); // a byte inside
-    EXPECT_EQ(s.InstructionAt(0x408AD8), nullptr);
-    EXPECT_EQ(s.Register("eip"), 0x408A72u);
-    EXPECT_EQ(s.Register("ESP"), 0x12FFACu);
-    EXPECT_EQ(s.Register("CS"), 0x1Bu);
-    EXPECT_TRUE(s.Changed(3));  // EDX
-    EXPECT_FALSE(s.Changed(0)); // EAX
-    // The flags are EFL's bits: 206 is parity and interrupts enabled after 2 + 3.
-    // CF PF ZF IF IOPL
-    EXPECT_EQ((std::vector<uint32_t>{s.Flag(0), s.Flag(1), s.Flag(3), s.Flag(6), s.Flag(9)}),
-              (std::vector<uint32_t>{0, 1, 0, 1, 0}));
-    // The code is memory too, and the stack holds the return address into the main program.
-    EXPECT_EQ(s.Byte(0x408A78), 0x55);
-    EXPECT_EQ(s.DWord(0x12FFAC), 0x408A97u);
-    EXPECT_EQ(s.DWord(0x12FFC0), 0x12FFF0u);
-    EXPECT_FALSE(s.Byte(0x500000).has_value());
-    EXPECT_EQ(s.DumpStart(), 0x408AD8u);
-}
-
 TEST(Snapshot, DefaultsFollowTheRegistersAndMemoryJoinsAcrossLines) {
     TMachineSnapshot s = TMachineSnapshot::Parse("[registers]\nEIP = 401001\nESP = 12FF00\n"
                                                  "[code]\n00401000 55 push ebp\n"

@@ -85,20 +85,6 @@ protected:
 // ---------------------------------------------------------------------------------------------
 // The controls built from each form of the example project
 
-TEST_F(DesignerTest, SyncOpensAWindowForEveryFormModuleAndNoneForAPlainUnit) {
-    for (const char* unit : {"Main.pas", "Settings.pas", "DataMod.pas", "Frame1.pas", "Utils.pas"})
-        model->OpenModuleFile(copy.File(unit), TOpenMode::Background);
-    designers->Sync();
-    QStringList names;
-    for (TDesignerWindow* w : designers->Windows())
-        names << w->objectName();
-    names.sort();
-    EXPECT_EQ(names, (QStringList{"DataModuleMain", "InfoFrame", "MainForm", "SettingsForm"}));
-    // A second sync makes no second window.
-    designers->Sync();
-    EXPECT_EQ(designers->Windows().size(), 4u);
-}
-
 TEST_F(DesignerTest, TheMainFormShowsItsControlsAndIconsWithTheirPlaceCaptionAndKind) {
     TDesignerWindow* w = Window("Main.pas");
     ASSERT_NE(w, nullptr);
@@ -150,80 +136,6 @@ TEST_F(DesignerTest, TheMainFormShowsItsControlsAndIconsWithTheirPlaceCaptionAnd
     // Every component has its widget on the seam's side too.
     EXPECT_EQ(w->Root()->Widget, w);
     EXPECT_EQ(w->Root()->FindComponent("NameEdit")->Widget, edit);
-}
-
-TEST_F(DesignerTest, AnInlineFrameShowsTheFramesComponentsUnderTheFormsChanges) {
-    TDesignerWindow* w = Window("Main.pas");
-    auto* frame = Find<QFrame>(w, "InfoFrame1");
-    ASSERT_NE(frame, nullptr);
-    EXPECT_EQ(frame->geometry(), QRect(0, 240, 536, 70));
-    // The caption that the form overrides, with the frame's own bold navy font.
-    auto* title = frame->findChild<QLabel*>("TitleLabel");
-    ASSERT_NE(title, nullptr);
-    EXPECT_EQ(title->text(), U("Сведения о файле"));
-    EXPECT_EQ(title->pos(), QPoint(8, 12));
-    // An auto-sized label is as wide as its text.
-    EXPECT_GE(title->width(), title->fontMetrics().horizontalAdvance(title->text()));
-    EXPECT_TRUE(title->font().bold());
-    EXPECT_EQ(title->palette().color(QPalette::WindowText), QColor(0, 0, 0x80));
-    // The components that the form leaves alone come from Frame1.dfm.
-    auto* size = frame->findChild<QLabel*>("SizeLabel");
-    ASSERT_NE(size, nullptr);
-    EXPECT_EQ(size->text(), U("Размер: 0"));
-    auto* bevel = frame->findChild<TPaintedControl*>("Bevel");
-    ASSERT_NE(bevel, nullptr);
-    EXPECT_EQ(bevel->Kind(), TControlKind::Bevel);
-    // The frame is 443 wide in its file and 536 on the form: its top-aligned bevel stretches.
-    EXPECT_EQ(bevel->geometry(), QRect(0, 0, 536, 2));
-    // A click on a part the form does not change selects the frame; one on the overridden
-    // label selects that label.
-    TDesignComponent* inlineFrame = w->Root()->FindComponent("InfoFrame1");
-    EXPECT_EQ(w->ComponentOf(size), inlineFrame);
-    EXPECT_EQ(w->ComponentOf(title), inlineFrame->Child(0));
-}
-
-TEST_F(DesignerTest, TheBinarySettingsFormShowsItsPagesAndRadioGroup) {
-    TDesignerWindow* w = Window("Settings.pas");
-    ASSERT_NE(w, nullptr);
-    EXPECT_EQ(w->windowTitle(), U("Настройки"));
-    EXPECT_EQ(w->Surface()->size(), QSize(353, 262)); // ClientWidth and ClientHeight
-    auto* pages = Find<QTabWidget>(w, "PageControl");
-    ASSERT_NE(pages, nullptr);
-    ASSERT_EQ(pages->count(), 1);
-    EXPECT_EQ(pages->tabText(0), U("Общие"));
-    EXPECT_EQ(pages->currentWidget()->objectName(), "GeneralSheet");
-    auto* check = Find<QCheckBox>(w, "AutoSaveCheck");
-    ASSERT_NE(check, nullptr);
-    EXPECT_TRUE(check->isChecked());
-    EXPECT_EQ(check->parentWidget(), pages->widget(0));
-    auto* group = Find<QGroupBox>(w, "ModeGroup");
-    ASSERT_NE(group, nullptr);
-    EXPECT_EQ(group->title(), U("Режим"));
-    QStringList radios;
-    for (QRadioButton* r : group->findChildren<QRadioButton*>())
-        radios << r->text() + (r->isChecked() ? " (checked)" : "");
-    EXPECT_EQ(radios, (QStringList{U("Обычный (checked)"), U("Расширенный"), "Only text"}));
-    // The form's bold font reaches the controls that keep their parent's font.
-    EXPECT_TRUE(Find<QPushButton>(w, "CancelButton")->font().bold());
-    EXPECT_EQ(Find<QLineEdit>(w, "RecentEdit")->text(), "8");
-}
-
-TEST_F(DesignerTest, TheDataModuleIsAWindowOfNamedIconsThatOwnsTheModule) {
-    TDesignerWindow* w = Window("DataMod.pas");
-    ASSERT_NE(w, nullptr);
-    EXPECT_EQ(w->windowTitle(), "DataModuleMain");
-    EXPECT_EQ(w->Surface()->size(), QSize(215, 150));
-    auto* timer = Find<TPaintedControl>(w, "AutoSaveTimer");
-    ASSERT_NE(timer, nullptr);
-    EXPECT_EQ(timer->geometry(), QRect(24, 16, 28, 28));
-    QStringList captions;
-    for (QLabel* l : w->Surface()->findChildren<QLabel*>())
-        captions << l->text();
-    captions.sort();
-    EXPECT_EQ(captions, (QStringList{"AutoSaveTimer", "Images"}));
-    // The window that carries a data module is its owner's widget, as the viewer looks for it.
-    ASSERT_NE(w->Root()->Owner, nullptr);
-    EXPECT_EQ(w->Root()->Owner->Widget, w);
 }
 
 TEST_F(DesignerTest, TheCommonControlsOfTheLibraryAndUnknownClassesAreBuilt) {

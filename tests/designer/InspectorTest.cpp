@@ -83,55 +83,6 @@ TEST_F(InspectorTest, TheInspectorIsTheFormPropertyInspectorWithAPopupMenu) {
         EXPECT_FALSE(grid->topLevelItem(i)->isExpanded());
 }
 
-TEST_F(InspectorTest, TheSelectedComponentsPropertiesAreShownSortedWithTheNameFirst) {
-    TFormEditor* editor = Open("Main.pas");
-    // With nothing selected the form itself is shown.
-    EXPECT_EQ(inspector.Component(), editor->Root());
-    EXPECT_EQ(inspector.ValueText("Caption"), U("Пример проекта"));
-    EXPECT_EQ(inspector.ValueText("Font.Name"), "MS Sans Serif");
-    Select(editor, "OkButton");
-    EXPECT_EQ(inspector.Component()->Name, "OkButton");
-    // The stored properties and the button's other published ones, in one list sorted by name
-    // after the name itself.
-    QStringList names = inspector.PropertyNames();
-    ASSERT_FALSE(names.isEmpty());
-    EXPECT_EQ(names.front(), "Name");
-    const QString stored = "Caption Default Height Left TabOrder Top Width",
-                  published = "Enabled Visible Hint Cancel ModalResult Tag";
-    EXPECT_EQ(Listed(stored + " " + published + " OnClick"), stored + " " + published);
-    QStringList rest = names.mid(1), sorted = rest;
-    std::sort(sorted.begin(), sorted.end(), [](const QString& a, const QString& b) {
-        return a.compare(b, Qt::CaseInsensitive) < 0;
-    });
-    EXPECT_EQ(rest, sorted);
-    EXPECT_EQ(QStringList(names).removeDuplicates(), 0);
-    EXPECT_EQ(Values("Name Caption Default"), "Name=OkButton; Caption=OK; Default=True");
-    EXPECT_EQ(inspector.ComponentList()->currentText(), "OkButton: TButton");
-    // Events have a page of their own.
-    inspector.Pages()->setCurrentIndex(1);
-    QStringList events = inspector.PropertyNames();
-    EXPECT_TRUE(events.contains("OnClick"));
-    EXPECT_EQ(events.filter(QRegularExpression("^On")), events);
-    EXPECT_EQ(inspector.ValueText("OnClick"), "OkButtonClick");
-    inspector.Pages()->setCurrentIndex(0);
-    // Lists and collections are shown but not edited here.
-    Select(editor, "NotesMemo");
-    EXPECT_EQ(inspector.ValueText("Lines.Strings"), "(TStrings)");
-    EXPECT_EQ(Editable("Lines.Strings ScrollBars"), "ScrollBars");
-}
-
-TEST_F(InspectorTest, ChoosingAComponentInTheListSelectsItInTheDesigner) {
-    TFormEditor* editor = Open("Main.pas");
-    QComboBox* list = inspector.ComponentList();
-    int index = list->findText("NameEdit: TEdit");
-    ASSERT_GE(index, 0);
-    list->setCurrentIndex(index);
-    emit list->activated(index);
-    ASSERT_EQ(editor->GetSelCount(), 1);
-    EXPECT_EQ(editor->Selection().front()->Name, "NameEdit");
-    EXPECT_EQ(window->SelectionRects().size(), 1);
-}
-
 TEST_F(InspectorTest, AnEditChangesTheModuleMarksItModifiedAndTheDesignerFollows) {
     TFormEditor* editor = Open("Main.pas");
     auto counter = MakeInterfaced<TModifiedCount>();

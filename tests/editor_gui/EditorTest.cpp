@@ -85,22 +85,6 @@ protected:
     TEdSettings* root = nullptr;
 };
 
-TEST_F(EditorTest, TreeShowsObjectsCollectionsAndItemsAndEachTypeGetsItsControl) {
-    Show();
-    EXPECT_EQ(Tree()->currentItem(), Node("TEdSettings"));
-    EXPECT_TRUE(Node("TEdSettings")->isExpanded());
-    for (const char* path : {"TEdSettings/Geometry", "TEdSettings/Rows/Rows[3]", "TEdSettings/Marks"})
-        EXPECT_TRUE(Node(path)) << path;
-    // A node's name is its caption, not a row; object properties are nodes, not rows.
-    EXPECT_EQ(Rows(), "Count=5 Letter=a Ratio=1.5 Title=Main Shade=shDark Enabled=1 "
-                      "Shades=[shLight+ shDark shAuto]");
-    EXPECT_EQ(Control<QLineEdit>("Letter")->maxLength(), 1);
-    EXPECT_EQ(editor->Labels().front()->text(), "Count :");
-    // A collection's node has no rows.
-    Select("TEdSettings/Rows");
-    EXPECT_EQ(Rows(), "");
-}
-
 TEST_F(EditorTest, EditsReachTheCloneOnLeavingTheNodeAndTheCallerOnlyOnSave) {
     Show();
     Type("Count", "42");

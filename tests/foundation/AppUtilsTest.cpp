@@ -55,24 +55,6 @@ RTL_IMPLEMENT_CLASS(apptest::ETestError)
 
 // --- exceptions ------------------------------------------------------------------------------
 
-TEST(CreateException, RaisesTheClassWithItsTextByNumberOrAsGiven) {
-    using rtltest::MessageOf;
-    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(SZeroFileSize); }),
-              "New file size should be higher than zero.");
-    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(SIdentNotUnique, {"Abc"}); }),
-              "Identifier value must be unique [Abc]");
-    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(std::string("plain text")); }),
-              "plain text");
-    EXPECT_EQ(MessageOf<ETestError>([] {
-                  CreateException<ETestError>("%s has %d lines", {"unit", 12});
-              }),
-              "unit has 12 lines");
-    // The text of a number follows the installed language.
-    SetResStrLookup([](int id) { return id == SZeroFileSize ? std::string("Null") : ""; });
-    EXPECT_EQ(MessageOf<ETestError>([] { CreateException<ETestError>(SZeroFileSize); }), "Null");
-    SetResStrLookup(nullptr);
-}
-
 TEST(EIdentError, EveryConstructorSetsTheIdent) {
     const EIdentError errors[] = {EIdentError("text", 1),
                                   EIdentError("value %d", {7}, 2),

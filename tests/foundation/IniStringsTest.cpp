@@ -84,27 +84,6 @@ TEST(IniStrings, LookupsFindTheFirstSectionAndKeyWithoutRegardToCase) {
 
 // --- reading and writing ---------------------------------------------------------------------
 
-TEST(IniStrings, WritesMakeSectionAndKeyAndKeepNoBareLineWhenSkipping) {
-    TIniStrings ini;
-    ini.WriteString("New", "Key", "1");
-    ini.WriteString("New", "key", "2"); // same key, case-insensitive
-    ini.WriteString("New", "Empty", "");
-    EXPECT_EQ(ini.ReadString("New", "KEY", ""), "2");
-    EXPECT_EQ(Text(ini), "[New]|Key=2|Empty|");
-    // An empty value adds "key=", a line without a value: it isn't kept when skipping them.
-    ini.SkipBareLines = true;
-    ini.WriteString("New", "e", "");
-    EXPECT_FALSE(ini.HasKey("New", "e"));
-    // The typed reads and writes of the ini base go through the same strings.
-    ini.WriteInteger("N", "Width", 250);
-    ini.WriteBool("N", "Visible", true);
-    EXPECT_EQ(
-        (std::vector<int>{ini.ReadInteger("N", "Width", 0), ini.ReadBool("N", "Visible", false),
-                          ini.ReadInteger("N", "Height", 17), ini.ValueExists("N", "Width"),
-                          ini.SectionExists("N")}),
-        (std::vector<int>{250, true, 17, true, true}));
-}
-
 TEST(IniStrings, AddStringOnlyToAnExistingSectionEvenForAKnownKeyAndReplaceStringKeepsTheValue) {
     auto ini = Ini({"[S]", "k=1"});
     for (const char* line : {"k=2", "bare"})

@@ -106,17 +106,6 @@ TEST(NamedStrings, QuickSearchFindsByTheTable) {
     EXPECT_EQ(n->SearchTable()->Count(), 0);
 }
 
-TEST(NamedStrings, AddAndInsertFollowTheTable) {
-    auto n = Quick("a=1");
-    n->Add("b=2");
-    EXPECT_EQ(n->GetNamedValue("b"), "2");
-    n->Insert(0, "c=3");
-    // The numbers of later lines are not shifted: "a" still points at line 0.
-    EXPECT_EQ((Ints{LineOf(*n, "c"), LineOf(*n, "a")}), (Ints{0, 0}));
-    // Line 0 is "c=3" now; the value is read behind the length of "a=" in it.
-    EXPECT_EQ(n->GetNamedValue("a"), "3");
-}
-
 TEST(NamedStrings, KnownNamesFailToAddAndNewOnesAreFoundOnlyAfterRebuilding) {
     auto n = Quick("a=1");
     // Adding a known name fails after the line went in.
@@ -195,18 +184,6 @@ TEST(NamedStrings, SearchTextDump) {
     auto twice = Quick("a=1|a=2");
     EXPECT_EQ(twice->SearchTable()->Count(), 2);
     EXPECT_EQ(twice->GetSearchText().substr(0, 2), "\r\n");
-}
-
-TEST(NamedStrings, NamesAnsiComparingSwitchesTheTable) {
-    TNamedStrings n;
-    EXPECT_TRUE(n.GetNamesAnsiComparing());
-    n.SetNamesAnsiComparing(false);
-    EXPECT_FALSE(n.SearchTable()->AnsiComparing());
-    n.Add("\xE0=1"); // Cyrillic a
-    n.EnterQuickSearchMode();
-    EXPECT_EQ(n.GetNamedValue("\xC0"), "");
-    n.SetNamesAnsiComparing(true);
-    EXPECT_EQ(n.GetNamedValue("\xC0"), "1");
 }
 
 // --- TransformParams -------------------------------------------------------------------------

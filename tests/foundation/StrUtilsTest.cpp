@@ -139,16 +139,6 @@ TEST(CopyToChar, TextFromStartUpToTheByteOrReverseAfterItUpToStart) {
 
 // --- sets ------------------------------------------------------------------------------------
 
-TEST(CharsPos, AnyByteOfTheSet) {
-    TCharScores delims = CharScores(";,"), high;
-    high.set(0xFF);
-    EXPECT_EQ((std::vector<int>{CharsPos("ab,c;d", delims), CharsPos("ab,c;d", delims, 4),
-                                CharsPos("abcd", delims), CharsPos("a,", delims, 3),
-                                CharsPosR("ab,c;d", delims), CharsPosR("ab,c;d", delims, 4),
-                                CharsPosR("ab,c;d", delims, 7), CharsPos("ab\xFF", high)}),
-              (std::vector<int>{3, 5, 0, 0, 5, 3, 0, 3}));
-}
-
 TEST(CharsPos, FindAndCopy) {
     TCharScores delims = CharScores(" \t");
     int pos = 0;

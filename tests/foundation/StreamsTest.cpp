@@ -72,15 +72,6 @@ TEST(SimpleReader, ReadsFromTheStreamsPositionAcrossRefillsAtMostABufferAtOnceOr
     EXPECT_THROW(TSimpleReader(&s, 0), rtl::EStreamError);
 }
 
-TEST(SimpleReader, ReadBufferKeepsTheTail) {
-    rtl::TStringStream s("abcdefgh");
-    TSimpleReader r(&s, 4);
-    EXPECT_EQ(r.ReadBuffer(0), 4);
-    Take(r, 1);
-    EXPECT_EQ(r.ReadBuffer(2), 4); // "cd" kept in front, "ef" read behind
-    EXPECT_EQ(Take(r, 4), "cdef");
-}
-
 TEST(SimpleReader, SetPositionWithinTheBufferOrBySeekingAndFlushBuffer) {
     rtl::TStringStream s("0123456789");
     TSimpleReader r(&s, 4);
@@ -173,17 +164,6 @@ TEST(StringReader, TheSourceIsLeftBehindTheLastStringAndBadSetUpRaises) {
     EXPECT_EQ(t.GetPosition(), 4);
     u.ChunkSize = 0;
     EXPECT_THROW(u.ReadString(line), rtl::EStreamError);
-}
-
-TEST_F(MappedFile, StringReaderOwnsAMappedFileOfItsOwn) {
-    WriteFile(name, "alpha\r\nbeta");
-    TStringReader r(name);
-    EXPECT_EQ(r.TargetFile(), name);
-    EXPECT_FALSE(r.UseBuffer);
-    ASSERT_NE(rtl::Is<TMappedFileStream>(r.Target()), nullptr);
-    EXPECT_EQ(ReadAll(r), (Strings{"alpha", "beta"}));
-    fs::remove(name);
-    EXPECT_THROW(r.SetTargetFile(name), EMFStreamError); // missing, read-only
 }
 
 // --- TMappedFileStream -----------------------------------------------------------------------

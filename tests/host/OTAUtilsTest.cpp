@@ -100,18 +100,6 @@ TEST_F(OTAUtilsTest, ASingleLooseProjectIsActiveTwoGiveNoneAndAGroupSettlesIt) {
     EXPECT_FALSE(GetActiveProject());
 }
 
-TEST_F(OTAUtilsTest, TheProjectResourceIsAnEditorOfTheActiveProject) {
-    EXPECT_FALSE(GetProjectResource());
-    OpenExample();
-    _di_IOTAProjectResource res = GetProjectResource();
-    ASSERT_TRUE(res);
-    EXPECT_EQ(res->GetFileName(), File("Example.res"));
-    model->CloseAll();
-    model->OpenProjectFile(WriteSecondProject()); // has no resource file
-    EXPECT_TRUE(GetActiveProject());
-    EXPECT_FALSE(GetProjectResource());
-}
-
 // ---------------------------------------------------------------------------------------------
 // Editors
 
@@ -131,23 +119,6 @@ TEST_F(OTAUtilsTest, FormAndSourceEditorsAreSeparateFacetsAndOnlyTheFormHasARoot
     EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(form))->Name, "MainForm");
     EXPECT_EQ(GetFormFromEditor(_di_IOTAEditor(source)), nullptr);
     EXPECT_EQ(GetFormFromEditor(nullptr), nullptr);
-}
-
-TEST_F(OTAUtilsTest, TheActiveModuleEditorsKeyboardAndFormTypeAreTheIDEsCurrentOnes) {
-    EXPECT_TRUE(OTAKeyboardServices() == _di_IOTAKeyboardServices(model.get()));
-    // No designer is up before a form is open.
-    EXPECT_EQ(GetProjectFormType(), "");
-    EXPECT_FALSE(GetActiveModule());
-    Open("Utils.pas");
-    Open("Main.pas");
-    EXPECT_EQ(GetActiveModule()->GetFileName(), File("Main.pas"));
-    EXPECT_EQ(GetActiveFormEditor()->GetFileName(), File("Main.dfm"));
-    EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Main.pas"));
-    EXPECT_EQ(GetProjectFormType(), "dfm");
-    EXPECT_EQ(GetProjectFormExt(), ".dfm");
-    Open("Utils.pas");
-    EXPECT_FALSE(GetActiveFormEditor());
-    EXPECT_EQ(GetActiveSourceEditor()->GetFileName(), File("Utils.pas"));
 }
 
 TEST_F(OTAUtilsTest, TheKindFilterTellsFormsDataModulesFramesAndReports) {
@@ -311,24 +282,6 @@ TEST_F(OTAUtilsTest, TheEditorFormIsTheTopViewsWindowFormAndFoundOnlyWhenVisible
     EXPECT_EQ(FindEditorForm(), &edit);
     edit.hide();
     EXPECT_EQ(FindEditorForm(), nullptr);
-}
-
-TEST_F(OTAUtilsTest, TheSecondEditorFormFollowsTheActiveSourceEditor) {
-    QWidget first, second;
-    model->MainEditWindow()->SetForm(&first);
-    Open("Utils.pas");
-    auto* window = model->NewEditWindow();
-    window->SetForm(&second);
-    auto module = model->OpenModuleFile(File("Main.pas"), TOpenMode::Hidden);
-    EXPECT_EQ(GetEditorForm2(), &first);
-    module->SourceEditor()->Show(); // a page in the main window
-    EXPECT_EQ(GetEditorForm2(), &first);
-    model->CloseAll();
-    auto frame = model->OpenModuleFile(File("Frame1.pas"), TOpenMode::Hidden);
-    frame->FormEditor()->Show(); // current, but its source has no view
-    EXPECT_EQ(GetEditorForm2(), nullptr);
-    model->OpenView(frame->SourceEditor(), window);
-    EXPECT_EQ(GetEditorForm2(), &second);
 }
 
 // ---------------------------------------------------------------------------------------------

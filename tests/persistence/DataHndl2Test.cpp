@@ -112,41 +112,6 @@ TEST(ObjectStorage, ExtendedFormHasItsOwnSignature) {
     EXPECT_EQ(foo.Width, 100);
 }
 
-TEST(ObjectStorage, ResourceFormWrapsEachObject) {
-    Objects source;
-    std::string data = PropsOf(osfResBin, {&source.foo, &source.widget});
-    // The same bytes as the platform's resource writer gives for each object.
-    std::string expected;
-    {
-        TStringStream stream;
-        TWrapper wrapper;
-        wrapper.I = &source.foo;
-        WriteComponentRes(&stream, "TWRAPPER", &wrapper);
-        WriteComponentRes(&stream, "TWIDGET", &source.widget);
-        expected = stream.DataString();
-    }
-    EXPECT_EQ(HexBytes(data), HexBytes(expected));
-}
-
-TEST(ObjectStorage, TextOfANonComponentReadsBack) {
-    Objects source;
-    std::string text = PropsOf(osfText, {&source.foo});
-    EXPECT_EQ(text.rfind("stored Instance --> TFoo\r\nobject TWrapper", 0), 0u) << text;
-    // DataHndl's detection doesn't take the "s" of the description line.
-    {
-        TStringStream stream(text);
-        EXPECT_THROW(DetectObjectFormat(&stream), EDataHandlingError);
-    }
-    TFoo foo;
-    TObject* targets[] = {&foo};
-    TObjectStorage reader;
-    reader.AutoDetectFormat = true;
-    reader.Format = osfExtBin;
-    reader.SetObjectProps(targets, text);
-    EXPECT_EQ(reader.Format, osfText);
-    EXPECT_EQ(foo.Caption, "foo");
-}
-
 TEST(ObjectStorage, SetFormatRefusesUnknownStreams) {
     TObjectStorage storage;
     TStringStream stream("garbage");

@@ -78,116 +78,6 @@ TEST(FitWriter, EveryValueIsWrittenUnlikeThePlatformWriterSortedOnRequest) {
               (std::vector<std::string>{"Caption", "Width"}));
 }
 
-TEST(FitWriter, ValueTagsByKind) {
-    TSample s;
-    s.Count = 300;
-    s.Letter = 'k';
-    s.Ratio = 0.5;
-    s.Big = int64_t(1) << 40;
-    s.Color = static_cast<TColor>(0x123456);
-    TSample named;
-    named.Shapes = {shRectangle, shTriangle};
-    std::string plainData = WriteRoot(&s), namedData = WriteRoot(&named);
-    const struct {
-        const std::string* data;
-        std::string name, bytes;
-    } cases[] = {
-        {&plainData, "Count", Bytes({3, 0x2C, 0x01})},
-        {&plainData, "Letter", Bytes({6, 1, 'k'})},
-        {&plainData, "Shape", Bytes({7, 8}) + "shCircle"},
-        {&plainData, "Shapes", Bytes({11, 0})}, // an empty set
-        {&plainData, "Ratio", Bytes({5})},      // floats are always extended
-        {&plainData, "Big", Bytes({19})},
-        {&plainData, "Wide", Bytes({18, 0, 0, 0, 0})},
-        {&plainData, "Data", Bytes({13})}, // an empty variant, like a nil object, is vaNil
-        {&plainData, "Color", Bytes({4, 0x56, 0x34, 0x12, 0})},
-        {&plainData, "Flag", Bytes({8})},
-        {&namedData, "Color", Bytes({7, 5}) + "clRed"},
-        {&namedData, "Shapes",
-         Bytes({11}) + Short("shRectangle") + Short("shTriangle") + Bytes({0})},
-    };
-    for (const auto& c : cases) {
-        size_t at = c.data->find(Short(c.name));
-        ASSERT_NE(at, std::string::npos) << c.name;
-        EXPECT_EQ(c.data->substr(at + c.name.size() + 1, c.bytes.size()), c.bytes) << c.name;
-    }
-}
-
-TEST(FitWriter, LongStringsUseTheLongTag) {
-    const std::pair<size_t, std::string> cases[] = {{256, Bytes({12, 0, 1, 0, 0})},
-                                                    {255, Bytes({6, 255})}};
-    for (const auto& [length, tag] : cases) {
-        TFoo foo;
-        foo.Caption = std::string(length, 'x');
-        EXPECT_NE(WriteRoot(&foo).find(Short("Caption") + tag + foo.Caption), std::string::npos)
-            << length;
-    }
-}
-
-TEST(FitWriter, WhichPropertiesReachTheStream) {
-    TSample s;
-    s.Hidden = "secret";
-    TWidget main, buddy;
-    main.SetName("Main");
-    buddy.SetName("Buddy");
-    buddy.Width = 7;
-    main.Buddy = &buddy;
-    main.GetLines()->Add("l1");
-    struct Hook : TObject {
-        std::vector<std::string> seen;
-        void Check(TPersistent*, const std::string& name, PPropInfo p, bool& canWrite) {
-            seen.push_back(name);
-            EXPECT_EQ(p->Name, name);
-            EXPECT_TRUE(canWrite);
-            if (name == "Size") canWrite = false;
-        }
-    } hook;
-    using Setup = std::function<void(TFitWriter&)>;
-    const struct {
-        const char* what;
-        TPersistent* obj;
-        Setup setup;
-        std::vector<std::string> in, out;
-    } cases[] = {
-        {"what can't be read back",
-         &s,
-         [](TFitWriter&) {},
-         {"Count"},
-         {"ReadOnly", "WriteOnly", "Hidden"}},
-        {"stored false on request",
-         &s,
-         [](TFitWriter& w) { w.IgnoreStored = true; },
-         {"Hidden"},
-         {"ReadOnly", "WriteOnly"}},
-        {"nested components flattened, not referenced",
-         &main,
-         [](TFitWriter&) {},
-         {"Buddy.Width", "Buddy.Look.Size", "Buddy.Items", "Lines.Strings"},
-         {"Buddy"}},
-        {"defined properties switched off",
-         &main,
-         [](TFitWriter& w) { w.WriteDefinedProps = false; },
-         {"Width"},
-         {"Lines.Strings"}},
-        {"the hook sees each property by its own name",
-         &s,
-         [&](TFitWriter& w) {
-             w.OnCanWriteProperty = TCanWritePropertyEvent::Of<&Hook::Check>(&hook);
-         },
-         {"Look.Name"},
-         {"Look.Size"}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        std::vector<std::string> names = Names(WriteRoot(c.obj, "", c.setup));
-        for (const std::string& name : c.in)
-            EXPECT_TRUE(Has(names, name)) << name;
-        for (const std::string& name : c.out)
-            EXPECT_FALSE(Has(names, name)) << name;
-    }
-    EXPECT_TRUE(Has(hook.seen, "Size"));
-}
-
 TEST(FitWriter, MethodsOnlyOnRequestAndOnlyWhenSet) {
     TSample s;
     EXPECT_FALSE(
@@ -209,23 +99,6 @@ TEST(FitWriter, MethodsOnlyOnRequestAndOnlyWhenSet) {
     } other;
     s.OnChange = TChangeEvent::Of<&Other::Handler>(&other);
     EXPECT_THROW(WriteRoot(&s, "", [](TFitWriter& w) { w.StoreMethods = true; }), EFitWriterError);
-}
-
-TEST(FitWriter, CollectionsPropertiesStandAheadOfTheirItems) {
-    TWidget w;
-    static_cast<TItem*>(w.GetItems()->Add())->Caption = "a";
-    w.GetItems()->Add();
-    std::string data = WriteRoot(&w);
-    std::string items = Short("Items") + Bytes({14}) + Bytes({1}) + Short("Caption") +
-                        Bytes({6, 1, 'a'}) + Short("Width") + Bytes({2, 50, 0}) + Bytes({1}) +
-                        Short("Caption") + Bytes({6, 0}) + Short("Width") + Bytes({2, 50, 0}) +
-                        Bytes({0});
-    EXPECT_NE(data.find(items), std::string::npos);
-
-    TWidget copy;
-    ReadRoot(&copy, data);
-    ASSERT_EQ(copy.GetItems()->Count(), 2);
-    EXPECT_EQ(static_cast<TItem*>(copy.GetItems()->GetItem(0))->Caption, "a");
 }
 
 TEST(FitWriter, NilRootsAndObjectsThatHoldEachOtherFailCleanly) {
@@ -291,40 +164,8 @@ TEST(FilteringWriter, StoredPathsPassWithTheirContainersAndSubtreesIgnoredOnesWi
     EXPECT_EQ(fw.RootName, "Main");
 }
 
-TEST(FilteringWriter, ContainersArePreparedFromEveryDot) {
-    TStringStream s;
-    TFilteringWriter w(&s);
-    SetList(w.StoredProps(), {"A.B.C", "A.X", "Top"});
-    w.PrepareObjProps();
-    EXPECT_EQ(w.ObjProps()->GetCommaText(), "A,A.B,A");
-}
-
 // ---------------------------------------------------------------------------------------------
 // TFitReader
-
-TEST(FitReader, ReadsBackEveryKind) {
-    TSample s;
-    s.Count = -7;
-    s.Letter = 'z';
-    s.Shape = shTriangle;
-    s.Shapes = {shCircle};
-    s.Ratio = 1.0 / 3;
-    s.Stamp = TDateTime(45000.5);
-    s.Text = "txt";
-    s.Wide = u"\u0416";
-    s.Big = -(int64_t(1) << 50);
-    s.Data = Variant("v");
-    s.Color = clBlack;
-    s.Flag = true;
-    s.GetLook()->Name = "Mono";
-    TSample copy, other;
-    copy.Child = &other;
-    std::string data = WriteRoot(&s, "Sample");
-    EXPECT_EQ(ReadRoot(&copy, data), "Sample");
-    // The fit writer writes every value: the copy writes the same bytes when it holds the same.
-    EXPECT_EQ(HexBytes(WriteRoot(&copy, "Sample")), HexBytes(data));
-    EXPECT_EQ(copy.Child, nullptr) << "a nil object in the stream is applied as nil";
-}
 
 TEST(FitReader, TheClassInTheStreamIsNotChecked) {
     TFoo foo;
@@ -365,21 +206,6 @@ TEST(FitReader, ReferencesResolveInANamedOwner) {
     ASSERT_EQ(ReadRoot(reader, binary.DataString()), "Reader");
     EXPECT_EQ(reader->Buddy, target);
     EXPECT_EQ(reader->Width, 4);
-}
-
-TEST(FitReader, SkipObjectPassesOverOneObject) {
-    TFoo a, b;
-    a.Caption = "first";
-    b.Caption = "second";
-    TStringStream s(WriteRoot(&a, "A") + WriteRoot(&b, "B"));
-    TFitReader r(&s);
-    std::string name;
-    r.SkipObject(name);
-    EXPECT_EQ(name, "A");
-    TFoo c;
-    r.ReadAsComponent(&c, name);
-    EXPECT_EQ(name, "B");
-    EXPECT_EQ(c.Caption, "second");
 }
 
 TEST(FitReader, DamagedStreamsRaiseReadErrors) {

@@ -45,24 +45,6 @@ struct Registered {
 // ---------------------------------------------------------------------------------------------
 // The bytes
 
-TEST(SaveBytes, ObjectsGoInAWrapperComponentsUnderTheirOwnNameDefaultsStayOut) {
-    TFoo plain, foo; // plain: Width at its default, 100, and Caption empty
-    foo.Width = 5;
-    foo.Caption = "ab";
-    TWidget w;
-    w.SetName("Main");
-    w.Width = 300;
-    // The platform writes a collection whatever it holds, as it has no default.
-    const std::pair<TObject*, std::string> cases[] = {
-        {&foo, "TPF0" + Short("TWrapper") + Short("") + Short("I.Width") + Bytes({2, 5}) +
-                   Short("I.Caption") + Bytes({6, 2, 'a', 'b'}) + Bytes({0, 0})},
-        {&plain, "TPF0" + Short("TWrapper") + Bytes({0, 0, 0})},
-        {&w, "TPF0" + Short("TWidget") + Short("Main") + Short("Width") + Bytes({3, 0x2C, 0x01}) +
-                 Short("Items") + Bytes({14, 0}) + Bytes({0, 0})}};
-    for (const auto& [obj, bytes] : cases)
-        EXPECT_EQ(HexBytes(PropsOf(obj, osfBin)), HexBytes(bytes));
-}
-
 TEST(SaveBytes, EmptyArraysDoNothing) {
     TStringStream s;
     SaveObjectBinary({}, &s, false);
@@ -95,68 +77,6 @@ TEST(SaveBytes, NilAndNonPersistentObjectsAreRefused) {
 // ---------------------------------------------------------------------------------------------
 // Round trips in each form
 
-TEST(RoundTrip, BinaryAndTextOfPlainObjectsAndComponents) {
-    TSample a;
-    Filled(a);
-    TFoo b;
-    b.Caption = "it's";
-    TWidget w;
-    w.SetName("Main");
-    w.Caption = "c";
-    w.GetLook()->Color = clRed;
-    w.GetLines()->Add("one");
-    w.GetLines()->Add("two");
-    auto* item = static_cast<TItem*>(w.GetItems()->Add());
-    item->Caption = "first";
-    item->Width = 7;
-    w.GetItems()->Add();
-    for (TObjectStorageFormat format : {osfBin, osfText}) {
-        SCOPED_TRACE(int(format));
-        TSample a2;
-        TFoo b2;
-        TWidget w2;
-        TObject* src[] = {&a, &b, &w};
-        TObject* dst[] = {&a2, &b2, &w2};
-        std::string text = PropsOf(src, format);
-        SetProps(dst, text, format);
-        // Every value read back writes the same text as the original.
-        EXPECT_EQ(PropsOf(dst, osfText), PropsOf(src, osfText));
-    }
-    EXPECT_EQ(PropsOf(&w, osfText).rfind("object Main: TWidget\r\n", 0), 0u);
-}
-
-TEST(RoundTrip, TextOfPlainObjectsCarriesDescriptionLines) {
-    Foos src{1, 2}, dst{0, 0};
-    std::string descriptions[] = {"first object"};
-    TStringStream s;
-    SaveObjectText(src.objs, &s, descriptions);
-    EXPECT_EQ(s.DataString(), "first object\r\n"
-                              "object TWrapper\r\n  I.Width = 1\r\nend\r\n"
-                              "stored Instance --> TFoo\r\n"
-                              "object TWrapper\r\n  I.Width = 2\r\nend\r\n");
-    // The detection doesn't know description lines; the text loader reads them.
-    s.SetPosition(0);
-    EXPECT_EQ(DataError([&] { LoadObjects(dst.objs, &s); }), "Thread does not contain object.");
-    LoadObjectText(dst.objs, &s);
-    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 2}));
-}
-
-TEST(RoundTrip, ResourceFormWrapsEachObject) {
-    Foos src{1, 2}, dst{0, 0};
-    TStringStream s;
-    SaveObjectBinary(src.objs, &s, true);
-    const std::string& data = s.DataString();
-    std::string header = Bytes({0xFF, 0x0A, 0x00}) + "TWRAPPER" + Bytes({0, 0x30, 0x10});
-    ASSERT_EQ(data.substr(0, header.size()), header);
-    uint32_t size = 0;
-    std::memcpy(&size, data.data() + header.size(), 4);
-    EXPECT_EQ(data.substr(header.size() + 4 + size, header.size()), header);
-    s.SetPosition(0);
-    LoadObjects(dst.objs, &s);
-    EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 2}));
-    EXPECT_EQ(s.GetPosition(), s.GetSize());
-}
-
 TEST(RoundTrip, ExtendedBinaryHasOneSignatureAndBarePropertyLists) {
     Foos src{1, 100}, dst{0, 0};
     src.foo[1]->Caption = "x";
@@ -181,20 +101,6 @@ TEST(RoundTrip, OtherFormsThanBinaryAndTextGiveNoString) {
         SetProps(foo.objs, "garbage", format);
     }
     EXPECT_EQ(foo.Widths(), std::vector<int32_t>{3});
-}
-
-TEST(RoundTrip, SetPropsExReadsBinaryAsBinaryAndEveryOtherFormAsText) {
-    Foos source{42};
-    source.foo[0]->Caption = "from the source";
-    std::string binary = PropsOf(source.objs, osfBin), text = PropsOf(source.objs, osfText);
-    const std::pair<TObjectStorageFormat, const std::string*> cases[] = {
-        {osfBin, &binary}, {osfText, &text}, {osfResBin, &text}, {osfExtBin, &text}};
-    for (const auto& [format, data] : cases) {
-        SCOPED_TRACE(int(format));
-        Foos target{0};
-        SetPropsEx(target.objs, *data, format);
-        EXPECT_EQ(PropsOf(target.objs, osfText), text);
-    }
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -236,33 +142,6 @@ TEST(LoadArrays, NilComponentEntriesAreCreatedFromTheStream) {
     }
 }
 
-TEST(LoadArrays, AnUnknownPropertyAsksWhetherToGoOn) {
-    TSample src;
-    src.Count = 3;
-    src.Text = "t";
-    std::string text = PropsOf(&src, osfBin);
-    DialogRecorder dialogs;
-    TFoo target;
-    target.Caption = "kept";
-    TObject* to[] = {&target};
-    SetProps(to, text, osfBin);
-    // Count, Letter (a character has no default) and Text: one question each.
-    ASSERT_EQ(dialogs.texts.size(), 3u);
-    EXPECT_NE(dialogs.texts[0].find("I.Count"), std::string::npos);
-    EXPECT_NE(dialogs.texts[1].find("I.Letter"), std::string::npos);
-    EXPECT_NE(dialogs.texts[2].find("I.Text"), std::string::npos);
-    const std::string& q = dialogs.texts[0];
-    EXPECT_EQ(q.rfind("Load error.\r\n", 0), 0u);
-    EXPECT_EQ(q.substr(q.size() - 20), ".\r\nContinue loading?");
-    EXPECT_EQ(dialogs.styles[0], MB_YESNO | MB_ICONEXCLAMATION);
-    EXPECT_EQ(target.Caption, "kept");
-    // No stops the load with the reader's error.
-    dialogs.answer = IDNO;
-    dialogs.texts.clear();
-    EXPECT_THROW(SetProps(to, text, osfBin), EReadError);
-    EXPECT_EQ(dialogs.texts.size(), 1u);
-}
-
 // ---------------------------------------------------------------------------------------------
 // SafeLoadObjects
 
@@ -299,10 +178,6 @@ protected:
     TObject* objs[2];
     TempDir dir;
 };
-
-TEST_F(SafeLoad, PlainLoadClashesWithSiblings) {
-    EXPECT_THROW(SetProps(objs, SwappedNames(osfBin), osfBin), EComponentError);
-}
 
 TEST_F(SafeLoad, ComponentsLeaveTheirOwnersForTheLoadAndComeBack) {
     // Any form but binary is read as text.
@@ -344,33 +219,6 @@ TEST_F(SafeLoad, ComponentsGoBackWhenTheLoadFails) {
 // ---------------------------------------------------------------------------------------------
 // Data files
 
-TEST(ObjectData, HeaderCallbackThenObjects) {
-    Foos foo{9};
-    for (bool res : {false, true}) {
-        SCOPED_TRACE(res);
-        TStringStream s;
-        SaveObjectDataBinary(foo.objs, &s, "1.01 99.99", res);
-        s.SetPosition(0);
-        Foos target{100};
-        int calls = 0;
-        int tag = 5;
-        TObjDataDscr got = LoadObjectData(
-            target.objs, &s,
-            [&](TObjDataDscr d, const std::string& description, bool& skip, void* data) {
-                ++calls;
-                EXPECT_EQ(d.StorageFormat, osfBin);
-                EXPECT_EQ(d.ResFormat, res);
-                EXPECT_EQ(description, "1.01 99.99");
-                EXPECT_FALSE(skip);
-                EXPECT_EQ(data, &tag);
-            },
-            &tag);
-        EXPECT_EQ(calls, 1);
-        EXPECT_EQ(got.ResFormat, res);
-        EXPECT_EQ(target.Widths(), std::vector<int32_t>{9});
-    }
-}
-
 TEST(ObjectData, SkipLeavesTheObjectsAndTheStreamBehindTheHeader) {
     Foos foo{9}, target{100};
     TStringStream s;
@@ -406,30 +254,6 @@ TEST(ImportProps, TargetsGetWhatDiffersFromTheDefaults) {
     ImportProps(target.objs, source.objs);
     EXPECT_EQ(target.Captions(), std::vector<std::string>{"copied"});
     EXPECT_EQ(target.Widths(), std::vector<int32_t>{50});
-}
-
-TEST(ImportProps, UnknownPropertiesStillAskTheUser) {
-    TSample source;
-    source.Count = 3;
-    TFoo target;
-    TObject* from[] = {&source};
-    TObject* to[] = {&target};
-    DialogRecorder dialogs;
-    std::vector<bool> suppressedDuringDialog;
-    TWindowSystem ws = WindowSystem();
-    auto inner = ws.MessageBox;
-    ws.MessageBox = [&](HWND o, const std::string& t, const std::string& c, uint32_t s) {
-        suppressedDuringDialog.push_back(SuppressErrorInfo);
-        return inner(o, t, c, s);
-    };
-    TWindowSystem recorder = SetWindowSystem(ws);
-    ImportProps(to, from);
-    SetWindowSystem(recorder);
-    ASSERT_EQ(dialogs.texts.size(), 2u);
-    EXPECT_NE(dialogs.texts[0].find("Count"), std::string::npos);
-    EXPECT_NE(dialogs.texts[1].find("Letter"), std::string::npos);
-    EXPECT_EQ(suppressedDuringDialog, (std::vector<bool>{true, true}));
-    EXPECT_FALSE(SuppressErrorInfo) << "restored afterwards";
 }
 
 TEST(Props2, EveryStoredPropertyAndNoWrapper) {

@@ -120,20 +120,6 @@ TEST(ObjectSaver, NamesComeFromTheArrayOrTheOwnerChain) {
                                                "BeforeWrite Given.Name", "AfterWrite Given.Name"}));
 }
 
-TEST(ObjectSaver, SwitchesReachTheWriterAlsoASuppliedOne) {
-    TFoo foo;
-    TObjectSaver saver;
-    saver.SortProps = true;
-    Listener l;
-    TStringStream dummy;
-    l.supplyWriter = std::make_unique<TFitWriter>(&dummy);
-    l.Attach(saver);
-    TPersistent* objs[] = {&foo};
-    Save(saver, objs);
-    EXPECT_EQ(l.log[1], "AfterCreateWriter sorted");
-    EXPECT_EQ(Roots(dummy.DataString())[0].Props, (std::vector<std::string>{"Caption", "Width"}));
-}
-
 TEST(ObjectSaver, AVetoedObjectIsLeftOut) {
     Foos foos{100, 100};
     TObjectSaver saver;
@@ -151,18 +137,6 @@ TEST(ObjectSaver, AVetoedObjectIsLeftOut) {
     EXPECT_THROW(Save(saver, foos.pers, names), EReadError);
 }
 
-TEST(ObjectSaver, TextIsTheConvertedBinary) {
-    TFoo a, b;
-    b.Caption = "x";
-    TObjectSaver saver;
-    saver.Format = sofText;
-    TPersistent* objs[] = {&a, &b};
-    std::string names[] = {"A"};
-    EXPECT_EQ(Save(saver, objs, names),
-              "object A: TFoo\r\n  Width = 100\r\n  Caption = ''\r\nend\r\n"
-              "object TFoo\r\n  Width = 100\r\n  Caption = 'x'\r\nend\r\n");
-}
-
 TEST(ObjectSaver, UnknownFormatsAndNilObjectsAreRefused) {
     TFoo foo;
     TObjectSaver saver;
@@ -178,30 +152,6 @@ TEST(ObjectSaver, UnknownFormatsAndNilObjectsAreRefused) {
 
 // ---------------------------------------------------------------------------------------------
 // Loading
-
-TEST(ObjectSaver, RoundTripInBothForms) {
-    TSample s;
-    s.Count = 5;
-    s.Text = "it's";
-    s.GetLook()->Size = 20;
-    TFoo f;
-    f.Width = 0; // a default value written by the fit writer is read back
-    TPersistent* objs[] = {&s, &f};
-    TObjectSaver binary;
-    std::string expected = Save(binary, objs);
-    for (auto format : {sofBinary, sofText}) {
-        SCOPED_TRACE(int(format));
-        TObjectSaver saver;
-        saver.Format = format;
-        std::string text;
-        saver.GetObjectProps(objs, text);
-        TSample s2;
-        TFoo f2;
-        TPersistent* dst[] = {&s2, &f2};
-        saver.SetObjectProps(dst, text);
-        EXPECT_EQ(Save(binary, dst), expected);
-    }
-}
 
 TEST(ObjectSaver, NilEntriesSkipTheirObjects) {
     Foos src{1, 2, 3}, dst{0, 0, 0};
@@ -289,34 +239,6 @@ TEST(ObjectSaver, AFailedFileSaveLeavesTheOldFile) {
 
 // ---------------------------------------------------------------------------------------------
 // TPropSaver
-
-TEST(PropSaver, ListsApplyToTheObjectTheyName) {
-    TSample main, other;
-    TPropSaver saver;
-    saver.StoredProps()->Add("Main.Count");
-    saver.StoredProps()->Add("Main.Look");
-    saver.IgnoredProps()->Add("Main.Look.Color");
-    saver.IgnoredProps()->Add("Other.Text");
-    TPersistent* objs[] = {&main, &other};
-    std::string names[] = {"Main", "Other"};
-    std::vector<Root> roots = Roots(Save(saver, objs, names));
-    ASSERT_EQ(roots.size(), 2u);
-    EXPECT_EQ(roots[0].Props, (std::vector<std::string>{"Count", "Look.Size", "Look.Name"}));
-    TObjectSaver plain;
-    std::vector<std::string> all = Roots(Save(plain, objs, names))[1].Props;
-    all.erase(std::find(all.begin(), all.end(), "Text"));
-    EXPECT_EQ(roots[1].Props, all) << "Other is complete but for its ignored entry";
-}
-
-TEST(PropSaver, AnObjectWithoutEntriesIsWrittenWhole) {
-    TFoo foo;
-    TPropSaver saver;
-    saver.StoredProps()->Add("Main.Width");
-    TPersistent* objs[] = {&foo};
-    std::string names[] = {"Elsewhere"};
-    EXPECT_EQ(Roots(Save(saver, objs, names))[0].Props,
-              (std::vector<std::string>{"Width", "Caption"}));
-}
 
 TEST(PropSaver, SettersCopyTheLists) {
     TStringList list;

@@ -81,14 +81,6 @@ TEST(PropTypes, ListsStoreTheirLinesAndTheirValueUnderThePropertysPath) {
     EXPECT_EQ(again, data);
 }
 
-TEST(PropTypes, ShortCutStringIsKnownByItsTypeName) {
-    PPropInfo p = GetPropInfo(TValues::StaticClass(), "Key");
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(p->PropType->Name, "TShortCutString");
-    EXPECT_TRUE(IsType(p->PropType, "tshortcutstring"));
-    EXPECT_EQ(p->PropType->Kind, tkLString);
-}
-
 TEST(PropTypes, ValueKindsInTheirOrder) {
     const std::pair<std::shared_ptr<TObject>, int> cases[] = {
         {std::make_shared<TCheckStrings>(), 2}, {std::make_shared<TSelectStrings>(), 3},
@@ -134,23 +126,6 @@ TEST(PropTypes, CheckedIndexes) {
     EXPECT_EQ(CheckedIndexes("99999999999999999999"), (std::vector<int>{}));
     EXPECT_EQ(MakeCheckedInds({4, 0, 2, 0}), "0,2,4");
     EXPECT_EQ(MakeCheckedInds({}), "");
-}
-
-TEST(PropTypes, FontSnapshotOfDefaultsHoldsNoFontProperty) {
-    TFontEx defaults;
-    std::string snapshot = Funcs().GetFontProps(&defaults);
-    EXPECT_EQ(snapshot.rfind("TPF0", 0), 0u);
-    EXPECT_EQ(snapshot.find("I."), std::string::npos) << model::HexBytes(snapshot);
-
-    // Only the pitch is reset by it: a snapshot leaves a default pitch out.
-    TFontEx target;
-    target.Pitch = fpFixed;
-    target.Height = -20;
-    target.Name = "Arial";
-    Funcs().SetFontProps(&target, snapshot);
-    EXPECT_EQ(target.Pitch, fpDefault);
-    EXPECT_EQ(target.Height, -20);
-    EXPECT_EQ(target.Name, "Arial");
 }
 
 TEST(PropTypes, FontSnapshotRoundTrip) {

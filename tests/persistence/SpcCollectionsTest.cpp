@@ -259,17 +259,6 @@ TEST(FreeCollection, ItemsDontOwnTheirObjectsAssignSharesThem) {
     EXPECT_EQ(copy.FindObjectID("Old"), nullptr);
 }
 
-TEST(FreeCollection, StoredAsIdentifierThenTheObjectsProperties) {
-    THolder holder;
-    TLiveObject live;
-    live.Size = 4;
-    holder.free->Add(&live, "Live");
-    std::string data = Save(holder);
-    std::string entry = std::string("\x01") + "\x09" + "AObjectID" + "\x06\x04" + "Live" + "\x11" +
-                        "NestedObject.Size" + "\x02\x04";
-    EXPECT_NE(data.find(entry), std::string::npos) << model::HexBytes(data);
-}
-
 TEST(FreeCollection, FileUpdatesRegisteredObjectsOnlyAndMakesNone) {
     // Sizes are the index in the file plus one; a program's object starts at 0. The unknown entry
     // at position 0 of the second case moves nothing; "B" stands at 1 already; "A" at 2 lies

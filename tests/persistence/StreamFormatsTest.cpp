@@ -137,27 +137,3 @@ TEST(FormatDetection, ByTheFirstBytes) {
         EXPECT_EQ(s.GetPosition(), 2) << "the position is restored";
     }
 }
-
-TEST(FormatDetection, HeadersAndDescriptionLinesAreNotObjects) {
-    for (std::string head :
-         {"sys_bin", "sys_txt", "stored Instance --> TFoo", "TPF", "TPF1", "\nobject", "", "TP"}) {
-        SCOPED_TRACE(head);
-        TStringStream s(head);
-        EXPECT_EQ(DataError([&] { DetectObjectFormat(&s); }), "Thread does not contain object.");
-        EXPECT_EQ(s.GetPosition(), 0);
-    }
-}
-
-TEST(FormatDetection, MessagesComeFromTheStringTable) {
-    // A language module's text for the number replaces the package's own.
-    TResStrLookup old = SetResStrLookup([](int id) {
-        return id == SNoObjectInStream ? std::string("Der Strom enth\xE4lt kein Objekt.")
-                                       : std::string();
-    });
-    TStringStream s("xyz");
-    std::string message = DataError([&] { DetectObjectFormat(&s); });
-    SetResStrLookup(old);
-    EXPECT_EQ(message, "Der Strom enth\xE4lt kein Objekt.");
-    EXPECT_EQ(PackageResStr(SLabelNotFound), "Incorrect data format. Required label not found.");
-    EXPECT_EQ(PackageResStr(SCollItemExists), "Collection\x92s element ''%s'' already exists.");
-}

@@ -117,22 +117,6 @@ protected:
 // ---------------------------------------------------------------------------------------------
 // Adding and removing
 
-TEST_F(Collections, AddCreatesItemsOfTheItemClassAndItemsCreatedWithTheirCollectionJoinIt) {
-    TCollectionItem* item = books.Add();
-    ASSERT_NE(item, nullptr);
-    EXPECT_EQ(item->ClassType(), TBookItem::StaticClass());
-    EXPECT_EQ(books.ItemClass(), TBookItem::StaticClass());
-    auto* direct = new TBookItem(&books);
-    TObject* created = CreateInstance(TBookItem::StaticClass(), &books);
-    EXPECT_EQ(created->ClassType(), TBookItem::StaticClass());
-    EXPECT_EQ(std::vector<TObject*>({books[0], books[1], books[2]}),
-              std::vector<TObject*>({item, direct, created}));
-    for (int i = 0; i < books.Count(); ++i) {
-        EXPECT_EQ(books[i]->Index(), i);
-        EXPECT_EQ(books[i]->Collection(), &books);
-    }
-}
-
 TEST_F(Collections, InsertDeleteAndClear) {
     Fill({"b", "d"});
     static_cast<TBookItem*>(books.Insert(0))->Title = "a";
@@ -330,17 +314,4 @@ TEST_F(Collections, UpdateOnceAfterBeginUpdateEndUpdate) {
     EXPECT_EQ(books.UpdateCount(), 0);
     books.Clear();
     EXPECT_EQ(books.updates, std::vector<TCollectionItem*>(2, nullptr)); // the bracket, Clear
-}
-
-TEST_F(Collections, NotifyTellsAddedDeletingAndExtracting) {
-    auto* a = books.AddBook("a");
-    auto* b = books.AddBook("b");
-    EXPECT_EQ(books.notices, (Notices{{a, cnAdded}, {b, cnAdded}}));
-    books.notices.clear();
-    books.Delete(0);
-    EXPECT_EQ(books.notices, (Notices{{a, cnDeleting}, {a, cnExtracting}}));
-    books.notices.clear();
-    b->SetCollection(nullptr);
-    EXPECT_EQ(books.notices, (Notices{{b, cnExtracting}}));
-    delete b;
 }

@@ -155,42 +155,6 @@ TEST(Components, OwnedComponentsDieWithTheirOwnerLastFirst) {
         EXPECT_TRUE(log.destroyingFlag[i]) << log.names[i];
 }
 
-TEST(Components, AFreedComponentLeavesItsOwnerAndDestroyComponentsFreesTheOwnedOnly) {
-    DestroyLog log;
-    TComponent owner;
-    owner.SetName("Owner");
-    Named(&owner, "First", &log);
-    auto* second = Named(&owner, "Second", &log);
-    Named(&owner, "Third", &log);
-    delete second;
-    EXPECT_EQ(Names(owner), V({"First", "Third"}));
-    EXPECT_EQ(owner.FindComponent("Second"), nullptr);
-    EXPECT_EQ(log.names, V{"Second"});
-    owner.DestroyComponents();
-    EXPECT_EQ(owner.ComponentCount(), 0);
-    EXPECT_EQ(log.names, V({"Second", "Third", "First"}));
-    EXPECT_EQ(owner.Name(), "Owner");
-    Named(&owner, "First"); // the names are free again
-}
-
-TEST(Components, ARemovedComponentIsNoLongerFoundNorFreed) {
-    DestroyLog log;
-    auto* owner = new TComponent(nullptr);
-    auto* child = Named(owner, "Child", &log);
-    EXPECT_EQ(owner->FindComponent("child"), child);
-    owner->RemoveComponent(child);
-    EXPECT_EQ(std::vector<TComponent*>({child->Owner(), owner->FindComponent("Child")}),
-              std::vector<TComponent*>(2, nullptr));
-    EXPECT_EQ(std::pair(owner->ComponentCount(), child->ComponentIndex()), std::pair(0, -1));
-    delete owner;
-    EXPECT_TRUE(log.names.empty());
-    // Another owner can take it.
-    TComponent other;
-    other.InsertComponent(child);
-    EXPECT_EQ(child->Owner(), &other);
-    EXPECT_EQ(other.FindComponent("CHILD"), child);
-}
-
 TEST(Components, ComponentsByIndex) {
     TComponent owner;
     auto* a = Named(&owner, "A");
@@ -282,22 +246,6 @@ TEST(Components, NameAndTagArePublished) {
 // ---------------------------------------------------------------------------------------------
 // Published fields of the owner
 
-TEST(Components, FieldsOfTheOwnerFollowTheName) {
-    TForm form;
-    auto* button = new TButton(&form);
-    EXPECT_EQ(form.Button1, nullptr);
-    button->SetName("Button1");
-    EXPECT_EQ(form.Button1, button);
-    // Renamed away: unlinked; back under another case: linked again.
-    button->SetName("OkButton");
-    EXPECT_EQ(form.Button1, nullptr);
-    button->SetName("BUTTON1");
-    EXPECT_EQ(form.Button1, button);
-    // Freed: unlinked.
-    delete button;
-    EXPECT_EQ(form.Button1, nullptr);
-}
-
 TEST(Components, FieldsAreLinkedOnInsertAndUnlinkedOnRemove) {
     TForm form;
     auto* label = new TLabel(nullptr);
@@ -314,49 +262,8 @@ TEST(Components, FieldsAreLinkedOnInsertAndUnlinkedOnRemove) {
     EXPECT_EQ(form.Button1, nullptr);
 }
 
-TEST(Components, AFormFreesItsLinkedComponents) {
-    DestroyLog log;
-    auto* form = new TForm(nullptr);
-    (new TButton(form))->SetName("Button1");
-    Named(form, "Extra", &log);
-    ASSERT_NE(form->Button1, nullptr);
-    delete form;
-    EXPECT_EQ(log.names, V{"Extra"});
-}
-
 // ---------------------------------------------------------------------------------------------
 // Notifications
-
-TEST(Components, InsertAndRemoveReachOwnedComponentsAndThoseOwnedDeeper) {
-    TComponent root;
-    auto* watcher = new TWatcher(&root);
-    auto* deeper = new TWatcher(new TComponent(&root));
-    watcher->seen.clear();
-    deeper->seen.clear();
-    auto* c = new TComponent(&root);
-    root.RemoveComponent(c);
-    root.InsertComponent(c);
-    delete c;
-    const std::vector<std::pair<TComponent*, TOperation>> expected = {
-        {c, opInsert}, {c, opRemove}, {c, opInsert}, {c, opRemove}};
-    EXPECT_EQ(watcher->seen, expected);
-    EXPECT_EQ(deeper->seen, expected);
-}
-
-TEST_F(FreeNotification, TellsAComponentOfAnotherOwnerUntilRemoved) {
-    // Removed again, the notice is gone from both sides; set once more, it comes.
-    link->SetTarget(target);
-    link->SetTarget(nullptr);
-    EXPECT_FALSE(target->ComponentState().Contains(csFreeNotification));
-    link->SetTarget(target);
-    EXPECT_TRUE(target->ComponentState().Contains(csFreeNotification));
-    EXPECT_TRUE(link->ComponentState().Contains(csFreeNotification));
-    delete target;
-    EXPECT_EQ(link->Target, nullptr);
-    EXPECT_EQ(link->removals, 1);
-    // Both sides forgot each other.
-    EXPECT_FALSE(link->ComponentState().Contains(csFreeNotification));
-}
 
 TEST_F(FreeNotification, WorksBothWays) {
     // The link dies first: the target must not tell it anything afterwards (the sanitizer

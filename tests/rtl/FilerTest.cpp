@@ -256,19 +256,6 @@ TEST(FilerValues, StringsCharsAndWideStrings) {
               Bytes({vaUTF8String, 2, 0, 0, 0, 0xC3, 0xA9}));
 }
 
-TEST(FilerValues, FloatFormsAreLittleEndianIeeeAndExtended) {
-    EXPECT_EQ(Written([](TWriter& w) {
-                  w.WriteFloat(1.5L);
-                  w.WriteSingle(2.5f);
-                  w.WriteCurrency(12.3456L);
-                  w.WriteDate(1.0);
-              }),
-              Bytes({vaExtended, 0,    0,        0, 0, 0,    0,    0,          0xC0,
-                     0xFF,       0x3F, vaSingle, 0, 0, 0x20, 0x40, vaCurrency, 0x40,
-                     0xE2,       0x01, 0,        0, 0, 0,    0,    vaDate,     0,
-                     0,          0,    0,        0, 0, 0xF0, 0x3F}));
-}
-
 TEST(FilerValues, NonCanonicalExtendedEncodingsReadAsTheValueTheyStandFor) {
     // The smallest normal number, 2^-16382, in its own encoding and as a pseudo-denormal (the
     // integer bit set under a zero exponent), which stands for the same value.
@@ -392,19 +379,6 @@ TEST(FilerValues, VariantsKeepTheirType) {
     }
 }
 
-TEST(FilerValues, SetsByElementName) {
-    PTypeInfo setType = TypeInfo<TTones>();
-    std::string data = Written([&](TWriter& w) {
-        w.WriteSet(TTones{tnGreen, tnWhite}.Bits(), setType);
-        w.WriteSet(0, setType);
-    });
-    EXPECT_EQ(data, Bytes({vaSet, 7,   't', 'n', 'G', 'r', 'e', 'e', 'n',   7,
-                           't',   'n', 'W', 'h', 'i', 't', 'e', 0,   vaSet, 0}));
-    TBytesReader r(data);
-    EXPECT_EQ(r.ReadSet(setType), (TTones{tnGreen, tnWhite}.Bits()));
-    EXPECT_EQ(r.ReadSet(setType), 0u);
-}
-
 TEST(FilerValues, PrefixCarriesFlagsAndChildPosition) {
     // A class name whose length byte would read as flags gets an empty flag byte before it.
     const std::string longName(240, 'T');
@@ -426,30 +400,6 @@ TEST(FilerValues, PrefixCarriesFlagsAndChildPosition) {
         EXPECT_EQ(r.ReadStr(), wantName);
     }
     EXPECT_EQ(pos, 300);
-}
-
-TEST(FilerBuffering, ReaderReadsAheadAndFlushBufferPutsTheStreamBack) {
-    std::string data = Written([](TWriter& w) {
-        w.WriteInteger(1000);
-        w.WriteString("rest");
-    });
-    TStringStream in(data);
-    {
-        TReader r(&in, 4096);
-        EXPECT_EQ(r.ReadInteger(), 1000);
-        EXPECT_EQ(in.GetPosition(), static_cast<int64_t>(data.size())); // read ahead
-        EXPECT_EQ(r.Position(), 3);
-        r.FlushBuffer();
-        EXPECT_EQ(in.GetPosition(), 3);
-        EXPECT_EQ(r.ReadString(), "rest");
-    }
-    // Destroying a reader puts the stream back too.
-    in.SetPosition(0);
-    {
-        TReader r(&in, 4096);
-        r.ReadInteger();
-    }
-    EXPECT_EQ(in.GetPosition(), 3);
 }
 
 TEST(FilerBuffering, WriterHoldsDataUntilFlushed) {
@@ -594,27 +544,6 @@ TEST(FilerProperties, ValuesEqualToTheAncestorsAreLeftOut) {
                                          "  Enabled = True\r\n"
                                          "  Tone = tnGreen\r\n"
                                          "end\r\n");
-}
-
-TEST(FilerProperties, StringListsAreStoredAsTheirStringsProperty) {
-    TWidget w;
-    w.GetItems()->Add("first");
-    w.GetItems()->Add("it's");
-    std::string data = PropertiesOf(&w);
-    EXPECT_NE(data.find("\x0DItems.Strings" + Bytes({vaList, vaString, 5}) + "first" +
-                        Bytes({vaString, 4}) + "it's" + Bytes({0})),
-              std::string::npos);
-    TWidget back;
-    back.GetItems()->Add("replaced");
-    ReadProperties(data, &back);
-    ASSERT_EQ(back.GetItems()->Count(), 2);
-    EXPECT_EQ(back.GetItems()->Strings(1), "it's");
-    // Lines equal to the ancestor's are left out; different ones are written whole.
-    TWidget ancestor;
-    ancestor.GetItems()->Assign(w.GetItems());
-    EXPECT_EQ(PropertiesOf(&w, &ancestor).find("Items.Strings"), std::string::npos);
-    ancestor.GetItems()->Add("more");
-    EXPECT_NE(PropertiesOf(&w, &ancestor).find("Items.Strings"), std::string::npos);
 }
 
 struct ErrorLog {
@@ -783,43 +712,6 @@ TEST(FilerComponents, AComponentTreeIsWrittenAsThePlatformWritesIt) {
                                     "    Buddy = Owner\r\n"
                                     "  end\r\n"
                                     "end\r\n");
-}
-
-TEST(FilerComponents, ATreeReadsBackWithReferencesMethodsAndLoaded) {
-    TStringStream s(TreeStream());
-    std::unique_ptr<TComponent> read(ReadComponent(&s, nullptr));
-    EXPECT_EQ(s.GetPosition(), s.GetSize());
-    auto* back = dynamic_cast<TWidget*>(read.get());
-    ASSERT_NE(back, nullptr);
-    // Every value is back: written again, the tree has the same text.
-    TStringStream again;
-    WriteComponent(&again, back);
-    EXPECT_EQ(ToText(again.DataString()), ToText(TreeStream()));
-    auto* child = dynamic_cast<TWidget*>(back->FindComponent("Child"));
-    auto* sibling = dynamic_cast<TWidget*>(back->FindComponent("Sibling"));
-    ASSERT_NE(child, nullptr);
-    ASSERT_NE(sibling, nullptr);
-    EXPECT_EQ(child->Buddy, sibling);
-    EXPECT_EQ(sibling->Buddy, back);
-    EXPECT_EQ(static_cast<TEntry*>(back->GetEntries()->GetItem(1))->Target, sibling);
-    auto* grand = dynamic_cast<TWidget*>(child->FindComponent("Grand"));
-    ASSERT_NE(grand, nullptr);
-    EXPECT_EQ(back->OnClick.Method().Code, (MethodCode<&TWidget::Click>()));
-    EXPECT_EQ(back->OnClick.Method().Data, back);
-    for (TWidget* w : {back, child, sibling, grand}) {
-        EXPECT_EQ(w->loadedCalls, 1) << w->Name();
-        EXPECT_FALSE(w->ComponentState().Contains(csLoading)) << w->Name();
-        EXPECT_FALSE(w->ComponentState().Contains(csReading)) << w->Name();
-    }
-}
-
-TEST(FilerComponents, ReadingIntoAnExistingRoot) {
-    TStringStream s(TreeStream());
-    TWidget target;
-    EXPECT_EQ(ReadComponent(&s, &target), &target);
-    EXPECT_EQ(target.Name(), "Main");
-    EXPECT_EQ(target.ComponentCount(), 2);
-    EXPECT_EQ(target.Lines.size(), 2u);
 }
 
 TEST(FilerComponents, ResourceFormWrapsTheStream) {

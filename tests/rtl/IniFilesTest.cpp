@@ -200,14 +200,6 @@ TEST_F(IniTest, WritesThatCannotBeLinesRaise) {
     EXPECT_EQ(Get(), kSample);
 }
 
-TEST_F(IniTest, TwoObjectsOnOneFileSeeEachOther) {
-    TIniFile a(file), b(file);
-    a.WriteString("S", "K", "1");
-    EXPECT_EQ(b.ReadString("S", "K", ""), "1");
-    b.WriteString("S", "K", "2");
-    EXPECT_EQ(a.ReadString("S", "K", ""), "2");
-}
-
 // ---------------------------------------------------------------------------------------------
 // Atomic replacement
 

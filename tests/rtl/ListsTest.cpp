@@ -46,17 +46,6 @@ public:
     TObject* lastSender = nullptr;
 };
 
-// A list that frees its items as they leave it, as the platform's object lists do.
-class TOwningList : public TList {
-public:
-    ~TOwningList() override { Clear(); }
-
-protected:
-    void Notify(void* ptr, TListNotification action) override {
-        if (action == lnDeleted) delete static_cast<TCounted*>(ptr);
-    }
-};
-
 } // namespace
 
 RTL_IMPLEMENT_CLASS(TListener)
@@ -153,23 +142,6 @@ TEST(List, SortAndPack) {
     EXPECT_EQ(l.Count(), 5);
     for (int& x : v)
         EXPECT_GE(l.IndexOf(&x), 0);
-}
-
-TEST(List, NotifyLetsDescendantsOwnItems) {
-    {
-        TOwningList l;
-        l.Add(new TCounted);
-        l.Add(new TCounted);
-        auto* kept = new TCounted;
-        l.Add(kept);
-        EXPECT_EQ(g_alive, 3);
-        l.Delete(0);
-        EXPECT_EQ(g_alive, 2);
-        EXPECT_EQ(l.Extract(kept), kept); // extracted, not freed
-        EXPECT_EQ(g_alive, 2);
-        delete kept;
-    }
-    EXPECT_EQ(g_alive, 0);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -297,18 +269,6 @@ TEST(StringListSorted, RejectsPositionalEdits) {
     l.SetSorted(false);
     l.Insert(0, "c");
     EXPECT_EQ(Lines(l), (V{"c", "a", "b"}));
-}
-
-TEST(StringList, SortAndCustomSort) {
-    TFilled l({"ccc", "a", "BB", "dddd", "b"});
-    l.Sort();
-    EXPECT_EQ(Lines(l), (V{"a", "b", "BB", "ccc", "dddd"}));
-    EXPECT_FALSE(l.Sorted());
-    l.CustomSort([](TStringList* list, int i1, int i2) {
-        return static_cast<int>(list->Strings(i2).size()) -
-               static_cast<int>(list->Strings(i1).size());
-    });
-    EXPECT_EQ(Lines(l), (V{"dddd", "ccc", "BB", "a", "b"}));
 }
 
 TEST(StringList, ExchangeAndMoveCarryObjects) {

@@ -347,15 +347,6 @@ TEST(ObjectTextParser, ReadsThePlatformsOwnSpellings) {
                                       "end\r\n");
 }
 
-TEST(ObjectTextParser, ClassNamesOfAnyLengthReadBack) {
-    // A length byte of 240 or more would read as flags; longer than 255 keeps the first 255.
-    for (size_t length : {239u, 240u, 255u, 300u}) {
-        std::string cls = "T" + std::string(length - 1, '0');
-        std::string text = ToText(ToBinary("object F: " + cls + "\r\nend\r\n"));
-        EXPECT_EQ(text, "object F: " + cls.substr(0, 255) + "\r\nend\r\n") << length;
-    }
-}
-
 TEST(ObjectTextParser, DecimalsReadAsTheNearestExtendedValue) {
     // A float's text becomes the extended value nearest to it, as strtold reads it: decimals of
     // up to 21 digits, up to 30 of them after the point, of either sign, with and without
@@ -481,25 +472,6 @@ TEST(ObjectTextRoundTrip, EveryValueFormSurvives) {
         w.WriteIdent("Null");
     });
     EXPECT_EQ(ToBinary(ToText(binary)), binary);
-}
-
-TEST(ObjectTextRoundTrip, ObjectsStoredBackToBackConvertOneCallEach) {
-    std::string t1 = "object A: TA\r\n  X = 1\r\nend\r\n";
-    std::string t2 = "inherited B: TB\r\n  Y = 'two'\r\nend\r\n";
-    TStringStream text(t1 + "\r\n" + t2 + "\r\n"), binary;
-    ObjectTextToBinary(&text, &binary);
-    int64_t afterFirst = binary.GetPosition();
-    EXPECT_EQ(text.GetPosition(), static_cast<int64_t>(t1.size() + 2));
-    ObjectTextToBinary(&text, &binary);
-    EXPECT_EQ(text.GetPosition(), text.GetSize());
-
-    binary.SetPosition(0);
-    TStringStream back;
-    ObjectBinaryToText(&binary, &back);
-    EXPECT_EQ(binary.GetPosition(), afterFirst);
-    ObjectBinaryToText(&binary, &back);
-    EXPECT_EQ(binary.GetPosition(), binary.GetSize());
-    EXPECT_EQ(back.DataString(), t1 + t2);
 }
 
 TEST(ObjectTextResources, TextToResourceAndBack) {

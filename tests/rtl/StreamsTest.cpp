@@ -28,36 +28,6 @@ class FileStream : public TempDirTest {};
 // ---------------------------------------------------------------------------------------------
 // TMemoryStream
 
-TEST(MemoryStream, WriteReadAndPosition) {
-    TMemoryStream s;
-    EXPECT_EQ(s.GetSize(), 0);
-    s.WriteBuffer("hello", 5);
-    EXPECT_EQ(s.GetPosition(), 5);
-    EXPECT_EQ(s.GetSize(), 5);
-    s.SetPosition(1);
-    char buf[8] = {};
-    EXPECT_EQ(s.Read(buf, 3), 3);
-    EXPECT_STREQ(buf, "ell");
-    EXPECT_EQ(s.GetPosition(), 4);
-    s.WriteBuffer("XYZ", 3); // overwrites one byte and extends by two
-    EXPECT_EQ(ReadAll(s), "hellXYZ");
-    EXPECT_EQ(std::memcmp(s.Memory(), "hellXYZ", 7), 0);
-    s.WriteValue<int32_t>(0x01020304);
-    s.SetPosition(7);
-    EXPECT_EQ(s.ReadValue<int32_t>(), 0x01020304);
-}
-
-TEST(MemoryStream, SeekOrigins) {
-    TMemoryStream s;
-    s.WriteBuffer("0123456789", 10);
-    // Positions beyond either end are allowed; reading there gives nothing.
-    EXPECT_EQ(std::vector<int64_t>({s.Seek(3, soBeginning), s.Seek(2, soCurrent),
-                                    s.Seek(-1, soCurrent), s.Seek(-2, soEnd), s.Seek(0, soEnd),
-                                    s.Seek(5, soEnd), s.Seek(-20, soCurrent)}),
-              std::vector<int64_t>({3, 5, 4, 8, 10, 15, -5}));
-    EXPECT_EQ(s.GetSize(), 10);
-}
-
 TEST(MemoryStream, ReadingPastTheEnd) {
     TMemoryStream s;
     s.WriteBuffer("abc", 3);
@@ -247,21 +217,6 @@ TEST_F(FileStream, OpenErrorsNameTheFile) {
     WriteFile(Path("d.txt"), "x");
     EXPECT_THROW(TFileStream(Path("d.txt"), 3), EFOpenError);      // no such access mode
     EXPECT_THROW(TFileStream(Path("d.txt"), 0x0050), EFOpenError); // no such share flag
-}
-
-TEST_F(FileStream, WriteOnlyAndReadWriteAccess) {
-    WriteFile(Path("e.txt"), "abcdef");
-    {
-        TFileStream w(Path("e.txt"), fmOpenWrite);
-        char c;
-        EXPECT_EQ(w.Read(&c, 1), 0);
-        w.WriteBuffer("XY", 2);
-    }
-    EXPECT_EQ(ReadFile(Path("e.txt")), "XYcdef"); // opening for writing doesn't empty it
-    TFileStream rw(Path("e.txt"), fmOpenReadWrite);
-    rw.Seek(0, soEnd);
-    rw.WriteBuffer("!", 1);
-    EXPECT_EQ(ReadAll(rw), "XYcdef!");
 }
 
 TEST_F(FileStream, ExclusiveShareKeepsOthersOut) {

@@ -127,12 +127,6 @@ TEST(Format, BadDirectivesRaiseConvertError) {
     EXPECT_THROW(Format("%999999999d", {1}), EConvertError);
 }
 
-TEST(Format, ExceptionsFormatTheirMessage) {
-    EListError e(SListIndexError, {7});
-    EXPECT_EQ(e.Message(), "List index out of bounds (7)");
-    EXPECT_STREQ(e.what(), "List index out of bounds (7)");
-}
-
 // ---------------------------------------------------------------------------------------------
 // Integers
 
@@ -379,7 +373,9 @@ TEST(Text, AnsiCaseFoldsCyrillicPairs) {
     for (int c = 0; c < 256; ++c) {
         char ch = static_cast<char>(c);
         char up = AnsiUpperChar(ch);
-        if (up != ch) EXPECT_EQ(AnsiLowerChar(up), ch) << c;
+        if (up != ch) {
+            EXPECT_EQ(AnsiLowerChar(up), ch) << c;
+        }
     }
 }
 

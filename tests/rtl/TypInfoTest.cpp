@@ -146,29 +146,6 @@ V Names(std::span<const PPropInfo> list) {
 // ---------------------------------------------------------------------------------------------
 // Declaration and order
 
-TEST(TypInfo, PropertiesComeInDeclarationOrderAncestorsFirst) {
-    EXPECT_EQ(Names(GetPropInfos(TDerived::StaticClass())),
-              V({"Width", "Caption", "ReadOnly", "WriteOnly", "Shape", "Shapes", "Visible",
-                 "Letter", "Ratio", "Big", "OnClick", "Child", "Data"}));
-    EXPECT_EQ(GetTypeData(&TDerived::StaticClass()->TypeInfo)->PropCount, 13);
-    EXPECT_EQ(GetTypeData(&TBase::StaticClass()->TypeInfo)->PropCount, 4);
-    // NameIndex is the slot in that order.
-    auto all = GetPropInfos(TDerived::StaticClass());
-    for (size_t i = 0; i < all.size(); ++i)
-        EXPECT_EQ(all[i]->NameIndex, int(i)) << all[i]->Name;
-}
-
-TEST(TypInfo, AnAncestorSharesItsPropertyRecordsWithDescendants) {
-    // The ancestor's part of a descendant's list is the ancestor's own records.
-    auto base = GetPropInfos(TBase::StaticClass());
-    auto leaf = GetPropInfos(TLeaf::StaticClass());
-    ASSERT_GE(leaf.size(), base.size());
-    for (size_t i = 0; i < base.size(); ++i)
-        EXPECT_EQ(leaf[i], base[i]);
-    EXPECT_EQ(leaf.size(), 13u + 7u);
-    EXPECT_EQ(GetPropInfo(TLeaf::StaticClass(), "Title")->NameIndex, 13);
-}
-
 TEST(TypInfo, ClassIdentityIsTheUnqualifiedPlatformName) {
     TLeaf leaf;
     // Declared as RTL_BEGIN_CLASS(tinfo::TLeaf): class names are written into object streams and
@@ -356,31 +333,6 @@ TEST(TypInfo, RepublishedPropertyKeepsItsSlot) {
 
 // ---------------------------------------------------------------------------------------------
 // Specifiers
-
-TEST(TypInfo, DefaultsAreRecordedOrNoDefault) {
-    std::vector<int64_t> defaults;
-    for (const char* name : {"Width", "Shape", "Visible", "Level", "Caption"})
-        defaults.push_back(GetPropInfo(TLeaf::StaticClass(), name)->Default);
-    EXPECT_EQ(defaults, std::vector<int64_t>({100, stCircle, 1, NoDefault, NoDefault}));
-    EXPECT_EQ(static_cast<uint32_t>(NoDefault), 0x80000000u);
-}
-
-TEST(TypInfo, StoredSpecifiersConstantAndMethod) {
-    TLeaf leaf;
-    PPropInfo shape = GetPropInfo(leaf.ClassType(), "Shape");
-    PPropInfo hidden = GetPropInfo(leaf.ClassType(), "Hidden");
-    PPropInfo width = GetPropInfo(leaf.ClassType(), "Width");
-    // A method specifier has a StoredProc and is evaluated on the instance; constants have none.
-    EXPECT_NE(shape->StoredProc, nullptr);
-    EXPECT_EQ(hidden->StoredProc, nullptr);
-    EXPECT_EQ(width->StoredProc, nullptr);
-    const bool before = IsStoredProp(&leaf, shape);
-    leaf.Shape = stTriangle;
-    EXPECT_EQ(std::vector<bool>({before, IsStoredProp(&leaf, shape), IsStoredProp(&leaf, "SHAPE"),
-                                 IsStoredProp(&leaf, hidden), IsStoredProp(&leaf, width)}),
-              std::vector<bool>({false, true, true, false, true}));
-    EXPECT_THROW(IsStoredProp(&leaf, "Missing"), EPropertyError);
-}
 
 TEST(TypInfo, MissingReaderOrWriter) {
     TBase b;

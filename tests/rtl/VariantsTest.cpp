@@ -48,14 +48,6 @@ TEST(Variants, ValuesOfAGivenNumericType) {
     EXPECT_FALSE(date.IsIntegral());
 }
 
-TEST(Variants, EqualityNeedsTypeAndValue) {
-    EXPECT_EQ(Variant(int32_t(5)), Variant(int32_t(5)));
-    EXPECT_FALSE(Variant(int32_t(5)) == Variant(int64_t(5)));
-    EXPECT_FALSE(Variant(int32_t(5)) == Variant(int32_t(6)));
-    EXPECT_EQ(Variant("a"), Variant(std::string("a")));
-    EXPECT_FALSE(Variant() == Variant::Null());
-}
-
 // ---------------------------------------------------------------------------------------------
 // Conversions
 

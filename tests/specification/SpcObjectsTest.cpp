@@ -53,25 +53,6 @@ TEST(NodeInterfaces, ObjectAndCollectionAnswerNodeInfoItemsBothUncounted) {
     }
 }
 
-TEST(NodeInterfaces, BaseCaptionsAreEmptyAndTranslated) {
-    TSpcObject obj;
-    THistory history(nullptr);
-    EXPECT_TRUE(obj.NeedsTranslate() && history.NeedsTranslate());
-    // The base item ignores its node name; a descendant may return it.
-    TSpcItem* item = history.Add();
-    item->SetNodeName("Recent files");
-    EXPECT_EQ(obj.GetNodeName() + obj.GetNodePropName() + history.GetNodeName() +
-                  history.GetNodePropName() + item->GetNodeName() + item->GetNodePropName(),
-              "");
-    TProgram program;
-    TExpertInfo* expert = program.settings.Active()->Expert(0);
-    INodeOfItemInfo* info = Query<INodeOfItemInfo>(expert);
-    ASSERT_NE(info, nullptr);
-    EXPECT_EQ(info->GetNodeName(), "BlockMng expert");
-    EXPECT_FALSE(info->NeedsIterate());
-    EXPECT_FALSE(info->NeedsTranslate());
-}
-
 TEST(BaseClassIdent, OrdinalsAreFixed) {
     EXPECT_EQ((std::vector<int>{ciUnknown, ciSpcObject, ciObject, ciSpcItem, ciItem, ciCollection,
                                 ciComponent}),
@@ -118,14 +99,6 @@ TEST(SpcCollection, ItemOfAnotherClassFailsTheTypedCast) {
     // The item was made all the same; the collection owns it.
     EXPECT_EQ(plain.Count(), 1);
     EXPECT_THROW(plain.GetItem(0), EInvalidCast);
-}
-
-TEST(SpcObject, VirtualConstructorMakesTheClassOfTheReference) {
-    std::unique_ptr<TObject> made(CreateInstance(TSettings::StaticClass()));
-    auto* settings = dynamic_cast<TSettings*>(made.get());
-    ASSERT_NE(settings, nullptr);
-    EXPECT_EQ(settings->Title, "Settings");
-    EXPECT_EQ(settings->GetView()->Depth, 3);
 }
 
 // ---------------------------------------------------------------------------------------------

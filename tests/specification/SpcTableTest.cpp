@@ -217,31 +217,6 @@ TEST_F(SingleNode, NoMatchingRecordOtherTargetsAndFormsGiveFalse) {
 // ---------------------------------------------------------------------------------------------
 // The table of functions
 
-TEST(InitData, FieldsStandInTheirOrder) {
-    const std::pair<size_t, size_t> fields[] = {
-        {offsetof(TInitData, UserData), 0},          {offsetof(TInitData, UserDataCount), 1},
-        {offsetof(TInitData, LoadSpc), 2},           {offsetof(TInitData, SaveSpc), 3},
-        {offsetof(TInitData, CreateSpc), 4},         {offsetof(TInitData, FreeSpc), 6},
-        {offsetof(TInitData, CollectionNextID), 10}, {offsetof(TInitData, CollectionCount), 15},
-        {offsetof(TInitData, ItemSetIndex), 18},     {offsetof(TInitData, GetProps), 19},
-        {offsetof(TInitData, ComponentName), 23},    {offsetof(TInitData, ObjectBaseClass), 27},
-        {offsetof(TInitData, ClassBaseClass), 28},   {offsetof(TInitData, GetPropAsPtr), 30},
-        {offsetof(TInitData, WrapperItemClass), 31}};
-    for (const auto& [offset, word] : fields)
-        EXPECT_EQ(offset, word * sizeof(void*)) << word;
-}
-
-TEST(InitData, FillSetsEveryFunctionAndKeepsTheUserData) {
-    TInitData before = GetInitData();
-    TInitData d = FillInitData();
-    EXPECT_EQ(d.UserData, before.UserData);
-    EXPECT_EQ(d.UserDataCount, before.UserDataCount);
-    auto* words = reinterpret_cast<void* const*>(&d);
-    for (int i = 2; i < 32; ++i)
-        EXPECT_NE(words[i], nullptr) << "entry " << i + 1;
-    EXPECT_EQ(std::memcmp(&d, &GlobalInitData(), sizeof d), 0);
-}
-
 TEST(InitData, EntriesWorkOnObjects) {
     TInitData d = FillInitData();
     TProgram p;
@@ -337,22 +312,6 @@ TEST(UserData, PropertyValueClassesPublishTheirBlock) {
     ASSERT_NE(block, nullptr);
     EXPECT_EQ(block, &SpcEditorProFuncs());
     EXPECT_EQ(GetUserData(d, "_@spceditorpro"), nullptr);
-}
-
-TEST(UserData, AddedInOrderFoundByExactName) {
-    TInitData d{};
-    int a = 1, b = 2, c = 3;
-    AddUserData(d, TUserData::Make("First", &a));
-    AddUserData(d, TUserData::Make("Second", &b));
-    AddUserData(d, TUserData::Make("First", &c));
-    EXPECT_EQ(d.UserDataCount, 3);
-    EXPECT_EQ(d.UserData[1].GetName(), "Second");
-    EXPECT_EQ(GetUserData(d, "First"), &a);
-    EXPECT_EQ(GetUserData(d, "Second"), &b);
-    EXPECT_EQ(GetUserData(d, "second"), nullptr);
-    ClearUserData(d);
-    EXPECT_EQ(d.UserDataCount, 0);
-    EXPECT_EQ(GetUserData(d, "First"), nullptr);
 }
 
 TEST(UserData, NameIsAShortStringOfAtMost31Characters) {

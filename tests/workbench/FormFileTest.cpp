@@ -16,64 +16,7 @@ namespace {
 std::string Example(const std::string& name) {
     return (testfiles::ExamplesDir() / name).string();
 }
-std::string Utf8(const std::string& cp1251) {
-    return rtl::Cp1251ToUtf8(cp1251);
-}
 } // namespace
-
-TEST(FormFiles, TheTextFormOfMainLoadsWithItsComponentsInFileOrder) {
-    TFormFile f = LoadFormFile(Example("Main.dfm"));
-    EXPECT_EQ(f.Format, TFormFileFormat::Text);
-    TDesignComponent* root = f.Root.get();
-    EXPECT_EQ(root->ClassName, "TMainForm");
-    EXPECT_EQ(root->Name, "MainForm");
-    EXPECT_EQ(root->IntProp("Width"), 544);
-    EXPECT_EQ(Utf8(root->StrProp("Caption")), "Пример проекта");
-    EXPECT_EQ(root->StrProp("Color"), "clBtnFace");
-    EXPECT_EQ(root->FindProperty("Font.Style")->Text, "[]");
-    ASSERT_EQ(root->ChildCount(), 6);
-    EXPECT_EQ(root->Child(0)->Name, "TopPanel");
-    EXPECT_EQ(root->Child(5)->Name, "ActionList");
-    TDesignComponent* edit = root->FindComponent("nameedit"); // any case, any depth
-    ASSERT_NE(edit, nullptr);
-    EXPECT_EQ(edit->Parent()->Name, "TopPanel");
-    EXPECT_EQ(root->FindComponent("OpenAction")->IntProp("ShortCut"), 16463);
-    EXPECT_EQ(root->FindComponent("Nothing"), nullptr);
-}
-
-TEST(FormFiles, ValuesKeepTheirKinds) {
-    TFormFile f = LoadFormFile(Example("Main.dfm"));
-    struct Case {
-        const char *component, *property;
-        TDesignValueKind kind;
-        const char* text;
-    } cases[] = {
-        {"NotesMemo", "Lines.Strings", TDesignValueKind::List, "('Первая строка' 'Second line')"},
-        {"OkButton", "Default", TDesignValueKind::Boolean, "True"},
-        {"StatusBar", "Panels", TDesignValueKind::Collection, "<>"},
-        {"", "OnCreate", TDesignValueKind::Ident, "FormCreate"}};
-    for (const Case& c : cases) {
-        TDesignComponent* owner = *c.component ? f.Root->FindComponent(c.component) : f.Root.get();
-        const auto* p = owner->FindProperty(c.property);
-        ASSERT_NE(p, nullptr) << c.property;
-        EXPECT_EQ(p->Kind, c.kind) << c.property;
-        EXPECT_EQ(Utf8(p->Text), c.text);
-    }
-    EXPECT_EQ(f.Root->FindComponent("OkButton")->IntProp("Default"), 1);
-    EXPECT_EQ(f.Root->StrProp("OnCreate"), "FormCreate");
-}
-
-TEST(FormFiles, InlineFramesAndInheritedChildrenAreMarked) {
-    TFormFile f = LoadFormFile(Example("Main.dfm"));
-    TDesignComponent* frame = f.Root->FindComponent("InfoFrame1");
-    ASSERT_NE(frame, nullptr);
-    EXPECT_TRUE(frame->Inline);
-    EXPECT_FALSE(frame->Inherited);
-    EXPECT_EQ(frame->ClassName, "TInfoFrame");
-    ASSERT_EQ(frame->ChildCount(), 1);
-    EXPECT_TRUE(frame->Child(0)->Inherited);
-    EXPECT_EQ(Utf8(frame->Child(0)->StrProp("Caption")), "Сведения о файле");
-}
 
 TEST(FormFiles, AChildPositionIsKeptThroughEitherForm) {
     const std::string text = "inherited ChildForm: TChildForm\r\n"
@@ -97,44 +40,6 @@ TEST(FormFiles, AChildPositionIsKeptThroughEitherForm) {
     std::string spaced = text;
     spaced.replace(spaced.find("[2]"), 0, " ");
     EXPECT_EQ(ReadFormFile(spaced, "Child.dfm").Root->Child(0)->ChildPos, 2);
-}
-
-TEST(FormFiles, TheBinaryFormOfSettingsLoads) {
-    std::string bytes = testfiles::ReadFile(Example("Settings.dfm"));
-    ASSERT_EQ(bytes.substr(0, 4), "TPF0"); // the example really is binary
-    TFormFile f = LoadFormFile(Example("Settings.dfm"));
-    EXPECT_EQ(f.Format, TFormFileFormat::Binary);
-    EXPECT_EQ(f.Root->ClassName, "TSettingsForm");
-    EXPECT_EQ(Utf8(f.Root->StrProp("Caption")), "Настройки");
-    EXPECT_EQ(f.Root->FindProperty("Font.Style")->Text, "[fsBold]");
-    EXPECT_EQ(f.Root->FindProperty("Font.Style")->Kind, TDesignValueKind::Set);
-    TDesignComponent* group = f.Root->FindComponent("ModeGroup");
-    ASSERT_NE(group, nullptr);
-    EXPECT_EQ(group->Parent()->Name, "GeneralSheet");
-    EXPECT_EQ(group->Parent()->Parent()->Name, "PageControl");
-    EXPECT_EQ(Utf8(group->FindProperty("Items.Strings")->Text),
-              "('Обычный' 'Расширенный' 'Only text')");
-}
-
-TEST(FormFiles, WritingBackGivesTheSameTreeInEitherForm) {
-    TFormFile original = LoadFormFile(Example("Main.dfm"));
-    for (TFormFileFormat format : {TFormFileFormat::Binary, TFormFileFormat::Text}) {
-        std::string bytes = WriteFormFile(*original.Root, format);
-        TFormFile again = ReadFormFile(bytes, "again");
-        EXPECT_EQ(again.Format, format);
-        auto a = original.Root->AllComponents(), b = again.Root->AllComponents();
-        ASSERT_EQ(a.size(), b.size());
-        for (size_t i = 0; i < a.size(); ++i) {
-            EXPECT_EQ(a[i]->Name, b[i]->Name);
-            EXPECT_EQ(a[i]->Inline, b[i]->Inline);
-            ASSERT_EQ(a[i]->Properties.size(), b[i]->Properties.size());
-            for (size_t k = 0; k < a[i]->Properties.size(); ++k)
-                EXPECT_EQ(a[i]->Properties[k].Text, b[i]->Properties[k].Text);
-        }
-    }
-    // The text form written from a text file is the file itself.
-    EXPECT_EQ(WriteFormFile(*original.Root, TFormFileFormat::Text),
-              testfiles::ReadFile(Example("Main.dfm")));
 }
 
 TEST(FormFiles, APropertyParsesFromItsTextForm) {

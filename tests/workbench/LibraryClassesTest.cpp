@@ -22,11 +22,6 @@ const TLibraryProperty* Find(std::string_view cls, std::string_view name) {
     return nullptr;
 }
 
-std::string DefaultOf(std::string_view cls, std::string_view name) {
-    const TLibraryProperty* p = Find(cls, name);
-    return p ? p->Default : "<none>";
-}
-
 int IndexOf(std::string_view cls, std::string_view name) {
     const auto& all = LibraryClassProperties(cls);
     for (size_t i = 0; i < all.size(); ++i)
@@ -84,41 +79,6 @@ TEST(LibraryClasses, AClassHasItsAncestorsPropertiesFirstAndItsOwnAfter) {
     EXPECT_NE(Find("TTimer", "OnTimer"), nullptr);
     // Lookup ignores the letter case of the class name.
     EXPECT_EQ(LibraryClassProperties("tbutton").size(), LibraryClassProperties("TButton").size());
-}
-
-TEST(LibraryClasses, DefaultsAreWrittenAsAFormFileWritesThem) {
-    // A button's ModalResult is an integer in the form file (mrNone is 0); the same property
-    // has the default its class gives it (TabStop, BorderStyle, Color, Visible, Align, Cursor).
-    for (const TCase& c :
-         Cases("TButton.Visible=True; TButton.Enabled=True; TButton.Cursor=crDefault;"
-               "TPanel.Align=alNone; TButton.Anchors=[akLeft, akTop]; "
-               "TButton.Caption=''; TButton.Tag=0; TButton.ModalResult=0; "
-               "TForm.Position=poDesigned; TTimer.Interval=1000; TButton.OnClick=;"
-               "TButton.Font=(TFont); TMemo.Lines=(TStrings); TButton.TabStop=True;"
-               "TEdit.TabStop=True; TPanel.TabStop=False; TForm.Visible=False;"
-               "TForm.BorderStyle=bsSizeable; TPanel.BorderStyle=bsNone; "
-               "TEdit.BorderStyle=bsSingle; TEdit.Color=clWindow; "
-               "TPanel.Color=clBtnFace; TSplitter.Align=alLeft; "
-               "TSplitter.Cursor=crHSplit; TStatusBar.Align=alBottom; "
-               "TMenuItem.ImageIndex=-1"))
-        EXPECT_EQ(DefaultOf(c.cls, c.name), c.text) << c.cls << "." << c.name;
-    // The kinds and the values an identifier takes.
-    const TLibraryProperty* align = Find("TPanel", "Align");
-    ASSERT_NE(align, nullptr);
-    EXPECT_EQ(align->Kind, TLibraryPropertyKind::Ident);
-    EXPECT_NE(std::find(align->Values.begin(), align->Values.end(), "alClient"),
-              align->Values.end());
-    struct {
-        const char *cls, *name;
-        TLibraryPropertyKind kind;
-    } kinds[] = {{"TPanel", "Anchors", TLibraryPropertyKind::Set},
-                 {"TPanel", "Constraints", TLibraryPropertyKind::Class},
-                 {"TPanel", "OnResize", TLibraryPropertyKind::Event},
-                 {"TPanel", "Visible", TLibraryPropertyKind::Boolean},
-                 {"TEdit", "Text", TLibraryPropertyKind::String},
-                 {"TEdit", "MaxLength", TLibraryPropertyKind::Integer}};
-    for (const auto& k : kinds)
-        EXPECT_EQ(Find(k.cls, k.name)->Kind, k.kind) << k.cls << "." << k.name;
 }
 
 TEST(LibraryClasses, AUserClassHasItsLibraryAncestorsProperties) {
@@ -197,50 +157,6 @@ TEST(LibraryClasses, DefaultsReadAsStoredPropertiesOfTheirKind) {
         }
 }
 
-// Everything the example forms store is known to the catalog, with values that fit, except
-// what the library writes besides the published properties: a form's TextHeight, the place of
-// a non-visual component's icon, and a data module's design size.
-TEST(LibraryClasses, TheExampleFormsAreCovered) {
-    auto model = TIDEModel::Create();
-    testfiles::TExampleCopy copy;
-    model->OpenProjectFile(copy.File("Example.dpr"));
-    int checked = 0;
-    for (const char* unit : {"Main.pas", "Settings.pas", "DataMod.pas", "Frame1.pas"}) {
-        auto module = model->OpenModuleFile(copy.File(unit), TOpenMode::Hidden);
-        ToolsAPI::TDesignComponent* root = module->FormEditor()->Root();
-        std::vector<ToolsAPI::TDesignComponent*> all = root->AllComponents();
-        all.insert(all.begin(), root);
-        for (ToolsAPI::TDesignComponent* c : all) {
-            ASSERT_FALSE(PublishedProperties(*c).empty()) << c->Name << ": " << c->ClassName;
-            bool dataModule = c->InheritsFrom("TDataModule");
-            for (const ToolsAPI::TDesignProperty& stored : c->Properties) {
-                std::string name = stored.Name.substr(0, stored.Name.find('.'));
-                bool place = name == "Left" || name == "Top";
-                bool size = name == "Width" || name == "Height";
-                if (name == "TextHeight" || (place && !c->IsControl()) ||
-                    (dataModule && (place || size)))
-                    continue;
-                const TLibraryProperty* p = FindPublishedProperty(*c, name);
-                ASSERT_NE(p, nullptr) << c->Name << "." << stored.Name;
-                ++checked;
-                if (name != stored.Name) {
-                    EXPECT_EQ(p->Kind, TLibraryPropertyKind::Class) << c->Name << "." << name;
-                    continue;
-                }
-                ToolsAPI::TDesignProperty value = stored;
-                if (stored.Kind == ToolsAPI::TDesignValueKind::Collection ||
-                    stored.Kind == ToolsAPI::TDesignValueKind::List)
-                    EXPECT_EQ(p->Kind, TLibraryPropertyKind::Class) << c->Name << "." << name;
-                else
-                    EXPECT_TRUE(FitLibraryValue(*p, value))
-                        << c->Name << "." << stored.Name << " = " << stored.Text;
-            }
-        }
-    }
-    EXPECT_GT(checked, 100);
-    model->CloseAll();
-}
-
 // ---------------------------------------------------------------------------------------------
 // The seam
 
@@ -310,43 +226,6 @@ TEST_F(PublishedPropertiesTest, AComponentListsItsStoredThenItsOtherPublishedPro
     EXPECT_NE(std::find(rootNames.begin(), rootNames.end(), "WindowState"), rootNames.end());
 }
 
-TEST_F(PublishedPropertiesTest, AnUnstoredPropertyReadsAsItsDefault) {
-    // Unstored ones read as their default, stored ones as stored; an event without a handler
-    // has none, and a button does not publish Align.
-    for (const TCase& c : Cases("OkButton.Enabled=True; OkButton.cursor=crDefault; "
-                                "OkButton.Cancel=False; OkButton.Anchors=[akLeft, akTop]; "
-                                "OkButton.Default=True; OkButton.Caption='OK'; OkButton.OnEnter=;"
-                                "OkButton.OnClick=OkButtonClick; OkButton.Nothing=<none>; "
-                                "OkButton.Align=<none>; TopPanel.ClientWidth=<none>"))
-        EXPECT_EQ(Value(form->FindComponent(c.cls), c.name.c_str()), c.text) << c.name;
-    // The form's own class publishes other things than a button.
-    EXPECT_EQ(Value(form->GetRootComponent(), "WindowState"), "wsNormal");
-    EXPECT_EQ(Value(form->GetRootComponent(), "Position"), "poScreenCenter"); // stored
-    // Reading changes nothing.
-    EXPECT_FALSE(form->GetModified());
-}
-
-TEST_F(PublishedPropertiesTest, AFormsUnstoredSizeFollowsTheSizeItStores) {
-    // Main stores its outer size; its client area is that less the borders, the caption and
-    // the menu bar of its main menu.
-    _di_IOTAComponent main = form->GetRootComponent();
-    EXPECT_EQ(Value(main, "Width"), "544");
-    EXPECT_EQ(Value(main, "ClientWidth"), "536");
-    EXPECT_EQ(Value(main, "ClientHeight"), std::to_string(375 - 27 - 19));
-    // A control's client size is no property: a panel publishes none (see above).
-    // Settings stores its client size, without a menu; its outer size is that plus the frame.
-    DelphiInterface<TModelModule> settings =
-        model->OpenModuleFile(copy.File("Settings.pas"), TOpenMode::Background);
-    ASSERT_TRUE(settings && settings->FormEditor());
-    _di_IOTAComponent root = _di_IOTAFormEditor(settings->FormEditor())->GetRootComponent();
-    int64_t clientWidth = settings->FormEditor()->Root()->IntProp("ClientWidth");
-    int64_t clientHeight = settings->FormEditor()->Root()->IntProp("ClientHeight");
-    ASSERT_GT(clientWidth, 0);
-    EXPECT_EQ(Value(root, "Width"), std::to_string(clientWidth + 8));
-    EXPECT_EQ(Value(root, "Height"), std::to_string(clientHeight + 27));
-    EXPECT_EQ(Value(root, "ClientWidth"), std::to_string(clientWidth));
-}
-
 TEST_F(PublishedPropertiesTest, AFormSizeGivenToThePairItDoesNotStoreChangesTheStoredPair) {
     _di_IOTAComponent main = form->GetRootComponent();
     TDesignComponent* root = module->FormEditor()->Root();
@@ -373,47 +252,6 @@ TEST_F(PublishedPropertiesTest, ANewEventOfAFormGoesBeforeWhatTheFormWritesAfter
     ASSERT_GE(names.size(), 4u);
     EXPECT_EQ(std::vector<std::string>(names.end() - 4, names.end()),
               (std::vector<std::string>{"OnCreate", "OnShow", "PixelsPerInch", "TextHeight"}));
-}
-
-TEST_F(PublishedPropertiesTest, AStoredCollectionIsWrittenBackWhole) {
-    _di_IOTAComponent bar = form->FindComponent("StatusBar");
-    std::string panels = Value(bar, "Panels");
-    ASSERT_EQ(panels, "<>");
-    EXPECT_TRUE(bar->SetPropByName("Panels", panels));
-    EXPECT_TRUE(bar->SetPropByName("Panels", "<item Width = 50 end>"));
-    EXPECT_EQ(Value(bar, "Panels"), "<item Width = 50 end>");
-    EXPECT_FALSE(bar->SetPropByName("Panels", "3"));     // an object takes no number
-    EXPECT_FALSE(bar->SetPropByName("Panels", "(1 2)")); // nor a list
-    EXPECT_FALSE(form->FindComponent("NameEdit")->SetPropByName("Font", "(1 2)"));
-}
-
-TEST_F(PublishedPropertiesTest, SettingAnUnstoredPropertyStoresItWhereTheFormFileWouldHaveIt) {
-    _di_IOTAComponent ok = form->FindComponent("OkButton");
-    int count = ok->GetPropCount();
-    ASSERT_TRUE(ok->SetPropByName("enabled", "False"));
-    EXPECT_TRUE(form->GetModified());
-    EXPECT_EQ(Value(ok, "Enabled"), "False");
-    // It moved from the published to the stored ones: the list is as long as before.
-    EXPECT_EQ(ok->GetPropCount(), count);
-    EXPECT_EQ(StoredNames("OkButton"),
-              (std::vector<std::string>{"Left", "Top", "Width", "Height", "Caption", "Default",
-                                        "Enabled", "TabOrder", "OnClick"}));
-    // An event's handler goes among the events, after the properties.
-    ASSERT_TRUE(ok->SetPropByName("OnEnter", "OkButtonEnter"));
-    ASSERT_TRUE(ok->SetPropByName("Cancel", "True"));
-    EXPECT_EQ(StoredNames("OkButton"),
-              (std::vector<std::string>{"Left", "Top", "Width", "Height", "Cancel", "Caption",
-                                        "Default", "Enabled", "TabOrder", "OnClick", "OnEnter"}));
-    // Saved, the form file has it in that place and reads back with it.
-    ASSERT_TRUE(module->Save(false, false));
-    std::string text = testfiles::ReadFile(copy.File("Main.dfm"));
-    EXPECT_NE(text.find("      Default = True\r\n      Enabled = False\r\n      TabOrder = 1\r\n"),
-              std::string::npos);
-    TFormFile again = LoadFormFile(copy.File("Main.dfm"));
-    ToolsAPI::TDesignComponent* saved = again.Root->FindComponent("OkButton");
-    ASSERT_NE(saved->FindProperty("Enabled"), nullptr);
-    EXPECT_EQ(saved->IntProp("Enabled", 1), 0);
-    EXPECT_EQ(saved->StrProp("OnEnter"), "OkButtonEnter");
 }
 
 TEST_F(PublishedPropertiesTest, APublishedPropertyTakesOnlyValuesOfItsType) {

@@ -468,16 +468,6 @@ TEST_F(ModelTest, ComponentsGiveControlsParentsPropertiesAndSelection) {
     EXPECT_FALSE(form->GetComponentFromHandle(&foreign));
 }
 
-TEST_F(ModelTest, AChangedFormIsSavedInItsOwnForm) {
-    auto module = model->OpenModuleFile(File("Settings.pas"), TOpenMode::Hidden);
-    _di_IOTAFormEditor form(module->FormEditor());
-    form->FindComponent("RecentEdit")->SetPropByName("Text", "'12'");
-    ASSERT_TRUE(module->Save(false, false));
-    TFormFile saved = LoadFormFile(File("Settings.dfm"));
-    EXPECT_EQ(saved.Format, TFormFileFormat::Binary);
-    EXPECT_EQ(saved.Root->FindComponent("RecentEdit")->StrProp("Text"), "12");
-}
-
 TEST_F(ModelTest, ADamagedOrMissingFileGivesAClearErrorAndAFormFileOpensItsUnit) {
     std::string bytes = testfiles::ReadFile(File("Settings.dfm"));
     testfiles::WriteFile(File("Settings.dfm"), bytes.substr(0, bytes.size() / 2));

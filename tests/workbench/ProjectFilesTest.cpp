@@ -22,20 +22,6 @@ std::vector<std::string> Entries(const TProjectDescription& d, const std::string
 }
 } // namespace
 
-TEST(DelphiProjects, TheExampleListsItsUnitsWithFormsAndResource) {
-    std::string dpr = (testfiles::ExamplesDir() / "Example.dpr").string();
-    TProjectDescription d = LoadProject(dpr);
-    // Five units and the resource file.
-    EXPECT_EQ(Entries(d, testfiles::ExamplesDir().string()),
-              (std::vector<std::string>{"Main Main.pas {MainForm} ",
-                                        "Settings Settings.pas {SettingsForm} ",
-                                        "DataMod DataMod.pas {DataModuleMain} TDataModule",
-                                        "Frame1 Frame1.pas {InfoFrame} TFrame",
-                                        "Utils Utils.pas {} ", "Example Example.res {} "}));
-    EXPECT_EQ(ExtractFileName(d.ResFile), "Example.res");
-    EXPECT_EQ(d.Entries[5].FileName, d.ResFile);
-}
-
 TEST(DelphiProjects, CommentsPathsAndUnitsWithoutFilesAreHandled) {
     testfiles::TTempDir dir;
     std::string text = "{ A project with comments }\r\n"
@@ -134,11 +120,4 @@ TEST(UnitClasses, TheParentComesFromTheDeclarationNotFromComments) {
                     "class TDM : public TDataModule {};\r\n";
     EXPECT_EQ(FindParentClass(h, "TForm1", true), "TForm");
     EXPECT_EQ(FindParentClass(h, "TDM", true), "TDataModule");
-}
-
-TEST(UnitClasses, TheLibrarysClassesHaveTheirParents) {
-    EXPECT_EQ(LibraryClassParent("TForm"), "TCustomForm");
-    EXPECT_EQ(LibraryClassParent("tdatamodule"), "TComponent");
-    EXPECT_EQ(LibraryClassParent("TQuickRep"), "TCustomQuickRep");
-    EXPECT_EQ(LibraryClassParent("TMainForm"), "");
 }

@@ -79,21 +79,6 @@ protected:
 // ---------------------------------------------------------------------------------------------
 // Designer windows and the inspector
 
-// The controls of each form are the designer's tests' matter; here, that View Form shows every
-// form of the project in a window of the screen's forms, one a form.
-TEST_F(DesignTest, EveryFormOfTheProjectOpensInADesignerWindowOfTheScreensForms) {
-    ViewForms({"MainForm", "SettingsForm", "DataModuleMain", "InfoFrame"});
-    for (const char* form : {"MainForm", "SettingsForm", "DataModuleMain", "InfoFrame"}) {
-        TDesignerWindow* w = Designer(form);
-        ASSERT_NE(w, nullptr) << form;
-        EXPECT_TRUE(w->isVisible() && w->isWindow()) << form;
-        EXPECT_EQ(ScreenForm(QString::fromLatin1(form)), w) << form;
-    }
-    size_t windows = main->Designers()->Windows().size();
-    ViewForms({"MainForm"});
-    EXPECT_EQ(main->Designers()->Windows().size(), windows);
-}
-
 TEST_F(DesignTest, TheInspectorIsAFormOfTheScreenThatFollowsTheFormShown) {
     QWidget* inspector = ScreenForm(QStringLiteral("PropertyInspector"));
     ASSERT_EQ(inspector, Inspector());
@@ -166,44 +151,6 @@ TEST_F(DesignTest, ADesignerWindowLentToAnotherWidgetLeavesTheScreensFormsTillIt
     EXPECT_EQ(w->Editor()->Selection().front()->Name, "OkButton");
     w->GiveBack();
     EXPECT_EQ(ScreenForm(QStringLiteral("SettingsForm")), w);
-}
-
-// The module viewer of the add-in takes a form's window with plain window operations: hidden,
-// hung into its panel at the top left, shown there through the form editor, and put back.
-TEST_F(DesignTest, ADesignerWindowTakenWithPlainWindowOperationsWorksInItsNewPlace) {
-    TDesignerWindow* w = ShowForm("SettingsForm");
-    ASSERT_NE(w, nullptr);
-    _di_IOTAFormEditor editor = zelvane::GetActiveFormEditor();
-    ASSERT_TRUE(editor);
-    QRect geometry = w->geometry();
-
-    QWidget viewer;
-    viewer.resize(600, 450);
-    QWidget* panel = new QWidget(&viewer);
-    viewer.show();
-    ASSERT_EQ(static_cast<QWidget*>(zelvane::GetFormFromEditor(_di_IOTAEditor(editor))->Widget), w);
-    w->hide();
-    w->setParent(panel);
-    w->move(0, 0);
-    editor->Show();
-    QApplication::processEvents();
-    EXPECT_EQ(w->parentWidget(), panel) << "showing the form must not take it out of the panel";
-    EXPECT_TRUE(w->isVisible());
-    EXPECT_EQ(Designer("SettingsForm"), w);
-    QTest::mouseClick(Find<QPushButton>(w, "CancelButton"), Qt::LeftButton, {}, QPoint(3, 3));
-    EXPECT_EQ(SelectedNames(), std::vector<std::string>{"CancelButton"});
-
-    w->hide();
-    w->setParent(nullptr);
-    w->setGeometry(geometry);
-    w->show();
-    QApplication::processEvents();
-    EXPECT_TRUE(w->isWindow());
-    EXPECT_EQ(ScreenForm(QStringLiteral("SettingsForm")), w);
-    // Back home, showing the form brings up its own window again.
-    w->hide();
-    editor->Show();
-    EXPECT_TRUE(w->isVisible());
 }
 
 TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {

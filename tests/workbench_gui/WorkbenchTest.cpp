@@ -355,19 +355,6 @@ TEST_F(WorkbenchTest, ProjectManagerShowsTheProjectAndOpensAUnitOnActivation) {
 // ---------------------------------------------------------------------------------------------
 // The edit window and its tab row
 
-TEST_F(WorkbenchTest, EditWindowIsFoundByNameWithItsTabControlAndEditor) {
-    QWidget* form = zelvane::FindEditorForm();
-    ASSERT_EQ(form, EditWindow());
-    EXPECT_TRUE(form->objectName().contains(QStringLiteral("EditWindow")));
-    EXPECT_EQ(zelvane::GetEditorForm(), form);
-    QObject* tabControl = zelvane::GetEditorFormComponent("TabControl");
-    ASSERT_NE(tabControl, nullptr);
-    EXPECT_NE(dynamic_cast<ITabControl*>(tabControl), nullptr);
-    QObject* editor = zelvane::GetEditorFormComponent("Editor");
-    ASSERT_EQ(editor, Editor());
-    EXPECT_EQ(static_cast<QWidget*>(editor)->window(), form) << "the editor is on the same form";
-}
-
 TEST_F(WorkbenchTest, EachOpenFileHasATabWhoseObjectIsItsViewAndPickingATabShowsIt) {
     EXPECT_EQ(TabTexts(), Strings({"Main"}));
     TEditView* utils = Open("Utils.pas");
