@@ -9,9 +9,10 @@ export CCACHE_NOHASHDIR := 1
 TEST_DIR  := build/test
 REL_DIR   := build/release
 FUZZ_DIR  := build/fuzz
+CAMPAIGN_DIR := build/fuzzfast
 CMAKE_GEN := -G Ninja
 
-.PHONY: all deps test run build bench fuzz format clean package coverage
+.PHONY: all deps test run build bench fuzz fuzz-campaign format clean package coverage
 
 all: build
 
@@ -49,6 +50,16 @@ fuzz: deps
 	  -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" >/dev/null
 	@cmake --build $(FUZZ_DIR) -j $(JOBS)
 	@bash scripts/fuzz.sh $(FUZZ_DIR)
+
+# A long campaign (FUZZ_RUNS executions per target, 10 million unless given) on a build with
+# UndefinedBehaviorSanitizer only, at -O2: three to ten times the executions per second of the
+# AddressSanitizer build. `make fuzz` then replays the kept corpus under both sanitizers.
+fuzz-campaign: deps
+	@cmake -S . -B $(CAMPAIGN_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DZELVANE_FUZZ=ON \
+	  -DZELVANE_TESTS=OFF -DZELVANE_FUZZ_SANITIZERS=undefined -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_CXX_FLAGS_DEBUG="-O2 -g" >/dev/null
+	@cmake --build $(CAMPAIGN_DIR) -j $(JOBS)
+	@FUZZ_RUNS=$${FUZZ_RUNS:-10000000} bash scripts/fuzz.sh $(CAMPAIGN_DIR)
 
 # Line and branch coverage of the suite per directory, on a build of its own.
 coverage: deps
