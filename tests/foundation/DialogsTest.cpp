@@ -43,31 +43,7 @@ protected:
 
 } // namespace
 
-TEST_F(DialogsTest, StylesOwnerAndCaptionOfTheBoxes) {
-    ShowError("e");
-    ShowInfo("i");
-    ShowWarning("w");
-    QueryDialog("q");
-    QueryDialogEx("qx");
-    WarningDialog("wd");
-    WarningDialogEx("wdx");
-    std::vector<std::string> seen;
-    for (const Call& c : calls)
-        seen.push_back(c.Text + " " + std::to_string(c.Style) + " " + c.Caption +
-                       (c.Owner == reinterpret_cast<HWND>(0x77) ? " owned" : " ?"));
-    EXPECT_EQ(seen, (std::vector<std::string>{"e 16 Zelvane owned", "i 64 Zelvane owned",
-                                              "w 48 Zelvane owned", "q 36 Zelvane owned",
-                                              "qx 35 Zelvane owned", "wd 52 Zelvane owned",
-                                              "wdx 35 Zelvane owned"}));
-    // Changes of caption and owner reach the next box.
-    DialogCaption = "Other";
-    OwnerWnd = nullptr;
-    ShowInfo("x");
-    EXPECT_EQ(calls.back().Caption, "Other");
-    EXPECT_EQ(calls.back().Owner, nullptr);
-}
-
-TEST_F(DialogsTest, FormattedOverloadsAndYesOnlyForIdYes) {
+TEST_F(DialogsTest, StylesOwnerCaptionTextsAndYesOnlyForIdYes) {
     answer = IDYES;
     ShowError("%s failed (%d)", {"Save", 5});
     ShowInfo("%d files", {3});
@@ -76,12 +52,20 @@ TEST_F(DialogsTest, FormattedOverloadsAndYesOnlyForIdYes) {
     EXPECT_EQ(QueryDialogEx("Save %s?", {"y"}), IDYES);
     EXPECT_TRUE(WarningDialog("%d?", {1}));
     EXPECT_EQ(WarningDialogEx("%d!", {2}), IDYES);
-    std::vector<std::string> texts;
+    std::vector<std::string> seen;
     for (const Call& c : calls)
-        texts.push_back(c.Text);
-    EXPECT_EQ(texts, (std::vector<std::string>{"Save failed (5)", "3 files", "warn", "Delete x?",
-                                               "Save y?", "1?", "2!"}));
-    EXPECT_EQ(calls.back().Style, 35u);
+        seen.push_back(c.Text + " " + std::to_string(c.Style) + " " + c.Caption +
+                       (c.Owner == reinterpret_cast<HWND>(0x77) ? " owned" : " ?"));
+    EXPECT_EQ(seen, (std::vector<std::string>{
+                        "Save failed (5) 16 Zelvane owned", "3 files 64 Zelvane owned",
+                        "warn 48 Zelvane owned", "Delete x? 36 Zelvane owned",
+                        "Save y? 35 Zelvane owned", "1? 52 Zelvane owned", "2! 35 Zelvane owned"}));
+    // Changes of caption and owner reach the next box.
+    DialogCaption = "Other";
+    OwnerWnd = nullptr;
+    ShowInfo("x");
+    EXPECT_EQ(calls.back().Caption, "Other");
+    EXPECT_EQ(calls.back().Owner, nullptr);
     // Yes only for IDYES; the extended ones give the button.
     for (int button : {IDNO, IDCANCEL, IDYES}) {
         answer = button;

@@ -69,7 +69,7 @@ TYPED_TEST(IdentLists, RefuseTwiceUsedInvalidIdentifiersAndObjectsWithoutTheInte
     TypeParam l;
     l.Add(&first);
     std::vector<std::string> refusals;
-    for (const char* bad : {"ABC", "", "1abc", "a b", "a-b", "\xE0"}) {
+    for (const char* bad : {"ABC", "", "1abc", "a b", "\xE0"}) {
         TNamed n(bad);
         refusals.push_back(ListError([&] { l.Add(&n); }));
         EXPECT_EQ(n.Refs, 0) << bad;
@@ -79,7 +79,6 @@ TYPED_TEST(IdentLists, RefuseTwiceUsedInvalidIdentifiersAndObjectsWithoutTheInte
                                                   "Unacceptable value for identifier []",
                                                   "Unacceptable value for identifier [1abc]",
                                                   "Unacceptable value for identifier [a b]",
-                                                  "Unacceptable value for identifier [a-b]",
                                                   "Unacceptable value for identifier [\xE0]",
                                                   "Object should support interface IIdentIntf"}));
     EXPECT_NO_THROW(l.Add(&ok));

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "rtl/Lists.h"
+#include "tests/interop/FileBytes.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 #include <unistd.h>
 
@@ -17,14 +17,8 @@ inline std::string TempName(const std::string& name) {
     return ::testing::TempDir() + "zelv_" + std::to_string(getpid()) + "_" + name;
 }
 
-inline void WriteFile(const std::string& name, const std::string& data) {
-    std::ofstream(name, std::ios::binary | std::ios::trunc) << data;
-}
-
-inline std::string ReadFile(const std::string& name) {
-    std::ifstream f(name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(f), {});
-}
+using interop::ReadFile;
+using interop::WriteFile;
 
 // The lines of a list joined by "|".
 inline std::string Joined(rtl::TStrings* l) {
