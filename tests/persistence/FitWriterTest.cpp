@@ -156,7 +156,6 @@ TEST(FilteringWriter, StoredPathsPassWithTheirContainersAndSubtreesIgnoredOnesWi
             }));
         EXPECT_EQ(names, c.names);
     }
-    EXPECT_TRUE(Has(withoutLook, "Child.Look.Size"));
     // Without lists the defined properties stay in, and the root name is the one given.
     TStringStream stream;
     TFilteringWriter fw(&stream);
@@ -176,21 +175,6 @@ TEST(FitReader, TheClassInTheStreamIsNotChecked) {
     EXPECT_EQ(w.Width, 3);
     EXPECT_EQ(w.Caption, "c");
     EXPECT_EQ(w.Name(), "") << "the name is returned, not given to the object";
-}
-
-TEST(FitReader, UnknownPropertiesAskUnlessErrorsAreIgnored) {
-    TSample s;
-    s.Text = "t";
-    std::string data = WriteRoot(&s);
-    DialogRecorder dialogs;
-    TFoo foo;
-    ReadRoot(&foo, data, true);
-    EXPECT_TRUE(dialogs.texts.empty());
-    ReadRoot(&foo, data, false);
-    EXPECT_EQ(dialogs.texts.size(), Names(data).size()) << "TFoo knows none of them";
-    EXPECT_NE(dialogs.texts[0].find("Count"), std::string::npos);
-    dialogs.answer = IDNO;
-    EXPECT_THROW(ReadRoot(&foo, data, false), EReadError);
 }
 
 TEST(FitReader, ReferencesResolveInANamedOwner) {

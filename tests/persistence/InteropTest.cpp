@@ -43,43 +43,6 @@ protected:
     static inline FpcConverter fpc_;
 };
 
-// Objects with every kind of value the writers produce.
-struct Objects {
-    Objects() {
-        sample.Count = -70000;
-        sample.Letter = '\xC6';
-        sample.Shape = shTriangle;
-        sample.Shapes = {shRectangle, shTriangle};
-        // The text form has 18 significant digits, which hold this value exactly; a third would
-        // come back from text a few units in the last place off, on both sides alike.
-        sample.Ratio = 0.375;
-        sample.Stamp = TDateTime(45000.75);
-        sample.Text = "it's a \"text\"\r\nwith\tcontrols and \xC0\xC1\xC2";
-        sample.Wide = u"\u0416\u0443\u0440\u043D\u0430\u043B";
-        sample.Big = -(int64_t(1) << 40);
-        sample.Data = Variant(int32_t(300));
-        sample.Color = clBlack;
-        sample.Flag = true;
-        sample.GetLook()->Name = std::string(300, 'n');
-        widget.SetName("Main");
-        widget.Width = 640;
-        widget.Caption = "Main form";
-        widget.Shape = shCircle;
-        widget.GetLook()->Color = static_cast<TColor>(0x00FF8040);
-        widget.GetLines()->Add("first line");
-        widget.GetLines()->Add("");
-        auto* item = static_cast<TItem*>(widget.GetItems()->Add());
-        item->Caption = "item";
-        item->Width = 0;
-        widget.GetItems()->Add();
-        foo.Width = 5;
-        foo.Caption = "foo";
-    }
-    TSample sample;
-    TWidget widget;
-    TFoo foo;
-};
-
 } // namespace
 
 TEST_F(PersistenceInterop, SaveObjectBinaryOfComponentsAndWrappedObjects) {

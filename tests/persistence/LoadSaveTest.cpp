@@ -8,30 +8,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 using namespace zelvane;
 using namespace model;
 
 namespace {
-
-TSample& Filled(TSample& s) {
-    s.Count = 42;
-    s.Letter = 'q';
-    s.Shape = shTriangle;
-    s.Shapes = {shRectangle, shTriangle};
-    s.Ratio = 2.5;
-    s.Stamp = TDateTime(45000.25);
-    s.Text = "text";
-    s.Wide = u"\u0416wide";
-    s.Big = int64_t(1) << 40;
-    s.Data = Variant(int32_t(77));
-    s.Color = clBlack;
-    s.Flag = true;
-    s.GetLook()->Size = 12;
-    s.GetLook()->Name = "Courier";
-    return s;
-}
 
 // Registers a class for the life of the object.
 struct Registered {
@@ -210,10 +190,6 @@ TEST_F(SafeLoad, ComponentsGoBackWhenTheLoadFails) {
     EXPECT_EQ(owner.FindComponent(second->Name()), second);
     EXPECT_THROW(SafeLoadObjects(objs, dir.File("missing.sbn"), osfBin, false), EFOpenError);
     ExpectHome();
-    WriteAll(dir.File("damaged.sbn"), "TPF0\x07TWidget\x05"
-                                      "First\x05Wi");
-    EXPECT_THROW(SafeLoadObjects(objs, dir.File("damaged.sbn"), osfBin, false), EReadError);
-    ExpectHome();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -323,12 +299,8 @@ TEST(Files, AFailedSaveLeavesTheOldFileWholeASuccessfulOneReplacesIt) {
 
 TEST(DamagedInput, EveryCorruptionGivesAnExceptionNotACrash) {
     DialogRecorder dialogs; // answers Yes: loading goes on as far as it can
-    TSample sample;
-    Filled(sample);
-    TWidget widget;
-    widget.GetLines()->Add("l");
-    widget.GetItems()->Add();
-    TObject* objs[] = {&sample, &widget};
+    Objects o;
+    TObject* objs[] = {&o.sample, &o.widget};
     for (TObjectStorageFormat format : {osfBin, osfText}) {
         std::string good = PropsOf(objs, format);
         auto load = [&](const std::string& data) {

@@ -1,12 +1,14 @@
 // What tests of stored objects need around them: a recording message box that answers the
-// load-error question, a scratch directory of each test's own, and whole files as strings.
-// Shared by the persistence and the specification tests.
+// load-error question, a scratch directory of each test's own, whole files as strings, one
+// object written and read as a root by the fit writer and reader, and the root objects of a
+// binary object stream. Shared by the persistence and the specification tests.
 #pragma once
 
 #include "tests/interop/FileBytes.h"
 
 #include "foundation/AppUtils.h"
 #include "foundation/Dialogs.h"
+#include "persistence/Storage.h"
 
 #include <gtest/gtest.h>
 
@@ -81,6 +83,54 @@ inline std::string ReadAll(const std::string& file) {
 
 inline void WriteAll(const std::string& file, const std::string& data) {
     interop::WriteFile(file, data);
+}
+
+// One object as a root of a fit writer's stream, without a name.
+inline std::string FitSave(rtl::TPersistent* obj) {
+    rtl::TStringStream stream;
+    zelvane::TFitWriter writer(&stream);
+    writer.WriteAsComponent(obj, "");
+    writer.FlushBuffer();
+    return stream.DataString();
+}
+
+// Reads one root object of data into obj with a fit reader; the root's name is returned.
+inline std::string FitLoad(rtl::TPersistent* obj, const std::string& data,
+                           bool ignoreErrors = true) {
+    rtl::TStringStream stream(data);
+    zelvane::TFitReader reader(&stream);
+    reader.IgnoreErrors = ignoreErrors;
+    std::string name;
+    reader.ReadAsComponent(obj, name);
+    return name;
+}
+
+// The root objects of a binary object stream: flags, class, name and property names.
+struct Root {
+    rtl::TFilerFlags Flags;
+    std::string Class, Name;
+    std::vector<std::string> Props;
+};
+inline std::vector<Root> Roots(const std::string& data) {
+    rtl::TStringStream s(data);
+    rtl::TReader r(&s);
+    std::vector<Root> roots;
+    while (r.Position() < s.GetSize()) {
+        r.ReadSignature();
+        Root root;
+        int32_t childPos;
+        r.ReadPrefix(root.Flags, childPos);
+        root.Class = r.ReadStr();
+        root.Name = r.ReadStr();
+        while (!r.EndOfList()) {
+            root.Props.push_back(r.ReadStr());
+            r.SkipValue();
+        }
+        r.ReadListEnd();
+        r.ReadListEnd();
+        roots.push_back(root);
+    }
+    return roots;
 }
 
 } // namespace scratch

@@ -15,6 +15,7 @@
 
 using namespace zelvane;
 using namespace rtl;
+using namespace scratch;
 
 namespace {
 
@@ -107,22 +108,6 @@ RTL_BEGIN_CLASS(THolder)
 Property("After", &THolder::After);
 RTL_END_CLASS
 
-std::string Save(THolder& holder) {
-    TStringStream stream;
-    TFitWriter writer(&stream);
-    writer.WriteAsComponent(&holder, "");
-    writer.FlushBuffer();
-    return stream.DataString();
-}
-
-void Load(THolder& holder, const std::string& data, bool ignoreErrors = true) {
-    TStringStream stream(data);
-    TFitReader reader(&stream);
-    reader.IgnoreErrors = ignoreErrors;
-    std::string name;
-    reader.ReadAsComponent(&holder, name);
-}
-
 // The program's items, in order, as "Key=Value Note".
 std::string Dump(const TKeyed& keyed) {
     std::string text;
@@ -182,7 +167,7 @@ TEST(FixedCollection, FileUpdatesTheItemsWhoseKeysItNamesAndMakesNone) {
         for (int i = 0; i < program.fixed->Count(); ++i)
             items.push_back(program.fixed->GetItem(i));
         program.reorder = c.reorder;
-        Load(program, Save(file));
+        FitLoad(&program, FitSave(&file));
         EXPECT_EQ(Dump(*program.fixed), c.expected);
         // The items are the program's own, moved at most; the reader went on behind them.
         for (int i = 0; i < program.fixed->Count(); ++i)
@@ -197,24 +182,24 @@ TEST(FixedCollection, FileUpdatesTheItemsWhoseKeysItNamesAndMakesNone) {
 TEST(FixedCollection, CollectionWithoutAnOwnerlessConstructorStillReads) {
     THolder file;
     file.fixed->AddItem("A", 10);
-    std::string data = Save(file);
+    std::string data = FitSave(&file);
     THolder program;
     TOwnedKeyed owned(&program);
     auto* a = As<TKeyedItem>(owned.Add("A"));
     program.fixedTarget = &owned;
-    Load(program, data);
+    FitLoad(&program, data);
     EXPECT_EQ(a->Value, 10);
 }
 
 TEST(FixedCollection, ValueThatIsNoCollectionFailsTheRead) {
     THolder file;
-    std::string data = Save(file);
+    std::string data = FitSave(&file);
     size_t at = data.find("Fixed_");
     ASSERT_NE(at, std::string::npos);
     ASSERT_EQ(data[at + 6], '\x0E');
     data[at + 6] = '\x02'; // vaInt8, whose payload is the list end
     THolder program;
-    EXPECT_THROW(Load(program, data), EReadError);
+    EXPECT_THROW(FitLoad(&program, data), EReadError);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -283,7 +268,7 @@ TEST(FreeCollection, FileUpdatesRegisteredObjectsOnlyAndMakesNone) {
         for (size_t i = 0; i < c.program.size(); ++i)
             program.free->Add(&live[i], c.program[i]);
         program.reorder = c.reorder;
-        Load(program, Save(file));
+        FitLoad(&program, FitSave(&file));
         std::string dump;
         for (int i = 0; i < program.free->Count(); ++i) {
             TWrapperItem* item = program.free->GetItem(i);
@@ -301,13 +286,13 @@ TEST(FreeCollection, EntryWithoutTheIdentifierFirstFailsWith50536) {
     THolder file;
     TLiveObject live;
     file.free->Add(&live, "Live");
-    std::string data = Save(file);
+    std::string data = FitSave(&file);
     size_t at = data.find("AObjectID");
     ASSERT_NE(at, std::string::npos);
     data[at] = 'X';
     THolder program;
     model::DialogRecorder dialogs;
-    std::string error = model::MessageOf<EReadError>([&] { Load(program, data, false); });
+    std::string error = model::MessageOf<EReadError>([&] { FitLoad(&program, data, false); });
     EXPECT_NE(error.find("Property AObjectID not found"), std::string::npos) << error;
     EXPECT_TRUE(dialogs.texts.empty());
 }
@@ -318,7 +303,7 @@ TEST(FreeCollection, BadValueInsideAnEntryGoesToTheReadersQuestion) {
     live.Size = 6;
     live.Caption = "c";
     file.free->Add(&live, "Live");
-    std::string data = Save(file);
+    std::string data = FitSave(&file);
     size_t at = data.find("NestedObject.Size");
     ASSERT_NE(at, std::string::npos);
     data.replace(at, 17, "NestedObject.Sixe");
@@ -327,7 +312,7 @@ TEST(FreeCollection, BadValueInsideAnEntryGoesToTheReadersQuestion) {
     program.free->Add(&target, "Live");
     model::DialogRecorder dialogs;
     dialogs.answer = IDYES;
-    Load(program, data, false);
+    FitLoad(&program, data, false);
     EXPECT_EQ(dialogs.texts.size(), 1u);
     EXPECT_EQ(target.Size, 0);
     EXPECT_EQ(target.Caption, "c");

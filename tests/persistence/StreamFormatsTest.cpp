@@ -90,16 +90,6 @@ TEST(DataHeader, UnknownLabelsAndBadResFormatsAreRejectedShortOnesAreReadErrors)
     }
 }
 
-TEST(DataHeader, SkipDataHeaderLeavesTheStreamAtTheObjects) {
-    TStringStream s;
-    WriteTextDataHeader(&s, "text");
-    WriteBinDataHeader(&s, true, "bin");
-    s.SetPosition(0);
-    EXPECT_EQ(SkipDataHeader(&s), osfText);
-    EXPECT_EQ(SkipDataHeader(&s), osfBin);
-    EXPECT_EQ(s.GetPosition(), s.GetSize());
-}
-
 // ---------------------------------------------------------------------------------------------
 // Description lines
 

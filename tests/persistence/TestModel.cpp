@@ -1,11 +1,5 @@
 #include "TestModel.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <fstream>
-#include <sstream>
-#include <unistd.h>
-
 namespace model {
 
 void TLook::Assign(TPersistent* source) {
@@ -28,17 +22,6 @@ TWidget::TWidget(TComponent* owner)
     : TComponent(owner), look_(std::make_unique<TLook>()), lines_(std::make_unique<TStringList>()),
       items_(std::make_unique<TCollection>(TItem::StaticClass())) {}
 TWidget::~TWidget() = default;
-
-std::string HexBytes(const std::string& data) {
-    std::string s;
-    char buf[4];
-    for (unsigned char c : data) {
-        std::snprintf(buf, sizeof buf, "%02X", c);
-        if (!s.empty()) s += ' ';
-        s += buf;
-    }
-    return s;
-}
 
 std::string Bytes(std::initializer_list<int> bytes) {
     std::string s;
@@ -74,6 +57,37 @@ std::vector<std::string> Foos::Captions() const {
     return captions;
 }
 
+Objects::Objects() {
+    sample.Count = -70000;
+    sample.Letter = '\xC6';
+    sample.Shape = shTriangle;
+    sample.Shapes = {shRectangle, shTriangle};
+    // The text form has 18 significant digits, which hold this value exactly; a third would
+    // come back from text a few units in the last place off, on both sides alike.
+    sample.Ratio = 0.375;
+    sample.Stamp = TDateTime(45000.75);
+    sample.Text = "it's a \"text\"\r\nwith\tcontrols and \xC0\xC1\xC2";
+    sample.Wide = u"\u0416\u0443\u0440\u043D\u0430\u043B";
+    sample.Big = -(int64_t(1) << 40);
+    sample.Data = Variant(int32_t(300));
+    sample.Color = clBlack;
+    sample.Flag = true;
+    sample.GetLook()->Name = std::string(300, 'n');
+    widget.SetName("Main");
+    widget.Width = 640;
+    widget.Caption = "Main form";
+    widget.Shape = shCircle;
+    widget.GetLook()->Color = static_cast<TColor>(0x00FF8040);
+    widget.GetLines()->Add("first line");
+    widget.GetLines()->Add("");
+    auto* item = static_cast<TItem*>(widget.GetItems()->Add());
+    item->Caption = "item";
+    item->Width = 0;
+    widget.GetItems()->Add();
+    foo.Width = 5;
+    foo.Caption = "foo";
+}
+
 std::string PropsOf(zelvane::TObjectArray objs, zelvane::TObjectStorageFormat format) {
     std::string data;
     zelvane::GetProps(objs, data, format);
@@ -83,29 +97,6 @@ std::string PropsOf(zelvane::TObjectArray objs, zelvane::TObjectStorageFormat fo
 std::string PropsOf(TObject* obj, zelvane::TObjectStorageFormat format) {
     TObject* objs[] = {obj};
     return PropsOf(objs, format);
-}
-
-std::vector<Root> Roots(const std::string& data) {
-    TStringStream s(data);
-    TReader r(&s);
-    std::vector<Root> roots;
-    while (r.Position() < s.GetSize()) {
-        r.ReadSignature();
-        TFilerFlags flags;
-        int32_t childPos;
-        r.ReadPrefix(flags, childPos);
-        Root root;
-        root.Class = r.ReadStr();
-        root.Name = r.ReadStr();
-        while (!r.EndOfList()) {
-            root.Props.push_back(r.ReadStr());
-            r.SkipValue();
-        }
-        r.ReadListEnd();
-        r.ReadListEnd();
-        roots.push_back(root);
-    }
-    return roots;
 }
 
 } // namespace model

@@ -12,7 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <initializer_list>
 #include <memory>
 #include <string>
@@ -139,14 +138,8 @@ public:
     TLook* LookField = nullptr;
 };
 
-using scratch::DialogRecorder;
 using rtltest::MessageOf;
-using scratch::ReadAll;
-using scratch::TempDir;
-using scratch::WriteAll;
-
-// The bytes of a string as spaced hexadecimal ("54 50 46 30").
-std::string HexBytes(const std::string& data);
+using namespace scratch;
 
 // A string of the given byte values.
 std::string Bytes(std::initializer_list<int> bytes);
@@ -165,16 +158,17 @@ struct Foos {
     std::vector<std::string> Captions() const;
 };
 
+// A TSample, a TWidget and a TFoo with every kind of value the writers produce.
+struct Objects {
+    Objects();
+    TSample sample;
+    TWidget widget;
+    TFoo foo;
+};
+
 // What GetProps gives for the objects in the format.
 std::string PropsOf(zelvane::TObjectArray objs, zelvane::TObjectStorageFormat format);
 std::string PropsOf(TObject* obj, zelvane::TObjectStorageFormat format);
-
-// The root objects of a binary object stream: class, name and property names.
-struct Root {
-    std::string Class, Name;
-    std::vector<std::string> Props;
-};
-std::vector<Root> Roots(const std::string& data);
 
 // Runs f and returns the message of the EDataHandlingError it raises.
 template <class F> std::string DataError(F&& f) {
