@@ -1,10 +1,5 @@
 #include "SpcModel.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 namespace spcmodel {
 
 RTL_BEGIN_CLASS(TViewSettings)

@@ -178,9 +178,6 @@ void FillNonDefault(TProgram& p);
 // A 1x1 bitmap file.
 std::string TinyBitmap();
 
-using scratch::DialogRecorder;
-using scratch::ReadAll;
-using scratch::TempDir;
-using scratch::WriteAll;
+using namespace scratch;
 
 } // namespace spcmodel

