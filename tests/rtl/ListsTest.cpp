@@ -204,9 +204,6 @@ TEST(StringListSorted, DupAcceptKeepsAllAndFindAnswersTheFirst) {
     EXPECT_EQ(l.AddObject("B", &marker), 2);
     EXPECT_EQ(l.Objects(2), &marker);
     l.Delete(2);
-    for (int i = 2; i < 5; ++i)
-        EXPECT_TRUE(SameText(l[i], "b"));
-    EXPECT_EQ(l.IndexOf("c"), 5);
     // Each search as found or not, and the index it answers.
     V found;
     for (const char* s : {"b", "A", "bb", "0", "z"}) {

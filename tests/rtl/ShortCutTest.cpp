@@ -14,44 +14,20 @@ constexpr uint16_t VK_OEM_PERIOD = 0xBE; // .
 } // namespace
 
 TEST(ShortCuts, TextIsReadIgnoringCaseAndModifierOrder) {
-    // The hot keys of the experts' menu, named keys, then the same with other spellings. A digit
-    // is the main keyboard's, not the number pad's.
+    // The hot keys of the experts' menu, then other spellings. Named keys read back as every
+    // named key round-trips below. A digit is the main keyboard's, not the number pad's.
     const uint16_t cs = scCtrl | scShift;
     std::vector<TShortCut> read;
-    for (const char* text :
-         {"Ctrl+,", "Ctrl+Shift+,", "Ctrl+.",    "Ctrl+Shift+.", "Ctrl+;", "Ctrl+Shift+Q", "Ctrl+D",
-          "Ctrl+A", "Ctrl+W",       "Alt+Right", "Del",          "F5",     "F12",          "F24",
-          "Esc",    "Enter",        "Space",     "BkSp",         "Tab",    "PgUp"})
-        read.push_back(TextToShortCut(text));
-    EXPECT_EQ(read, std::vector<TShortCut>({ShortCut(VK_OEM_COMMA, scCtrl),
-                                            ShortCut(VK_OEM_COMMA, cs),
-                                            ShortCut(VK_OEM_PERIOD, scCtrl),
-                                            ShortCut(VK_OEM_PERIOD, cs),
-                                            ShortCut(VK_OEM_1, scCtrl),
-                                            ShortCut('Q', cs),
-                                            ShortCut('D', scCtrl),
-                                            ShortCut('A', scCtrl),
-                                            ShortCut('W', scCtrl),
-                                            ShortCut(0x27, scAlt),
-                                            ShortCut(0x2E, 0),
-                                            ShortCut(0x74, 0),
-                                            ShortCut(0x7B, 0),
-                                            ShortCut(0x87, 0),
-                                            ShortCut(0x1B, 0),
-                                            ShortCut(0x0D, 0),
-                                            ShortCut(0x20, 0),
-                                            ShortCut(0x08, 0),
-                                            ShortCut(0x09, 0),
-                                            ShortCut(0x21, 0)}));
-    read.clear();
-    for (const char* text : {"Ins", "Home", "Ctrl+5", "ctrl+shift+q", "SHIFT+CTRL+Q", "Shift+^Q",
-                             "^D", "alt+right", "esc", "f5", "Ctrl+Alt+Shift+Del"})
+    for (const char* text : {"Ctrl+,", "Ctrl+Shift+,", "Ctrl+Shift+.", "Ctrl+;", "Ctrl+Shift+Q",
+                             "Ctrl+5", "ctrl+shift+q", "SHIFT+CTRL+Q", "Shift+^Q", "^D", "alt+right",
+                             "esc", "f5", "Ctrl+Alt+Shift+Del"})
         read.push_back(TextToShortCut(text));
     EXPECT_EQ(read, std::vector<TShortCut>(
-                        {ShortCut(0x2D, 0), ShortCut(0x24, 0), ShortCut('5', scCtrl),
-                         ShortCut('Q', cs), ShortCut('Q', cs), ShortCut('Q', cs),
-                         ShortCut('D', scCtrl), ShortCut(0x27, scAlt), ShortCut(0x1B, 0),
-                         ShortCut(0x74, 0), ShortCut(0x2E, scCtrl | scAlt | scShift)}));
+                        {ShortCut(VK_OEM_COMMA, scCtrl), ShortCut(VK_OEM_COMMA, cs),
+                         ShortCut(VK_OEM_PERIOD, cs), ShortCut(VK_OEM_1, scCtrl), ShortCut('Q', cs),
+                         ShortCut('5', scCtrl), ShortCut('Q', cs), ShortCut('Q', cs),
+                         ShortCut('Q', cs), ShortCut('D', scCtrl), ShortCut(0x27, scAlt),
+                         ShortCut(0x1B, 0), ShortCut(0x74, 0), ShortCut(0x2E, scCtrl | scAlt | scShift)}));
     EXPECT_EQ(static_cast<uint16_t>(TextToShortCut("Ctrl+Shift+.")), 0x60BE);
 }
 
