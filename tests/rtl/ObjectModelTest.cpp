@@ -20,15 +20,6 @@ protected:
     ~IGreeter() = default;
 };
 
-class ICounter : public IInterface {
-public:
-    static inline const TGUID IID = TGUID::FromString("{6B29FC40-CA47-1067-B31D-00DD010662DA}");
-    virtual int Next() = 0;
-
-protected:
-    ~ICounter() = default;
-};
-
 class IUnoffered : public IInterface {
 public:
     static inline const TGUID IID = TGUID::FromString("{00000001-0002-0003-0405-060708090A0B}");
@@ -57,20 +48,6 @@ class TLoudGreeter : public TGreeter {
 public:
     using TGreeter::TGreeter;
     std::string Greet() override { return "HELLO"; }
-};
-
-// Offers two interfaces; not a component, so it answers the query itself.
-class TTally : public TPersistent, public IGreeter, public ICounter {
-    RTL_CLASS(TTally, TPersistent)
-public:
-    std::string Greet() override { return "tally"; }
-    int Next() override { return ++count; }
-    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
-        return GetInterface(iid, obj) ? S_OK : E_NOINTERFACE;
-    }
-    int32_t _AddRef() override { return -1; }
-    int32_t _Release() override { return -1; }
-    int count = 0;
 };
 
 // Assign support in both directions: a TNote accepts a TNote; a TMemo can AssignTo a TNote.
@@ -133,10 +110,6 @@ RTL_BEGIN_CLASS(TGreeter)
 Implements<IGreeter>();
 RTL_END_CLASS
 RTL_IMPLEMENT_CLASS(TLoudGreeter)
-RTL_BEGIN_CLASS(TTally)
-Implements<IGreeter>();
-Implements<ICounter>();
-RTL_END_CLASS
 RTL_IMPLEMENT_CLASS(TNote)
 RTL_IMPLEMENT_CLASS(TMemo)
 RTL_IMPLEMENT_CLASS(TRegShape)
@@ -192,14 +165,14 @@ TEST(ObjectModel, QueryFindsOfferedInterfaceAndRefusesOthers) {
     EXPECT_EQ(static_cast<IGreeter*>(p)->Greet(), "hello from Greeter1");
 
     p = reinterpret_cast<void*>(1);
-    EXPECT_EQ(g.QueryInterface(ICounter::IID, &p), E_NOINTERFACE);
+    EXPECT_EQ(g.QueryInterface(IUnoffered::IID, &p), E_NOINTERFACE);
     EXPECT_EQ(p, nullptr);
     EXPECT_EQ(static_cast<uint32_t>(E_NOINTERFACE), 0x80004002u);
 
     EXPECT_EQ(std::vector<bool>({Supports(&g, IGreeter::IID), Supports(&g, IUnoffered::IID),
                                  Supports(nullptr, IGreeter::IID)}),
               std::vector<bool>({true, false, false}));
-    EXPECT_EQ(Supports<ICounter>(&g), nullptr);
+    EXPECT_EQ(Supports<IUnoffered>(&g), nullptr);
     EXPECT_EQ(Supports<IGreeter>(nullptr), nullptr);
     ASSERT_NE(Supports<IGreeter>(&g), nullptr);
     EXPECT_EQ(Supports<IGreeter>(&g)->Greet(), "hello from Greeter1");
