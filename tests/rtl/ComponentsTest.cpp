@@ -123,14 +123,6 @@ V Names(const TComponent& owner) {
     return r;
 }
 
-// A link in one form with a target in another.
-class FreeNotification : public ::testing::Test {
-protected:
-    TComponent formA, formB;
-    TComponent* target = new TComponent(&formA);
-    TLink* link = new TLink(&formB);
-};
-
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -251,9 +243,12 @@ TEST(Components, FieldsAreLinkedOnInsertAndUnlinkedOnRemove) {
 // ---------------------------------------------------------------------------------------------
 // Notifications
 
-TEST_F(FreeNotification, WorksBothWays) {
-    // The link dies first: the target must not tell it anything afterwards (the sanitizer
-    // catches a notification sent to the freed link).
+TEST(FreeNotification, WorksBothWays) {
+    // A link in one form with a target in another. The link dies first: the target must not
+    // tell it anything afterwards (the sanitizer catches a notification sent to the freed link).
+    TComponent formA, formB;
+    TComponent* target = new TComponent(&formA);
+    TLink* link = new TLink(&formB);
     TWatcher watcher(nullptr);
     link->SetTarget(target);
     target->FreeNotification(&watcher);

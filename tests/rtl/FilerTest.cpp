@@ -449,9 +449,7 @@ TEST(FilerResourceHeader, WrapsAStreamAndReadsBack) {
     WriteResourceHeader(&s, "TFORM1", fixup);
     s.WriteBuffer("0123456789", 10);
     FixupResourceHeader(&s, fixup);
-    std::string bytes(static_cast<const char*>(s.Memory()), static_cast<size_t>(s.GetSize()));
-    EXPECT_EQ(bytes.substr(0, 20), Bytes({0xFF, 0x0A, 0x00, 'T', 'F', 'O', 'R', 'M', '1', 0,
-                                          0x30, 0x10, 10,   0,   0,   0,   '0', '1', '2', '3'}));
+    // The header's bytes are pinned whole by ObjectTextResources.TextToResourceAndBack.
     EXPECT_EQ(s.GetPosition(), s.GetSize());
     s.SetPosition(0);
     ReadResHeader(&s);

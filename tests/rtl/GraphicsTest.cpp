@@ -62,17 +62,6 @@ std::string MakeJpeg(uint16_t width, uint16_t height) {
            BE(height, 2) + BE(width, 2) + "\x03" + std::string(9, '\x01') + "\xFF\xD9";
 }
 
-// A memory stream holding bytes, at its start.
-struct TBytesStream : TMemoryStream {
-    explicit TBytesStream(const std::string& bytes) {
-        WriteBuffer(bytes.data(), static_cast<int64_t>(bytes.size()));
-        SetPosition(0);
-    }
-    std::string Bytes() {
-        return std::string(static_cast<const char*>(Memory()), static_cast<size_t>(GetSize()));
-    }
-};
-
 std::pair<int32_t, int32_t> SizeOf(const TGraphic& g) {
     return {g.Width(), g.Height()};
 }
@@ -287,9 +276,9 @@ TEST(Pictures, DataIsTheClassNameAndTheFileWithItsLengthExceptForIcons) {
         TPicture pic;
         pic.SetGraphic(static_cast<TGraphic*>(graphic.get()));
         EXPECT_EQ(SizeOf(*pic.Graphic()), c.size);
-        TBytesStream m("");
+        TStringStream m;
         pic.WriteData(&m);
-        EXPECT_EQ(m.Bytes(), c.data);
+        EXPECT_EQ(m.DataString(), c.data);
         const bool sized = c.cls != TIcon::StaticClass(); // an icon's data runs to the end
         if (sized) m.WriteValue<uint32_t>(0xDEADBEEF);
         m.SetPosition(0);
@@ -307,9 +296,9 @@ TEST(Pictures, DataIsTheClassNameAndTheFileWithItsLengthExceptForIcons) {
 TEST(Pictures, EmptyDataRoundTripsAndBadDataRaises) {
     // An empty picture is one zero byte, and reading it empties the picture.
     TPicture pic, empty;
-    TBytesStream m("");
+    TStringStream m;
     empty.WriteData(&m);
-    EXPECT_EQ(m.Bytes(), std::string(1, '\0'));
+    EXPECT_EQ(m.DataString(), std::string(1, '\0'));
     TBitmap old;
     old.SetBytes(MakeBmp(1, 1));
     pic.SetGraphic(&old);
@@ -317,12 +306,12 @@ TEST(Pictures, EmptyDataRoundTripsAndBadDataRaises) {
     pic.ReadData(&m);
     EXPECT_EQ(pic.Width(), 0);
     // An unknown class, a stored length longer than the data, a class name cut short, nothing.
-    TBytesStream unknown("\x08TUnknown" + std::string(8, 'x'));
+    TStringStream unknown("\x08TUnknown" + std::string(8, 'x'));
     EXPECT_THROW(pic.ReadData(&unknown), EInvalidGraphic);
-    TBytesStream longer(std::string("\x07TBitmap") + LE(255, 4) + "BM");
+    TStringStream longer(std::string("\x07TBitmap") + LE(255, 4) + "BM");
     EXPECT_THROW(pic.ReadData(&longer), EInvalidGraphic);
     for (const char* cut : {"\x07TBit", ""}) {
-        TBytesStream m(cut);
+        TStringStream m(cut);
         EXPECT_THROW(pic.ReadData(&m), EReadError);
     }
     EXPECT_EQ(pic.Graphic(), nullptr);
