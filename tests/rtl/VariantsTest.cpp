@@ -47,12 +47,17 @@ TEST(Variants, ValuesOfAGivenNumericType) {
 // Conversions
 
 TEST(Variants, NumbersAndBooleansToText) {
-    // Reals as the platform's FloatToStr writes them (its forms are pinned with FloatToStr).
-    EXPECT_EQ(std::vector<std::string>(
-                  {Variant(int32_t(-17)).AsString(), Variant(int64_t(1) << 40).AsString(),
-                   Variant(-12.25).AsString(), Variant(1e20).AsString(), Variant(true).AsString(),
-                   Variant(false).AsString()}),
-              std::vector<std::string>({"-17", "1099511627776", "-12.25", "1E20", "True", "False"}));
+    // Exponents as the platform's FloatToStr writes them.
+    EXPECT_EQ(
+        std::vector<std::string>(
+            {Variant(int32_t(-17)).AsString(), Variant(int64_t(1) << 40).AsString(),
+             Variant(-12.25).AsString(), Variant(0.1).AsString(), Variant(0.0001).AsString(),
+             Variant(123456789012345.0).AsString(), Variant(1e20).AsString(),
+             Variant(0.00001).AsString(), Variant(-2.5e-100).AsString(), Variant(true).AsString(),
+             Variant(false).AsString()}),
+        std::vector<std::string>({"-17", "1099511627776", "-12.25", "0.1", "0.0001",
+                                  "123456789012345", "1E20", "1E-5", "-2.5E-100", "True",
+                                  "False"}));
 }
 
 TEST(Variants, TextAndBooleansToNumbers) {
