@@ -57,7 +57,6 @@ const char* kSample = "; settings of the tool\r\n"
 TEST_F(IniTest, ReadsValuesWithCaseInsensitiveNamesTypedOrNot) {
     Put(kSample);
     TIniFile ini(file);
-    EXPECT_EQ(ini.FileName(), file);
     EXPECT_EQ(V({ini.ReadString("Main", "Name", "?"), ini.ReadString("MAIN", "name", "?"),
                  ini.ReadString("Main", "Missing", "def"), ini.ReadString("Nowhere", "Name", "def"),
                  ini.ReadString("Main", "not a key line", "def"),
