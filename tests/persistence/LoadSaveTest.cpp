@@ -11,17 +11,6 @@
 using namespace zelvane;
 using namespace model;
 
-namespace {
-
-// Registers a class for the life of the object.
-struct Registered {
-    explicit Registered(TClass c) : cls(c) { RegisterClass(c); }
-    ~Registered() { UnRegisterClass(cls); }
-    TClass cls;
-};
-
-} // namespace
-
 // ---------------------------------------------------------------------------------------------
 // The bytes
 
@@ -98,7 +87,7 @@ TEST(LoadArrays, NilEntriesPassOverTheirObjects) {
 }
 
 TEST(LoadArrays, NilComponentEntriesAreCreatedFromTheStream) {
-    Registered reg(TWidget::StaticClass());
+    RegisterClass(TWidget::StaticClass());
     TWidget a, b;
     a.SetName("A");
     a.Width = 1;

@@ -26,13 +26,11 @@ std::string Save(TObjectSaver& saver, TPersistentArray objs, TNameArray names = 
 class Listener : public TObject {
 public:
     std::vector<std::string> log;
-    std::unique_ptr<TFitWriter> supplyWriter; // handed to the saver, which owns it then
     std::string vetoWrite = "<none>";
     bool vetoRead = false;
 
-    void BeforeCreateWriter(TObjectSaver*, TStream*, std::unique_ptr<TFitWriter>& w) {
+    void BeforeCreateWriter(TObjectSaver*, TStream*, std::unique_ptr<TFitWriter>&) {
         log.push_back("BeforeCreateWriter");
-        if (supplyWriter) w = std::move(supplyWriter);
     }
     void AfterCreateWriter(TObjectSaver*, TFitWriter* w) {
         log.push_back(std::string("AfterCreateWriter") + (w->SortProps ? " sorted" : ""));

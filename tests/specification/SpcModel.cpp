@@ -82,12 +82,6 @@ THistoryItem* THistory::AddFile(const std::string& name, int32_t line) {
     return item;
 }
 
-TExpertInfo* TActiveExperts::Find(const std::string& name) const {
-    for (int i = 0; i < Count(); ++i)
-        if (Expert(i)->ExpertName == name) return Expert(i);
-    return nullptr;
-}
-
 TEditorSettings::TEditorSettings() : state_(std::make_unique<TMemoStrings>()) {}
 TEditorSettings::~TEditorSettings() = default;
 
@@ -108,16 +102,17 @@ void TSettings::DefineProperties(TFiler* filer) {
         [this](TWriter* w) { WriteCollectionEx(w, custom_.get()); }, true);
 }
 
-TProgram::TProgram(const std::vector<std::string>& experts, bool withUnits) {
-    for (const std::string& name : experts) {
+TProgram::TProgram() {
+    for (const std::string name : {"BlockMng", "UnitMng", "ViewMng"}) {
         auto* info = As<TExpertInfo>(settings.Active()->Add(name));
         info->SetNodeName(name + " expert");
     }
     settings.Custom()->Add(&editor, "EditorManagerData")->SetNodeName("Unit editor expert");
-    if (withUnits) settings.Custom()->Add(&units, "UnitManagerData")->SetNodeName("Units");
+    settings.Custom()->Add(&units, "UnitManagerData")->SetNodeName("Units");
 }
 
-std::string TinyBitmap() {
+// A 1x1 bitmap file.
+static std::string TinyBitmap() {
     // BITMAPFILEHEADER, BITMAPINFOHEADER of a 1x1 24-bit image, one padded pixel.
     std::string bmp = {'B', 'M', 58, 0, 0, 0, 0, 0, 0, 0, 54, 0, 0, 0, 40, 0, 0, 0,
                        1,   0,   0,  0, 1, 0, 0, 0, 1, 0, 24, 0, 0, 0, 0,  0, 4, 0,

@@ -92,7 +92,6 @@ public:
         : TFixedCollection(owner, TExpertInfo::StaticClass()) {}
     std::string GetUpdateName() const override { return "ExpertName"; }
     TExpertInfo* Expert(int index) const { return As<TExpertInfo>(GetItem(index)); }
-    TExpertInfo* Find(const std::string& name) const;
 };
 
 class TCustomDataItem : public TWrapperItem {
@@ -165,8 +164,7 @@ private:
 // A tree as the program makes it at start: the experts it knows and the settings objects
 // registered by them (owned here, as the experts would own them).
 struct TProgram {
-    explicit TProgram(const std::vector<std::string>& experts = {"BlockMng", "UnitMng", "ViewMng"},
-                      bool withUnits = true);
+    TProgram();
     TSettings settings;
     TEditorSettings editor;
     TUnitSettings units;
@@ -174,9 +172,6 @@ struct TProgram {
 
 // Fills every value of the tree with something other than its default.
 void FillNonDefault(TProgram& p);
-
-// A 1x1 bitmap file.
-std::string TinyBitmap();
 
 using namespace scratch;
 

@@ -107,7 +107,6 @@ TEST(CheckVer, AsksAboutLaterDelphiAndEditorVersionsOnlyWhenChecking) {
 }
 
 TEST(CheckVer, TheDelphiAnswerOverridesTheEditorAnswer) {
-    DialogRecorder dialogs;
     TVerCheckData data{true, "settings.sbn"};
     bool skip = false;
     int calls = 0;
