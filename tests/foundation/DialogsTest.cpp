@@ -13,38 +13,23 @@ struct Call {
     uint32_t Style;
 };
 
-// Records each box and answers with a fixed button.
-class DialogsTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        TWindowSystem ws;
-        ws.MessageBox = [this](HWND owner, const std::string& text, const std::string& caption,
-                               uint32_t style) {
-            calls.push_back({owner, text, caption, style});
-            return answer;
-        };
-        old = SetWindowSystem(ws);
-        oldOwner = OwnerWnd;
-        oldCaption = DialogCaption;
-        OwnerWnd = reinterpret_cast<HWND>(0x77);
-        DialogCaption = "Zelvane";
-    }
-    void TearDown() override {
-        SetWindowSystem(old);
-        OwnerWnd = oldOwner;
-        DialogCaption = oldCaption;
-    }
-    std::vector<Call> calls;
-    int answer = IDOK;
-    TWindowSystem old;
-    HWND oldOwner = nullptr;
-    std::string oldCaption;
-};
-
 } // namespace
 
-TEST_F(DialogsTest, StylesOwnerCaptionTextsAndYesOnlyForIdYes) {
-    answer = IDYES;
+TEST(Dialogs, StylesOwnerCaptionTextsAndYesOnlyForIdYes) {
+    // Records each box and answers with the button asked for.
+    std::vector<Call> calls;
+    int answer = IDYES;
+    TWindowSystem ws;
+    ws.MessageBox = [&](HWND owner, const std::string& text, const std::string& caption,
+                        uint32_t style) {
+        calls.push_back({owner, text, caption, style});
+        return answer;
+    };
+    TWindowSystem old = SetWindowSystem(ws);
+    HWND oldOwner = OwnerWnd;
+    std::string oldCaption = DialogCaption;
+    OwnerWnd = reinterpret_cast<HWND>(0x77);
+    DialogCaption = "Zelvane";
     ShowError("%s failed (%d)", {"Save", 5});
     ShowInfo("%d files", {3});
     ShowWarning("%s", {"warn"});
@@ -74,6 +59,9 @@ TEST_F(DialogsTest, StylesOwnerCaptionTextsAndYesOnlyForIdYes) {
         EXPECT_EQ(QueryDialogEx("q"), button);
         EXPECT_EQ(WarningDialogEx("w"), button);
     }
+    SetWindowSystem(old);
+    OwnerWnd = oldOwner;
+    DialogCaption = oldCaption;
 }
 
 TEST(DialogsWithoutWindowSystem, ShowNothingAndAnswerZero) {

@@ -341,18 +341,12 @@ TEST(HeapStream, PrivateHeapKeepsItsMaximum) {
 
 // --- buffer views ----------------------------------------------------------------------------
 
-class BufInfo : public ::testing::Test {
-protected:
-    void SetUp() override {
-        a.Write("abcdef", 6);
-        a.SetPosition(2);
-        MemStreamToBuf(&a, info);
-    }
+TEST(BufInfo, ViewMovesWithoutCopyingToOurStreamsOnly) {
     TMemStream a;
+    a.Write("abcdef", 6);
+    a.SetPosition(2);
     TBufInfo info;
-};
-
-TEST_F(BufInfo, ViewMovesWithoutCopyingToOurStreamsOnly) {
+    MemStreamToBuf(&a, info);
     EXPECT_EQ(info.Memory, a.Memory());
     EXPECT_EQ(info.Size, 6);
     EXPECT_EQ(info.Position, 2);
