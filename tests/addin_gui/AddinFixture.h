@@ -145,7 +145,6 @@ protected:
     std::string PackageFile(const std::string& name) const { return packageDir_.File(name); }
     std::string Package() const { return PackageFile("libzelvane.so"); }
     std::string Log() const { return testfiles::ReadFile(PackageFile("ExpError.log")); }
-    TPackageLoader& Loader() { return *loader_; }
 
     // The experts' menu in the main menu or one of its submenus, or nullptr.
     QMenu* ExpertsMenu() const { return FindExpertsMenu(main->menuBar()->actions()); }

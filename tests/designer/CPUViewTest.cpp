@@ -139,45 +139,6 @@ TEST_F(CPUViewTest, TheDisassemblyPaneByNameShowsTheInstructionOfAnyByteInside) 
     EXPECT_EQ(Ord(pane, "SelectedAddress"), 0x500000);
 }
 
-// The disassembly read of a capture: step a byte at a time until the text changes.
-TEST_F(CPUViewTest, StepingByBytesUntilTheTextChangesReadsEachInstructionOnce) {
-    QObject* pane = Pane("DisassemblerView1");
-    SetOrd(pane, "SelectedAddress", 0x408A78);
-    qint64 kept = Ord(pane, "SelectedAddress");
-    auto compose = [&] {
-        std::string line;
-        if (auto l = Str(pane, "SelectedLabel"); !l.empty()) line += l + "\r\n";
-        if (auto s = Str(pane, "SelectedSource"); !s.empty()) line += s + "\r\n";
-        return line + Str(pane, "SelectedDisassembly");
-    };
-    std::vector<std::string> lines;
-    std::string previous;
-    for (int n = 0; n < 8; ++n) {
-        qint64 address = Ord(pane, "SelectedAddress");
-        std::string line = compose();
-        int tries = 0;
-        while (line == previous && tries <= 10) {
-            ++address;
-            ++tries;
-            SetOrd(pane, "SelectedAddress", address);
-            line = compose();
-        }
-        ASSERT_LE(tries, 10);
-        lines.push_back(line);
-        previous = line;
-    }
-    SetOrd(pane, "SelectedAddress", kept);
-    ASSERT_EQ(lines.size(), 8u);
-    EXPECT_EQ(lines[0], "Hello.Hello:\r\nHello.dpr.11: begin\r\n"
-                        "00408A78 55               push ebp");
-    EXPECT_EQ(lines[1], "00408A79 8BEC             mov ebp,esp");
-    EXPECT_EQ(lines[4], "00408A83 E8D8BAFFFF       call @InitExe");
-    EXPECT_EQ(lines[5], "Hello.dpr.12: Total := Sum(2, 3);\r\n"
-                        "00408A88 BA03000000       mov edx,$00000003");
-    EXPECT_EQ(lines[7], "00408A92 E8D9FFFFFF       call Sum");
-    EXPECT_EQ(Ord(pane, "SelectedAddress"), 0x408A78);
-}
-
 TEST_F(CPUViewTest, RegistersAndFlagsAreObjectsWithAPropertyForEachRow) {
     QObject* regs = Obj(Pane("RegisterView"), "CurrentRegs");
     ASSERT_NE(regs, nullptr);
@@ -208,13 +169,6 @@ TEST_F(CPUViewTest, TheDumpGivesTheByteAtTheOffsetAsTwoDigits) {
     qint64 start = Ord(dump, "SelectedOffset");
     EXPECT_EQ(start, 0x408AD8);
     EXPECT_EQ(Str(dump, "SelectedData"), "FF");
-    // The eight bytes of the string from its first character, as a dump line reads them.
-    std::string text;
-    for (qint64 a = 0x408AE0; a < 0x408AE8; ++a) {
-        SetOrd(dump, "SelectedOffset", a);
-        text += char(std::stoi(Str(dump, "SelectedData"), nullptr, 16));
-    }
-    EXPECT_EQ(text, "Hello, w");
     SetOrd(dump, "SelectedOffset", 0x408A7B);
     EXPECT_EQ(Str(dump, "SelectedData"), "83"); // code is memory too
     SetOrd(dump, "SelectedOffset", 0x600000);
@@ -227,13 +181,6 @@ TEST_F(CPUViewTest, TheStackGivesTheDoubleWordAtTheOffsetAsEightDigits) {
     QObject* stack = Pane("StackView");
     EXPECT_EQ(Ord(stack, "SelectedOffset"), 0x12FFAC);
     EXPECT_EQ(Str(stack, "SelectedData"), "00408A97");
-    // A capture walks down from the selection, four bytes at a time.
-    std::vector<std::string> words;
-    for (qint64 offset = 0x12FFC4; offset >= 0x12FFB8; offset -= 4) {
-        SetOrd(stack, "SelectedOffset", offset);
-        words.push_back(Str(stack, "SelectedData"));
-    }
-    EXPECT_EQ(words, (std::vector<std::string>{"77E8141A", "0012FFF0", "7FFDF000", "00000000"}));
     SetOrd(stack, "SelectedOffset", 0x12FFAD); // between words: the bytes from there
     EXPECT_EQ(Str(stack, "SelectedData"), "C000408A");
     SetOrd(stack, "SelectedOffset", 0x130000);

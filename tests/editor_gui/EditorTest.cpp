@@ -169,10 +169,6 @@ TEST_F(EditorTest, ItemsOfOneClassShareTheirControls) {
     EXPECT_EQ(Control<QLineEdit>("Caption"), caption);
     EXPECT_EQ(caption->text(), "second");
     EXPECT_FALSE(editor->Modified()) << "showing values is no change";
-    Type("Width", "99");
-    Select("TEdSettings/Rows/Rows[3]");
-    EXPECT_EQ(Item(1)->Width, 99);
-    EXPECT_EQ(Control<QLineEdit>("Width")->text(), "33");
 }
 
 TEST_F(EditorTest, CollectionsGrowShrinkAndMoveFromTheTree) {

@@ -73,6 +73,14 @@ inline QTimer* WhenModal(std::function<void(QWidget*)> answer) {
     return timer;
 }
 
+// The texts of actions without their accelerator marks.
+inline QStringList ActionTexts(const QList<QAction*>& actions) {
+    QStringList r;
+    for (QAction* a : actions)
+        r << a->text().remove(QLatin1Char('&'));
+    return r;
+}
+
 // Answers the next question, which must be a "Confirm" message box, with one of its buttons.
 inline QTimer* AnswerConfirm(QMessageBox::StandardButton button) {
     return WhenModal([button](QWidget* box) {

@@ -22,13 +22,6 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-QStringList Texts(const QList<QAction*>& actions) {
-    QStringList r;
-    for (QAction* a : actions)
-        r << a->text().remove(QLatin1Char('&'));
-    return r;
-}
-
 QStringList ScreenFormNames() {
     QStringList r;
     for (int i = 0; i < Screen->GetFormCount(); ++i)
@@ -103,7 +96,7 @@ TEST_F(WorkbenchTest, TheMainFormGivesTheIDEsMenuActionsToolBarAndImages) {
     _di_INTAServices services = IDEService<INTAServices>();
     ASSERT_TRUE(services);
     ASSERT_EQ(services->GetMainMenu(), main->menuBar());
-    EXPECT_EQ(Texts(main->menuBar()->actions()),
+    EXPECT_EQ(ActionTexts(main->menuBar()->actions()),
               QStringList({"File", "Edit", "Search", "View", "Project", "Run", "Component", "Tools",
                            "Help"}));
     QStringList names;
@@ -116,8 +109,8 @@ TEST_F(WorkbenchTest, TheMainFormGivesTheIDEsMenuActionsToolBarAndImages) {
     QToolBar* bar = services->GetToolBar("ViewToolBar");
     ASSERT_NE(bar, nullptr);
     EXPECT_EQ(bar->objectName(), QStringLiteral("ViewToolBar"));
-    EXPECT_TRUE(Texts(bar->actions()).contains(QStringLiteral("View Unit")));
-    EXPECT_TRUE(Texts(bar->actions()).contains(QStringLiteral("View Form")));
+    EXPECT_TRUE(ActionTexts(bar->actions()).contains(QStringLiteral("View Unit")));
+    EXPECT_TRUE(ActionTexts(bar->actions()).contains(QStringLiteral("View Form")));
     EXPECT_EQ(services->GetToolBar("NoSuchBar"), nullptr);
     // The main menu's image list, by index: settings and information are the add-in's pictures.
     ASSERT_GE(services->GetImageCount(), 64);
@@ -585,20 +578,6 @@ TEST_F(WorkbenchTest, ClosingAModifiedUnitAsksConfirmCancelKeepsItYesSavesNoDrop
     EXPECT_EQ(model->FindOpenModule(File("Utils.pas")), nullptr);
     EXPECT_EQ(TabTexts(), Strings({"Main"}));
     EXPECT_EQ(testfiles::ReadFile(File("Utils.pas")), onDisk);
-}
-
-TEST_F(WorkbenchTest, AnUnmodifiedUnitClosesWithoutAQuestion) {
-    Open("Utils.pas");
-    bool asked = false;
-    QTimer* watch = WhenModal([&](QWidget* box) {
-        asked = true;
-        static_cast<QDialog*>(box)->reject();
-    });
-    Command("FileCloseCommand");
-    QTest::qWait(50);
-    delete watch;
-    EXPECT_FALSE(asked);
-    EXPECT_EQ(TabTexts(), Strings({"Main"}));
 }
 
 TEST_F(WorkbenchTest, TheEditWindowGoesWithItsLastPageAndComesBackWithTheNext) {
