@@ -102,20 +102,15 @@ public:
     int32_t Value = 0;
     std::string Name = "Counter";
     bool Store = true;
-    void Define(std::string& name, TReaderProc& readData, TWriterProc& writeData, bool& hasData) {
+    // Writers only: the test reads nothing back.
+    void Define(std::string& name, TReaderProc&, TWriterProc& writeData, bool& hasData) {
         name = Name;
-        readData = [this](TReader* r) { Value = r->ReadInteger(); };
         writeData = [this](TWriter* w) { w->WriteInteger(Value); };
         hasData = Store;
     }
     void DefineOther(std::string&, TReaderProc&, TWriterProc&, bool&) {}
-    void DefineBlob(std::string& name, TStreamProc& readData, TStreamProc& writeData,
-                    bool& hasData) {
+    void DefineBlob(std::string& name, TStreamProc&, TStreamProc& writeData, bool& hasData) {
         name = "Blob";
-        readData = [this](TStream* s) {
-            Blob.assign(static_cast<size_t>(s->GetSize()), '\0');
-            s->ReadBuffer(Blob.data(), s->GetSize());
-        };
         writeData = [this](TStream* s) {
             s->WriteBuffer(Blob.data(), static_cast<int64_t>(Blob.size()));
         };
