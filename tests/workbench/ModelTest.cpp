@@ -251,6 +251,19 @@ TEST_F(ModelTest, ThePositionReadsAndDeletesCharacters) {
     EXPECT_EQ(pos->GetLastRow(), view->GetBuffer()->GetLinesInBuffer());
 }
 
+TEST_F(ModelTest, AReadOnlyBufferRefusesEditsAndStaysUnchanged) {
+    _di_IOTAEditView view = OpenUnit("Utils.pas");
+    _di_IOTAEditBuffer buffer = view->GetBuffer();
+    buffer->SetIsReadOnly(true);
+    EXPECT_TRUE(buffer->IsReadOnly());
+    EXPECT_THROW(view->GetPosition()->InsertText("x"), EReadOnlyBuffer);
+    EXPECT_THROW(view->GetBlock()->Delete(), EReadOnlyBuffer);
+    EXPECT_FALSE(buffer->GetModified());
+    buffer->SetIsReadOnly(false);
+    view->GetPosition()->InsertText("x");
+    EXPECT_TRUE(buffer->GetModified());
+}
+
 TEST_F(ModelTest, ViewsScrollWithinTheBufferAndKeepTheCursorInSight) {
     _di_IOTAEditView view = OpenUnit("Utils.pas");
     EXPECT_EQ(view->GetTopRow(), 1);

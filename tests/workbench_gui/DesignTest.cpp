@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTreeWidget>
 
 #include <filesystem>
 
@@ -163,6 +164,20 @@ TEST_F(DesignTest, ToggleFormUnitGoesFromTheFormToItsUnitAndBack) {
     Application->UpdateActions();
     QTest::keyClick(w->Surface(), Qt::Key_F12);
     EXPECT_TRUE(WaitFor([&] { return EditWindow()->isActiveWindow(); }));
+}
+
+TEST_F(DesignTest, ClosingAFormsUnitClosesItsDesignerAndTheInspectorLetsGo) {
+    QPointer<TDesignerWindow> w = ShowForm("SettingsForm");
+    ASSERT_TRUE(w);
+    ASSERT_EQ(Inspector()->Component()->Name, "SettingsForm");
+    _di_IOTAModule module = zelvane::GetActiveModule();
+    ASSERT_TRUE(module);
+    ASSERT_TRUE(module->CloseModule(true));
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(w.isNull());
+    EXPECT_EQ(Designer("SettingsForm"), nullptr);
+    EXPECT_EQ(Inspector()->Grid()->topLevelItemCount(), 0);
+    EXPECT_NE(Designer("MainForm"), nullptr); // the other forms stay
 }
 
 TEST_F(DesignTest, AFrameThatPlacesItselfInlineShowsToAFiniteDepth) {
