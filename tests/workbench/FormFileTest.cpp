@@ -181,6 +181,16 @@ TEST(DamagedFormFiles, BadValuesTextsNestingAndForeignFilesRaiseNamingTheFile) {
     EXPECT_THROW(LoadFormFile(Example("NoSuch.dfm")), rtl::EFOpenError);
 }
 
+// A float that is infinite or not a number has no text form that reads back: the binary form
+// keeps it, the text form is refused rather than written unreadable.
+TEST(DamagedFormFiles, AFloatTextCannotHoldIsRefusedInTextFormOnly) {
+    const std::string infinity("\x05\0\0\0\0\0\0\0\x80\xFF\x7F", 11);
+    const std::string bytes = "TPF0\x06TForm1\x05" "Form1\x01P" + infinity + std::string(2, '\0');
+    TFormFile f = ReadFormFile(bytes, "Inf.dfm");
+    EXPECT_EQ(WriteFormFile(*f.Root, TFormFileFormat::Binary), bytes);
+    EXPECT_THROW(WriteFormFile(*f.Root, TFormFileFormat::Text), EFormFileError);
+}
+
 // Lists nested around the limit, as a property of the root and as a field of a collection item:
 // what the reader takes, both forms write and read back; the rest is refused.
 TEST(DamagedFormFiles, NestingTheReaderTakesWritesInBothForms) {

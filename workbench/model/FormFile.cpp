@@ -6,6 +6,7 @@
 #include "rtl/ObjectText.h"
 #include "workbench/model/Files.h"
 
+#include <cmath>
 #include <cstdio>
 
 #include "rtl/TypInfo.h"
@@ -79,6 +80,15 @@ public:
         return ReadComponent(0);
     }
 
+    // Whether a float read so far, at any depth, is infinite or not a number.
+    bool ReadNonFinite() const { return nonFinite_; }
+
+    template <typename T>
+    T Noted(T v) {
+        if (!std::isfinite(static_cast<long double>(v))) nonFinite_ = true;
+        return v;
+    }
+
     // The value at the reader's position into p. Its depth counts as the runtime's converters
     // count it, so that whatever reads here also converts to the other form: a property of a
     // component one deeper than the component, a list's item one deeper than the list, an item
@@ -98,19 +108,19 @@ public:
             break;
         case vaExtended:
             p.Kind = TDesignValueKind::Float;
-            p.Text = FormatStreamFloat(reader_.ReadFloat());
+            p.Text = FormatStreamFloat(Noted(reader_.ReadFloat()));
             break;
         case vaSingle:
             p.Kind = TDesignValueKind::Float;
-            p.Text = FormatStreamFloat(reader_.ReadSingle()) + "s";
+            p.Text = FormatStreamFloat(Noted(reader_.ReadSingle())) + "s";
             break;
         case vaCurrency:
             p.Kind = TDesignValueKind::Float;
-            p.Text = FormatStreamFloat(reader_.ReadCurrency()) + "c";
+            p.Text = FormatStreamFloat(Noted(reader_.ReadCurrency())) + "c";
             break;
         case vaDate:
             p.Kind = TDesignValueKind::Float;
-            p.Text = FormatStreamFloat(reader_.ReadDate()) + "d";
+            p.Text = FormatStreamFloat(Noted(reader_.ReadDate())) + "d";
             break;
         case vaString:
         case vaLString:
@@ -249,6 +259,7 @@ public:
 private:
     rtl::TStringStream& stream_;
     rtl::TReader reader_;
+    bool nonFinite_ = false;
 };
 
 // A short string of the stream (class, component and property names): the filer's WriteStr
@@ -400,6 +411,15 @@ std::string WriteFormFile(const TDesignComponent& root, TFormFileFormat format) 
         writer.FlushBuffer();
     }
     if (format == TFormFileFormat::Binary) return binary.DataString();
+    // A float that is infinite or not a number is written in text as INF or NAN, which reads
+    // back as an identifier or not at all: such a form is refused rather than written in a text
+    // file that does not open again as it was.
+    binary.SetPosition(0);
+    TTreeReader check(binary);
+    check.ReadRoot();
+    if (check.ReadNonFinite())
+        throw EFormFileError("The form holds a float that is infinite or not a number, which its "
+                             "text form cannot hold");
     binary.SetPosition(0);
     rtl::TStringStream output;
     rtl::ObjectBinaryToText(&binary, &output);
