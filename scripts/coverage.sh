@@ -14,11 +14,15 @@ cmake --build "$build" -j "$jobs" >/dev/null
 find "$build" -name '*.gcda' -delete
 (cd "$build" && ctest -j "$jobs" >/dev/null) || echo "coverage: some tests failed" >&2
 
+# gcovr replaces its output file rather than writing into it, so the report it is made to write
+# goes to a scratch file: given /dev/null, it would replace the device with a plain file.
+scratch=$(mktemp)
+trap 'rm -f "$scratch"' EXIT
 printf '| directory | lines | branches |\n|---|---|---|\n'
 for dir in rtl foundation persistence specification toolsapi editor host experts locale workbench; do
   summary=$(cd "$root" && gcovr --root . --object-directory "$build" \
     --filter "$dir/" --exclude-unreachable-branches --exclude-throw-branches \
-    --print-summary -o /dev/null 2>/dev/null || true)
+    --print-summary -o "$scratch" 2>/dev/null || true)
   lines=$(sed -n 's/^lines: \([0-9.]*%\).*/\1/p' <<<"$summary")
   branches=$(sed -n 's/^branches: \([0-9.]*%\).*/\1/p' <<<"$summary")
   printf '| `%s/` | %s | %s |\n' "$dir" "${lines:-n/a}" "${branches:-n/a}"
