@@ -52,7 +52,7 @@ fuzz: deps
 	@bash scripts/fuzz.sh $(FUZZ_DIR)
 
 # A long campaign (FUZZ_RUNS executions per target, 10 million unless given) on a build with
-# UndefinedBehaviorSanitizer only, at -O2: three to ten times the executions per second of the
+# UndefinedBehaviorSanitizer only, at -O2: about three times the executions per second of the
 # AddressSanitizer build. `make fuzz` then replays the kept corpus under both sanitizers.
 fuzz-campaign: deps
 	@cmake -S . -B $(CAMPAIGN_DIR) $(CMAKE_GEN) -DCMAKE_BUILD_TYPE=Debug -DZELVANE_FUZZ=ON \

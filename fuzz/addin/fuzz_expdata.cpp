@@ -3,6 +3,7 @@
 // second load, Load), and stops, saving the tree back. Nothing may crash or leak, and what the
 // stop saves must load again.
 #include "experts/block/BlockMng.h"
+#include "fuzz/ScratchDir.h"
 #include "host/ExpMng.h"
 #include "locale/LocaleIds.h"
 
@@ -21,12 +22,8 @@ namespace {
 
 const std::string& WorkDir() {
     static const std::string dir = [] {
-        // In memory where the machine has a tmpfs: every execution writes the file twice and
-        // the registry store once, and on a disk the flushes would be most of the run.
-        std::filesystem::path base = access("/dev/shm", W_OK) == 0
-                                         ? std::filesystem::path("/dev/shm")
-                                         : std::filesystem::temp_directory_path();
-        auto d = base / ("zelvane-fuzz-expdata-" + std::to_string(getpid()));
+        // Every execution writes the file twice and the registry store once.
+        auto d = FuzzScratchDir() / ("zelvane-fuzz-expdata-" + std::to_string(getpid()));
         std::filesystem::create_directories(d);
         // The add-in's registry key goes to a store of the run's own.
         setenv("XDG_CONFIG_HOME", d.c_str(), 1);

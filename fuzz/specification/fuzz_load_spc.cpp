@@ -3,6 +3,7 @@
 // collections, with errors ignored as the add-in loads its settings; then reads one branch of
 // the same bytes behind a data header. Any exception of the runtime is an expected answer to bad
 // input; a crash, a leak or an undefined operation is a finding.
+#include "fuzz/ScratchDir.h"
 #include "persistence/PropTypes.h"
 #include "persistence/Storage.h"
 #include "rtl/SysUtils.h"
@@ -134,11 +135,8 @@ Property("Inner", &TRoot::GetInner, &TRoot::SetInner);
 Property("Plain", &TRoot::GetPlain, &TRoot::SetPlain);
 RTL_END_CLASS
 
-// The file of each execution lives in memory where the machine has a tmpfs, so that the run
-// measures the loader, not the disk.
 std::string TempFile() {
-    const char* dir = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-    return std::string(dir) + "/zelvane-fuzz-spc-" + std::to_string(getpid());
+    return (FuzzScratchDir() / ("zelvane-fuzz-spc-" + std::to_string(getpid()))).string();
 }
 
 void WriteFile(const std::string& name, const std::string& data) {

@@ -83,12 +83,6 @@ public:
     // Whether a float read so far, at any depth, is infinite or not a number.
     bool ReadNonFinite() const { return nonFinite_; }
 
-    template <typename T>
-    T Noted(T v) {
-        if (!std::isfinite(static_cast<long double>(v))) nonFinite_ = true;
-        return v;
-    }
-
     // The value at the reader's position into p. Its depth counts as the runtime's converters
     // count it, so that whatever reads here also converts to the other form: a property of a
     // component one deeper than the component, a list's item one deeper than the list, an item
@@ -257,6 +251,13 @@ public:
     }
 
 private:
+    // A float as read, noting whether it is infinite or not a number.
+    template <typename T>
+    T Noted(T v) {
+        if (!std::isfinite(static_cast<long double>(v))) nonFinite_ = true;
+        return v;
+    }
+
     rtl::TStringStream& stream_;
     rtl::TReader reader_;
     bool nonFinite_ = false;
