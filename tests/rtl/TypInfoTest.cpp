@@ -4,7 +4,6 @@
 
 #include "TestSupport.h"
 
-#include <algorithm>
 #include <span>
 
 using namespace rtl;
@@ -16,7 +15,6 @@ RTL_ENUM(TShape, stRectangle, stCircle, stTriangle)
 RTL_SET(TShapes, TShape)
 RTL_EVENT(TNotify, void(TObject*), "Sender: TObject")
 RTL_EVENT(TKeyEvent, void(TObject*, uint16_t&), "Sender: TObject; var Key: Word")
-RTL_EVENT(TPairEvent, bool(const std::string&, const std::string&), "const Left, Right: string")
 
 class TBase : public TObject {
     RTL_CLASS(TBase, TObject)
@@ -60,29 +58,6 @@ public:
     void KeyPressed(TObject*, uint16_t& key) { key = 0; }
 };
 
-// Publishes Caption again, with a reader of its own and a default, and Width as read-only.
-class TRepublisher : public TDerived {
-    RTL_CLASS(TRepublisher, TDerived)
-public:
-    std::string UpperCaption() const {
-        std::string s = Caption;
-        std::transform(s.begin(), s.end(), s.begin(), ::toupper);
-        return s;
-    }
-    std::string Extra;
-};
-
-// Accessors of every form: a field published under a named type, callables, a setter method.
-class TAccessors : public TObject {
-    RTL_CLASS(TAccessors, TObject)
-public:
-    uint16_t Key = 0;
-    int32_t Half = 5;
-    std::string Text;
-    void SetText(const std::string& value) { Text = "<" + value + ">"; }
-    const std::string& GetText() const { return Text; }
-};
-
 } // namespace tinfo
 
 using namespace tinfo;
@@ -117,19 +92,6 @@ Property("Glyph", &TLeaf::Glyph);
 Property("Hidden", &TLeaf::Hidden).Stored(false);
 Property("OnKey", &TLeaf::OnKey);
 Method<&TLeaf::KeyPressed>("KeyPressed");
-RTL_END_CLASS
-
-RTL_BEGIN_CLASS(tinfo::TRepublisher)
-Property("Caption", &TRepublisher::UpperCaption, nullptr).Default(3);
-Property("Extra", &TRepublisher::Extra);
-RTL_END_CLASS
-
-RTL_BEGIN_CLASS(tinfo::TAccessors)
-Property<TShortCut>("Key", &TAccessors::Key);
-Property(
-    "Double", [](const TAccessors& o) { return o.Half * 2; },
-    [](TAccessors& o, int32_t v) { o.Half = v / 2; });
-Property("Text", &TAccessors::GetText, &TAccessors::SetText);
 RTL_END_CLASS
 
 namespace {
@@ -235,30 +197,6 @@ TEST(TypInfo, EnumerationNamesBothWaysCaseInsensitiveBooleanAmongThem) {
               std::vector<int>({1, 0, -1, 1, 1, 2, -1, -1, -1, 42}));
 }
 
-TEST(TypInfo, TypesAreRecognisedByNameCaseInsensitive) {
-    EXPECT_EQ(std::vector<bool>(
-                  {IsType(TypeInfo<TDateTime>(), "tdatetime"), IsType(TypeInfo<TDate>(), "TDate"),
-                   IsType(TypeInfo<TTime>(), "TTIME"), IsType(TypeInfo<TDateTime>(), "TDate"),
-                   IsType(TypeInfo<double>(), "TDateTime"), IsType(nullptr, "TDateTime")}),
-              std::vector<bool>({true, true, true, false, false, false}));
-}
-
-TEST(TypInfo, EventTypesDescribeTheirParameters) {
-    // Each parameter as its flags, name and type.
-    auto params = [](PTypeInfo event) {
-        V r;
-        for (const auto& p : GetTypeData(event)->Params)
-            r.push_back(std::to_string(p.Flags) + " " + p.ParamName + ": " + p.TypeName);
-        return r;
-    };
-    const std::string var = std::to_string(1 << pfVar), cnst = std::to_string(1 << pfConst);
-    EXPECT_EQ(params(TypeInfo<TNotify>()), V{"0 Sender: TObject"});
-    EXPECT_EQ(params(TypeInfo<TKeyEvent>()), V({"0 Sender: TObject", var + " Key: Word"}));
-    EXPECT_EQ(params(TypeInfo<TPairEvent>()), V({cnst + " Left: string", cnst + " Right: string"}));
-    EXPECT_EQ(GetTypeData(TypeInfo<TNotify>())->MethodKind, mkProcedure);
-    EXPECT_EQ(GetTypeData(TypeInfo<TPairEvent>())->MethodKind, mkFunction);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Lookup and lists
 
@@ -282,22 +220,6 @@ TEST(TypInfo, LookupIsCaseInsensitive) {
     EXPECT_FALSE(IsPublishedProp(&d, "last"));
 }
 
-TEST(TypInfo, PropListFiltersByKind) {
-    TClass cls = TLeaf::StaticClass();
-    EXPECT_EQ(Names(GetPropList(cls, TTypeKinds{tkInteger}, false)),
-              (V{"Width", "ReadOnly", "WriteOnly", "Level", "Offset"}));
-    EXPECT_EQ(Names(GetPropList(cls, tkMethods, false)), (V{"OnClick", "OnKey"}));
-    EXPECT_EQ(Names(GetPropList(cls, TTypeKinds{tkLString, tkWString}, false)),
-              (V{"Caption", "Title", "Hidden"}));
-    auto props = GetPropList(cls, tkProperties, false);
-    EXPECT_EQ(props.size(), 18u);
-    for (PPropInfo p : props)
-        EXPECT_NE(p->PropType->Kind, tkMethod) << p->Name;
-    EXPECT_EQ(GetPropList(cls, tkAny, false).size(), 20u);
-    EXPECT_TRUE(GetPropList(cls, TTypeKinds{tkInterface}).empty());
-    EXPECT_TRUE(GetPropList(static_cast<TClass>(nullptr), tkAny).empty());
-}
-
 TEST(TypInfo, PropListSortsByName) {
     auto sorted = Names(GetPropList(TDerived::StaticClass(), tkAny, true));
     EXPECT_EQ(sorted, (V{"Big", "Caption", "Child", "Data", "Letter", "OnClick", "Ratio",
@@ -306,23 +228,6 @@ TEST(TypInfo, PropListSortsByName) {
     EXPECT_EQ(Names(GetPropList(&TDerived::StaticClass()->TypeInfo,
                                 TTypeKinds{tkInteger, tkEnumeration}, true)),
               (V{"ReadOnly", "Shape", "Visible", "Width", "WriteOnly"}));
-}
-
-TEST(TypInfo, RepublishedPropertyKeepsItsSlot) {
-    auto props = GetPropInfos(TRepublisher::StaticClass());
-    ASSERT_EQ(props.size(), 14u);
-    EXPECT_EQ(V({props[1]->Name, props[13]->Name}), V({"Caption", "Extra"}));
-    // It is the descendant's record: its own default and no writer.
-    EXPECT_EQ(std::pair(int(props[1]->NameIndex), int(props[1]->Default)), std::pair(1, 3));
-    EXPECT_EQ(props[1]->SetProc, nullptr);
-    EXPECT_EQ(GetPropInfo(TRepublisher::StaticClass(), "caption"), props[1]);
-    // The ancestor keeps its own record.
-    PPropInfo base = GetPropInfo(TDerived::StaticClass(), "Caption");
-    EXPECT_NE(base->SetProc, nullptr);
-    TRepublisher r;
-    r.Caption = "abc";
-    EXPECT_EQ(GetStrProp(&r, "Caption"), "ABC");
-    EXPECT_EQ(GetStrProp(&r, base), "abc");
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -384,27 +289,6 @@ TEST(TypInfo, WrongKindOfAccessRaises) {
     EXPECT_THROW(SetStrProp(&d, "Nothing", "x"), EPropertyError);
 }
 
-TEST(TypInfo, FloatsDatesInt64AndVariants) {
-    TLeaf d;
-    EXPECT_EQ(GetFloatProp(&d, "Ratio"), 0.5L);
-    SetFloatProp(&d, "Ratio", 0.25L);
-    SetFloatProp(&d, "Stamp", 36526.5L);
-    EXPECT_EQ(d.Ratio, 0.25);
-    EXPECT_EQ(GetFloatProp(&d, "Stamp"), 36526.5L);
-    // An Int64 keeps all its bits.
-    PPropInfo big = GetPropInfo(d.ClassType(), "Big");
-    SetInt64Prop(&d, big, int64_t(1) << 40);
-    EXPECT_EQ(std::vector<int64_t>({d.Big, GetInt64Prop(&d, big), GetOrdProp(&d, big)}),
-              std::vector<int64_t>(3, int64_t(1) << 40));
-    SetInt64Prop(&d, big, INT64_MIN);
-    EXPECT_EQ(GetInt64Prop(&d, big), INT64_MIN);
-    PPropInfo data = GetPropInfo(d.ClassType(), "Data");
-    EXPECT_TRUE(GetVariantProp(&d, data).IsEmpty());
-    SetVariantProp(&d, data, Variant(int32_t(12)));
-    EXPECT_EQ(d.Data.VarType(), varInteger);
-    EXPECT_EQ(GetVariantProp(&d, data).AsInteger(), 12);
-}
-
 TEST(TypInfo, StringsAndWideStrings) {
     // A wide property is reached with single-byte Windows-1251 text.
     TLeaf d;
@@ -459,54 +343,4 @@ TEST(TypInfo, PublishedMethodTable) {
     // The ancestor doesn't see its descendant's methods.
     TDerived base;
     EXPECT_EQ(base.MethodAddress("KeyPressed"), nullptr);
-}
-
-TEST(TypInfo, MethodPointersAreEqualExactlyWhenObjectAndMethodAgree) {
-    TDerived a, b;
-    TMethod aClicked{a.MethodAddress("Clicked"), &a};
-    EXPECT_EQ(aClicked, TNotify::Of<&TDerived::Clicked>(&a).Method());
-    EXPECT_NE(aClicked, (TMethod{a.MethodAddress("Clicked"), &b}));
-    EXPECT_NE(aClicked, (TMethod{a.MethodAddress("Other"), &a}));
-    EXPECT_FALSE(TNotify::Of<&TDerived::Clicked>(&a) == TNotify::Of<&TDerived::Clicked>(&b));
-    EXPECT_FALSE(TMethod{});
-    EXPECT_TRUE(aClicked);
-}
-
-TEST(TypInfo, EventStoredInAPropertyIsCalled) {
-    TDerived handler, source;
-    // Hook the event the way the filer does: by the handler's published method name.
-    SetMethodProp(&source, "OnClick", TMethod{handler.MethodAddress("Clicked"), &handler});
-    ASSERT_TRUE(source.OnClick);
-    source.OnClick(&source);
-    EXPECT_EQ(handler.last, &source);
-    EXPECT_EQ(source.last, nullptr);
-    TMethod read = GetMethodProp(&source, "onclick");
-    EXPECT_EQ(read.Data, &handler);
-    EXPECT_EQ(handler.MethodName(read.Code), "Clicked");
-    // Cleared again.
-    SetMethodProp(&source, "OnClick", TMethod{});
-    EXPECT_FALSE(source.OnClick);
-
-    // An event with a var parameter writes through it.
-    TLeaf leaf;
-    leaf.OnKey = TKeyEvent::Of<&TLeaf::KeyPressed>(&leaf);
-    uint16_t key = 13;
-    leaf.OnKey(&leaf, key);
-    EXPECT_EQ(key, 0);
-    EXPECT_EQ(GetMethodProp(&leaf, "OnKey").Code, leaf.MethodAddress("KeyPressed"));
-}
-
-TEST(TypInfo, AccessorsOfEveryForm) {
-    TAccessors a;
-    PPropInfo key = GetPropInfo(a.ClassType(), "Key");
-    PPropInfo twice = GetPropInfo(a.ClassType(), "Double");
-    EXPECT_EQ(V({key->PropType->Name, twice->PropType->Name}), V({"TShortCut", "Integer"}));
-    EXPECT_EQ(key->PropType->Kind, tkInteger);
-    EXPECT_EQ(GetOrdProp(&a, twice), 10);
-    SetOrdProp(&a, key, 0x4044);
-    SetOrdProp(&a, twice, 42);
-    SetStrProp(&a, "Text", "x");
-    EXPECT_EQ(std::vector<int64_t>({a.Key, GetOrdProp(&a, key), a.Half}),
-              std::vector<int64_t>({0x4044, 0x4044, 21}));
-    EXPECT_EQ(V({a.Text, GetStrProp(&a, "Text")}), V({"<x>", "<x>"}));
 }
