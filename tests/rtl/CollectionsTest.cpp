@@ -40,7 +40,7 @@ public:
     explicit TMapItem(TCollection* collection = nullptr) : TCollectionItem(collection) {}
 };
 
-// Counts the calls of Update and Notify.
+// Records the calls of Update.
 class TBooks : public TOwnedCollection {
     RTL_CLASS(TBooks, TOwnedCollection)
 public:
@@ -52,13 +52,9 @@ public:
         return b;
     }
     std::vector<TCollectionItem*> updates;
-    std::vector<std::pair<TCollectionItem*, TCollectionNotification>> notices;
 
 protected:
     void Update(TCollectionItem* item) override { updates.push_back(item); }
-    void Notify(TCollectionItem* item, TCollectionNotification action) override {
-        notices.emplace_back(item, action);
-    }
 };
 
 // A component that publishes its collection.
@@ -86,8 +82,6 @@ RTL_END_CLASS
 using namespace colls;
 
 namespace {
-
-using Notices = std::vector<std::pair<TCollectionItem*, TCollectionNotification>>;
 
 // A collection of books that each test fills as it needs.
 class Collections : public ::testing::Test {
@@ -139,16 +133,6 @@ TEST_F(Collections, InsertDeleteAndClear) {
 // ---------------------------------------------------------------------------------------------
 // IDs
 
-TEST_F(Collections, ItemIdsNeverRepeat) {
-    Fill({"a", "b", "c"});
-    books.Delete(2);
-    books.AddBook("d");
-    EXPECT_EQ(Ids(books), (std::vector<int32_t>{0, 1, 3}));
-    books.Clear();
-    EXPECT_EQ(books.AddBook("e")->ID(), 4);
-    EXPECT_EQ(books.NextID(), 5);
-}
-
 TEST_F(Collections, FindItemIdFollowsTheItem) {
     Fill({"a", "b", "c"});
     auto* b = books.Book(1);
@@ -163,33 +147,7 @@ TEST_F(Collections, FindItemIdFollowsTheItem) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Moving
-
-TEST_F(Collections, SettingIndexMovesTheItem) {
-    Fill({"a", "b", "c", "d"});
-    books.Book(3)->SetIndex(1);
-    EXPECT_EQ(Titles(), (V{"a", "d", "b", "c"}));
-    books.Book(0)->SetIndex(3);
-    EXPECT_EQ(Titles(), (V{"d", "b", "c", "a"}));
-    EXPECT_THROW(books.Book(0)->SetIndex(4), EListError);
-    EXPECT_THROW(books.Book(0)->SetIndex(-1), EListError);
-    EXPECT_EQ(Titles(), (V{"d", "b", "c", "a"}));
-}
-
-TEST_F(Collections, AnItemMovesToAnotherCollectionWithANewId) {
-    TBooks first(nullptr), second(nullptr);
-    first.AddBook("a");
-    auto* b = first.AddBook("b");
-    second.AddBook("x");
-    b->SetCollection(&second);
-    EXPECT_EQ(std::vector<int>({first.Count(), second.Count(), b->ID(), b->Index()}),
-              std::vector<int>({1, 2, 1, 1}));
-    EXPECT_EQ(b->Collection(), &second);
-    b->SetCollection(nullptr);
-    EXPECT_EQ(b->Index(), -1);
-    EXPECT_EQ(second.Count(), 1);
-    delete b;
-}
+// The class of the items
 
 TEST_F(Collections, ItemsOfAWrongClassAreRefused) {
     Fill({"a"});
@@ -285,21 +243,4 @@ TEST_F(Collections, EachChangeUpdatesOnce) {
     books.updates.clear();
     books.Book(0)->SetDisplayName("z");
     EXPECT_EQ(books.updates, std::vector<TCollectionItem*>{books.Book(0)});
-}
-
-TEST_F(Collections, UpdateOnceAfterBeginUpdateEndUpdate) {
-    books.BeginUpdate();
-    books.BeginUpdate();
-    books.AddBook("a");
-    books.AddBook("b");
-    books.Insert(0);
-    books.Delete(1);
-    books.Book(0)->SetIndex(1);
-    books.Book(0)->SetDisplayName("x");
-    books.EndUpdate();
-    EXPECT_TRUE(books.updates.empty()) << "still inside the outer bracket";
-    books.EndUpdate();
-    EXPECT_EQ(books.UpdateCount(), 0);
-    books.Clear();
-    EXPECT_EQ(books.updates, std::vector<TCollectionItem*>(2, nullptr)); // the bracket, Clear
 }

@@ -76,7 +76,6 @@ class TLink : public TComponent {
 public:
     using TComponent::TComponent;
     TComponent* Target = nullptr;
-    int removals = 0;
     void SetTarget(TComponent* value) {
         if (Target) Target->RemoveFreeNotification(this);
         Target = value;
@@ -86,10 +85,7 @@ public:
 protected:
     void Notification(TComponent* component, TOperation operation) override {
         TComponent::Notification(component, operation);
-        if (operation == opRemove && component == Target) {
-            Target = nullptr;
-            ++removals;
-        }
+        if (operation == opRemove && component == Target) Target = nullptr;
     }
 };
 
@@ -202,25 +198,6 @@ TEST(Components, NamesAreUniqueAmongSiblingsIgnoringCase) {
     EXPECT_EQ(third->Name(), "");
 }
 
-TEST(Components, NameAndTagArePublished) {
-    V names;
-    for (PPropInfo p : GetPropInfos(TComponent::StaticClass()))
-        names.push_back(p->Name);
-    EXPECT_EQ(names, V({"Name", "Tag"}));
-    TComponent owner;
-    auto* c = new TComponent(&owner);
-    // Name is written by the filer apart from the properties: not stored.
-    EXPECT_FALSE(IsStoredProp(c, "Name"));
-    EXPECT_EQ(GetPropInfo(c->ClassType(), "Tag")->Default, 0);
-    SetStrProp(c, "Name", "Timer1");
-    EXPECT_EQ(c->GetNamePath(), "Timer1"); // the name path is the name
-    // Renaming through the property is validated too.
-    EXPECT_THROW(SetStrProp(c, "Name", "not valid"), EComponentError);
-    EXPECT_EQ(GetStrProp(c, "Name"), "Timer1");
-    SetOrdProp(c, "Tag", -7);
-    EXPECT_EQ(c->Tag, -7);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Published fields of the owner
 
@@ -258,18 +235,6 @@ TEST(FreeNotification, WorksBothWays) {
     watcher.seen.clear();
     delete target;
     EXPECT_EQ(watcher.seen, (std::vector{std::pair<TComponent*, TOperation>(target, opRemove)}));
-}
-
-TEST(Components, SiblingsAreToldByTheirOwner) {
-    TComponent form;
-    auto* target = new TComponent(&form);
-    auto* link = new TLink(&form);
-    link->SetTarget(target);
-    // No free-notification entry is needed between siblings.
-    EXPECT_FALSE(target->ComponentState().Contains(csFreeNotification));
-    delete target;
-    EXPECT_EQ(link->Target, nullptr);
-    EXPECT_EQ(link->removals, 1);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -178,20 +178,6 @@ TEST(ObjectModel, QueryFindsOfferedInterfaceAndRefusesOthers) {
     EXPECT_EQ(Supports<IGreeter>(&g)->Greet(), "hello from Greeter1");
 }
 
-TEST(ObjectModel, ComponentReferenceCountingIsOff) {
-    auto* owner = new TComponent(nullptr);
-    auto* g = new TGreeter(owner);
-    IGreeter* intf = Supports<IGreeter>(g);
-    ASSERT_NE(intf, nullptr);
-    // Releasing more than was added frees nothing: the component still lives by ownership.
-    EXPECT_EQ(std::vector<int32_t>({intf->_AddRef(), intf->_Release(), intf->_AddRef(),
-                                    intf->_Release(), intf->_Release(), g->_Release()}),
-              std::vector<int32_t>(6, -1));
-    EXPECT_EQ(owner->ComponentCount(), 1);
-    EXPECT_EQ(intf->Greet(), "hello from ");
-    delete owner;
-}
-
 // ---------------------------------------------------------------------------------------------
 // Checked casts
 
