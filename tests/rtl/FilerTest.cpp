@@ -463,11 +463,8 @@ TEST(FilerResourceHeader, WrapsAStreamAndReadsBack) {
 // ---------------------------------------------------------------------------------------------
 // Property records
 
-std::string PropertiesOf(TPersistent* obj, TPersistent* ancestor = nullptr) {
-    return Written([&](TWriter& w) {
-        w.Ancestor = ancestor;
-        w.WriteProperties(obj);
-    });
+std::string PropertiesOf(TPersistent* obj) {
+    return Written([&](TWriter& w) { w.WriteProperties(obj); });
 }
 
 // The text of an object of class TWidget with obj's properties.
@@ -481,12 +478,6 @@ std::string ObjectText(TPersistent* obj, TPersistent* ancestor = nullptr) {
         wr.WriteListEnd();
         wr.WriteListEnd();
     }));
-}
-
-// Reads property records written by PropertiesOf into obj.
-void ReadProperties(const std::string& data, TPersistent* obj) {
-    TBytesReader r(data + std::string(1, '\0'));
-    r.ReadProperties(obj);
 }
 
 TEST(FilerProperties, ValuesEqualToTheirDefaultsAreLeftOut) {
@@ -508,27 +499,6 @@ TEST(FilerProperties, ValuesEqualToTheirDefaultsAreLeftOut) {
                               "  Look.Name = 'Serif'\r\n"
                               "  Entries = <>\r\n"
                               "end\r\n");
-}
-
-TEST(FilerProperties, PropertiesWithoutDefaultAreWrittenWhenNotEmpty) {
-    TWidget w;
-    w.Big = -1;
-    w.Ratio = 0.5;
-    w.Text = "t";
-    w.Wide = u"\u0416";
-    w.Data = Variant(int32_t(7));
-    w.Color = clRed;
-    w.GetLook()->Size = 12;
-    std::string data = PropertiesOf(&w);
-    TWidget back;
-    ReadProperties(data, &back);
-    EXPECT_EQ(std::tie(back.Big, back.Ratio, back.Text, back.Wide, back.Color),
-              std::tie(w.Big, w.Ratio, w.Text, w.Wide, w.Color));
-    EXPECT_EQ(back.Data.AsInteger(), 7);
-    EXPECT_EQ(back.GetLook()->Size, 12);
-    // The colour goes by its name, and the nested object's property by a dotted name.
-    EXPECT_NE(data.find(Bytes({vaIdent, 5, 'c', 'l', 'R', 'e', 'd'})), std::string::npos);
-    EXPECT_NE(data.find("Look.Size"), std::string::npos);
 }
 
 TEST(FilerProperties, ValuesEqualToTheAncestorsAreLeftOut) {
@@ -626,24 +596,6 @@ TEST(FilerErrorContract, ARefusedErrorOrAFailureInsideADefinedPropertyStopsTheRe
     EXPECT_EQ(w.Text, "x");
 }
 
-TEST(FilerErrorContract, AnOverriddenErrorDecides) {
-    struct TLenientReader : TReader {
-        using TReader::TReader;
-        int calls = 0;
-        bool Error(const std::string&) override {
-            ++calls;
-            return true;
-        }
-    };
-    TStringStream in(Record("Nope", [](TWriter& w) { w.WriteInteger(1); }) +
-                     Record("Count", [](TWriter& w) { w.WriteInteger(9); }) + '\0');
-    TWidget w;
-    TLenientReader r(&in);
-    r.ReadProperties(&w);
-    EXPECT_EQ(r.calls, 1);
-    EXPECT_EQ(w.Count, 9);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Components
 
@@ -715,7 +667,8 @@ TEST(FilerComponents, AComponentTreeIsWrittenAsThePlatformWritesIt) {
 TEST(FilerComponents, ResourceFormWrapsTheStream) {
     TMemoryStream s;
     WriteComponentRes(&s, "TWIDGET", MakeTree().get());
-    EXPECT_EQ(std::string(static_cast<const char*>(s.Memory()), 10), Bytes({0xFF, 0x0A, 0}) + "TWIDGET");
+    EXPECT_EQ(std::string(static_cast<const char*>(s.Memory()), 10),
+              Bytes({0xFF, 0x0A, 0}) + "TWIDGET");
     s.SetPosition(0);
     std::unique_ptr<TComponent> back(ReadComponentRes(&s, nullptr));
     EXPECT_EQ(back->Name(), "Main");

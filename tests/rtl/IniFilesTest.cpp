@@ -273,18 +273,6 @@ TEST_F(IniTest, ReplacingKeepsPermissionsAndSymbolicLinks) {
 // ---------------------------------------------------------------------------------------------
 // TMemIniFile
 
-TEST_F(IniTest, MemIniFileWritesOnlyOnUpdateFile) {
-    Put(kSample);
-    TMemIniFile ini(file);
-    ini.WriteString("Main", "Name", "Changed");
-    ini.EraseSection("Other");
-    EXPECT_EQ(Get(), kSample);
-    ini.UpdateFile();
-    TIniFile disk(file);
-    EXPECT_EQ(disk.ReadString("Main", "Name", ""), "Changed");
-    EXPECT_FALSE(disk.SectionExists("Other"));
-}
-
 TEST_F(IniTest, MemIniFileStrings) {
     TMemIniFile ini(file);
     TStringList src;
@@ -304,8 +292,12 @@ TEST_F(IniTest, MemIniFileStrings) {
     ini.Rename(file, true);
     EXPECT_EQ(ini.FileName(), file);
     EXPECT_EQ(ini.ReadString("Main", "Name", ""), "Zelvane");
+    // Nothing is written before UpdateFile.
     ini.Rename(Path("copy.ini"), false);
+    ini.EraseSection("Main");
+    EXPECT_FALSE(FileExists(Path("copy.ini")));
     ini.UpdateFile();
     TIniFile copy(Path("copy.ini"));
     EXPECT_EQ(copy.ReadString("Other", "Ratio", ""), "2.5");
+    EXPECT_FALSE(copy.SectionExists("Main"));
 }

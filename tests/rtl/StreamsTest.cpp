@@ -1,5 +1,5 @@
 // Streams: memory and string streams (bounds, seek origins, growth, reading past the end, the
-// buffer errors, CopyFrom), handle and file streams with their open modes and share flags.
+// buffer errors, CopyFrom), file streams with their open modes and share flags.
 #include "rtl/Streams.h"
 #include "rtl/FileStreams.h"
 #include "rtl/SysUtils.h"
@@ -7,7 +7,6 @@
 #include "TestSupport.h"
 
 #include <climits>
-#include <unistd.h>
 
 using namespace rtl;
 using namespace rtltest;
@@ -164,7 +163,7 @@ TEST(StringStream, BadPositions) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// THandleStream and TFileStream
+// TFileStream
 
 TEST_F(FileStream, CreateWriteAndReadBack) {
     {
@@ -228,43 +227,13 @@ TEST_F(FileStream, ExclusiveShareKeepsOthersOut) {
         EXPECT_THROW(TFileStream(Path("s.txt"), fmCreate), EFCreateError);
         EXPECT_EQ(ReadFile(Path("s.txt")), "shared");
     }
-    // Released with the stream; and it can't be had while someone else has the file open.
-    TFileStream reader(Path("s.txt"), fmOpenRead | fmShareDenyNone);
-    EXPECT_THROW(TFileStream(Path("s.txt"), fmOpenRead | fmShareExclusive), EFOpenError);
-}
-
-TEST_F(FileStream, DenyWriteLetsReadersShare) {
-    WriteFile(Path("r.txt"), "readers");
-    TFileStream a(Path("r.txt"), fmOpenRead | fmShareDenyWrite);
-    TFileStream b(Path("r.txt"), fmOpenRead | fmShareDenyWrite);
-    TFileStream c(Path("r.txt"), fmOpenRead | fmShareDenyNone);
-    EXPECT_EQ(ReadAll(b), "readers");
-    // A writer that denies writing to others needs the file to itself.
-    EXPECT_THROW(TFileStream(Path("r.txt"), fmOpenReadWrite | fmShareDenyWrite), EFOpenError);
-    EXPECT_THROW(TFileStream(Path("r.txt"), fmOpenWrite | fmShareExclusive), EFOpenError);
-}
-
-TEST_F(FileStream, CreateEmptiesAnExistingFileAndHoldsItExclusively) {
-    WriteFile(Path("n.txt"), "old contents");
-    TFileStream w(Path("n.txt"), fmCreate);
-    EXPECT_EQ(w.GetSize(), 0);
-    EXPECT_THROW(TFileStream(Path("n.txt"), fmOpenRead), EFOpenError);
-    EXPECT_THROW(TFileStream(Path("n.txt"), fmCreate), EFCreateError);
-}
-
-TEST(HandleStream, OverAPipe) {
-    int fds[2];
-    ASSERT_EQ(pipe(fds), 0);
     {
-        THandleStream w(fds[1]);
-        THandleStream r(fds[0]);
-        w.WriteBuffer("pipe", 4);
-        EXPECT_EQ(w.Seek(0, soCurrent), -1); // a pipe doesn't seek
-        char buf[4];
-        r.ReadBuffer(buf, 4);
-        EXPECT_EQ(std::string(buf, 4), "pipe");
+        // Released with the stream; and it can't be had while someone else has the file open.
+        TFileStream reader(Path("s.txt"), fmOpenRead | fmShareDenyNone);
+        EXPECT_THROW(TFileStream(Path("s.txt"), fmOpenRead | fmShareExclusive), EFOpenError);
     }
-    // The descriptors belong to the caller.
-    EXPECT_EQ(close(fds[0]), 0);
-    EXPECT_EQ(close(fds[1]), 0);
+    // Creating empties the file and holds it as exclusively.
+    TFileStream created(Path("s.txt"), fmCreate);
+    EXPECT_EQ(created.GetSize(), 0);
+    EXPECT_THROW(TFileStream(Path("s.txt"), fmOpenRead), EFOpenError);
 }
