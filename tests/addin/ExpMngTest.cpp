@@ -1,6 +1,7 @@
 // The spine of the add-in without an IDE: the table of expert classes and its refusals, and the
-// settings tree the experts register their objects in.
+// settings tree the experts register their objects in, with their labels.
 #include "host/ExpMng.h"
+#include "experts/cpu/CPUView.h"
 #include "host/ExpData.h"
 #include "rtl/Lists.h"
 
@@ -101,18 +102,19 @@ TEST_F(ExpMngTest, StoredDataJoinsTheFreePartWithItsCaptionAndTheSharedClassesLa
             "", "[TSettings]", "X=x"}));
 }
 
-TEST_F(ExpMngTest, AMenuItemCopiesOnlyItsKeyAndCaption) {
-    TExpMenuItemData* source = ExpData->MenuData()->Add("SortLinesItem");
-    source->Caption = "Sorting";
-    source->ShortCutText = "Ctrl+;";
-    source->HaveLineBefore = true;
-    source->ImageIndex = 7;
-    TExpMenuItemData copy;
-    copy.Assign(source);
-    EXPECT_EQ(copy.ItemID + "|" + copy.GetNodeName() + "|" + copy.ShortCutText + "|" +
-                  std::to_string(copy.HaveLineBefore) + "|" + std::to_string(copy.ImageIndex),
-              "SortLinesItem|Sorting||0|-1");
-    EXPECT_THROW(ExpData->MenuData()->Add("SortLinesItem"), EFixedCollectionError);
+// An expert's object registers under its node with the labels of its classes.
+TEST_F(ExpMngTest, TheCPUExpertStoresItsCountAndPaneUnderItsNodeWithTheirLabels) {
+    TCPUFormMng expert;
+    TCustomData* data = ExpData->CustomData();
+    ASSERT_EQ(data->Count(), 1);
+    EXPECT_EQ(data->GetItem(0)->NestedObject, &expert);
+    EXPECT_EQ(data->GetItem(0)->GetNodeName(), "CPU window data scan");
+    EXPECT_EQ(ExpData->LocalPropNames,
+              "\r\n[TCPUFormMng]\r\nReadLineCount=Lines count##grabbed from CPU debug window"
+              "\r\nViewObject=Last selected##data type\r\n[TCPUViewType]"
+              "\r\nvtDisasmView=Assembler code\r\nvtRegView=Processor registry"
+              "\r\nvtFlagsView=Processor flags\r\nvtDumpView=Memory dump"
+              "\r\nvtStackView=Program stack\r\nvtAllViews=All types");
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // Designer windows over the example project: the controls built from each form, selection by
-// click through the seam, borrowing a window, and the close of a module.
+// click through the seam, and the close of a module.
 #include "tests/designer/InspectorFixture.h"
 #include "workbench/designer/Controls.h"
 #include "workbench/designer/FormDesigners.h"
@@ -240,44 +240,6 @@ TEST_F(DesignerTest, ASelectionThroughTheSeamIsDrawnInTheWindow) {
 
 // ---------------------------------------------------------------------------------------------
 // Borrowing
-
-TEST_F(DesignerTest, ABorrowedWindowIsGivenBackAsItStoodShownOrHidden) {
-    TDesignerWindow* w = Window("Main.pas");
-    w->move(150, 90);
-    w->show();
-    QApplication::processEvents();
-    QPoint pos = w->pos();
-    QSize size = w->size();
-    QWidget* edit = Find<QLineEdit>(w, "NameEdit");
-
-    QWidget host;
-    host.resize(600, 400);
-    host.show();
-    w->Borrow(&host);
-    EXPECT_TRUE(w->IsBorrowed());
-    EXPECT_EQ(w->parentWidget(), &host);
-    EXPECT_FALSE(w->isWindow());
-    EXPECT_EQ(w->pos(), QPoint(0, 0));
-    EXPECT_TRUE(w->isVisible());
-    // While borrowed, a click still selects.
-    Click(edit);
-    EXPECT_EQ(w->Editor()->Selection().front()->Name, "NameEdit");
-
-    w->GiveBack();
-    EXPECT_FALSE(w->IsBorrowed());
-    EXPECT_EQ(w->parentWidget(), nullptr);
-    EXPECT_TRUE(w->isWindow());
-    EXPECT_TRUE(w->isVisible());
-    EXPECT_EQ(w->pos(), pos);
-    EXPECT_EQ(w->size(), size);
-    EXPECT_EQ(w->WidgetOf(w->Root()->FindComponent("NameEdit")), edit);
-    // A hidden window comes back hidden.
-    w->hide();
-    w->Borrow(&host);
-    w->GiveBack();
-    EXPECT_FALSE(w->isVisible());
-    EXPECT_TRUE(w->isWindow());
-}
 
 // ---------------------------------------------------------------------------------------------
 // The close of a module

@@ -58,26 +58,6 @@ protected:
 
 } // namespace
 
-TEST_F(InspectorTest, TheInspectorIsTheFormPropertyInspectorWithAPopupMenu) {
-    EXPECT_EQ(inspector.objectName(), "PropertyInspector");
-    ASSERT_NE(inspector.PopupMenu(), nullptr);
-    QStringList items;
-    for (QAction* a : inspector.PopupMenu()->actions())
-        if (!a->isSeparator()) items << a->objectName();
-    EXPECT_EQ(items, (QStringList{"ExpandItem", "CollapseItem", "StayOnTopItem", "HideItem"}));
-    // Its commands work: Expand opens the nested properties, Collapse closes them again.
-    Open("Main.pas");
-    inspector.PopupMenu()->actions()[0]->trigger();
-    QTreeWidget* grid = inspector.Grid();
-    bool anyOpen = false;
-    for (int i = 0; i < grid->topLevelItemCount(); ++i)
-        anyOpen |= grid->topLevelItem(i)->childCount() > 0 && grid->topLevelItem(i)->isExpanded();
-    EXPECT_TRUE(anyOpen);
-    inspector.PopupMenu()->actions()[1]->trigger();
-    for (int i = 0; i < grid->topLevelItemCount(); ++i)
-        EXPECT_FALSE(grid->topLevelItem(i)->isExpanded());
-}
-
 TEST_F(InspectorTest, AnEditChangesTheModuleMarksItModifiedAndTheDesignerFollows) {
     TFormEditor* editor = Open("Main.pas");
     auto counter = MakeInterfaced<TModifiedCount>();

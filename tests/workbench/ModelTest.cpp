@@ -39,17 +39,10 @@ protected:
     int answer = mrCancel;
 };
 
-struct TRecordingNotifier : TNotifierObject, virtual IOTAIDENotifier, virtual IOTAFormNotifier {
+struct TRecordingNotifier : TNotifierObject, virtual IOTAFormNotifier {
     HRESULT QueryInterface(const TGUID& iid, void** obj) override {
-        return QueryInterfaces<IOTAIDENotifier, IOTAFormNotifier>(this, iid, obj);
+        return QueryInterfaces<IOTAFormNotifier>(this, iid, obj);
     }
-    void FileNotification(TOTAFileNotification code, const std::string& fileName,
-                          bool& cancel) override {
-        events.push_back(std::to_string(int(code)) + " " + ExtractFileName(fileName));
-        if (code == cancelCode && ExtractFileName(fileName) == cancelFile) cancel = true;
-    }
-    void BeforeCompile(const _di_IOTAProject&, bool&) override {}
-    void AfterCompile(bool) override {}
     void FormActivated() override { events.push_back("activated"); }
     void FormSaving() override { events.push_back("saving"); }
     void ComponentRenamed(TOTAHandle handle, const std::string& oldName,
@@ -59,8 +52,6 @@ struct TRecordingNotifier : TNotifierObject, virtual IOTAIDENotifier, virtual IO
     }
     std::vector<std::string> events;
     TOTAHandle renamedHandle = nullptr;
-    int cancelCode = -1;
-    std::string cancelFile;
 };
 
 } // namespace
@@ -224,16 +215,6 @@ TEST_F(ModelTest, MarkingAfterAMoveStartsAtTheCursorAndExtendingGoesOn) {
     EXPECT_EQ(pos->GetRow(), 1);
 }
 
-TEST_F(ModelTest, AutoIndentIndentsTheInsertedLinesLikeTyping) {
-    _di_IOTAEditView view = OpenUnit("Utils.pas");
-    _di_IOTAEditPosition pos = view->GetPosition();
-    auto* source = model->FindOpenModule(File("Utils.pas"))->SourceEditor();
-    pos->Move(12, 22); // after "  MaxRecentFiles = 8;"
-    pos->InsertText("\r\nA;\r\n  B;");
-    EXPECT_EQ(source->Buffer().Line(13), "  A;");
-    EXPECT_EQ(source->Buffer().Line(14), "    B;");
-}
-
 TEST_F(ModelTest, ThePositionReadsAndDeletesCharacters) {
     _di_IOTAEditView view = OpenUnit("Utils.pas");
     _di_IOTAEditPosition pos = view->GetPosition();
@@ -280,27 +261,6 @@ TEST_F(ModelTest, ViewsScrollWithinTheBufferAndKeepTheCursorInSight) {
     EXPECT_EQ(view->GetBottomRow(), 40);
     view->Paint();
     EXPECT_EQ(dynamic_cast<TEditView*>(view.get())->PaintCount(), 1);
-}
-
-TEST_F(ModelTest, TheTopViewIsTheLastShownItsBufferTheTopBufferItsWindowTheHostsForm) {
-    EXPECT_FALSE(model->GetTopView());
-    EXPECT_FALSE(model->GetTopBuffer());
-    _di_IOTAEditView utils = OpenUnit("Utils.pas");
-    _di_IOTAEditView main = OpenUnit("Main.pas");
-    EXPECT_TRUE(model->GetTopView() == main);
-    EXPECT_EQ(model->GetTopBuffer()->GetFileName(), File("Main.pas"));
-    EXPECT_EQ(model->CurrentModule()->GetFileName(), File("Main.pas"));
-    utils->GetBuffer()->Show();
-    EXPECT_TRUE(model->GetTopView() == utils);
-    EXPECT_EQ(model->CurrentModule()->GetFileName(), File("Utils.pas"));
-    // A unit opened behind the others does not come to the front.
-    model->OpenModuleFile(File("Frame1.pas"), TOpenMode::Background);
-    EXPECT_TRUE(model->GetTopView() == utils);
-    // The edit window gives the host's form.
-    EXPECT_EQ(utils->GetEditWindow()->GetForm(), nullptr);
-    auto* marker = reinterpret_cast<QWidget*>(&questions); // any address stands for a widget
-    model->MainEditWindow()->SetForm(marker);
-    EXPECT_EQ(utils->GetEditWindow()->GetForm(), marker);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -484,32 +444,7 @@ TEST_F(ModelTest, ADamagedOrMissingFileGivesAClearErrorAndAFormFileOpensItsUnit)
 }
 
 // ---------------------------------------------------------------------------------------------
-// Notifiers and keys
-
-TEST_F(ModelTest, IDENotifiersHearFilesOpenAndCloseAndMayCancel) {
-    auto notifier = MakeInterfaced<TRecordingNotifier>();
-    int index = model->AddNotifier(_di_IOTAIDENotifier(notifier.get()));
-    OpenUnit("Utils.pas")->GetBuffer()->GetModule()->Close();
-    EXPECT_EQ(notifier->events,
-              (std::vector<std::string>{"0 Utils.pas", "1 Utils.pas", "2 Utils.pas"}));
-
-    notifier->cancelCode = ofnFileOpening;
-    notifier->cancelFile = "Main.pas";
-    EXPECT_FALSE(model->OpenModuleFile(File("Main.pas"), TOpenMode::Show));
-    EXPECT_EQ(model->GetModuleCount(), 0);
-
-    notifier->cancelCode = ofnFileClosing;
-    notifier->cancelFile = "Frame1.pas";
-    auto frame = model->OpenModuleFile(File("Frame1.pas"), TOpenMode::Show);
-    EXPECT_FALSE(frame->Close());
-    EXPECT_EQ(model->GetModuleCount(), 1);
-
-    model->RemoveNotifier(index);
-    notifier->events.clear();
-    notifier->cancelCode = -1;
-    frame->Close();
-    EXPECT_TRUE(notifier->events.empty());
-}
+// Notifiers
 
 TEST_F(ModelTest, FormNotifiersHearActivationRenameAndSaving) {
     auto module = model->OpenModuleFile(File("Main.pas"), TOpenMode::Show);
@@ -532,68 +467,8 @@ TEST_F(ModelTest, FormNotifiersHearActivationRenameAndSaving) {
     EXPECT_TRUE(LoadFormFile(File("Main.dfm")).Root->FindComponent("UserEdit"));
 }
 
-namespace {
-struct TBinding : TNotifierObject, virtual IOTAKeyboardBinding {
-    HRESULT QueryInterface(const TGUID& iid, void** obj) override {
-        return QueryInterfaces<IOTAKeyboardBinding>(this, iid, obj);
-    }
-    TBindingType GetBindingType() override { return btPartial; }
-    std::string GetDisplayName() override { return "Test"; }
-    std::string GetName() override { return name; }
-    void BindKeyboard(const _di_IOTAKeyBindingServices& services) override {
-        bound = services->AddKeyBinding(
-            {key},
-            [this](const _di_IOTAKeyContext& context, TShortCut code, TKeyBindingResult& r) {
-                ++calls;
-                seenBuffer = static_cast<bool>(context->GetEditBuffer());
-                r = result;
-            },
-            nullptr, 1, "Test", "Item");
-    }
-    std::string name = "Test.Binding";
-    TShortCut key = 0x40BC; // Ctrl+,
-    TKeyBindingResult result = krHandled;
-    bool bound = false;
-    bool seenBuffer = false;
-    int calls = 0;
-};
-} // namespace
-
-TEST_F(ModelTest, KeyBindingsAreBoundCalledLatestFirstAndRemoved) {
-    auto binding = MakeInterfaced<TBinding>();
-    int index = model->AddKeyboardBinding(_di_IOTAKeyboardBinding(binding.get()));
-    ASSERT_GE(index, 0);
-    EXPECT_TRUE(binding->bound);
-    OpenUnit("Utils.pas");
-    EXPECT_EQ(model->DispatchKey(0x40BC), krHandled);
-    EXPECT_EQ(binding->calls, 1);
-    EXPECT_TRUE(binding->seenBuffer);
-    EXPECT_EQ(model->DispatchKey(0x40BE), krUnhandled);
-    // The same name twice is refused.
-    auto twin = MakeInterfaced<TBinding>();
-    EXPECT_EQ(model->AddKeyboardBinding(_di_IOTAKeyboardBinding(twin.get())), -1);
-    // A binding that binds no key is refused.
-    auto zero = MakeInterfaced<TBinding>();
-    zero->name = "Test.Zero";
-    zero->key = 0;
-    EXPECT_EQ(model->AddKeyboardBinding(_di_IOTAKeyboardBinding(zero.get())), -1);
-    EXPECT_FALSE(zero->bound);
-    // A later binding of the same key comes first and may pass the key on.
-    auto second = MakeInterfaced<TBinding>();
-    second->name = "Test.Second";
-    second->result = krNextProc;
-    int secondIndex = model->AddKeyboardBinding(_di_IOTAKeyboardBinding(second.get()));
-    EXPECT_EQ(model->DispatchKey(0x40BC), krHandled);
-    EXPECT_EQ(std::make_pair(second->calls, binding->calls), std::make_pair(1, 2));
-    model->RemoveKeyboardBinding(secondIndex);
-    model->RemoveKeyboardBinding(index);
-    EXPECT_EQ(model->DispatchKey(0x40BC), krUnhandled);
-    EXPECT_EQ(binding->calls, 2);
-    EXPECT_EQ(model->KeyBindingCount(), 0);
-}
-
 // ---------------------------------------------------------------------------------------------
-// C++Builder projects, cross-platform forms, damaged resources
+// C++Builder projects, damaged resources
 
 TEST_F(ModelTest, ACppBuilderModuleHasItsSourceHeaderAndForm) {
     testfiles::WriteFile(
@@ -627,16 +502,6 @@ TEST_F(ModelTest, ACppBuilderModuleHasItsSourceHeaderAndForm) {
     EXPECT_TRUE(Query<INTAFormEditor>(form)->GetFormDesigner()->GetRoot()->InheritsFrom("TForm"));
 }
 
-TEST_F(ModelTest, ACrossPlatformFormMakesTheDesignerTypeXfm) {
-    testfiles::WriteFile(File("Clx.pas"), "unit Clx;\r\ninterface\r\ntype\r\n  TClxForm = "
-                                          "class(TForm)\r\n  end;\r\nimplementation\r\nend.\r\n");
-    testfiles::WriteFile(File("Clx.xfm"), "object ClxForm: TClxForm\r\nend\r\n");
-    auto module = model->OpenModuleFile(File("Clx.pas"), TOpenMode::Show);
-    EXPECT_EQ(model->GetActiveDesignerType(), "xfm");
-    OpenUnit("Utils.pas");
-    EXPECT_EQ(model->GetActiveDesignerType(), "dfm");
-}
-
 TEST_F(ModelTest, ADamagedResourceFileKeepsTheProjectClosed) {
     testfiles::WriteFile(File("Example.res"), std::string("\0\0\0\0\x20\0\0\0\xFF\xFF", 10));
     try {
@@ -660,4 +525,3 @@ TEST_F(ModelTest, SettingTheWholeTextIsOneUndoStep) {
     EXPECT_TRUE(source->Redo());
     EXPECT_EQ(source->Text(), "unit Utils;\r\nend.\r\n");
 }
-

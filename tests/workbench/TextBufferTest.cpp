@@ -84,21 +84,3 @@ TEST(TextBufferUndo, UndoesAGroupAsOneStepAndRedoesItAndAnEmptyGroupIsNoStep) {
     EXPECT_FALSE(b.CanUndo());
     EXPECT_FALSE(b.Modified());
 }
-
-TEST(TextBufferUndo, ModifiedFollowsTheUndoListBackToTheSavedText) {
-    TTextBuffer b;
-    b.SetText("x");
-    b.Replace({1, 2}, {1, 2}, "y");
-    EXPECT_TRUE(b.Modified());
-    b.Undo();
-    EXPECT_FALSE(b.Modified());
-    b.Redo();
-    b.MarkSaved();
-    EXPECT_FALSE(b.Modified());
-    b.Undo();
-    EXPECT_TRUE(b.Modified());
-    // A new edit after the undo drops the redo list, and the saved text can't come back.
-    b.Replace({1, 1}, {1, 1}, "z");
-    b.Undo();
-    EXPECT_TRUE(b.Modified());
-}

@@ -1,13 +1,11 @@
 // The application and screen services that the add-in sees: the exception hook, hidden message
-// windows with posted messages, the action update, the screen's forms and cursor, the mouse
-// capture, and the form routines of CrtlUtils.
-#include "foundation/AppUtils.h"
+// windows with posted messages, the action update, the screen's forms and cursor, and the active
+// form by caption.
 #include "host/CrtlUtils.h"
 #include "tests/workbench_gui/Fixture.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QPainter>
 
 #include <stdexcept>
 
@@ -99,13 +97,6 @@ TEST_F(ApplicationTest, AnExceptionLeavingAnEventHandlerReachesTheHookAndTheLoop
     EXPECT_EQ(sink.seen, Strings(2, "EInvalidOperation: raised in an event handler"));
 }
 
-TEST_F(ApplicationTest, TitleIsTheApplicationsDisplayName) {
-    std::string old = Application->GetTitle();
-    Application->SetTitle("Workbench under test");
-    EXPECT_EQ(QApplication::applicationDisplayName(), QStringLiteral("Workbench under test"));
-    Application->SetTitle(old);
-}
-
 // ---------------------------------------------------------------------------------------------
 // Hidden windows and posted messages
 
@@ -150,43 +141,8 @@ TEST_F(ApplicationTest, SendMessageRunsAtOnceAndADeallocatedWindowGetsNothingMor
     EXPECT_EQ(count, 1);
 }
 
-TEST_F(ApplicationTest, TheFoundationsHiddenWindowsAreTheApplications) {
-    const zelvane::TWindowSystem& system = zelvane::WindowSystem();
-    ASSERT_TRUE(system.AllocateWindow);
-    HWND seen = nullptr;
-    uint32_t msg = 0;
-    HWND wnd = system.AllocateWindow("TPZelvaneUtilWindow",
-                                     [&](HWND h, uint32_t m, uintptr_t, intptr_t) -> intptr_t {
-                                         seen = h;
-                                         msg = m;
-                                         return 5;
-                                     });
-    ASSERT_NE(wnd, nullptr);
-    EXPECT_EQ(SendMessage(wnd, 49128, 0, 0), 5);
-    EXPECT_EQ(seen, wnd) << "the procedure gets its own window's handle";
-    EXPECT_EQ(msg, 49128u);
-    system.DestroyWindow(wnd);
-    EXPECT_FALSE(App()->IsHiddenWindow(wnd));
-}
-
 // ---------------------------------------------------------------------------------------------
 // Action update
-
-TEST_F(ApplicationTest, ActionsUpdateWhenTheEventLoopFallsIdle) {
-    QAction action(QStringLiteral("Tested"));
-    action.setEnabled(false);
-    int updates = 0;
-    Application->SetActionUpdate(&action, [&](QAction* a) {
-        ++updates;
-        a->setEnabled(true);
-    });
-    ASSERT_TRUE(WaitFor([&] { return updates > 0; }));
-    EXPECT_TRUE(action.isEnabled());
-    Application->SetActionUpdate(&action, nullptr);
-    int before = updates;
-    RunLoop(300);
-    EXPECT_EQ(updates, before) << "a removed handler runs no more";
-}
 
 TEST_F(ApplicationTest, ActionsOfAMenuUpdateBeforeItShows) {
     QWidget owner;
@@ -200,18 +156,8 @@ TEST_F(ApplicationTest, ActionsOfAMenuUpdateBeforeItShows) {
     Application->SetActionUpdate(inMenu, nullptr);
 }
 
-TEST_F(ApplicationTest, ADestroyedActionLeavesTheUpdateList) {
-    int updates = 0;
-    {
-        QAction action(QStringLiteral("Short-lived"));
-        Application->SetActionUpdate(&action, [&](QAction*) { ++updates; });
-    }
-    Application->UpdateActions(); // would touch the dead action if it were still listed
-    EXPECT_EQ(updates, 0);
-}
-
 // ---------------------------------------------------------------------------------------------
-// Screen and capture
+// Screen and active form
 
 TEST_F(ApplicationTest, ScreenListsTopLevelFormsButNotMenusAndItsCursorIsTheOverride) {
     QWidget form;
@@ -255,90 +201,4 @@ TEST_F(ApplicationTest, ActiveFormChangeFiresWhenAnotherFormIsActivated) {
     EXPECT_EQ(zelvane::GetActiveForm("First"), nullptr);
 }
 
-TEST_F(ApplicationTest, CaptureIsTheMouseGrabberAndCancelModeReleasesIt) {
-    QWidget w;
-    w.show();
-    EXPECT_EQ(GetCapture(), nullptr);
-    w.grabMouse();
-    EXPECT_EQ(GetCapture(), &w);
-    SendMessage(&w, WM_CANCELMODE, 0, 0);
-    EXPECT_EQ(GetCapture(), nullptr);
-}
-
-// ---------------------------------------------------------------------------------------------
-// CrtlUtils
-
-class TCountingWidget : public QWidget {
-public:
-    using QWidget::QWidget;
-    int paints = 0;
-
-protected:
-    void paintEvent(QPaintEvent*) override { ++paints; }
-};
-
-TEST_F(ApplicationTest, RepaintControlPaintsNowOrLaterAndReachesChildrenOnRequest) {
-    TCountingWidget parent;
-    auto* child = new TCountingWidget(&parent);
-    child->setGeometry(0, 0, 20, 20);
-    parent.resize(50, 50);
-    parent.show();
-    QApplication::processEvents();
-    parent.paints = 0;
-    zelvane::RepaintControl(&parent, {zelvane::rfUpdateNow});
-    EXPECT_EQ(parent.paints, 1) << "painted before returning";
-    parent.paints = 0;
-    zelvane::RepaintControl(&parent, {});
-    EXPECT_EQ(parent.paints, 0) << "painting waits for the event loop";
-    ASSERT_TRUE(WaitFor([&] { return parent.paints > 0; }));
-
-    // With rfAllChildren every child paints, wherever it lies.
-    child->move(60, 60);
-    parent.resize(100, 100);
-    auto* other = new TCountingWidget(&parent);
-    other->setGeometry(70, 0, 20, 20);
-    other->show();
-    QApplication::processEvents();
-    child->paints = other->paints = 0;
-    zelvane::RepaintControl(&parent, {zelvane::rfAllChildren, zelvane::rfUpdateNow});
-    EXPECT_GE(std::min(child->paints, other->paints), 1);
-    zelvane::RepaintControl(nullptr, {zelvane::rfUpdateNow}); // nothing to do, no crash
-}
-
-TEST_F(ApplicationTest, BeginAndEndUpdateControlSwitchPaintingOffAndOn) {
-    QWidget w;
-    zelvane::BeginUpdateControl(&w);
-    EXPECT_FALSE(w.updatesEnabled());
-    zelvane::EndUpdateControl(&w);
-    EXPECT_TRUE(w.updatesEnabled());
-    SendMessage(&w, WM_SETREDRAW, 0, 0);
-    EXPECT_FALSE(w.updatesEnabled()) << "the same through the message";
-    SendMessage(&w, WM_SETREDRAW, 1, 0);
-    EXPECT_TRUE(w.updatesEnabled());
-}
-
-class TFormA : public QWidget {
-    Q_OBJECT
-};
-class TFormB : public TFormA {
-    Q_OBJECT
-};
-
-TEST_F(ApplicationTest, FindAndShowFormByClassWantTheExactClassAndRestoreTheForm) {
-    EXPECT_EQ(zelvane::FindFormByClass<TFormA>(), nullptr);
-    EXPECT_EQ(zelvane::ShowFormByClass<TFormB>(), nullptr);
-    TFormB b;
-    EXPECT_EQ(zelvane::FindFormByClass<TFormA>(), nullptr) << "a subclass is not the class";
-    EXPECT_EQ(zelvane::FindFormByClass<TFormB>(), &b);
-    TFormA a;
-    EXPECT_EQ(zelvane::FindFormByClass<TFormA>(), &a);
-    EXPECT_EQ(zelvane::ShowFormByClass<TFormB>(), &b);
-    EXPECT_TRUE(b.isVisible());
-    b.showMinimized();
-    zelvane::ShowFormByClass<TFormB>();
-    EXPECT_FALSE(b.isMinimized());
-}
-
 } // namespace
-
-#include "ApplicationTest.moc"

@@ -131,15 +131,3 @@ TEST_F(PackageListTest, TheSettingsFileListsPackagesRelativeToItselfInFileOrder)
 }
 
 } // namespace
-
-TEST_F(PackageListTest, AnInstalledAddinIsFoundInItsDirectory) {
-    std::filesystem::path bin = dir.Path() / "bin";
-    std::filesystem::path installed = bin / ZELVANE_INSTALLED_ADDIN_DIR;
-    std::filesystem::create_directories(installed);
-    testfiles::WriteFile((installed / "libzelvane.so").string(), "");
-    TPackageListOptions options;
-    options.SettingsFile = dir.File("none.ini");
-    std::vector<std::string> list = PackageList(options, bin.string());
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(std::filesystem::path(list[0]), (installed / "libzelvane.so").lexically_normal());
-}

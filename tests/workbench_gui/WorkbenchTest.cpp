@@ -161,24 +161,6 @@ TEST_F(WorkbenchTest, APackagesActionTakesAShortcutFromTheIDEsOwnWhileItIsInTheL
     EXPECT_EQ(runs, 1);
 }
 
-TEST_F(WorkbenchTest, AKeyGivenToAnIDECommandStaysThoughPackagesActionsChange) {
-    const QKeySequence given(QStringLiteral("Ctrl+Shift+A"));
-    QAction* selectAll = main->Action("EditSelectAllCommand");
-    auto* expert = new QAction(QStringLiteral("Expert"), main);
-    expert->setShortcut(QKeySequence(QStringLiteral("Ctrl+D")));
-    IDEService<INTAServices>()->GetActionList()->addAction(expert);
-    selectAll->setShortcut(given);
-    expert->setEnabled(false);
-    expert->setText(QStringLiteral("Expert 2"));
-    EXPECT_EQ(selectAll->shortcut(), given);
-    // The expert takes the new key too, and gives it back as it was.
-    expert->setEnabled(true);
-    expert->setShortcut(given);
-    EXPECT_TRUE(selectAll->shortcut().isEmpty());
-    delete expert;
-    EXPECT_EQ(selectAll->shortcut(), given);
-}
-
 TEST_F(WorkbenchTest, AToolWindowsOwnActionWinsItsKeyOverTheIDEsWhileItHasTheFocus) {
     QWidget tool(nullptr, Qt::Window);
     auto* own = new QAction(&tool);
@@ -215,38 +197,6 @@ TEST_F(WorkbenchTest, CloseAllIsEnabledByTheUpdateWhileModulesAreOpen) {
     ASSERT_TRUE(WaitFor([&] { return !closeAll->isEnabled(); }));
 }
 
-// What a package does to take over a button and to see the IDE come up.
-struct TProbe : rtl::TObject {
-    int Clicks = 0, Shows = 0;
-    void Click(rtl::TObject*) { ++Clicks; }
-    void Shown(rtl::TObject*) { ++Shows; }
-};
-
-TEST_F(WorkbenchTest, AButtonsHandlerCanBeReplacedAndRestoredAndTheMainFormsShowIsAnnounced) {
-    QAction* viewUnit = ViewButton("View Unit");
-    TProbe probe;
-    TNotifyEvent own = Application->GetActionExecute(viewUnit);
-    ASSERT_TRUE(own);
-    Application->SetActionExecute(viewUnit, TNotifyEvent::Of<&TProbe::Click>(&probe));
-    viewUnit->trigger();
-    EXPECT_EQ(probe.Clicks, 1);
-    Application->SetActionExecute(viewUnit, own);
-    QString dialog;
-    WhenModal([&](QWidget* w) {
-        dialog = w->objectName();
-        w->close();
-    });
-    viewUnit->trigger();
-    EXPECT_EQ(dialog, QStringLiteral("ViewUnitDialog"));
-    EXPECT_EQ(probe.Clicks, 1);
-
-    Application->SetOnMainFormShow(TNotifyEvent::Of<&TProbe::Shown>(&probe));
-    main->hide();
-    main->show();
-    Application->SetOnMainFormShow(nullptr);
-    EXPECT_EQ(probe.Shows, 1);
-}
-
 TEST_F(WorkbenchTest, ScreenListsFormsInCreationOrderAndKnowsTheDesignerWindows) {
     std::vector<std::unique_ptr<QWidget>> made;
     QStringList expected;
@@ -266,50 +216,6 @@ TEST_F(WorkbenchTest, ScreenListsFormsInCreationOrderAndKnowsTheDesignerWindows)
     EXPECT_EQ(IDEService<IOTAServices>()->GetActiveDesignerType(), "dfm");
     model->CloseAll();
     EXPECT_EQ(IDEService<IOTAServices>()->GetActiveDesignerType(), "");
-}
-
-TEST_F(WorkbenchTest, DesignerWindowAndEditorLentByWindowOperationsComeBackToTheirPlaces) {
-    QWidget host;
-    host.resize(600, 400);
-    host.show();
-    model->OpenModuleFile(File("Settings.pas"), TOpenMode::Show);
-    QApplication::processEvents();
-    QWidget* designer = main->Designers()->Windows().back();
-    designer->show();
-    designer->move(120, 80);
-    const QPoint home = designer->pos();
-    const Qt::WindowFlags flags = designer->windowFlags();
-    SetParent(designer, &host);
-    EXPECT_FALSE(designer->isWindow());
-    EXPECT_TRUE(designer->isVisible());
-    SetWindowPos(designer, nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
-    EXPECT_EQ(designer->pos(), QPoint(0, 0));
-    SetParent(designer, nullptr);
-    designer->move(home);
-    EXPECT_TRUE(designer->isWindow());
-    EXPECT_EQ(designer->windowFlags(), flags);
-    EXPECT_EQ(designer->pos(), home);
-    EXPECT_TRUE(IsWindow(designer));
-    auto* gone = new QWidget;
-    delete gone;
-    EXPECT_FALSE(IsWindow(gone));
-
-    // The editor lent out: the edit window stays hidden while pages come and go, and takes the
-    // editor back into its layout.
-    const QRect editorHome = Editor()->geometry();
-    Editor()->setParent(&host);
-    Editor()->show();
-    ShowWindow(EditWindow(), SW_HIDE);
-    Open("Utils.pas");
-    EXPECT_FALSE(EditWindow()->isVisible());
-    Editor()->setParent(EditWindow());
-    Editor()->show();
-    ShowWindow(EditWindow(), SW_SHOW);
-    QApplication::processEvents();
-    EXPECT_EQ(Editor()->geometry(), editorHome);
-    EditWindow()->resize(EditWindow()->size() + QSize(30, 20));
-    QApplication::processEvents();
-    EXPECT_EQ(Editor()->size(), editorHome.size() + QSize(30, 20));
 }
 
 TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
