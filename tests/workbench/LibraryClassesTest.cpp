@@ -22,13 +22,6 @@ const TLibraryProperty* Find(std::string_view cls, std::string_view name) {
     return nullptr;
 }
 
-int IndexOf(std::string_view cls, std::string_view name) {
-    const auto& all = LibraryClassProperties(cls);
-    for (size_t i = 0; i < all.size(); ++i)
-        if (SameText(all[i].Name, name)) return static_cast<int>(i);
-    return -1;
-}
-
 // A case written "Class.Property=text": its three parts.
 struct TCase {
     std::string cls, name, text;
@@ -52,29 +45,6 @@ std::vector<TCase> Cases(std::string_view table) {
 }
 
 } // namespace
-
-TEST(LibraryClasses, AClassHasItsAncestorsPropertiesFirstAndItsOwnAfter) {
-    // Name and Tag come from TComponent, Left and Hint from TControl, the rest from TButton.
-    for (const char* name : {"Name", "Tag", "Left", "Hint", "Cancel", "Caption", "OnClick"})
-        EXPECT_NE(Find("TButton", name), nullptr) << name;
-    EXPECT_LT(IndexOf("TButton", "Name"), IndexOf("TButton", "Left"));
-    EXPECT_LT(IndexOf("TButton", "Height"), IndexOf("TButton", "Caption"));
-    // A property comes once though a class publishes it anew.
-    std::set<std::string> seen;
-    for (const TLibraryProperty& p : LibraryClassProperties("TSplitter"))
-        EXPECT_TRUE(seen.insert(LowerCase(p.Name)).second) << p.Name;
-    // TButton's own declaration does not hold what its ancestors publish.
-    const auto* own = LibraryClassOwnProperties("TButton");
-    ASSERT_NE(own, nullptr);
-    EXPECT_FALSE(std::any_of(own->begin(), own->end(),
-                             [](const TLibraryProperty& p) { return p.Name == "Left"; }));
-    // Classes publish different things: a label takes no focus, a timer is no control.
-    EXPECT_EQ(Find("TLabel", "TabOrder"), nullptr);
-    EXPECT_EQ(Find("TTimer", "Left"), nullptr);
-    EXPECT_NE(Find("TTimer", "OnTimer"), nullptr);
-    // Lookup ignores the letter case of the class name.
-    EXPECT_EQ(LibraryClassProperties("tbutton").size(), LibraryClassProperties("TButton").size());
-}
 
 TEST(LibraryClasses, AUserClassHasItsLibraryAncestorsProperties) {
     ToolsAPI::TDesignComponent form;

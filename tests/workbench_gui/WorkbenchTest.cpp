@@ -197,27 +197,6 @@ TEST_F(WorkbenchTest, CloseAllIsEnabledByTheUpdateWhileModulesAreOpen) {
     ASSERT_TRUE(WaitFor([&] { return !closeAll->isEnabled(); }));
 }
 
-TEST_F(WorkbenchTest, ScreenListsFormsInCreationOrderAndKnowsTheDesignerWindows) {
-    std::vector<std::unique_ptr<QWidget>> made;
-    QStringList expected;
-    for (int i = 0; i < 12; ++i) {
-        made.push_back(std::make_unique<QWidget>());
-        expected << QStringLiteral("Made%1").arg(i);
-        made.back()->setObjectName(expected.back());
-    }
-    QApplication::processEvents();
-    QStringList names = ScreenFormNames();
-    EXPECT_EQ(names.filter(QStringLiteral("Made")), expected);
-    EXPECT_LT(names.indexOf(QStringLiteral("AppBuilder")), names.indexOf(QStringLiteral("Made0")));
-
-    ASSERT_FALSE(main->Designers()->Windows().empty());
-    EXPECT_TRUE(Screen->HasDesigner(main->Designers()->Windows().front()));
-    EXPECT_FALSE(Screen->HasDesigner(main));
-    EXPECT_EQ(IDEService<IOTAServices>()->GetActiveDesignerType(), "dfm");
-    model->CloseAll();
-    EXPECT_EQ(IDEService<IOTAServices>()->GetActiveDesignerType(), "");
-}
-
 TEST_F(WorkbenchTest, ViewUnitListsTheProjectsUnitsAndOpensTheChosenOne) {
     EXPECT_EQ(PickFromViewList("View Unit", "Utils"),
               QStringList({"Main", "Settings", "DataMod", "Frame1", "Utils", "Example"}));
