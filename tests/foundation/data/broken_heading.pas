@@ -1,5 +1,0 @@
-  procedure Apply;
-
-  procedure Foo(X: Integer)
-    ;
-  procedure Bar;
