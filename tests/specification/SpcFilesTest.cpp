@@ -87,12 +87,6 @@ TEST_F(SpcFiles, FileWithADataHeaderIsNotASpecification) {
     EXPECT_EQ(loaded.settings.Title, "Settings");
 }
 
-TEST_F(SpcFiles, NilObjectFails) {
-    TPersistent* none = nullptr;
-    EXPECT_THROW(SaveSpc(none, dir_.File("x.sbn"), osfBin), ESpcMngError);
-    EXPECT_THROW(LoadSpc(none, dir_.File("x.sbn")), ESpcMngError);
-}
-
 TEST_F(SpcFiles, BadValueIsPassedOverWhenErrorsAreIgnored) {
     TProgram& saved = filled_;
     // "View.Layout" holds an identifier the enumeration doesn't have.
@@ -144,36 +138,7 @@ TEST_F(SpcFiles, GarbageFailsWithAReadError) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Replaceable procedures and RecreateSpc
-
-TObjectStorageFormat gLoadedFormat;
-std::string gSavedTo;
-
-void SaveRecorder(TPersistent*, const std::string& fileName, TObjectStorageFormat format) {
-    gSavedTo = fileName;
-    gLoadedFormat = format;
-}
-
-TObjectStorageFormat LoadRecorder(TPersistent*&, const std::string& fileName, bool, bool) {
-    gSavedTo = fileName;
-    return osfExtBin;
-}
-
-TEST_F(SpcFiles, SaveAndLoadGoThroughTheProcedureVariables) {
-    EXPECT_EQ(SaveSpcProc, &SaveSpcInner);
-    EXPECT_EQ(LoadSpcProc, &LoadSpcInner);
-    SaveSpcProc = &SaveRecorder;
-    LoadSpcProc = &LoadRecorder;
-    TProgram p;
-    SaveSpc(&p.settings, "somewhere.stx", osfText);
-    EXPECT_EQ(gSavedTo, "somewhere.stx");
-    EXPECT_EQ(gLoadedFormat, osfText);
-    TPersistent* obj = &p.settings;
-    EXPECT_EQ(LoadSpc(obj, "elsewhere.sbn"), osfExtBin);
-    EXPECT_EQ(gSavedTo, "elsewhere.sbn");
-    SaveSpcProc = &SaveSpcInner;
-    LoadSpcProc = &LoadSpcInner;
-}
+// RecreateSpc
 
 TEST(RecreateSpc, MakesAFreshObjectOfTheSameClass) {
     TPersistent* obj = new TViewSettings();

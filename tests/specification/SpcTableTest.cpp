@@ -121,27 +121,6 @@ TEST(CheckVer, TheDelphiAnswerOverridesTheEditorAnswer) {
     EXPECT_FALSE(skip);
 }
 
-TEST(CheckVer, SkipsTheLoadOfAFileWithAVersionHeader) {
-    TempDir dir;
-    TProgram saved;
-    FillNonDefault(saved);
-    std::string version;
-    MakeVerInfo(osfBin, version);
-    std::string file = dir.File("with-header.sbn");
-    TObject* objects[] = {&saved.settings};
-    SaveObjectDataBinary(objects, file, version, false);
-
-    // Refused, the load leaves the object as it was.
-    TVerCheckData data{true, file};
-    DialogRecorder dialogs;
-    dialogs.answer = IDNO;
-    TProgram loaded;
-    TObject* targets[] = {&loaded.settings};
-    LoadObjectData(targets, file, &CheckVer, &data);
-    EXPECT_EQ(dialogs.texts.size(), 1u);
-    EXPECT_EQ(loaded.settings.Title, "Settings");
-}
-
 // ---------------------------------------------------------------------------------------------
 // One branch of a file
 
@@ -265,24 +244,6 @@ TEST(InitData, EntriesWorkOnObjects) {
     EXPECT_EQ(static_cast<int32_t>(reinterpret_cast<intptr_t>(value)), -5);
     d.SetPropByPtr(p.settings.GetView(), depth, reinterpret_cast<void*>(intptr_t{12}));
     EXPECT_EQ(p.settings.GetView()->Depth, 12);
-}
-
-TEST(InitData, PropsGoThroughTheSaverFilesThroughTheFileFunctions) {
-    TInitData d = FillInitData();
-    TempDir dir;
-    TProgram source, target, loaded;
-    FillNonDefault(source);
-    std::string text;
-    TObject* sources[] = {source.settings.GetView()};
-    d.GetProps(TObjectArray(sources), text, osfText);
-    EXPECT_EQ(text.rfind("object TViewSettings", 0), 0u);
-    TObject* targets[] = {target.settings.GetView()};
-    d.SetProps(TObjectArray(targets), text, osfText);
-    EXPECT_EQ(target.settings.GetView()->GetNotes()->Count(), 3);
-    d.SaveSpc(&source.settings, dir.File("t.stx"), osfText);
-    TPersistent* obj = &loaded.settings;
-    EXPECT_EQ(d.LoadSpc(obj, dir.File("t.stx"), false, true), osfText);
-    EXPECT_EQ(loaded.settings.GetView()->Layout, loTabs);
 }
 
 TEST(InitData, SetCopiesAWholeTable) {
