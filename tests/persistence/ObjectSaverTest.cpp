@@ -177,22 +177,6 @@ TEST(ObjectSaver, NilEntriesSkipTheirObjects) {
     EXPECT_EQ(l.log.at(9), "AfterCreateReader ignoring");
 }
 
-TEST(ObjectSaver, AutoDetectionLeavesTheFormatFound) {
-    Foos foo{1}, target{100};
-    TObjectSaver writer;
-    writer.Format = sofText;
-    TObjectSaver saver;
-    saver.AutoDetectFormat = true;
-    TStringStream s(Save(writer, foo.pers));
-    saver.LoadObjects(target.pers, &s);
-    EXPECT_EQ(saver.Format, sofText);
-    EXPECT_EQ(target.Widths(), std::vector<int32_t>{1});
-    // A data header isn't an object stream.
-    TStringStream header(std::string("sys_bin\0\0TPF0", 13));
-    EXPECT_THROW(saver.LoadObjects(target.pers, &header), EFitReaderError);
-    EXPECT_EQ(saver.Format, sofUnknown);
-}
-
 TEST(ObjectSaver, SafeLoadAnswersFalseWithoutAMessage) {
     TempDir dir;
     DialogRecorder dialogs;

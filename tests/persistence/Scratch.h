@@ -20,15 +20,14 @@
 
 namespace scratch {
 
-// Answers every message box with `answer` and records the texts and styles.
+// Answers every message box with `answer` and records the texts.
 class DialogRecorder {
 public:
     DialogRecorder() {
         zelvane::TWindowSystem ws;
         ws.MessageBox = [this](zelvane::HWND, const std::string& text, const std::string&,
-                               uint32_t style) {
+                               uint32_t) {
             texts.push_back(text);
-            styles.push_back(style);
             return answer;
         };
         old_ = zelvane::SetWindowSystem(ws);
@@ -39,7 +38,6 @@ public:
 
     int answer = zelvane::IDYES;
     std::vector<std::string> texts;
-    std::vector<uint32_t> styles;
 
 private:
     zelvane::TWindowSystem old_;

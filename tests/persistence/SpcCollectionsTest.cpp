@@ -228,22 +228,6 @@ TEST(FreeCollection, AddRefusesAnIdentifierTwiceCaseSensitively) {
     EXPECT_EQ(free[1]->AObjectID, "editor");
 }
 
-TEST(FreeCollection, ItemsDontOwnTheirObjectsAssignSharesThem) {
-    // The objects live on the stack: a collection that freed them fails under the sanitizer.
-    TLiveObject a, b, old;
-    TFreeCollection source(nullptr, TWrapperItem::StaticClass());
-    source.Add(&a, "A")->SetNodeName("Object A");
-    source.Add(&b, "B");
-    TFreeCollection copy(nullptr, TWrapperItem::StaticClass());
-    copy.Add(&old, "Old");
-    copy.Assign(&source);
-    ASSERT_EQ(copy.Count(), 2);
-    EXPECT_EQ(copy.GetItem(0)->NestedObject, &a);
-    EXPECT_EQ(copy.GetItem(0)->NodeName(), "Object A");
-    EXPECT_EQ(copy.GetItem(1)->AObjectID, "B");
-    EXPECT_EQ(copy.FindObjectID("Old"), nullptr);
-}
-
 TEST(FreeCollection, FileUpdatesRegisteredObjectsOnlyAndMakesNone) {
     // Sizes are the index in the file plus one; a program's object starts at 0. The unknown entry
     // at position 0 of the second case moves nothing; "B" stands at 1 already; "A" at 2 lies

@@ -1,5 +1,4 @@
-// The layers of an object stream: data headers, description lines and the detection of the
-// storage form.
+// The layers of an object stream: data headers and description lines.
 #include "persistence/DataHndl.h"
 
 #include "TestModel.h"
@@ -108,22 +107,4 @@ TEST(ObjectDescription, SkippingTakesExactlyOneLine) {
     EXPECT_EQ(s.ReadString(8), "object X");
     TStringStream unterminated("no line end");
     EXPECT_THROW(SkipObjectDescription(&unterminated), EReadError);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Detection of the storage form
-
-TEST(FormatDetection, ByTheFirstBytes) {
-    // Each first character a text may begin with is pinned by the storage's wider detection.
-    const std::pair<std::string, TObjectStorageFormat> cases[] = {
-        {std::string("\xFF\x0A\x00", 3), osfResBin},
-        {"TPF0\x04TFoo", osfBin},
-        {"inherited A: TFoo", osfText},
-        {"\tobject", osfText}};
-    for (const auto& [head, format] : cases) {
-        TStringStream s("xx" + head);
-        s.SetPosition(2);
-        EXPECT_EQ(DetectObjectFormat(&s), format) << head;
-        EXPECT_EQ(s.GetPosition(), 2) << "the position is restored";
-    }
 }
