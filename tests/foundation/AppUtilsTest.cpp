@@ -81,14 +81,20 @@ TEST(Paths, TravelUpDirExtractFileNameExAndChangeFileName) {
     };
     auto change = [](std::string_view path) { return ChangeFileName(path, "New"); };
     const Case cases[] = {
-        {TravelUpDir, "C:\\a\\b\\", "C:\\a\\"}, {TravelUpDir, "C:\\a\\b  ", "C:\\a\\"},
-        {TravelUpDir, "abc", ""}, {TravelUpDir, "", ""}, {TravelUpDir, "/x", "/"},
+        {TravelUpDir, "C:\\a\\b\\", "C:\\a\\"},
+        {TravelUpDir, "C:\\a\\b  ", "C:\\a\\"},
+        {TravelUpDir, "abc", ""},
+        {TravelUpDir, "", ""},
+        {TravelUpDir, "/x", "/"},
         {TravelUpDir, "/home/user/src/", "/home/user/"},
-        {ExtractFileNameEx, "C:\\dir\\Unit1.pas", "Unit1"}, {ExtractFileNameEx, "C:Unit1.pas", "Unit1"},
-        {ExtractFileNameEx, "C:\\dir\\Makefile", "Makefile"}, {ExtractFileNameEx, "a.b.c", "a.b"},
+        {ExtractFileNameEx, "C:\\dir\\Unit1.pas", "Unit1"},
+        {ExtractFileNameEx, "C:Unit1.pas", "Unit1"},
+        {ExtractFileNameEx, "C:\\dir\\Makefile", "Makefile"},
+        {ExtractFileNameEx, "a.b.c", "a.b"},
         // A "." that stands only in the directory leaves no name.
         {ExtractFileNameEx, "C:\\my.dir\\Makefile", ""},
-        {change, "C:\\dir\\Unit1.pas", "C:\\dir\\New.pas"}, {change, "noext", "New"},
+        {change, "C:\\dir\\Unit1.pas", "C:\\dir\\New.pas"},
+        {change, "noext", "New"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(c.Fn(c.Path), c.Expected) << c.Path;
@@ -148,7 +154,8 @@ TEST(AddLogData, AppendsWithCrLfAndAFileOfTheMaximumStartsAnew) {
         const char* Expected;
     };
     const Step steps[] = {
-        {"first", 1000, "first\r\n"}, {"second", 1000, "first\r\nsecond\r\n"},
+        {"first", 1000, "first\r\n"},
+        {"second", 1000, "first\r\nsecond\r\n"},
         {"1234", 22, "first\r\nsecond\r\n1234\r\n"}, // 21 bytes: below the maximum
         {"next", 21, "next\r\n"},                    // exactly the maximum
         {"more", 7, "next\r\nmore\r\n"},
@@ -177,33 +184,6 @@ TEST(WinPlacement, TenNumbersInOrderAndBadTextsFail) {
     EXPECT_EQ(r, w);
     for (const char* bad : {"1,2,3,4,5,6,7,8,9", "1,2,3,4,x,6,7,8,9,10", ""})
         EXPECT_THROW(StringToWinPlacement(bad, r), rtl::EConvertError) << bad;
-}
-
-TEST(WinPlacement, GoesThroughTheWindowSystem) {
-    std::vector<TWindowPlacement> applied;
-    TWindowSystem ws;
-    ws.GetWindowPlacement = [](HWND wnd, TWindowPlacement& p) {
-        EXPECT_EQ(p.Length, 44u);
-        p.ShowCmd = 3;
-        p.NormalPosition = {1, 2, 3, reinterpret_cast<intptr_t>(wnd) == 42 ? 4 : 0};
-        return true;
-    };
-    ws.SetWindowPlacement = [&](HWND, const TWindowPlacement& p) {
-        applied.push_back(p);
-        return true;
-    };
-    WindowSystemGuard guard(ws);
-    HWND wnd = reinterpret_cast<HWND>(42);
-    EXPECT_EQ(GetWinPlacement(wnd), "0,3,0,0,0,0,1,2,3,4");
-    SetWinPlacement(wnd, "", true);
-    EXPECT_TRUE(applied.empty());
-    SetWinPlacement(wnd, "0,3,0,0,0,0,1,2,3,4", false);
-    SetWinPlacement(wnd, "0,3,0,0,0,0,1,2,3,4", true);
-    // Without showing, the command read stays; the length is the platform's.
-    const TWindowPlacement read{44, 0, 3, {}, {}, {1, 2, 3, 4}};
-    TWindowPlacement shown = read;
-    shown.ShowCmd = SW_SHOWNORMAL;
-    EXPECT_EQ(applied, (std::vector<TWindowPlacement>{read, shown}));
 }
 
 // --- hidden windows and keys -----------------------------------------------------------------

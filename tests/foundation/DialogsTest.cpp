@@ -63,13 +63,3 @@ TEST(Dialogs, StylesOwnerCaptionTextsAndYesOnlyForIdYes) {
     OwnerWnd = oldOwner;
     DialogCaption = oldCaption;
 }
-
-TEST(DialogsWithoutWindowSystem, ShowNothingAndAnswerZero) {
-    TWindowSystem old = SetWindowSystem({});
-    EXPECT_NO_THROW(ShowError("e"));
-    EXPECT_FALSE(QueryDialog("q"));
-    EXPECT_EQ(QueryDialogEx("q"), 0);
-    EXPECT_FALSE(WarningDialog("w"));
-    EXPECT_EQ(WarningDialogEx("w"), 0);
-    SetWindowSystem(old);
-}

@@ -45,7 +45,8 @@ TEST(IniStrings, TextIsReadAndWrittenBackByItsSyntax) {
         {{"[S]", "=x", "bare line", "[abc"}, "[S]|=x|bare line|[abc|"},
         {{"[S]", "=x", "bare", "k=v", "empty="}, "[S]|k=v|", true},
         {{"orphan=1", "; comment", "", "[A]", "; inner comment", "k=v", "", "x"}, "[A]|k=v|x|"},
-        {{"a=1", "b=2"}, ""}, {{"[ Two words ]", "k=1", "[Dup]", "a=1", "[dup]", "a=2", "b=3"},
+        {{"a=1", "b=2"}, ""},
+        {{"[ Two words ]", "k=1", "[Dup]", "a=1", "[dup]", "a=2", "b=3"},
          "[ Two words ]|k=1||[Dup]|a=1||[dup]|a=2|b=3|"},
     };
     for (const Case& c : cases)
@@ -138,20 +139,6 @@ TEST(IniStrings, ReadSectionSharesTheCellsAndReadSectionsAndSectionValues) {
 }
 
 // --- sorting modes ---------------------------------------------------------------------------
-
-TEST(IniStrings, SortedModesSurviveSetStrings) {
-    TIniStrings ini;
-    ini.Sort();
-    EXPECT_TRUE(ini.GetSectionSorted() && ini.KeySorted());
-    rtl::TStringList l;
-    for (const char* line : {"[Z]", "b=1", "a=2", "[A]", "k=v"})
-        l.Add(line);
-    ini.SetStrings(&l);
-    EXPECT_TRUE(ini.GetSectionSorted() && ini.GetSection("Z")->Sorted());
-    EXPECT_EQ(Text(ini), "[A]|k=v||[Z]|a=2|b=1|");
-    ini.UnSort();
-    EXPECT_FALSE(ini.GetSectionSorted() || ini.GetSection("Z")->Sorted());
-}
 
 TEST(IniStrings, KeySortedReachesNewSectionsOnlyThroughWriteString) {
     auto ini = Ini({"[S]", "b=1", "a=2"});

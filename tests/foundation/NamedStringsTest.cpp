@@ -47,19 +47,6 @@ TEST(SearchTable, AsciiComparingIgnoresCaseOfLatinLettersOnly) {
     EXPECT_TRUE(t.Find("\xC0", index));
 }
 
-TEST(SearchTable, AsciiComparingOrdersByCodeNotByLocale) {
-    // "_" (95) lies between upper and lower case in ASCII and before all letters in the
-    // locale's order; CompareText folds to upper case, so "_" follows the letters there.
-    TSearchTable t;
-    Fill(&t, "_x|a");
-    t.SetSorted(true);
-    EXPECT_EQ(Joined(&t), "_x|a");
-    t.SetAnsiComparing(false); // sorts again
-    EXPECT_EQ(Joined(&t), "a|_x");
-    t.SetAnsiComparing(true);
-    EXPECT_EQ(Joined(&t), "_x|a");
-}
-
 // --- TNamedStrings ---------------------------------------------------------------------------
 
 TEST(NamedStrings, NormalModeUsesThePlatformValues) {
@@ -72,21 +59,6 @@ TEST(NamedStrings, NormalModeUsesThePlatformValues) {
     n.SetNamedValue("Width", "");
     EXPECT_EQ(Joined(&n), "Height=20|Color=red");
     EXPECT_EQ(n.SearchTable()->Count(), 0);
-}
-
-TEST(NamedStrings, QuickSearchFindsByTheTable) {
-    auto n = Quick("Width=100|plain line|=x|Caption=a=b");
-    EXPECT_TRUE(n->GetQuickSearch());
-    EXPECT_EQ(n->SearchTable()->Count(), 2); // lines without a name stay out
-    // "=x" has no name: quick search can't find it.
-    EXPECT_EQ((Ints{LineOf(*n, "caption"), LineOf(*n, ""), LineOf(*n, "=x")}), (Ints{3, -1, -1}));
-    std::vector<std::string> values;
-    for (const char* name : {"Caption", "WIDTH", "Missing", "", "=x"})
-        values.push_back(n->GetNamedValue(name));
-    EXPECT_EQ(values, (std::vector<std::string>{"a=b", "100", "", "", ""}));
-    n->LeaveQuickSearchMode();
-    EXPECT_FALSE(n->GetQuickSearch());
-    EXPECT_EQ(n->SearchTable()->Count(), 0);
 }
 
 TEST(NamedStrings, KnownNamesFailToAddAndNewOnesAreFoundOnlyAfterRebuilding) {
@@ -177,7 +149,8 @@ TEST(TransformParams, NamedPairsUntilBareLinesCutTheArray) {
         std::vector<TParamPair> Out;
     };
     const Case cases[] = {
-        {"a=1|b=x=y|c=", {{"a", "1"}, {"b", "x=y"}, {"c", ""}}}, {"a=1|b", {{"a", "1"}}},
+        {"a=1|b=x=y|c=", {{"a", "1"}, {"b", "x=y"}, {"c", ""}}},
+        {"a=1|b", {{"a", "1"}}},
         {"b|a=1", {{"", ""}}}, // the named pair at the end is lost
         {"=lead", {}},
     };

@@ -174,38 +174,36 @@ TEST(StringPos, ForwardReverseAndBounds) {
     // ones clamp the start to the last place Sub fits; it bounds where a match begins, and the
     // match may reach beyond it.
     const PosCase<std::string_view> cases[] = {
-        {StringPos, "one two one", "one", 1, 1}, {StringPos, "one two one", "one", 2, 9},
-        {StringPos, "one two one", "one", 10, 0}, {StringPos, "one two one", "one", 9, 9},
-        {StringPos, "abc", "b", 0, 0}, {StringPos, "abc", "b", 4, 0}, {StringPos, "abc", "", 1, 1},
-        {StringPos, "", "", 1, 0}, {StringPosI, "One TWO", "two", 1, 5},
-        {StringPos, "One TWO", "two", 1, 0}, {StringPosR, "one two one", "one", -1, 9},
-        {StringPosR, "one two one", "one", 10, 9}, {StringPosR, "one two one", "one", 8, 1},
-        {StringPosR, "one two one", "one", 12, 0}, {StringPosR, "ab", "abc", -1, 0},
-        {StringPosR, "abc", "a", 0, 0}, {StringPosR, "xab", "ab", 2, 2},
+        {StringPos, "one two one", "one", 1, 1},
+        {StringPos, "one two one", "one", 2, 9},
+        {StringPos, "one two one", "one", 10, 0},
+        {StringPos, "one two one", "one", 9, 9},
+        {StringPos, "abc", "b", 0, 0},
+        {StringPos, "abc", "b", 4, 0},
+        {StringPos, "abc", "", 1, 1},
+        {StringPos, "", "", 1, 0},
+        {StringPosI, "One TWO", "two", 1, 5},
+        {StringPos, "One TWO", "two", 1, 0},
+        {StringPosR, "one two one", "one", -1, 9},
+        {StringPosR, "one two one", "one", 10, 9},
+        {StringPosR, "one two one", "one", 8, 1},
+        {StringPosR, "one two one", "one", 12, 0},
+        {StringPosR, "ab", "abc", -1, 0},
+        {StringPosR, "abc", "a", 0, 0},
+        {StringPosR, "xab", "ab", 2, 2},
         {StringPosRI, "x ONE one", "One", -1, 7},
     };
     ExpectPositions(cases);
     EXPECT_EQ(StringPos("one two one", "one"), 1);
     EXPECT_EQ(StringPosR("one two one", "one"), 9);
     const FindCase<std::string_view> finds[] = {
-        {FindStrPos, "begin end", "end", 1, true, 7}, {FindStrPos, "begin end", "END", 1, false, 0},
+        {FindStrPos, "begin end", "end", 1, true, 7},
+        {FindStrPos, "begin end", "END", 1, false, 0},
         {FindStrPosI, "begin end", "END", 1, true, 7},
         {FindStrPosR, "(* a *) (* b *)", "(*", -1, true, 9},
         {FindStrPosRI, "AbAB", "ab", 2, true, 1},
     };
     ExpectFinds(finds);
-}
-
-TEST(CopyToStr, ForwardAndReverse) {
-    const CopyCase<std::string_view> cases[] = {
-        {CopyToStr, "a := b", ":=", false, 1, true, "a ", 3},
-        {CopyToStr, "x AND y", "and", true, 1, true, "x ", 3},
-        {CopyToStrR, "one<>two<>three", "<>", false, -1, true, "three", 9},
-        {CopyToStrR, "one<>two<>three", "<>", false, 8, true, "two", 4},
-        {CopyToStrR, "abc", "xy", false, -1, false, "untouched", 0},
-        {CopyToStr, "abc", "xy", false, 1, false, "untouched", 0},
-    };
-    ExpectCopies(cases);
 }
 
 TEST(FindStrPosEx, PlainPosOverTheWholeString) {
@@ -233,12 +231,16 @@ TEST(StrReplace, FirstLastOrAllGoingOnAfterTheInsertedText) {
         {"a-b-c", "-", "+", true, false, "a+b+c", "a+b+c"},
         {"a-B-b", "b", "x", true, false, "a-B-x", "a-B-x"},
         {"a-B-b", "b", "x", true, true, "a-x-x", "a-x-x"},
-        {"abc", "z", "y", true, false, "abc", "abc"}, {"", "z", "y", false, false, "", ""},
-        {"aaa", "a", "", true, false, "", ""}, {"abc", "", "X", true, false, "abc", "abc"},
+        {"abc", "z", "y", true, false, "abc", "abc"},
+        {"", "z", "y", false, false, "", ""},
+        {"aaa", "a", "", true, false, "", ""},
+        {"abc", "", "X", true, false, "abc", "abc"},
         {"abc", "", "X", false, false, "Xabc", "abXc"},
-        {"aa", "a", "aa", true, false, "aaaa", "aaaa"}, {"x", "x", "xx", true, true, "xx", "xx"},
+        {"aa", "a", "aa", true, false, "aaaa", "aaaa"},
+        {"x", "x", "xx", true, true, "xx", "xx"},
         // From the right a match may reach into the one replaced before it.
-        {"aaa", "aa", "b", true, false, "ba", "bb"}, {"-x-", "-", "", true, false, "x", "x"},
+        {"aaa", "aa", "b", true, false, "ba", "bb"},
+        {"-x-", "-", "", true, false, "x", "x"},
         {"Ab-aB", "ab", "c", false, true, "c-aB", "Ab-c"},
     };
     for (const Case& c : cases) {
@@ -288,25 +290,21 @@ TEST(ReadWord, TheFirstWordOfTheLineOnlyASpaceEnds) {
         int Next;
     };
     const Case cases[] = {
-        {"procedure Foo;", 1, "procedure", 10}, {"  function Bar: Integer;", 1, "function", 11},
-        {"one two", 5, "one", 4}, {"procedure\tFoo", 1, "procedure\tFoo", 14},
-        {"   alone", 1, "   alone", 9}, {"   alone", 4, "alone", 9}, {"alone", 3, "one", 6},
-        {"   \t ", 1, "", 42}, {"", 1, "", 42},
+        {"procedure Foo;", 1, "procedure", 10},
+        {"  function Bar: Integer;", 1, "function", 11},
+        {"one two", 5, "one", 4},
+        {"procedure\tFoo", 1, "procedure\tFoo", 14},
+        {"   alone", 1, "   alone", 9},
+        {"   alone", 4, "alone", 9},
+        {"alone", 3, "one", 6},
+        {"   \t ", 1, "", 42},
+        {"", 1, "", 42},
     };
     for (const Case& c : cases) {
         int next = 42;
         EXPECT_EQ(ReadWord(c.S, next, c.Start), c.Word) << c.S;
         EXPECT_EQ(next, c.Next) << c.S;
     }
-}
-
-TEST(GetWord, TrueForAWord) {
-    std::string w;
-    int next = 0;
-    EXPECT_EQ((Strs{std::to_string(GetWord("property X", w, next)) + w,
-                    std::to_string(GetWord("    ", w, next)) + w, NextWord("constructor Create;"),
-                    NextWord("")}),
-              (Strs{"1property", "0", "constructor", ""}));
 }
 
 TEST(FindWordInLine, LooksOnlyAtTheFirstWord) {

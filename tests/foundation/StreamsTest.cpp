@@ -111,7 +111,10 @@ TEST(StringReader, EverySourceGivesTheSameStrings) {
     };
     // Chunks of 100 put the CR of the last case at byte 100 and its LF at byte 101.
     const std::vector<Case> cases = {
-        {"", "\r\n"}, {"one\r\ntwo\r\n\r\nlast", "\r\n"}, {"a;;b;;;;c;", ";;"}, {"aaaaa", "aa"},
+        {"", "\r\n"},
+        {"one\r\ntwo\r\n\r\nlast", "\r\n"},
+        {"a;;b;;;;c;", ";;"},
+        {"aaaaa", "aa"},
         {"xabaabax", "aba"},
         {std::string(1000, 'y') + "\r\nz\r\n" + std::string(1000, 'y'), "\r\n"},
         {std::string(99, 'x') + "\r\n" + std::string(98, 'w') + "\r", "\r\n"}};
@@ -191,19 +194,6 @@ TEST_F(MappedFile, ReadsTheFileThroughTheViewWritesNeverGrowItAndSavesIt) {
     saved.SaveToFile(copy);
     EXPECT_EQ((Strings{s.DataString(), ReadFile(copy)}), (Strings{"01234567XY", "01234567XY"}));
     fs::remove(copy);
-}
-
-TEST_F(MappedFile, NewSizeGrowsOrCreatesTheFile) {
-    fs::remove(name);
-    for (int64_t size : {16, 32}) {
-        {
-            TMappedFileStream m(name, true, size, false);
-            EXPECT_EQ(m.GetSize(), size);
-            if (size == 16) m.Write("hello", 5);
-        }
-        EXPECT_EQ(fs::file_size(name), static_cast<uintmax_t>(size));
-        EXPECT_EQ(ReadFile(name).substr(0, 5), "hello");
-    }
 }
 
 TEST_F(MappedFile, SeekHasNoBoundsCheck) {
