@@ -189,12 +189,6 @@ TEST(ObjectSaver, SafeLoadAnswersFalseWithoutAMessage) {
     EXPECT_FALSE(saver.SafeLoadObjects(objs, dir.File("damaged.sbn")));
     EXPECT_TRUE(dialogs.texts.empty());
     EXPECT_EQ(foo.Caption, "kept");
-
-    saver.SaveObjects(objs, {}, dir.File("good.sbn"));
-    TFoo copy;
-    TPersistent* dst[] = {&copy};
-    EXPECT_TRUE(saver.SafeLoadObjects(dst, dir.File("good.sbn")));
-    EXPECT_EQ(copy.Caption, "kept");
 }
 
 TEST(ObjectSaver, AFailedFileSaveLeavesTheOldFile) {

@@ -133,16 +133,6 @@ void Fill(TKeyed& keyed, const std::string& spec) {
 // ---------------------------------------------------------------------------------------------
 // TFixedCollection
 
-TEST(FixedCollection, AddRefusesAKeyTwiceCaseSensitively) {
-    TKeyed keyed;
-    keyed.AddItem("Alpha", 1);
-    TSpcItem* other = keyed.Add("alpha");
-    EXPECT_EQ(As<TKeyedItem>(other)->Key, "alpha");
-    EXPECT_EQ(model::MessageOf<EFixedCollectionError>([&] { keyed.Add("Alpha"); }),
-              "Collection\x92s element ''Alpha'' already exists.");
-    EXPECT_EQ(keyed.Count(), 2);
-}
-
 TEST(FixedCollection, FileUpdatesTheItemsWhoseKeysItNamesAndMakesNone) {
     const struct {
         const char *what, *file, *program;
