@@ -65,14 +65,6 @@ TEST_F(PersistenceInterop, SaveObjectTextConvertsBackToTheSameBytes) {
     for (std::string line; std::getline(lines, line);)
         if (line.rfind("stored Instance --> ", 0) != 0) objectsOnly += line + "\n";
     EXPECT_EQ(Fpc("t2b", objectsOnly), binary.DataString());
-    // Our own loader reads the text with its description lines.
-    Objects copy;
-    TObject* dst[] = {&copy.widget, &copy.sample, &copy.foo};
-    text.SetPosition(0);
-    LoadObjectText(dst, &text);
-    EXPECT_EQ(copy.sample.Text, o.sample.Text);
-    EXPECT_EQ(copy.sample.Wide, o.sample.Wide);
-    EXPECT_EQ(copy.widget.GetLines()->Count(), 2);
 }
 
 TEST_F(PersistenceInterop, ResourceFormReadsAsTheSameObjects) {
