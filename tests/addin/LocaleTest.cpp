@@ -20,11 +20,14 @@ protected:
 
 TEST_F(LocaleTest, ThePackageHoldsTheTextsAsTheyStand) {
     const std::pair<int, const char*> texts[] = {
-        {SSpecialSettings, "Special settings"}, {SLabelItemCaption, "menu item\x92s text"},
+        {SSpecialSettings, "Special settings"},
+        {SLabelItemCaption, "menu item\x92s text"},
         {SLabelSafeStringMoving, "Drag selected block##with safe mode"},
         {SNegativeFileSize, "New file size should not be less than zero."},
-        {51080, "Processor\x92s registers"}, {51206, "Enable enhanced darw##for the list items"},
-        {51264, "Hotkey for modules sort"}, {65523, "##"},
+        {51080, "Processor\x92s registers"},
+        {51206, "Enable enhanced darw##for the list items"},
+        {51264, "Hotkey for modules sort"},
+        {65523, "##"},
     };
     for (const auto& [id, text] : texts) {
         EXPECT_EQ(LocaleStr(id), text) << id;

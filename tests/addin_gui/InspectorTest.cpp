@@ -20,7 +20,9 @@ protected:
         ASSERT_TRUE(WaitFor([this] { return Combo() && Combo()->count() > 0; }));
     }
 
-    QComboBox* Combo() const { return main->Inspector()->findChild<QComboBox*>("InspectorFormCombo"); }
+    QComboBox* Combo() const {
+        return main->Inspector()->findChild<QComboBox*>("InspectorFormCombo");
+    }
     bool ListedIs(const QStringList& names) {
         return WaitFor([&] { return Texts(Combo()) == names; });
     }
@@ -38,7 +40,9 @@ protected:
         if (m && m->FormEditor()) m->FormEditor()->Show();
         QApplication::processEvents();
     }
-    QAction* Item(int tag) const { return main->Inspector()->findChild<QAction*>(QStringLiteral("InspectorItem%1").arg(tag)); }
+    QAction* Item(int tag) const {
+        return main->Inspector()->findChild<QAction*>(QStringLiteral("InspectorItem%1").arg(tag));
+    }
 
     TNotifyEvent closeAll_;
     QStringList ownItems_;
@@ -68,7 +72,8 @@ TEST_F(InspectorTest, TheListFollowsOpensClosesRenamesAndTheActiveForm) {
     ASSERT_TRUE(ListedIs({"InfoFrame", "MainForm", "SettingsForm"}));
     // The form brought to the front is the one chosen in the bar.
     main->Designers()->Window(FormOf("Settings.pas"))->activateWindow();
-    EXPECT_TRUE(WaitFor([this] { return Combo()->currentText() == QStringLiteral("SettingsForm"); }));
+    EXPECT_TRUE(
+        WaitFor([this] { return Combo()->currentText() == QStringLiteral("SettingsForm"); }));
 
     FormOf("Settings.pas")->GetRootComponent()->SetPropByName("Name", "OptionsForm");
     EXPECT_TRUE(ListedIs({"InfoFrame", "MainForm", "OptionsForm"}));
@@ -86,8 +91,10 @@ TEST_F(InspectorTest, TheListFollowsOpensClosesRenamesAndTheActiveForm) {
 }
 
 TEST_F(InspectorTest, ThePopupMenuLeadsWithTheBarsCommands) {
+    // clang-format off
     const QStringList head = {"Display panel", "Project forms only", "Return focus", "-",
                               "Select parent", "Select form", "-", "Show form", "-"};
+    // clang-format on
     QStringList items = MenuCaptions(main->Inspector()->PopupMenu()->actions());
     EXPECT_EQ(items.mid(0, head.size()), head);
     EXPECT_EQ(items.mid(head.size()), ownItems_);

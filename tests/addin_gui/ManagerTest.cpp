@@ -41,7 +41,8 @@ TEST_F(ManagerTest, TheMenuIsBuiltOnTheFirstTurnOfTheEventLoopBeforeTools) {
         {"Settings", ""}, {"About...", ""}};
     // clang-format on
     QList<QAction*> items = ExpertsMenu()->actions();
-    ASSERT_EQ(items.size(), int(std::size(expected))) << MenuCaptions(items).join(',').toStdString();
+    ASSERT_EQ(items.size(), int(std::size(expected)))
+        << MenuCaptions(items).join(',').toStdString();
     QWidget* actionList = IDEService<INTAServices>()->GetActionList();
     for (int i = 0; i < items.size(); ++i) {
         SCOPED_TRACE(expected[i].Caption.toStdString());
@@ -96,9 +97,9 @@ TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
          at = text.find("Active = True", at + 1))
         ++experts;
     SetStoredValues(std::vector<TStoredChange>(experts, off));
-    EXPECT_EQ(MenuCaptions(ExpertsMenu()->actions()),
-              (QStringList{QStringLiteral("-"), QStringLiteral("Settings"),
-                           QStringLiteral("About...")}));
+    EXPECT_EQ(
+        MenuCaptions(ExpertsMenu()->actions()),
+        (QStringList{QStringLiteral("-"), QStringLiteral("Settings"), QStringLiteral("About...")}));
     StopAddin();
     EXPECT_NE(SettingsText().find("ExpertName = 'EditorManager'"), std::string::npos);
     SetStoredValues(std::vector<TStoredChange>(experts, on));

@@ -76,6 +76,7 @@ TEST_F(SettingsMenuTest, AChosenLanguageRebuildsTheMenuInItAtOnceAndStaysChosen)
         QString Choice, ViewForms, UnitManager, Checked;
         QStringList Entries;
     };
+    // clang-format off
     const TCase cases[] = {
         {"Russian", "Просмотр форм...", "Менеджер модулей", "Русский",
          {"Default (Английский)", "-", "Английский", "Немецкий", "Русский", "-", "Modules..."}},
@@ -88,6 +89,7 @@ TEST_F(SettingsMenuTest, AChosenLanguageRebuildsTheMenuInItAtOnceAndStaysChosen)
         {"Russian", "Просмотр форм...", "Менеджер модулей", "Русский",
          {"Default (Английский)", "-", "Английский", "Немецкий", "Русский", "-", "Modules..."}},
     };
+    // clang-format on
     for (const TCase& c : cases) {
         SCOPED_TRACE(c.Choice.toStdString());
         Choose(c.Choice, c.ViewForms);
@@ -297,7 +299,8 @@ TEST_F(SettingsDialogTest, ClosedWithoutSavingChangesNothing) {
     QPointer<QMenu> old = ExpertsMenu();
     EditSettings([this](Form* form) {
         Select(form, Node(form, {"Experts menu", "View Forms..."}));
-        Control<QKeySequenceEdit>(form, "ShortCutText")->setKeySequence(QKeySequence("Ctrl+Shift+F6"));
+        Control<QKeySequenceEdit>(form, "ShortCutText")
+            ->setKeySequence(QKeySequence("Ctrl+Shift+F6"));
         Close(form, false);
     });
     RunLoop(50);

@@ -105,22 +105,21 @@ TEST_F(UnitsTest, SortAndMovesRewriteTheEditorsTabRow) {
     Click(List(), 1); // Utils, after Main
     struct TStep {
         const char* Name;
-        Qt::Key Key;
-        Qt::KeyboardModifiers Mods;
+        Qt::Key Key; // with Alt
         TNames Expected;
         std::vector<int> Selected;
     };
     const TStep steps[] = {
-        {"right", Qt::Key_Right, Qt::AltModifier, {"Main", "Settings", "Utils", "DataMod", "Frame1"}, {2}},
-        {"left", Qt::Key_Left, Qt::AltModifier, {"Main", "Utils", "Settings", "DataMod", "Frame1"}, {1}},
-        {"left again", Qt::Key_Left, Qt::AltModifier, {"Utils", "Main", "Settings", "DataMod", "Frame1"}, {0}},
-        {"left at the edge", Qt::Key_Left, Qt::AltModifier, {"Utils", "Main", "Settings", "DataMod", "Frame1"}, {0}},
-        {"sort ascending", Qt::Key_R, Qt::AltModifier, {"DataMod", "Frame1", "Main", "Settings", "Utils"}, {1}},
-        {"sort descending", Qt::Key_R, Qt::AltModifier, {"Utils", "Settings", "Main", "Frame1", "DataMod"}, {3}},
+        {"right", Qt::Key_Right, {"Main", "Settings", "Utils", "DataMod", "Frame1"}, {2}},
+        {"left", Qt::Key_Left, {"Main", "Utils", "Settings", "DataMod", "Frame1"}, {1}},
+        {"left again", Qt::Key_Left, {"Utils", "Main", "Settings", "DataMod", "Frame1"}, {0}},
+        {"left at the edge", Qt::Key_Left, {"Utils", "Main", "Settings", "DataMod", "Frame1"}, {0}},
+        {"sort ascending", Qt::Key_R, {"DataMod", "Frame1", "Main", "Settings", "Utils"}, {1}},
+        {"sort descending", Qt::Key_R, {"Utils", "Settings", "Main", "Frame1", "DataMod"}, {3}},
     };
     for (const TStep& s : steps) {
         SCOPED_TRACE(s.Name);
-        Key(s.Key, s.Mods);
+        Key(s.Key, Qt::AltModifier);
         EXPECT_EQ(Items(), s.Expected);
         EXPECT_EQ(TabTexts(), s.Expected);
         EXPECT_EQ(Selected(), s.Selected);
@@ -238,13 +237,15 @@ TEST_F(UnitsTest, ClosingAsksForAModifiedUnitAndCancelKeepsIt) {
 TEST_F(UnitsTest, TheProjectSourceAndTwinNamesCloseByPageAfterEachPrompt) {
     // A second Utils.pas from another directory.
     testfiles::TTempDir other;
-    testfiles::WriteFile(other.File("Utils.pas"), "unit Utils;\r\ninterface\r\nimplementation\r\nend.\r\n");
+    testfiles::WriteFile(other.File("Utils.pas"),
+                         "unit Utils;\r\ninterface\r\nimplementation\r\nend.\r\n");
     model->OpenModuleFile(other.File("Utils.pas"), TOpenMode::Show);
     Open("Example.dpr");
     Open("Utils.pas");
     QTest::keyClicks(Editor(), "kept");
     const TNames before = TabTexts();
-    ASSERT_EQ(before, TNames({"Main", "Utils", "Settings", "DataMod", "Frame1", "Utils", "Example"}));
+    ASSERT_EQ(before,
+              TNames({"Main", "Utils", "Settings", "DataMod", "Frame1", "Utils", "Example"}));
     ShowWindow();
     Click(List(), 1);
     Click(List(), 5, Qt::ControlModifier);

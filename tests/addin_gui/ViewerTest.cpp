@@ -13,7 +13,8 @@ protected:
     void SetUp() override {
         AddinFixture::SetUp();
         for (int i = 0; i < 2; ++i)
-            original_[i] = Application->GetActionExecute(Button(i == 0 ? "ViewUnitButton" : "ViewFormButton"));
+            original_[i] =
+                Application->GetActionExecute(Button(i == 0 ? "ViewUnitButton" : "ViewFormButton"));
         StartAddin();
         // The tool bar is taken over once the posted hook has run.
         ASSERT_TRUE(WaitFor([this] { return Hooked(); }));
@@ -87,7 +88,9 @@ protected:
             if (w->Root() && w->Root()->Name == formName) return w;
         return nullptr;
     }
-    bool IsOpen(const std::string& file) const { return model->FindOpenModule(File(file)) != nullptr; }
+    bool IsOpen(const std::string& file) const {
+        return model->FindOpenModule(File(file)) != nullptr;
+    }
 
     TNotifyEvent original_[2];
 };
@@ -161,8 +164,10 @@ TEST_F(ViewerTest, PreviewBorrowsTheDesignerWindowAndGivesItBack) {
         Preview(true);
         QWidget* panel = Child<QWidget>("FormPanel");
         Choose(Row("SettingsForm"));
-        ASSERT_TRUE(WaitFor([&] { return DesignerOf("SettingsForm") &&
-                                         DesignerOf("SettingsForm")->parentWidget() == panel; }));
+        ASSERT_TRUE(WaitFor([&] {
+            return DesignerOf("SettingsForm") &&
+                   DesignerOf("SettingsForm")->parentWidget() == panel;
+        }));
         EXPECT_TRUE(IsOpen("Settings.pas"));
         EXPECT_EQ(panel->size(), DesignerOf("SettingsForm")->size());
         EXPECT_EQ(Status(1), QStringLiteral("TForm"));
@@ -194,8 +199,10 @@ TEST_F(ViewerTest, PreviewBorrowsTheEditorReadOnlyAndGivesItBackIntoItsWindow) {
         Preview(true);
         QWidget* box = Child<QWidget>("UnitBox");
         Choose(Row("Utils"));
-        ASSERT_TRUE(WaitFor([&] { return Editor()->parentWidget() == box && View() &&
-                                         View()->Buffer().GetFileName() == File("Utils.pas"); }));
+        ASSERT_TRUE(WaitFor([&] {
+            return Editor()->parentWidget() == box && View() &&
+                   View()->Buffer().GetFileName() == File("Utils.pas");
+        }));
         readOnlyInPreview = View()->Buffer().IsReadOnly();
         editWindowHidden = !EditWindow()->isVisible();
         EXPECT_EQ(Editor()->geometry(), box->contentsRect());
@@ -261,7 +268,8 @@ TEST_F(ViewerTest, TheBlockCommandsWorkOnThePreviewedUnitWhoseEditIsSavedWhenAsk
     InUnitViewer([&] {
         Preview(true);
         Choose(Row("Utils"));
-        ASSERT_TRUE(WaitFor([&] { return View() && View()->Buffer().GetFileName() == File("Utils.pas"); }));
+        ASSERT_TRUE(
+            WaitFor([&] { return View() && View()->Buffer().GetFileName() == File("Utils.pas"); }));
         Mark(View(), {1, 1}, {3, 1});
         Application->UpdateActions();
         QTest::keyClick(List(), Qt::Key_Period, Qt::ControlModifier);
@@ -286,8 +294,9 @@ TEST_F(ViewerTest, OkOpensEveryChosenModuleAfterTheViewerHasGone) {
     EXPECT_EQ(View()->Buffer().GetFileName(), File("Utils.pas"));
 
     // With nothing selected, the focused item is opened.
-    InFormViewer([&] { List()->setCurrentRow(Row("DataModuleMain"), QItemSelectionModel::NoUpdate); },
-                 "btnOk");
+    InFormViewer(
+        [&] { List()->setCurrentRow(Row("DataModuleMain"), QItemSelectionModel::NoUpdate); },
+        "btnOk");
     EXPECT_TRUE(IsOpen("DataMod.pas"));
 }
 
@@ -298,8 +307,9 @@ TEST_F(ViewerTest, FaultsLeaveNothingBorrowedAndNoModuleOpenThatTheUserDidNotOpe
         const char* Form;
         const char* Text;
     };
-    const TCase cases[] = {{"damaged", "Settings.dfm", "object SettingsForm: TForm\n  Caption = 'x\n"},
-                           {"missing", "DataMod.dfm", nullptr}};
+    const TCase cases[] = {
+        {"damaged", "Settings.dfm", "object SettingsForm: TForm\n  Caption = 'x\n"},
+        {"missing", "DataMod.dfm", nullptr}};
     for (const TCase& c : cases) {
         SCOPED_TRACE(c.Name);
         if (c.Text)

@@ -26,7 +26,8 @@ protected:
         editor->IniFileName = "/dev/null";
     }
     void TearDown() override {
-        for (auto& w : wbtest::ModalWatches()) delete w.data();
+        for (auto& w : wbtest::ModalWatches())
+            delete w.data();
         wbtest::ModalWatches().clear();
         if (TSpcForm* form = editor->Form()) {
             editor->UndoChanges();
@@ -54,7 +55,8 @@ protected:
     // by address.
     std::vector<TControlInfo*> ShownRows() const {
         std::vector<TControlInfo*> rows;
-        for (const auto& info : editor->Controls()) rows.push_back(info.get());
+        for (const auto& info : editor->Controls())
+            rows.push_back(info.get());
         auto place = [](const TControlInfo* info) {
             QWidget* w = info->Control.data();
             return std::pair{info->AreaIndex, w->parent()->children().indexOf(w)};
@@ -74,10 +76,13 @@ protected:
             QString value;
             if (auto* edit = qobject_cast<QLineEdit*>(w)) value = edit->text();
             if (auto* combo = qobject_cast<QComboBox*>(w)) value = combo->currentText();
-            if (auto* check = qobject_cast<QCheckBox*>(w)) value = QString::number(check->isChecked());
+            if (auto* check = qobject_cast<QCheckBox*>(w))
+                value = QString::number(check->isChecked());
             if (auto* spin = qobject_cast<QSpinBox*>(w)) value = spin->text();
-            if (auto* key = qobject_cast<QKeySequenceEdit*>(w)) value = key->keySequence().toString();
-            if (auto* time = qobject_cast<QDateTimeEdit*>(w)) value = time->dateTime().toString(Qt::ISODate);
+            if (auto* key = qobject_cast<QKeySequenceEdit*>(w))
+                value = key->keySequence().toString();
+            if (auto* time = qobject_cast<QDateTimeEdit*>(w))
+                value = time->dateTime().toString(Qt::ISODate);
             if (auto* memo = qobject_cast<QPlainTextEdit*>(w)) value = memo->toPlainText();
             if (auto* list = qobject_cast<QListWidget*>(w)) {
                 QStringList items;

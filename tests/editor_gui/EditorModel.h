@@ -2,9 +2,9 @@
 // collection and a collection of another item class: what the editor's tests edit.
 #pragma once
 
-#include "tests/specification/SpcModel.h"
 #include "persistence/SpcObjects.h"
 #include "rtl/Classes.h"
+#include "tests/specification/SpcModel.h"
 
 #include <memory>
 #include <string>
@@ -57,7 +57,8 @@ class TMarks : public TSpcCollection {
     RTL_CLASS(TMarks, TSpcCollection)
 public:
     using TConstructorArg = TPersistent;
-    explicit TMarks(TPersistent* owner = nullptr) : TSpcCollection(owner, TMarkItem::StaticClass()) {}
+    explicit TMarks(TPersistent* owner = nullptr)
+        : TSpcCollection(owner, TMarkItem::StaticClass()) {}
 };
 
 class TEdSettings : public TSpcObject {

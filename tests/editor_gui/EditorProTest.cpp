@@ -39,7 +39,8 @@ TEST_F(EditorProTest, EachRicherTypeGetsItsControlWithItsValue) {
     EXPECT_EQ(Tree()->currentItem()->childCount(), 0)
         << "string lists, fonts and pictures are rows, not nodes";
     EXPECT_EQ(Rows(), "Depth=3 Layout=loTree Columns=[Name+ Size Date+] Sort=Descending "
-                      "Notes=one\ntwo Font=" + View()->GetFont()->Name + " Picture=");
+                      "Notes=one\ntwo Font=" +
+                          View()->GetFont()->Name + " Picture=");
     EXPECT_EQ(Control<TFontEdit>("Font")->SelFont().Name, View()->GetFont()->Name);
     EXPECT_FALSE(Control<TSpcImage>("Picture")->HasGraphic());
 }
@@ -51,9 +52,9 @@ TEST_F(EditorProTest, ValuesGoBackIntoTheObjects) {
     Control<TColorEdit>("Back")->SetColorValue(clBlue);
     Control<THotKeyEx>("KeyText")->setKeySequence(QKeySequence("Alt+X"));
     Control<QDateTimeEdit>("Since")->setDate(QDate(2001, 1, 1));
-    EXPECT_EQ(std::make_tuple(int(live.Depth), live.Back, std::string(live.KeyText),
-                              double(live.Since)),
-              std::make_tuple(9, clBlue, std::string("Alt+X"), 36892.0));
+    EXPECT_EQ(
+        std::make_tuple(int(live.Depth), live.Back, std::string(live.KeyText), double(live.Since)),
+        std::make_tuple(9, clBlue, std::string("Alt+X"), 36892.0));
     Tree()->setCurrentItem(Tree()->topLevelItem(0)->child(0));
     QApplication::processEvents();
     Control<QListWidget>("Columns")->item(1)->setCheckState(Qt::Checked);

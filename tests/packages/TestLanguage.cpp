@@ -8,7 +8,8 @@ const zelvane::TResStringEntry kTexts[] = {
     {51120, "Experteneinstellungen"},
     {51123, "Besondere Einstellungen"},
     {51040, "Formulare anzeigen..."},
-    {50550, "Die neue Dateigr\xF6\xDF" "e darf nicht negativ sein."},
+    {50550, "Die neue Dateigr\xF6\xDF"
+            "e darf nicht negativ sein."},
 };
 
 } // namespace

@@ -98,6 +98,13 @@ TEST(ObjectStorage, ExtendedFormHasItsOwnSignature) {
     EXPECT_EQ(foo.Width, 100);
 }
 
+TEST(ObjectStorage, SetFormatRefusesUnknownStreams) {
+    TObjectStorage storage;
+    TStringStream stream("garbage");
+    EXPECT_EQ(MessageOf<EObjectStorageError>([&] { storage.SetFormat(&stream); }), SInvalidImage);
+    EXPECT_EQ(storage.Format, osfBin);
+}
+
 TEST(ObjectStorage, ReaderAndWriterHooksAndErrors) {
     struct THooks : TObject {
         int readers = 0, writers = 0;
@@ -207,6 +214,15 @@ TEST(TypeListings, MethodParameters) {
                          "Param 2 > const Items:  array of Integer\r\nParam 3 > out Res: string\r\n"
                          "Param 4 > address Addr: Pointer\r\nParam 5 > reference Ref: TObject\r\n"
                          "Param 6 > Plain: Byte\r\nReturns > Boolean\r\n");
+}
+
+TEST(TypeListings, OtherTypesGiveNoParameters) {
+    TStringList list;
+    list.Add("stale");
+    GetMethodParams(TypeInfo<int32_t>(), &list);
+    EXPECT_EQ(list.Count(), 0);
+    GetMethodParams(nullptr, &list);
+    EXPECT_EQ(list.Count(), 0);
 }
 
 } // namespace

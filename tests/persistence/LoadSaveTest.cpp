@@ -63,6 +63,15 @@ TEST(RoundTrip, ExtendedBinaryHasOneSignatureAndBarePropertyLists) {
     EXPECT_EQ(dst.Widths(), (std::vector<int32_t>{1, 0}));
 }
 
+TEST(RoundTrip, OtherFormsThanBinaryAndTextGiveNoString) {
+    Foos foo{3};
+    for (TObjectStorageFormat format : {osfResBin, osfExtBin}) {
+        EXPECT_EQ(PropsOf(foo.objs, format), "");
+        SetProps(foo.objs, "garbage", format);
+    }
+    EXPECT_EQ(foo.Widths(), std::vector<int32_t>{3});
+}
+
 // ---------------------------------------------------------------------------------------------
 // Loading into arrays
 

@@ -277,9 +277,10 @@ TEST(ObjectTextLayout, StreamNamesAreIdentifiersDottedWhereAllowed) {
         {"a.9", {false, false, false}},   {"a-b", {false, false, false}},
         {"a\xC0", {false, false, false}}, {"\xC0.a", {false, false, false}}};
     for (const auto& [name, want] : cases)
-        EXPECT_EQ(std::vector<bool>({IsStreamName(name, false, false), IsStreamName(name, true, false),
-                                     IsStreamName(name, true, true)}),
-                  want)
+        EXPECT_EQ(
+            std::vector<bool>({IsStreamName(name, false, false), IsStreamName(name, true, false),
+                               IsStreamName(name, true, true)}),
+            want)
             << name;
 }
 

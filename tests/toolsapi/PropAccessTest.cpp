@@ -49,10 +49,10 @@ TEST(PropAccess, PropertiesAndComponentsAreFoundByNameInAnyCase) {
     pane.setParent(&splitter);
     pane.setObjectName("DumpView");
     other.setObjectName("StackView"); // not on the form
-    EXPECT_EQ((std::vector<QObject*>{FindComponent(&form, "dumpview"),
-                                     FindComponent(&form, "StackView"), FindComponent(&form, ""),
-                                     FindComponent(nullptr, "DumpView")}),
-              (std::vector<QObject*>{&pane, nullptr, nullptr, nullptr}));
+    EXPECT_EQ(
+        (std::vector<QObject*>{FindComponent(&form, "dumpview"), FindComponent(&form, "StackView"),
+                               FindComponent(&form, ""), FindComponent(nullptr, "DumpView")}),
+        (std::vector<QObject*>{&pane, nullptr, nullptr, nullptr}));
 }
 
 TEST(PropAccess, WhatCannotBeDoneRaisesThePlatformsErrors) {

@@ -185,7 +185,9 @@ TEST(DamagedFormFiles, BadValuesTextsNestingAndForeignFilesRaiseNamingTheFile) {
 // keeps it, the text form is refused rather than written unreadable.
 TEST(DamagedFormFiles, AFloatTextCannotHoldIsRefusedInTextFormOnly) {
     const std::string infinity("\x05\0\0\0\0\0\0\0\x80\xFF\x7F", 11);
-    const std::string bytes = "TPF0\x06TForm1\x05" "Form1\x01P" + infinity + std::string(2, '\0');
+    const std::string bytes = "TPF0\x06TForm1\x05"
+                              "Form1\x01P" +
+                              infinity + std::string(2, '\0');
     TFormFile f = ReadFormFile(bytes, "Inf.dfm");
     EXPECT_EQ(WriteFormFile(*f.Root, TFormFileFormat::Binary), bytes);
     EXPECT_THROW(WriteFormFile(*f.Root, TFormFileFormat::Text), EFormFileError);
@@ -199,8 +201,11 @@ TEST(DamagedFormFiles, NestingTheReaderTakesWritesInBothForms) {
     for (int n = rtl::MaxNestingDepth - 2; n <= rtl::MaxNestingDepth + 1; ++n) {
         const std::string lists = std::string(n, '\x01') + std::string(n, '\x00');
         for (const std::string& bytes :
-             {root + "\x01P" + lists + std::string(2, '\0'),
-              root + "\x01" "C\x0E\x01\x01" "F" + lists + std::string(4, '\0')}) {
+             {root + "\x01P" + lists + std::string(2, '\0'), root +
+                                                                 "\x01"
+                                                                 "C\x0E\x01\x01"
+                                                                 "F" +
+                                                                 lists + std::string(4, '\0')}) {
             if (ErrorOf(bytes) != "<read>") continue;
             TFormFile f = ReadFormFile(bytes, "Deep.dfm");
             for (TFormFileFormat format : {TFormFileFormat::Binary, TFormFileFormat::Text}) {
