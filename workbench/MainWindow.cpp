@@ -610,6 +610,10 @@ void TMainForm::SyncEditWindow() {
 
 void TMainForm::RefreshProjectTree() {
     projectTree_->clear();
+    // The style's icons are made once per fill: made per item, each decodes its pictures anew,
+    // which made every module opened in a project of thousands of units take seconds.
+    const QIcon projectIcon = style()->standardIcon(QStyle::SP_DirIcon);
+    const QIcon moduleIcon = style()->standardIcon(QStyle::SP_FileIcon);
     for (int i = 0; i < model_->GetModuleCount(); ++i) {
         _di_IOTAModule module = model_->GetModule(i);
         auto* project = dynamic_cast<TProjectModule*>(module.get());
@@ -617,7 +621,7 @@ void TMainForm::RefreshProjectTree() {
         auto* top = new QTreeWidgetItem(projectTree_);
         top->setText(0, FromBytes(rtl::ExtractFileName(project->GetFileName())));
         top->setToolTip(0, FromBytes(project->GetFileName()));
-        top->setIcon(0, style()->standardIcon(QStyle::SP_DirIcon));
+        top->setIcon(0, projectIcon);
         top->setData(0, Qt::UserRole, FromBytes(project->GetFileName()));
         for (int m = 0; m < project->GetModuleCount(); ++m) {
             _di_IOTAModuleInfo info = project->GetModule(m);
@@ -628,7 +632,7 @@ void TMainForm::RefreshProjectTree() {
                                       ? QString()
                                       : QStringLiteral(" {") + FromBytes(form) + QLatin1Char('}')));
             item->setToolTip(0, FromBytes(info->GetFileName()));
-            item->setIcon(0, style()->standardIcon(QStyle::SP_FileIcon));
+            item->setIcon(0, moduleIcon);
             item->setData(0, Qt::UserRole, FromBytes(info->GetFileName()));
         }
         top->setExpanded(true);

@@ -135,6 +135,34 @@ TEST_F(ManagerTest, ADamagedSettingsFileGivesDefaultsAndTheWorkbenchStaysUp) {
     }
 }
 
+// A damaged file is read as far as it goes: a hot key changed before the break holds, and
+// auto-save, turned off before the break too, keeps the stop from writing over the file.
+TEST_F(ManagerTest, AFileBrokenOffAfterAutoSaveWasTurnedOffIsReadSoFarAndLeftAsItIs) {
+    StartAddin();
+    StopAddin();
+    std::string text = SettingsText();
+    for (const auto& [from, to] : {std::pair{"'Ctrl+.'", "'Ctrl+Alt+M'"},
+                                   {"AutoSaveSettings = True", "AutoSaveSettings = False"}}) {
+        size_t at = text.find(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        text.replace(at, std::string(from).size(), to);
+    }
+    rtl::TStringStream in(text), out;
+    rtl::ObjectTextToBinary(&in, &out);
+    std::string bytes = out.DataString();
+    const std::string off = "AutoSaveSettings\x08";
+    size_t at = bytes.find(off);
+    ASSERT_NE(at, std::string::npos);
+    bytes.resize(at + off.size());
+    testfiles::WriteFile(PackageFile("ExpData.spc"), bytes);
+    StartAddin();
+    QAction* right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
+    ASSERT_NE(right, nullptr);
+    EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+Alt+M"));
+    StopAddin();
+    EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")), bytes);
+}
+
 TEST_F(ManagerTest, AnExceptionInACommandIsLoggedWithTheStartTraceOnce) {
     StartAddin();
     TEditView* view = Open("Utils.pas");
