@@ -608,35 +608,40 @@ void TMainForm::SyncEditWindow() {
         editWindow_->show();
 }
 
+// The tree is asked to refresh on every module opened or closed, which seldom changes what it
+// shows. It is filled again only when its rows changed: filling it for a project of thousands of
+// units made each file opened wait, and a fill loses the user's selection and folding.
 void TMainForm::RefreshProjectTree() {
-    projectTree_->clear();
-    // The style's icons are made once per fill: made per item, each decodes its pictures anew,
-    // which made every module opened in a project of thousands of units take seconds.
-    const QIcon projectIcon = style()->standardIcon(QStyle::SP_DirIcon);
-    const QIcon moduleIcon = style()->standardIcon(QStyle::SP_FileIcon);
+    std::vector<TProjectTreeRow> rows;
     for (int i = 0; i < model_->GetModuleCount(); ++i) {
         _di_IOTAModule module = model_->GetModule(i);
         auto* project = dynamic_cast<TProjectModule*>(module.get());
         if (!project) continue;
-        auto* top = new QTreeWidgetItem(projectTree_);
-        top->setText(0, FromBytes(rtl::ExtractFileName(project->GetFileName())));
-        top->setToolTip(0, FromBytes(project->GetFileName()));
-        top->setIcon(0, projectIcon);
-        top->setData(0, Qt::UserRole, FromBytes(project->GetFileName()));
+        rows.push_back({FromBytes(rtl::ExtractFileName(project->GetFileName())),
+                        FromBytes(project->GetFileName()), true});
         for (int m = 0; m < project->GetModuleCount(); ++m) {
             _di_IOTAModuleInfo info = project->GetModule(m);
-            auto* item = new QTreeWidgetItem(top);
             std::string form = info->GetFormName();
-            item->setText(0, FromBytes(info->GetName()) +
-                                 (form.empty()
-                                      ? QString()
-                                      : QStringLiteral(" {") + FromBytes(form) + QLatin1Char('}')));
-            item->setToolTip(0, FromBytes(info->GetFileName()));
-            item->setIcon(0, moduleIcon);
-            item->setData(0, Qt::UserRole, FromBytes(info->GetFileName()));
+            QString text = FromBytes(info->GetName());
+            if (!form.empty()) text += QStringLiteral(" {") + FromBytes(form) + QLatin1Char('}');
+            rows.push_back({text, FromBytes(info->GetFileName()), false});
         }
-        top->setExpanded(true);
     }
+    if (rows == projectRows_) return;
+    projectRows_ = std::move(rows);
+    projectTree_->clear();
+    const QIcon projectIcon = style()->standardIcon(QStyle::SP_DirIcon);
+    const QIcon moduleIcon = style()->standardIcon(QStyle::SP_FileIcon);
+    QTreeWidgetItem* top = nullptr;
+    for (const TProjectTreeRow& row : projectRows_) {
+        auto* item = row.IsProject ? new QTreeWidgetItem(projectTree_) : new QTreeWidgetItem(top);
+        item->setText(0, row.Text);
+        item->setToolTip(0, row.File);
+        item->setIcon(0, row.IsProject ? projectIcon : moduleIcon);
+        item->setData(0, Qt::UserRole, row.File);
+        if (row.IsProject) top = item;
+    }
+    projectTree_->expandAll();
 }
 
 void TMainForm::ProjectItemActivated(QTreeWidgetItem* item) {

@@ -153,6 +153,13 @@ private:
     TEditWindowForm* editWindow_ = nullptr;
     QWidget* projectManager_ = nullptr;
     QTreeWidget* projectTree_ = nullptr;
+    // What the project tree shows: each project, then its modules.
+    struct TProjectTreeRow {
+        QString Text, File;
+        bool IsProject = false;
+        bool operator==(const TProjectTreeRow&) const = default;
+    };
+    std::vector<TProjectTreeRow> projectRows_;
     designer::TFormDesigners* designers_ = nullptr;
     designer::TObjectInspector* inspector_ = nullptr;
     // The designer window the model showed before the main form was up; ShowAll brings it up.

@@ -226,8 +226,12 @@ TEST_F(WorkbenchTest, ProjectManagerShowsTheProjectAndOpensAUnitOnActivation) {
     ASSERT_EQ(project->childCount(), 6);
     EXPECT_EQ(project->child(0)->text(0), QStringLiteral("Main {MainForm}"));
     EXPECT_EQ(project->child(3)->text(0), QStringLiteral("Frame1 {InfoFrame}"));
+    tree->setCurrentItem(project->child(4));
     emit tree->itemActivated(project->child(4), 0);
     EXPECT_EQ(Tabs()->GetTabText(Tabs()->GetTabIndex()), "Utils");
+    // Opening a file leaves the tree as it was, the user's choice in it too.
+    ASSERT_NE(tree->currentItem(), nullptr);
+    EXPECT_EQ(tree->currentItem()->text(0), QStringLiteral("Utils"));
 }
 
 // ---------------------------------------------------------------------------------------------
