@@ -130,13 +130,17 @@ protected:
         if (!std::filesystem::exists(PackageFile("ExpData.spc"))) StartAddin();
         StopAddin();
         std::string text = SettingsText();
+        ChangeStoredValues(text, changes);
+        testfiles::WriteFile(PackageFile("ExpData.spc"), text);
+        StartAddin();
+    }
+    // The changes made in the text form of a settings file.
+    static void ChangeStoredValues(std::string& text, const std::vector<TStoredChange>& changes) {
         for (const TStoredChange& c : changes) {
             size_t at = text.find(c.Name + " = " + c.From);
             ASSERT_NE(at, std::string::npos) << c.Name << " in\n" << text;
             text.replace(at, c.Name.size() + 3 + c.From.size(), c.Name + " = " + c.To);
         }
-        testfiles::WriteFile(PackageFile("ExpData.spc"), text);
-        StartAddin();
     }
     void SetStoredValue(const std::string& name, const std::string& from, const std::string& to) {
         SetStoredValues({{name, from, to}});

@@ -141,12 +141,9 @@ TEST_F(ManagerTest, AFileBrokenOffAfterAutoSaveWasTurnedOffIsReadSoFarAndLeftAsI
     StartAddin();
     StopAddin();
     std::string text = SettingsText();
-    for (const auto& [from, to] : {std::pair{"'Ctrl+.'", "'Ctrl+Alt+M'"},
-                                   {"AutoSaveSettings = True", "AutoSaveSettings = False"}}) {
-        size_t at = text.find(from);
-        ASSERT_NE(at, std::string::npos) << from;
-        text.replace(at, std::string(from).size(), to);
-    }
+    ChangeStoredValues(text, {{"ShortCutText", "'Ctrl+.'", "'Ctrl+Alt+M'"},
+                              {"AutoSaveSettings", "True", "False"}});
+    ASSERT_FALSE(HasFatalFailure());
     rtl::TStringStream in(text), out;
     rtl::ObjectTextToBinary(&in, &out);
     std::string bytes = out.DataString();
