@@ -616,9 +616,12 @@ bool TStringList::Find(const std::string& s, int& index) const {
 }
 
 int TStringList::IndexOf(const std::string& s) const {
-    if (!sorted_) return TStrings::IndexOf(s);
     int index;
-    return Find(s, index) ? index : -1;
+    if (sorted_) return Find(s, index) ? index : -1;
+    // Compared in place: the general search copies every string out through Get.
+    for (size_t i = 0; i < list_.size(); ++i)
+        if (CompareStrings(list_[i].Str, s) == 0) return static_cast<int>(i);
+    return -1;
 }
 
 std::string TStringList::Get(int index) const {

@@ -111,6 +111,10 @@ std::string TRegistry::ReadString(const std::string& name) {
 
 void TRegistry::WriteString(const std::string& name, const std::string& value) {
     auto store = OpenStore();
+    // A value written as it stands leaves the file alone: the add-in writes all its values back
+    // at every stop.
+    if (store->ValueExists(Section(), name) && store->ReadString(Section(), name, "") == value)
+        return;
     store->WriteString(Section(), name, value);
     SaveStore(*store);
 }

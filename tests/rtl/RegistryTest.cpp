@@ -1,11 +1,12 @@
 // The registry store: values under keys that survive a new registry object, keys compared
 // without regard to case, keys that are not made unless asked, and a store file that is not a
-// store.
+// store, and a file that is written only when a value changes.
 #include "rtl/Registry.h"
 
 #include "TestSupport.h"
 
 #include <optional>
+#include <sys/stat.h>
 
 using namespace rtl;
 using namespace rtltest;
@@ -75,6 +76,24 @@ TEST_F(RegistryTest, AStoreThatIsNotOneReadsEmptyAndIsWrittenAnew) {
     TRegistry again;
     ASSERT_TRUE(again.OpenKey("\\Software\\Zelvane", false));
     EXPECT_EQ(again.ReadString("ExpVersion"), "1.0");
+}
+
+TEST_F(RegistryTest, WritingAValueAsItStandsLeavesTheFileAlone) {
+    TRegistry reg;
+    ASSERT_TRUE(reg.OpenKey("\\Software\\Zelvane", true));
+    reg.WriteString("ExpVersion", "1.0");
+    // The store is replaced by a new file at each write, so a write shows in its inode.
+    auto inode = [] {
+        struct stat st {};
+        EXPECT_EQ(stat(TRegistry::StoreFileName().c_str(), &st), 0);
+        return st.st_ino;
+    };
+    auto before = inode();
+    reg.WriteString("ExpVersion", "1.0");
+    EXPECT_EQ(inode(), before);
+    reg.WriteString("ExpVersion", "1.1");
+    EXPECT_NE(inode(), before);
+    EXPECT_EQ(reg.ReadString("ExpVersion"), "1.1");
 }
 
 } // namespace
