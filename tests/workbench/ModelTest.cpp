@@ -351,6 +351,10 @@ TEST_F(ModelTest, EveryExampleFormLoadsIntoItsDesignerRoot) {
         {"DataMod.pas", "DataModuleMain", "TDataModuleMain", "TDataModule", 2},
         {"Frame1.pas", "InfoFrame", "TInfoFrame", "TFrame", 3},
     };
+    // A unit that declares a class of the library's name does not graft onto its ancestry.
+    std::string dataMod = ReadFileBytes(File("DataMod.pas"));
+    dataMod.insert(dataMod.find("type\r\n") + 6, "  TObject = class(TGhost) end;\r\n");
+    WriteFileBytes(File("DataMod.pas"), dataMod);
     OpenExample();
     for (const auto& e : expected) {
         SCOPED_TRACE(e.unit);
@@ -377,6 +381,7 @@ TEST_F(ModelTest, EveryExampleFormLoadsIntoItsDesignerRoot) {
     TDesignComponent* frame = main->FormEditor()->Root()->FindComponent("InfoFrame1");
     EXPECT_EQ(frame->ClassParentName(), "TFrame");
     EXPECT_TRUE(frame->InheritsFrom("TWinControl"));
+    EXPECT_EQ(frame->Ancestors.back(), "TObject");
     EXPECT_TRUE(frame->IsControl());
     // A data module is owned by its designer window and has no controls: a timer and an image
     // list are none.
@@ -386,6 +391,26 @@ TEST_F(ModelTest, EveryExampleFormLoadsIntoItsDesignerRoot) {
     _di_IOTAComponent rc = dataModule->FormEditor()->GetRootComponent();
     EXPECT_FALSE(rc->IsTControl());
     EXPECT_EQ(rc->GetControlCount(), 0);
+}
+
+// The classes of the project's units are kept between form loads until a unit changes.
+TEST_F(ModelTest, AFrameClassIsReadAgainFromItsUnitOnceTheUnitChanged) {
+    auto frameParent = [&] {
+        auto main = model->OpenModuleFile(File("Main.pas"), TOpenMode::Hidden);
+        std::string parent =
+            main->FormEditor()->Root()->FindComponent("InfoFrame1")->ClassParentName();
+        model->CloseAll();
+        return parent;
+    };
+    auto past = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    std::filesystem::last_write_time(File("Frame1.pas"), past);
+    OpenExample();
+    EXPECT_EQ(frameParent(), "TFrame");
+    std::string unit = ReadFileBytes(File("Frame1.pas"));
+    unit.replace(unit.find("class(TFrame)"), 13, "class(TCustomFrame)");
+    WriteFileBytes(File("Frame1.pas"), unit);
+    OpenExample();
+    EXPECT_EQ(frameParent(), "TCustomFrame");
 }
 
 TEST_F(ModelTest, ComponentsGiveControlsParentsPropertiesAndSelection) {

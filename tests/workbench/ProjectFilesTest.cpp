@@ -51,6 +51,20 @@ TEST(DelphiProjects, PathsFindFilesThatDifferOnlyInCase) {
     EXPECT_EQ(d.Entries[0].FileName, dir.File("Source/MainUnit.pas"));
 }
 
+// The directory's listing is kept between look-ups; a file made since is found all the same.
+TEST(DelphiProjects, ACaseBlindLookUpSeesFilesMadeSinceTheLastOne) {
+    testfiles::TTempDir dir;
+    testfiles::WriteFile(dir.File("Main.pas"), "");
+    auto past = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    std::filesystem::last_write_time(dir.Path(), past);
+    EXPECT_EQ(FindCompanionFile(dir.File("main.pas"), ".dfm"), "");
+    EXPECT_EQ(ResolvePath(dir.Path().string(), "MAIN.PAS"), dir.File("Main.pas"));
+    testfiles::WriteFile(dir.File("Main.DFM"), "");
+    EXPECT_EQ(FindCompanionFile(dir.File("main.pas"), ".dfm"), dir.File("Main.DFM"));
+    std::filesystem::rename(dir.File("Main.pas"), dir.File("Renamed.pas"));
+    EXPECT_EQ(ResolvePath(dir.Path().string(), "RENAMED.pas"), dir.File("Renamed.pas"));
+}
+
 TEST(DelphiProjects, APackageListsItsRequiredPackagesAndContainedUnits) {
     testfiles::TTempDir dir;
     std::string text = "package Tools;\r\n{$R *.res}\r\nrequires\r\n  rtl,\r\n  vcl;\r\n"

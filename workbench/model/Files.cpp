@@ -3,9 +3,11 @@
 #include "rtl/SysUtils.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <unordered_map>
 
 namespace fs = std::filesystem;
 
@@ -26,18 +28,50 @@ void WriteFileBytes(const std::string& fileName, std::string_view bytes) {
     if (!out) throw rtl::EFCreateError("Cannot create file \"" + fileName + "\"");
 }
 
+TFileStamp FileStamp(const fs::path& file) {
+    std::error_code ec;
+    TFileStamp stamp;
+    stamp.Time = fs::last_write_time(file, ec);
+    if (ec) return {};
+    stamp.Size = fs::is_directory(file, ec) ? 0 : fs::file_size(file, ec);
+    if (ec) return {};
+    stamp.Settled = stamp.Time + std::chrono::seconds(2) < fs::file_time_type::clock::now();
+    return stamp;
+}
+
 namespace {
-// The entry of dir whose name equals name case-blind, or name itself.
+
+std::string FoldedName(const std::string& name) {
+    std::string folded = name;
+    for (char& c : folded)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return folded;
+}
+
+// The entry of dir whose name equals name case-blind, or name itself. The directory's entries
+// by their upper-case names are kept from one look-up to the next: a project's units are
+// looked up in the same few directories.
 std::string MatchEntry(const fs::path& dir, const std::string& name) {
     std::error_code ec;
     if (fs::exists(dir / name, ec)) return name;
     if (!fs::is_directory(dir, ec)) return name;
-    for (const auto& entry : fs::directory_iterator(dir, ec)) {
-        std::string candidate = entry.path().filename().string();
-        if (SameText(candidate, name)) return candidate;
-    }
-    return name;
+    using TNames = std::unordered_map<std::string, std::string>;
+    static TFileCache<TNames> listings;
+    auto list = [](const fs::path& d) {
+        TNames names;
+        std::error_code error;
+        for (const auto& entry : fs::directory_iterator(d, error)) {
+            std::string entryName = entry.path().filename().string();
+            names.emplace(FoldedName(entryName), entryName);
+        }
+        return names;
+    };
+    return listings.With(dir, list, [&](const TNames& names) {
+        auto it = names.find(FoldedName(name));
+        return it == names.end() ? name : it->second;
+    });
 }
+
 } // namespace
 
 std::string ResolvePath(const std::string& dir, const std::string& path) {

@@ -51,8 +51,9 @@ _di_IOTAModule TFormEditor::GetModule() {
 // The parent of a class: the component library's, else what the module's own unit declares,
 // else what another unit of a project holding the module declares.
 std::string TFormEditor::ClassParent(const std::string& className) {
+    // A class of the library has no other parent, the root classes none at all.
     std::string parent = LibraryClassParent(className);
-    if (!parent.empty() || !module_) return parent;
+    if (!parent.empty() || !module_ || IsLibraryClass(className)) return parent;
     std::string unit = module_->GetFileName();
     bool cpp = SameText(ExtractFileExt(unit), ".cpp");
     std::string declaring = cpp ? FindCompanionFile(unit, ".h") : unit;

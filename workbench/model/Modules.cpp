@@ -1,8 +1,10 @@
 // Modules, projects, project groups and module infos.
 #include "workbench/model/Files.h"
+#include "workbench/model/LibraryClasses.h"
 #include "workbench/model/Model.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace workbench {
 
@@ -158,7 +160,8 @@ TOTAModuleType TModuleInfo::GetModuleType() {
     for (int i = 0; i < 32 && !cls.empty(); ++i) {
         if (SameText(cls, "TDataModule")) return omtDataModule;
         std::string next = LibraryClassParent(cls);
-        if (next.empty() && project_) next = project_->FindUnitClassParent(cls);
+        if (next.empty() && project_ && !IsLibraryClass(cls))
+            next = project_->FindUnitClassParent(cls);
         cls = next;
     }
     return omtForm;
@@ -199,17 +202,41 @@ bool TProjectModule::HoldsFile(const std::string& fileName) const {
                        [&](const TProjectEntry& e) { return SameText(e.FileName, fileName); });
 }
 
+namespace {
+
+// The parent of the class as the unit file declares it. The file's classes are read again only
+// when it changed: a form whose components are of classes that no unit declares asks for each
+// of them across the whole project.
+std::string CachedClassParent(const std::string& file, bool cpp, const std::string& className) {
+    using TParents = std::unordered_map<std::string, std::string>;
+    static TFileCache<TParents> units;
+    auto read = [cpp](const std::filesystem::path& unit) {
+        TParents parents;
+        try {
+            for (TClassDeclaration& c : UnitClasses(ReadFileBytes(unit.string()), cpp))
+                parents.emplace(LowerCase(c.Name), std::move(c.Parent));
+        } catch (const rtl::Exception&) {
+            // An unreadable unit declares nothing.
+        }
+        return parents;
+    };
+    return units.With(file, read, [&](const TParents& parents) {
+        auto it = parents.find(LowerCase(className));
+        return it == parents.end() ? std::string() : it->second;
+    });
+}
+
+} // namespace
+
 std::string TProjectModule::FindUnitClassParent(const std::string& className) {
     for (const auto& e : description_.Entries) {
         std::string ext = LowerCase(ExtractFileExt(e.FileName));
         bool cpp = ext == ".cpp";
         if (ext != ".pas" && !cpp) continue;
         std::string declaring = cpp ? FindCompanionFile(e.FileName, ".h") : e.FileName;
-        try {
-            std::string parent = FindParentClass(ReadFileBytes(declaring), className, cpp);
-            if (!parent.empty()) return parent;
-        } catch (const rtl::Exception&) {
-        }
+        if (declaring.empty()) continue;
+        std::string parent = CachedClassParent(declaring, cpp, className);
+        if (!parent.empty()) return parent;
     }
     return {};
 }

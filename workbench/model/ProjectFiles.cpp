@@ -353,8 +353,8 @@ std::vector<std::string> CppTokens(std::string_view s) {
 }
 } // namespace
 
-std::string FindParentClass(std::string_view source, std::string_view className, bool cpp) {
-    if (className.empty()) return {};
+std::vector<TClassDeclaration> UnitClasses(std::string_view source, bool cpp) {
+    std::vector<TClassDeclaration> classes;
     if (cpp) {
         // class [PACKAGE] Name : [public] Parent
         std::vector<std::string> t = CppTokens(source);
@@ -362,12 +362,13 @@ std::string FindParentClass(std::string_view source, std::string_view className,
             if (t[i] != "class") continue;
             size_t k = i + 1;
             if (t[k] == "PACKAGE") ++k;
-            if (k + 2 >= t.size() || !SameText(t[k], className) || t[k + 1] != ":") continue;
+            if (k + 2 >= t.size() || !IsIdentStart(t[k][0]) || t[k + 1] != ":") continue;
+            std::string name = t[k];
             k += 2;
             if (t[k] == "public" || t[k] == "private" || t[k] == "protected") ++k;
-            if (k < t.size() && IsIdentStart(t[k][0])) return t[k];
+            if (k < t.size() && IsIdentStart(t[k][0])) classes.push_back({name, t[k]});
         }
-        return {};
+        return classes;
     }
     // Name = class(Parent)
     TPascalScanner scanner(source);
@@ -376,15 +377,22 @@ std::string FindParentClass(std::string_view source, std::string_view className,
         if (tok.Kind == TToken::Comment || tok.Kind == TToken::Directive) continue;
         window.push_back(tok);
         if (window.size() > 5) window.erase(window.begin());
-        if (window.size() == 5 && window[0].Kind == TToken::Ident &&
-            SameText(window[0].Text, className) && window[1].Text == "=" &&
+        if (window.size() == 5 && window[0].Kind == TToken::Ident && window[1].Text == "=" &&
             SameText(window[2].Text, "class") && window[3].Text == "(" &&
             window[4].Kind == TToken::Ident) {
             std::string parent = window[4].Text;
             size_t dot = parent.rfind('.');
-            return dot == std::string::npos ? parent : parent.substr(dot + 1);
+            classes.push_back(
+                {window[0].Text, dot == std::string::npos ? parent : parent.substr(dot + 1)});
         }
     }
+    return classes;
+}
+
+std::string FindParentClass(std::string_view source, std::string_view className, bool cpp) {
+    if (className.empty()) return {};
+    for (const TClassDeclaration& c : UnitClasses(source, cpp))
+        if (SameText(c.Name, className)) return c.Parent;
     return {};
 }
 

@@ -42,6 +42,15 @@ std::vector<std::string> ParseProjectGroup(const std::string& fileName, std::str
 // can't read or an extension it doesn't know.
 TProjectDescription LoadProject(const std::string& fileName);
 
+// A class a unit declares, and the class it derives from.
+struct TClassDeclaration {
+    std::string Name;
+    std::string Parent;
+};
+// The classes the source declares, in its order: "TForm1 = class(TForm)" in Pascal, or
+// "class TForm1 : public TForm" in a C++ header.
+std::vector<TClassDeclaration> UnitClasses(std::string_view source, bool cpp);
+
 // The parent class in a unit's declaration of className: "TForm" for "TForm1 = class(TForm)"
 // in Pascal, or for "class TForm1 : public TForm" in a C++ header. Empty if not declared.
 std::string FindParentClass(std::string_view source, std::string_view className, bool cpp);
