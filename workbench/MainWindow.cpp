@@ -612,11 +612,19 @@ void TMainForm::SyncEditWindow() {
 // shows. It is filled again only when its rows changed: filling it for a project of thousands of
 // units made each file opened wait, and a fill loses the user's selection and folding.
 void TMainForm::RefreshProjectTree() {
+    std::vector<TProjectModule*> projects;
+    decltype(projectKeys_) keys;
+    for (int i = 0; i < model_->GetModuleCount(); ++i)
+        if (auto* project = dynamic_cast<TProjectModule*>(model_->GetModule(i).get())) {
+            projects.push_back(project);
+            keys.emplace_back(project, project->GetFileName(), project->GetModuleCount());
+        }
+    // Opening or closing a file of a large project leaves the tree as it is, without asking
+    // each of its modules for its names again.
+    if (keys == projectKeys_) return;
+    projectKeys_ = std::move(keys);
     std::vector<TProjectTreeRow> rows;
-    for (int i = 0; i < model_->GetModuleCount(); ++i) {
-        _di_IOTAModule module = model_->GetModule(i);
-        auto* project = dynamic_cast<TProjectModule*>(module.get());
-        if (!project) continue;
+    for (TProjectModule* project : projects) {
         rows.push_back({FromBytes(rtl::ExtractFileName(project->GetFileName())),
                         FromBytes(project->GetFileName()), true});
         for (int m = 0; m < project->GetModuleCount(); ++m) {

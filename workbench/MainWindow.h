@@ -30,6 +30,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 class QAction;
@@ -160,6 +161,9 @@ private:
         bool operator==(const TProjectTreeRow&) const = default;
     };
     std::vector<TProjectTreeRow> projectRows_;
+    // The projects the rows are of, each with its file and module count. A project's modules
+    // stay as they are while it is open, so the same projects give the same rows.
+    std::vector<std::tuple<const void*, std::string, int>> projectKeys_;
     designer::TFormDesigners* designers_ = nullptr;
     designer::TObjectInspector* inspector_ = nullptr;
     // The designer window the model showed before the main form was up; ShowAll brings it up.
