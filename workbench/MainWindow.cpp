@@ -609,8 +609,9 @@ void TMainForm::SyncEditWindow() {
 }
 
 // The tree is asked to refresh on every module opened or closed, which seldom changes what it
-// shows. It is filled again only when its rows changed: filling it for a project of thousands of
-// units made each file opened wait, and a fill loses the user's selection and folding.
+// shows. Its rows are made again only when the open projects changed, since asking thousands of
+// modules for their names made each file opened or closed wait; and it is filled again only when
+// its rows changed, since a fill loses the user's selection and folding.
 void TMainForm::RefreshProjectTree() {
     std::vector<TProjectModule*> projects;
     decltype(projectKeys_) keys;
@@ -619,8 +620,6 @@ void TMainForm::RefreshProjectTree() {
             projects.push_back(project);
             keys.emplace_back(project, project->GetFileName(), project->GetModuleCount());
         }
-    // Opening or closing a file of a large project leaves the tree as it is, without asking
-    // each of its modules for its names again.
     if (keys == projectKeys_) return;
     projectKeys_ = std::move(keys);
     std::vector<TProjectTreeRow> rows;

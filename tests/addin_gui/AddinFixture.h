@@ -162,6 +162,12 @@ protected:
     }
     // The command of the experts' menu with that caption, or nullptr.
     QAction* MenuCommand(const QString& caption) const { return Entry(ExpertsMenu(), caption); }
+    // The hot key of the add-in's command of that caption, or a text no key has when there is
+    // no such command.
+    QString CommandShortCut(const QString& caption) const {
+        QAction* command = MenuCommand(caption);
+        return command ? ShortCutText(command) : QStringLiteral("(no command ") + caption + ')';
+    }
     // A value of the add-in's registry key, the user's configuration.
     static void WriteRegistry(const char* name, const std::string& value) {
         rtl::TRegistry reg;

@@ -82,9 +82,8 @@ TEST_F(ManagerTest, AUsersHotKeySurvivesARestartOfTheWorkbench) {
     // Saved at stop in binary form, and read again at the next start.
     RestartAddin();
     EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")).substr(0, 4), "TPF0");
-    QAction* right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
-    ASSERT_NE(right, nullptr);
-    EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+Alt+M"));
+    EXPECT_EQ(CommandShortCut(QStringLiteral("Move block right (1 pos)")),
+              QStringLiteral("Ctrl+Alt+M"));
 }
 
 TEST_F(ManagerTest, AnExpertMadeInactiveHasNoItemsButCanBeTurnedOnAgain) {
@@ -122,9 +121,8 @@ TEST_F(ManagerTest, ADamagedSettingsFileGivesDefaultsAndTheWorkbenchStaysUp) {
         SCOPED_TRACE(name);
         testfiles::WriteFile(PackageFile("ExpData.spc"), bytes);
         StartAddin();
-        QAction* right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
-        ASSERT_NE(right, nullptr);
-        EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+."));
+        EXPECT_EQ(CommandShortCut(QStringLiteral("Move block right (1 pos)")),
+                  QStringLiteral("Ctrl+."));
         StopAddin();
         // The stop writes a whole file again. A file the loader takes for settings (the foreign
         // one) counts as loaded, so the viewer does not switch its tool bar buttons on by itself.
@@ -153,9 +151,8 @@ TEST_F(ManagerTest, AFileBrokenOffAfterAutoSaveWasTurnedOffIsReadSoFarAndLeftAsI
     bytes.resize(at + off.size());
     testfiles::WriteFile(PackageFile("ExpData.spc"), bytes);
     StartAddin();
-    QAction* right = MenuCommand(QStringLiteral("Move block right (1 pos)"));
-    ASSERT_NE(right, nullptr);
-    EXPECT_EQ(ShortCutText(right), QStringLiteral("Ctrl+Alt+M"));
+    EXPECT_EQ(CommandShortCut(QStringLiteral("Move block right (1 pos)")),
+              QStringLiteral("Ctrl+Alt+M"));
     StopAddin();
     EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")), bytes);
 }

@@ -154,12 +154,12 @@ TEST_F(SettingsMenuTest, LoadDefaultAsksFirstAndThenTheBuiltInSettingsReturn) {
     Run(SettingsMenu(), QStringLiteral("Load default"));
     RunLoop(100);
     EXPECT_EQ(questions, std::vector<std::string>{"Load default expert\x92s settings?"});
-    EXPECT_EQ(ShortCutText(MenuCommand(right)), QStringLiteral("Ctrl+Alt+M"));
+    EXPECT_EQ(CommandShortCut(right), QStringLiteral("Ctrl+Alt+M"));
     EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")), saved);
 
     answer = zelvane::IDYES;
     RunAndRebuild(SettingsMenu(), QStringLiteral("Load default"), right);
-    EXPECT_EQ(ShortCutText(MenuCommand(right)), QStringLiteral("Ctrl+."));
+    EXPECT_EQ(CommandShortCut(right), QStringLiteral("Ctrl+."));
     EXPECT_FALSE(std::filesystem::exists(PackageFile("ExpData.spc")));
     EXPECT_EQ(MenuCaptions(SettingsMenu()->actions()),
               (QStringList{"Edit...", "Load default", "-", "Language"}));
@@ -167,9 +167,8 @@ TEST_F(SettingsMenuTest, LoadDefaultAsksFirstAndThenTheBuiltInSettingsReturn) {
 
 TEST_F(SettingsMenuTest, AKeyGivenToTwoItemsRunsTheFirstAndTheSecondShowsNone) {
     SetStoredValue("ShortCutText", "'Ctrl+.'", "'Ctrl+,'");
-    EXPECT_EQ(ShortCutText(MenuCommand(QStringLiteral("Move block left (1 pos)"))),
-              QStringLiteral("Ctrl+,"));
-    EXPECT_EQ(ShortCutText(MenuCommand(QStringLiteral("Move block right (1 pos)"))), QString());
+    EXPECT_EQ(CommandShortCut(QStringLiteral("Move block left (1 pos)")), QStringLiteral("Ctrl+,"));
+    EXPECT_EQ(CommandShortCut(QStringLiteral("Move block right (1 pos)")), QString());
     TEditView* view = Open("Utils.pas");
     view->Buffer().SetText("  a\r\nb");
     Mark(view, {1, 1}, {2, 1});
@@ -305,7 +304,7 @@ TEST_F(SettingsDialogTest, ClosedWithoutSavingChangesNothing) {
     });
     RunLoop(50);
     EXPECT_TRUE(old) << "no rebuild";
-    EXPECT_EQ(ShortCutText(MenuCommand("View Forms...")), "Ctrl+D");
+    EXPECT_EQ(CommandShortCut("View Forms..."), "Ctrl+D");
     EXPECT_EQ(testfiles::ReadFile(PackageFile("ExpData.spc")), before);
 }
 

@@ -41,13 +41,6 @@ TFileStamp FileStamp(const fs::path& file) {
 
 namespace {
 
-std::string FoldedName(const std::string& name) {
-    std::string folded = name;
-    for (char& c : folded)
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return folded;
-}
-
 // The entry of dir whose name equals name case-blind, or name itself. The directory's entries
 // by their upper-case names are kept from one look-up to the next: a project's units are
 // looked up in the same few directories.
@@ -62,12 +55,12 @@ std::string MatchEntry(const fs::path& dir, const std::string& name) {
         std::error_code error;
         for (const auto& entry : fs::directory_iterator(d, error)) {
             std::string entryName = entry.path().filename().string();
-            names.emplace(FoldedName(entryName), entryName);
+            names.emplace(rtl::UpperCase(entryName), entryName);
         }
         return names;
     };
     return listings.With(dir, list, [&](const TNames& names) {
-        auto it = names.find(FoldedName(name));
+        auto it = names.find(rtl::UpperCase(name));
         return it == names.end() ? name : it->second;
     });
 }

@@ -52,8 +52,8 @@ _di_IOTAModule TFormEditor::GetModule() {
 // else what another unit of a project holding the module declares.
 std::string TFormEditor::ClassParent(const std::string& className) {
     // A class of the library has no other parent, the root classes none at all.
-    std::string parent = LibraryClassParent(className);
-    if (!parent.empty() || !module_ || IsLibraryClass(className)) return parent;
+    if (!module_ || IsLibraryClass(className)) return LibraryClassParent(className);
+    std::string parent;
     std::string unit = module_->GetFileName();
     bool cpp = SameText(ExtractFileExt(unit), ".cpp");
     std::string declaring = cpp ? FindCompanionFile(unit, ".h") : unit;
