@@ -614,11 +614,11 @@ void TMainForm::SyncEditWindow() {
 // its rows changed, since a fill loses the user's selection and folding.
 void TMainForm::RefreshProjectTree() {
     std::vector<TProjectModule*> projects;
-    decltype(projectKeys_) keys;
+    std::vector<TProjectKey> keys;
     for (int i = 0; i < model_->GetModuleCount(); ++i)
         if (auto* project = dynamic_cast<TProjectModule*>(model_->GetModule(i).get())) {
             projects.push_back(project);
-            keys.emplace_back(project, project->GetFileName(), project->GetModuleCount());
+            keys.push_back({project, project->GetFileName(), project->GetModuleCount()});
         }
     if (keys == projectKeys_) return;
     projectKeys_ = std::move(keys);

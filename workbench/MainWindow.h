@@ -30,7 +30,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <tuple>
 #include <vector>
 
 class QAction;
@@ -163,7 +162,13 @@ private:
     std::vector<TProjectTreeRow> projectRows_;
     // The projects the rows are of, each with its file and module count. A project's modules
     // stay as they are while it is open, so the same projects give the same rows.
-    std::vector<std::tuple<const void*, std::string, int>> projectKeys_;
+    struct TProjectKey {
+        const TProjectModule* Project;
+        std::string FileName;
+        int ModuleCount;
+        bool operator==(const TProjectKey&) const = default;
+    };
+    std::vector<TProjectKey> projectKeys_;
     designer::TFormDesigners* designers_ = nullptr;
     designer::TObjectInspector* inspector_ = nullptr;
     // The designer window the model showed before the main form was up; ShowAll brings it up.
